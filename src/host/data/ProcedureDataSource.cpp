@@ -1,0 +1,5 @@
+#include "host/data/ProcedureDataSource.h"
+
+#include "host/data/ZORV_Session.h"
+
+bool ProcedureDataSource::FatalError() const { return ZORV_Session::Current().IsFatal(); }

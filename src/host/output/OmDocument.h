@@ -1,0 +1,108 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+// The output document of a run: what the procedures wrote, in order, ready
+// to be rendered as terminal text, an HTML report or JSON. Texts here are
+// final: translated, expanded and formatted when they were written.
+
+// A formatted text with the footnotes attached to it.
+struct OmText {
+  std::string fText;
+  std::vector<int> fvFootnotes;  // indices into OmTable::fvFootnotes
+};
+
+// One cell of a table. Numbers keep their raw value beside the text.
+struct OmCell {
+  OmText fContent;
+  bool fbNumeric = false;
+  bool fbMissing = false;  // the system-missing value: shown empty
+  double fValue = 0.0;
+  std::string fFormat;  // the format the text was made with, e.g. "F8.3"
+};
+
+// A node of a dimension's tree: a group (with children) or a category (a
+// leaf). Leaves are numbered in the order of a depth-first walk.
+struct OmDimensionNode {
+  OmText fLabel;
+  bool fbShowLabel = true;  // a group may hide its own label
+  std::vector<OmDimensionNode> fvChildren;
+  bool IsCategory() const { return fvChildren.empty() && !fbIsGroup; }
+  bool fbIsGroup = false;
+};
+
+struct OmDimension {
+  enum Place { ROW = 0, COLUMN = 1, LAYER = 2 };
+  OmText fName;
+  Place fPlace = ROW;
+  bool fbShowName = false;  // the dimension's name is shown as a heading over its labels
+  OmDimensionNode fRoot;    // a group holding the top-level nodes
+
+  // The leaves in order, each with the path of nodes above it (root excluded).
+  std::vector<std::vector<const OmDimensionNode*>> LeafPaths() const;
+};
+
+struct OmTable {
+  OmText fTitle;
+  std::string fSubType;  // the stable name by which the table is found
+  std::vector<OmDimension> fvDimensions;
+  // Cells by their coordinates: one leaf index per dimension, in the order
+  // of fvDimensions.
+  std::map<std::vector<int>, OmCell> fCells;
+  std::vector<OmText> fvCaptions;
+  std::vector<OmText> fvNotes;
+  std::vector<std::string> fvFootnotes;  // footnote texts; markers are the renderer's
+  int fMinDataColumnWidth = 0;
+
+  const OmCell* CellAt(const std::vector<int>& coords) const;
+};
+
+struct OmMessage {
+  enum Level { NOTE = 1, WARNING = 2, ERROR = 3 };
+  Level fLevel = WARNING;
+  std::string fText;
+};
+
+// Text sent to the front end line by line; a line may be continued.
+struct OmFrontEndText {
+  std::vector<std::string> fvLines;
+};
+
+struct OmChart {
+  std::string fTitle;
+  std::string fKind;     // the chart's template or type name
+  std::string fPayload;  // the chart's own description (JSON)
+};
+
+struct OmHeading;
+
+// One item of the outline.
+struct OmItem {
+  enum Kind { HEADING, TABLE, MESSAGE, TEXT, CHART };
+  Kind fKind = TEXT;
+  std::unique_ptr<OmHeading> fpHeading;
+  std::unique_ptr<OmTable> fpTable;
+  std::unique_ptr<OmMessage> fpMessage;
+  std::unique_ptr<OmFrontEndText> fpText;
+  std::unique_ptr<OmChart> fpChart;
+};
+
+struct OmHeading {
+  std::string fText;
+  std::vector<OmItem> fvItems;
+
+  OmHeading& AddHeading(const std::string& text);
+  OmTable& AddTable();
+  OmMessage& AddMessage(OmMessage::Level level, const std::string& text);
+  OmFrontEndText& AddText();
+  OmChart& AddChart();
+};
+
+// The whole document: a root whose headings are the commands run.
+struct OmDocument {
+  std::string fTitle = "glmixfit output";
+  OmHeading fRoot;
+};
