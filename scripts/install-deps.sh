@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build clang ccache
   libxerces-c-dev libeigen3-dev nlohmann-json3-dev libgtest-dev
+  libreadstat-dev
 )
 
 missing=()

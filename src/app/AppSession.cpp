@@ -1,8 +1,14 @@
 #include "app/AppSession.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <system_error>
+
+#include "host/render/OmHtmlRenderer.h"
+#include "host/render/OmJsonRenderer.h"
+#include "host/render/OmTextRenderer.h"
 
 namespace {
 
@@ -68,7 +74,17 @@ void AppSession::RunCommand(const CommandText& command, const std::string& origi
 }
 
 bool AppSession::WriteReports(std::ostream& terminal, std::string& error) const {
-  (void)terminal;
-  (void)error;
+  if (fOptions.fbText) terminal << OmTextRenderer(fOptions.fWidth).Render(fDocument) << std::flush;
+  if (!fOptions.fbHtml && !fOptions.fbJson) return true;
+
+  std::error_code ec;
+  std::filesystem::create_directories(fOptions.fOutputDir, ec);
+  if (ec) {
+    error = "cannot create the output folder '" + fOptions.fOutputDir + "': " + ec.message();
+    return false;
+  }
+  const std::filesystem::path dir(fOptions.fOutputDir);
+  if (fOptions.fbHtml && !OmHtmlRenderer().WriteFile(fDocument, (dir / "report.html").string(), error)) return false;
+  if (fOptions.fbJson && !OmJsonRenderer().WriteFile(fDocument, (dir / "report.json").string(), error)) return false;
   return true;
 }

@@ -3,3 +3,5 @@
 #include "host/data/ZORV_Session.h"
 
 bool ProcedureDataSource::FatalError() const { return ZORV_Session::Current().IsFatal(); }
+
+bool ProcedureDataSource::SplitsInSeparateTables() const { return !SplitsInOneTable(); }

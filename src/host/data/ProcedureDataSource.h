@@ -19,4 +19,7 @@ class ProcedureDataSource : public ZORV_DataSource {
   virtual int GetSplitVar(int i) const = 0;
   // True when the splits of a table are shown together in one table.
   virtual bool SplitsInOneTable() const = 0;
+  // True when each split of a split file gets tables of its own, so that a
+  // table need not know the categories of the other splits in advance.
+  virtual bool SplitsInSeparateTables() const;
 };

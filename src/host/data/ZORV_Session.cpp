@@ -1,5 +1,7 @@
 #include "host/data/ZORV_Session.h"
 
+#include "host/data/ZORV_StopFlag.h"
+
 ZORV_Session::ZORV_Session() : fResourceDir(GLMIX_RESOURCE_DIR), fWritableDir(".") {}
 
 ZORV_Session& ZORV_Session::Current() {
@@ -10,6 +12,7 @@ ZORV_Session& ZORV_Session::Current() {
 void ZORV_Session::BeginCommand() {
   fbFatal = false;
   fvSplit.clear();
+  ZORV_StopFlag::Clear();
 }
 
 void ZORV_Session::GetDisplayOptions(long* varSecond, long* valSecond, long* varFirst, long* valFirst) const {

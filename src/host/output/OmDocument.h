@@ -40,6 +40,10 @@ struct OmDimension {
   Place fPlace = ROW;
   bool fbShowName = false;  // the dimension's name is shown as a heading over its labels
   OmDimensionNode fRoot;    // a group holding the top-level nodes
+  // Nesting among the dimensions of the same place: 1 is the innermost,
+  // next to the data; higher numbers stand further out.
+  int fOrder = 1;
+  bool fbShowLabels = true;  // false: the categories' labels are not shown
 
   // The leaves in order, each with the path of nodes above it (root excluded).
   std::vector<std::vector<const OmDimensionNode*>> LeafPaths() const;

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+class AppCommandReader;
+class ZORV_Dataset;
+
+// The commands of the host itself: LOAD, SET, SPLIT and WEIGHT. Each reads
+// its whole command before it changes anything, so a command with a mistake
+// leaves the session as it was.
+class AppHostCommands {
+ public:
+  // LOAD 'file' [DICTIONARY='file']: a new dataset, for the caller to make
+  // the active one. Relative names are taken from `baseDir`. `summary` says
+  // what was read.
+  static std::unique_ptr<ZORV_Dataset> Load(AppCommandReader& reader, const std::string& baseDir,
+                                            std::string& summary);
+  // SET VARIABLES=... VALUES=...: the display of names and labels.
+  static void Set(AppCommandReader& reader);
+  // SPLIT BY v... [LAYERED | SEPARATE], SPLIT OFF.
+  static void Split(AppCommandReader& reader, ZORV_Dataset* data);
+  // WEIGHT BY v, WEIGHT OFF.
+  static void Weight(AppCommandReader& reader, ZORV_Dataset* data);
+
+  // A file name of a command, taken from `baseDir` unless it is absolute.
+  static std::string ResolvePath(const std::string& baseDir, const std::string& name);
+};

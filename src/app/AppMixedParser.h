@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "app/AppMixedCommand.h"
+
+class AppCommandReader;
+class ZORV_Dataset;
+struct AppToken;
+
+// Reads and checks a GLMIXFIT command against the active dataset.
+//
+// It checks what the command language can know: the form of the command,
+// keyword values and their ranges, that variables exist, that the terms use
+// only factors (BY) and covariates (WITH), that the target and covariates
+// are numeric, that no variable is both a factor and a covariate, and that a
+// subcommand that may stand once does. What only the fit can tell is left to
+// the procedure.
+class AppMixedParser {
+ public:
+  // `baseDir` is the folder that relative file names are taken from;
+  // `outputDir` the folder that gets the documents the command does not
+  // name; `commandNumber` numbers the GLMIXFIT commands of a run from 1 and
+  // keeps their documents apart.
+  AppMixedParser(const ZORV_Dataset& data, const std::string& baseDir, const std::string& outputDir,
+                 int commandNumber);
+
+  // Reads the whole command; throws AppCommandError at the first mistake.
+  AppMixedCommand Parse(AppCommandReader& reader);
+
+  // The longest file name the procedure takes, in bytes.
+  enum { kMaxFileName = 255 };
+  // The longest name of a saved variable, in bytes.
+  enum { kMaxSaveName = 64 };
+
+ private:
+  struct Subcommand {
+    std::string fName;        // upper case
+    std::size_t fNameIndex;   // token index of the name
+    std::size_t fEnd;         // token index of the "/" or END after it
+  };
+
+  void ParseHeader(AppCommandReader& reader);
+  std::vector<int> ParseVariableList(AppCommandReader& reader, const std::string& what);
+  std::vector<Subcommand> FindSubcommands(AppCommandReader& reader);
+  void ParseSubcommand(AppCommandReader& reader, const Subcommand& sub);
+
+  void ParseFixed(AppCommandReader& reader);
+  void ParseRandom(AppCommandReader& reader);
+  void ParseResidual(AppCommandReader& reader);
+  void ParseEstimation(AppCommandReader& reader);
+  void ParseMissing(AppCommandReader& reader);
+  void ParseTests(AppCommandReader& reader);
+  void ParseDisplay(AppCommandReader& reader);
+  void ParseFormat(AppCommandReader& reader);
+  void ParseContrast(AppCommandReader& reader);
+  void ParseMeans(AppCommandReader& reader);
+  void ParseSave(AppCommandReader& reader);
+  void ParseExport(AppCommandReader& reader);
+  void ParseScaleWeight(AppCommandReader& reader);
+
+  // A term of factors and covariates: A, A*B, A(B), X*X, X(A), A*B(C(D)).
+  AppMixedCommand::TermData ParseTerm(AppCommandReader& reader);
+  AppMixedCommand::TermData InterceptTerm() const;
+  bool IsTermStart(AppCommandReader& reader) const;
+  // The position of a term in a list, -1 when it is not there.
+  static int FindTerm(const std::vector<AppMixedCommand::TermData>& terms, const AppMixedCommand::TermData& term);
+
+  // Reads a setting's "KEYWORD =" and returns the keyword, upper case;
+  // fails when the subcommand had it already.
+  std::string ReadSettingName(AppCommandReader& reader, std::vector<std::string>& seen, const std::string& allowed);
+  // One of `choices` (upper case), as its index.
+  int ReadChoice(AppCommandReader& reader, const std::vector<std::string>& choices, const std::string& expected);
+  bool ReadYesNo(AppCommandReader& reader);
+  int ReadCovariance(AppCommandReader& reader, bool residual);
+  // Any variable of the dataset, as its column.
+  int ReadVariable(AppCommandReader& reader, const std::string& expected);
+  // var*var*...; each variable once.
+  std::vector<int> ReadCrossing(AppCommandReader& reader, const std::string& expected);
+  void CheckSubject(AppCommandReader& reader, const AppToken& at, int column);
+  std::string ReadFileName(AppCommandReader& reader);
+  std::string DefaultFile(const std::string& name) const;
+  std::vector<double> ReadValues(AppCommandReader& reader, const std::string& expected);
+
+  int FactorPlace(int column) const;
+  int CovariatePlace(int column) const;
+  bool IsNumeric(int column) const;
+  std::string VariableName(int column) const;
+
+  const ZORV_Dataset& fData;
+  std::string fBaseDir;
+  std::string fOutputDir;
+  int fCommandNumber;
+  AppMixedCommand fCommand;
+  std::vector<std::string> fvSaveNames;
+};

@@ -1,0 +1,108 @@
+#include "host/render/OmTextRenderer.h"
+
+#include <algorithm>
+
+#include "host/render/OmOutputFile.h"
+#include "host/render/OmTextTable.h"
+#include "host/render/OmTextWrap.h"
+#include "host/render/OmUtf8.h"
+
+namespace {
+
+const char* LevelWord(OmMessage::Level level) {
+  switch (level) {
+    case OmMessage::NOTE:
+      return "Note";
+    case OmMessage::ERROR:
+      return "Error";
+    case OmMessage::WARNING:
+      break;
+  }
+  return "Warning";
+}
+
+}  // namespace
+
+OmTextRenderer::OmTextRenderer(int width) : fWidth(kDefaultWidth) { SetWidth(width); }
+
+void OmTextRenderer::SetWidth(int width) { fWidth = std::max(width, OmTextTable::kMinPageWidth); }
+
+std::string OmTextRenderer::RenderHeadingTitle(const std::string& text, int depth) const {
+  std::string out;
+  int widest = 0;
+  for (const std::string& line : OmTextWrap::Wrap(text, fWidth)) {
+    out += line + "\n";
+    widest = std::max(widest, OmUtf8::Width(line));
+  }
+  if (widest == 0) return out;
+  const char rule = depth <= 1 ? '=' : (depth == 2 ? '-' : '.');
+  out += std::string(static_cast<std::size_t>(widest), rule) + "\n";
+  return out;
+}
+
+std::string OmTextRenderer::RenderTable(const OmTable& table) const { return OmTextTable(table, fWidth).Render(); }
+
+std::string OmTextRenderer::RenderMessage(const OmMessage& message) const {
+  const std::string prefix = std::string(LevelWord(message.fLevel)) + ": ";
+  const int indent = OmUtf8::Width(prefix);
+  const std::vector<std::string> lines = OmTextWrap::Wrap(message.fText, fWidth - indent);
+  if (lines.empty()) return OmTextWrap::TrimRight(prefix) + "\n";
+  std::string out;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    out += (i == 0 ? prefix : std::string(static_cast<std::size_t>(indent), ' ')) + lines[i] + "\n";
+  }
+  return out;
+}
+
+std::string OmTextRenderer::RenderText(const OmFrontEndText& text) const {
+  std::string out;
+  for (const std::string& line : text.fvLines) out += OmTextWrap::TrimRight(line) + "\n";
+  return out;
+}
+
+std::string OmTextRenderer::RenderChart(const OmChart& chart) const {
+  std::string out;
+  for (const std::string& line : OmTextWrap::Wrap(chart.fTitle, fWidth)) out += line + "\n";
+  out += chart.fKind.empty() ? std::string("[chart]\n") : "[chart: " + chart.fKind + "]\n";
+  return out;
+}
+
+void OmTextRenderer::RenderItems(const OmHeading& heading, int depth, std::string& out) const {
+  for (const OmItem& item : heading.fvItems) {
+    std::string block;
+    switch (item.fKind) {
+      case OmItem::HEADING:
+        if (item.fpHeading) {
+          if (!out.empty()) out += "\n";
+          out += RenderHeadingTitle(item.fpHeading->fText, depth);
+          RenderItems(*item.fpHeading, depth + 1, out);
+        }
+        continue;
+      case OmItem::TABLE:
+        if (item.fpTable) block = RenderTable(*item.fpTable);
+        break;
+      case OmItem::MESSAGE:
+        if (item.fpMessage) block = RenderMessage(*item.fpMessage);
+        break;
+      case OmItem::TEXT:
+        if (item.fpText) block = RenderText(*item.fpText);
+        break;
+      case OmItem::CHART:
+        if (item.fpChart) block = RenderChart(*item.fpChart);
+        break;
+    }
+    if (block.empty()) continue;
+    if (!out.empty()) out += "\n";
+    out += block;
+  }
+}
+
+std::string OmTextRenderer::Render(const OmDocument& document) const {
+  std::string out;
+  RenderItems(document.fRoot, 1, out);
+  return out;
+}
+
+bool OmTextRenderer::WriteFile(const OmDocument& document, const std::string& path, std::string& error) const {
+  return OmOutputFile::Write(path, Render(document), error);
+}

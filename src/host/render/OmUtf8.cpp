@@ -1,0 +1,82 @@
+#include "host/render/OmUtf8.h"
+
+namespace {
+
+bool IsContinuation(unsigned char c) { return (c & 0xC0) == 0x80; }
+
+}  // namespace
+
+int OmUtf8::SequenceLength(const std::string& text, std::size_t pos) {
+  const std::size_t n = text.size();
+  if (pos >= n) return 0;
+  const unsigned char c = static_cast<unsigned char>(text[pos]);
+  if (c < 0x80) return 1;
+  int len = 0;
+  unsigned int minCode = 0;
+  unsigned int code = 0;
+  if ((c & 0xE0) == 0xC0) {
+    len = 2;
+    minCode = 0x80;
+    code = c & 0x1F;
+  } else if ((c & 0xF0) == 0xE0) {
+    len = 3;
+    minCode = 0x800;
+    code = c & 0x0F;
+  } else if ((c & 0xF8) == 0xF0) {
+    len = 4;
+    minCode = 0x10000;
+    code = c & 0x07;
+  } else {
+    return 0;
+  }
+  if (pos + static_cast<std::size_t>(len) > n) return 0;
+  for (int i = 1; i < len; ++i) {
+    const unsigned char d = static_cast<unsigned char>(text[pos + static_cast<std::size_t>(i)]);
+    if (!IsContinuation(d)) return 0;
+    code = (code << 6) | (d & 0x3F);
+  }
+  // Overlong forms, surrogates and values past the last code point are not
+  // characters.
+  if (code < minCode || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return 0;
+  return len;
+}
+
+int OmUtf8::Width(const std::string& text) {
+  int width = 0;
+  std::size_t pos = 0;
+  while (pos < text.size()) {
+    const int len = SequenceLength(text, pos);
+    pos += static_cast<std::size_t>(len > 0 ? len : 1);
+    ++width;
+  }
+  return width;
+}
+
+std::vector<std::string> OmUtf8::Characters(const std::string& text) {
+  std::vector<std::string> out;
+  std::size_t pos = 0;
+  while (pos < text.size()) {
+    const int len = SequenceLength(text, pos);
+    const std::size_t step = static_cast<std::size_t>(len > 0 ? len : 1);
+    out.push_back(text.substr(pos, step));
+    pos += step;
+  }
+  return out;
+}
+
+std::string OmUtf8::Sanitize(const std::string& text) {
+  std::string out;
+  out.reserve(text.size());
+  std::size_t pos = 0;
+  while (pos < text.size()) {
+    const int len = SequenceLength(text, pos);
+    if (len > 0) {
+      out.append(text, pos, static_cast<std::size_t>(len));
+      pos += static_cast<std::size_t>(len);
+    } else {
+      out += "\xEF\xBF\xBD";
+      ++pos;
+    }
+  }
+  return out;
+}

@@ -1,0 +1,1 @@
+#include "host/viz/JNIException.h"

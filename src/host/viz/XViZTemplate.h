@@ -1,0 +1,62 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/data/ZORV_Format.h"
+
+class ZORV_ValueLabelMap;
+
+// A built-in chart template of the host, named by its internal name: the
+// chart code binds the template's roles to data columns, may give it
+// labels, and has it converted into a chart document.
+class XViZTemplate {
+ public:
+  // One role of the template bound to a column of a data source.
+  struct Binding {
+    std::string fRole;
+    std::string fColumn;
+    bool fbCategorical = false;
+    std::string fText;  // a further name the template asks of some roles
+    std::string fSource;
+    bool fbHasFormat = false;
+    ZORV_Format fFormat;
+    bool fbHasLabel = false;
+    std::string fLabel;
+    int fMeasurementLevel = 0;
+    const ZORV_ValueLabelMap* fpValueLabels = nullptr;
+    bool fbSortByValue = false;
+  };
+  struct Label {
+    int fPosition = 0;
+    std::string fText;
+  };
+
+  XViZTemplate() = default;
+
+  void setTemplateInternalName(const std::string& name) { fInternalName = name; }
+  const std::string& getTemplateInternalName() const { return fInternalName; }
+
+  // Binds a role. The format and the label (UTF-8) may be null. The last
+  // three are the column's measurement level (0 when the template decides),
+  // value labels to show for its values, and whether categories are
+  // ordered by value rather than as the data give them.
+  void addVariable(const std::string& role, const std::string& column, bool bCategorical, const std::string& text,
+                   const std::string& source, const ZORV_Format* format, const char* label,
+                   int measurementLevel = 0, const ZORV_ValueLabelMap* pValueLabels = nullptr,
+                   bool bSortByValue = false);
+  const std::vector<Binding>& getVariables() const { return fvBindings; }
+
+  // A text of the template by position: 0 is the title. UTF-8.
+  void addLabel(int position, const std::string& text);
+  const std::vector<Label>& getLabels() const { return fvLabels; }
+
+  // Makes the chart document (UTF-8) into `document`. `other` is left as it
+  // is. True when a document was made.
+  bool convert(std::string& document, std::string& other);
+
+ private:
+  std::string fInternalName;
+  std::vector<Binding> fvBindings;
+  std::vector<Label> fvLabels;
+};

@@ -1,0 +1,45 @@
+#pragma once
+
+namespace MCCommon_850 {
+
+// The codes an MCStatus can carry. The kind a code has by default (error or
+// warning) is decided by MCStatus::KindOfCode; a code that is not listed here
+// is an error.
+enum MCStatusCode : long {
+  MC_OK = 0,
+
+  // Errors.
+  MC_SETTINGS_INVALID = 130009,           // settings inconsistent with the variable list
+  MC_BUILD_MODEL = 130018,                // the model could not be built (a warning when so made)
+  MC_INITIAL_VALUE_FAILED = 130025,       // no usable starting values
+  MC_CANCELLED = 130032,                  // the caller asked to stop; nothing is said
+  MC_SAME_SUBJECT_WITHIN = 130054,        // two records share subject and within-subject values
+  MC_SCALE_ZERO = 130074,                 // the scale parameter is zero
+  MC_WEIGHTS_DIFFER_IN_SUBJECT = 130077,  // frequency weights vary within a subject
+  MC_INVALID_RECORDS_OVERFLOW = 130079,   // too many invalid records
+  MC_FILE_OPEN_FAILED = 130089,           // the data file could not be read again
+  MC_OUTPUT_FILE_ERROR = 130093,          // a document could not be written
+  MC_NO_VALID_CASES = 230024,             // no record can be used
+  MC_DUPLICATE_REPEATED = 230025,         // repeated measures values repeat within a subject
+
+  // Warnings.
+  MC_MAX_STEP_HALVING = 130024,           // the step-halving limit was reached
+  MC_EMMEANS_ONE_LEVEL = 130035,          // datum 0: number of the marginal means request
+  MC_LOGLIK_NEAR_ZERO = 130044,           // the log likelihood approaches zero
+  MC_QUASI_SEPARATION = 130045,           // a quasi-complete separation may exist
+  MC_TESTS_INCOMPLETE = 130051,           // some effect tests could not be computed; nothing is said
+  MC_HESSIAN_SINGULAR = 130069,           // unexpected singularity of the Hessian
+  MC_HESSIAN_NOT_PD = 130070,             // converged, final Hessian not positive definite
+  MC_COVPARAM_REDUNDANT = 130075,         // a covariance parameter is redundant; nothing is said
+  MC_NO_HESSIAN_CONVERGENCE = 130088,     // converged, but not by the Hessian criterion
+  MC_POST_ESTIMATION_FAILED = 130090,     // estimates exist, later statistics failed
+  MC_ITERATION_LIMIT = 230036,            // stopped at the iteration limit without convergence
+  MC_CONVERGED_SINGULAR_HESSIAN = 230037, // converged with a singular Hessian
+  MC_PARAM_HESSIAN_SINGULAR = 230038,     // a parameter made the Hessian singular
+  MC_PARAM_AT_LOWER_BOUND = 230087,       // a covariance parameter sits at its lower bound
+  MC_PERFECT_FIT = 230092,                // the model fits the data perfectly
+  MC_STEP_HALVING_LIMIT = 230094,         // stopped at the step-halving limit without convergence
+  MC_PARAM_AT_UPPER_BOUND = 230095        // a covariance parameter sits at its upper bound
+};
+
+}  // namespace MCCommon_850

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "numeric/engine/MCEngineCovParam.h"
+#include "numeric/engine/MCEngineCovType.h"
+
+namespace MCEngine_850 {
+
+class MCCovStructure;
+
+// A covariance structure seen from outside the engine: its parameters, their
+// labels and kinds, and the matrix with its first and second derivatives as
+// row-major t x t vectors.
+class MCEngineCovariance {
+ public:
+  // columnEffects is used by VC only (the effect of each column).
+  MCEngineCovariance(MCEngineCovType type, int dimension, const std::vector<int>& columnEffects = {});
+  ~MCEngineCovariance();
+  MCEngineCovariance(const MCEngineCovariance&) = delete;
+  MCEngineCovariance& operator=(const MCEngineCovariance&) = delete;
+
+  // False for a type the engine does not provide.
+  bool IsAvailable() const { return fpStructure != nullptr; }
+  int GetDimension() const;
+  int GetNParams() const;
+  std::string GetParamLabel(int k, bool residualSide) const;
+  MCEngineCovParam::Kind GetParamKind(int k) const;
+  // Index of the overall variance that is profiled on the residual side, or -1.
+  int GetScaleParam() const;
+
+  std::vector<double> Matrix(const std::vector<double>& theta) const;
+  std::vector<double> Derivative(const std::vector<double>& theta, int k) const;
+  std::vector<double> SecondDerivative(const std::vector<double>& theta, int k, int l) const;
+
+ private:
+  std::unique_ptr<MCCovStructure> fpStructure;
+};
+
+}  // namespace MCEngine_850

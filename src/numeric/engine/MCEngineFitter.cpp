@@ -1,0 +1,47 @@
+#include "numeric/engine/MCEngineFitter.h"
+
+#include "numeric/engine/detail/MCEngineFitterImpl.h"
+
+namespace MCEngine_850 {
+
+MCEngineFitter::MCEngineFitter() : fpImpl(std::make_unique<MCEngineFitterImpl>()) {}
+
+MCEngineFitter::~MCEngineFitter() = default;
+
+MCEngineStatus MCEngineFitter::Fit(const MCEngineInput& input, const MCEngineSettings& settings) {
+  return fpImpl->Fit(input, settings);
+}
+
+const MCEngineResult& MCEngineFitter::GetResult() const { return fpImpl->GetResult(); }
+
+MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>& L) const {
+  const MCEngineHypothesis* hyp = fpImpl->GetHypothesis();
+  MCEngineTest test;
+  test.SetL(L);
+  if (!hyp) return test;
+  const int P = fpImpl->GetNColumns();
+  Eigen::MatrixXd M(static_cast<Eigen::Index>(L.size()), P);
+  for (std::size_t i = 0; i < L.size(); ++i) {
+    if (static_cast<int>(L[i].size()) != P) return test;
+    for (int j = 0; j < P; ++j) M(static_cast<Eigen::Index>(i), j) = L[i][static_cast<std::size_t>(j)];
+  }
+  MCEngineTest result = hyp->Test(M);
+  fpImpl->UnscaleTest(result);
+  return result;
+}
+
+bool MCEngineFitter::EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
+                                std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const {
+  return fpImpl->EvaluateAt(theta, minus2LogLik, gradient, observedHessian, expectedHessian);
+}
+
+bool MCEngineFitter::IsEstimable(const std::vector<double>& l) const {
+  const MCEngineHypothesis* hyp = fpImpl->GetHypothesis();
+  const int P = fpImpl->GetNColumns();
+  if (!hyp || static_cast<int>(l.size()) != P) return false;
+  Eigen::RowVectorXd row(P);
+  for (int j = 0; j < P; ++j) row[j] = l[static_cast<std::size_t>(j)];
+  return hyp->IsEstimable(row);
+}
+
+}  // namespace MCEngine_850

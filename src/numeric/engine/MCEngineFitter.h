@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "numeric/engine/MCEngineInput.h"
+#include "numeric/engine/MCEngineResult.h"
+#include "numeric/engine/MCEngineSettings.h"
+#include "numeric/engine/MCEngineStatus.h"
+#include "numeric/engine/MCEngineTest.h"
+
+namespace MCEngine_850 {
+
+class MCEngineFitterImpl;
+
+// Fits a linear mixed model by REML or ML and keeps what later tests need.
+class MCEngineFitter {
+ public:
+  MCEngineFitter();
+  ~MCEngineFitter();
+  MCEngineFitter(const MCEngineFitter&) = delete;
+  MCEngineFitter& operator=(const MCEngineFitter&) = delete;
+
+  // Fits the model; the returned status is also the result's status.
+  MCEngineStatus Fit(const MCEngineInput& input, const MCEngineSettings& settings);
+
+  const MCEngineResult& GetResult() const;
+
+  // Tests L beta = 0 after a successful fit; L has one row per hypothesis row
+  // over all overparameterized columns.
+  MCEngineTest TestContrast(const std::vector<std::vector<double>>& L) const;
+  // Whether l beta is estimable (l lies in the row space of the design).
+  bool IsEstimable(const std::vector<double>& l) const;
+
+  // On the data of the last fit, at natural covariance parameters theta (in
+  // the order of the result's covariance parameters): -2 log likelihood with
+  // its constants, its analytic gradient, and the observed and expected
+  // Hessians (row-major). False when V is not positive definite at theta or
+  // there is no fitted data.
+  bool EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
+                  std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;
+
+ private:
+  std::unique_ptr<MCEngineFitterImpl> fpImpl;
+};
+
+}  // namespace MCEngine_850

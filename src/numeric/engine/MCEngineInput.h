@@ -1,0 +1,63 @@
+#pragma once
+
+#include <vector>
+
+#include "numeric/engine/MCEngineRandomBlock.h"
+#include "numeric/engine/MCEngineResidualBlock.h"
+#include "numeric/engine/MCEngineTerm.h"
+
+namespace MCEngine_850 {
+
+// Everything the engine fits: the response, the overparameterized fixed
+// design (row-major, one row per record) with its terms, the weights, the
+// random blocks and the residual block. Records with a non-finite value or a
+// non-positive weight are left out of the fit.
+class MCEngineInput {
+ public:
+  MCEngineInput() = default;
+
+  int GetNRecords() const { return static_cast<int>(fvY.size()); }
+
+  const std::vector<double>& GetY() const { return fvY; }
+  void SetY(const std::vector<double>& y) { fvY = y; }
+
+  int GetNColumns() const { return fNColumns; }
+  const std::vector<double>& GetX() const { return fvX; }
+  void SetX(int nColumns, const std::vector<double>& rowMajor) {
+    fNColumns = nColumns;
+    fvX = rowMajor;
+  }
+
+  // Terms of the fixed design in column order; they may be left empty when
+  // no effect tests are wanted.
+  const std::vector<MCEngineTerm>& GetTerms() const { return fvTerms; }
+  void SetTerms(const std::vector<MCEngineTerm>& terms) { fvTerms = terms; }
+  void AddTerm(const MCEngineTerm& term) { fvTerms.push_back(term); }
+
+  // Frequency weights replicate the whole independent group of records they
+  // belong to and must be equal within it; empty means 1.
+  const std::vector<double>& GetFrequencyWeights() const { return fvFrequencyWeights; }
+  void SetFrequencyWeights(const std::vector<double>& w) { fvFrequencyWeights = w; }
+  // Scale (regression) weights divide a record's residual variance; empty means 1.
+  const std::vector<double>& GetScaleWeights() const { return fvScaleWeights; }
+  void SetScaleWeights(const std::vector<double>& w) { fvScaleWeights = w; }
+
+  const std::vector<MCEngineRandomBlock>& GetRandomBlocks() const { return fvRandomBlocks; }
+  void SetRandomBlocks(const std::vector<MCEngineRandomBlock>& blocks) { fvRandomBlocks = blocks; }
+  void AddRandomBlock(const MCEngineRandomBlock& block) { fvRandomBlocks.push_back(block); }
+
+  const MCEngineResidualBlock& GetResidualBlock() const { return fResidualBlock; }
+  void SetResidualBlock(const MCEngineResidualBlock& block) { fResidualBlock = block; }
+
+ private:
+  std::vector<double> fvY;
+  int fNColumns = 0;
+  std::vector<double> fvX;
+  std::vector<MCEngineTerm> fvTerms;
+  std::vector<double> fvFrequencyWeights;
+  std::vector<double> fvScaleWeights;
+  std::vector<MCEngineRandomBlock> fvRandomBlocks;
+  MCEngineResidualBlock fResidualBlock;
+};
+
+}  // namespace MCEngine_850

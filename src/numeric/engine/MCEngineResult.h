@@ -1,0 +1,115 @@
+#pragma once
+
+#include <vector>
+
+#include "numeric/engine/MCEngineBetaStat.h"
+#include "numeric/engine/MCEngineCovParam.h"
+#include "numeric/engine/MCEngineMissing.h"
+#include "numeric/engine/MCEngineSettings.h"
+#include "numeric/engine/MCEngineStatus.h"
+#include "numeric/engine/MCEngineTest.h"
+
+namespace MCEngine_850 {
+
+// What one fit produced. Matrices are row-major. Values that could not be
+// computed hold MCEngineMissing::Value().
+class MCEngineResult {
+ public:
+  MCEngineResult() = default;
+
+  const MCEngineStatus& GetStatus() const { return fStatus; }
+  void SetStatus(const MCEngineStatus& status) { fStatus = status; }
+  const std::vector<MCEngineStatus>& GetWarnings() const { return fvWarnings; }
+  void AddWarning(const MCEngineStatus& warning) { fvWarnings.push_back(warning); }
+
+  bool IsConverged() const { return fbConverged; }
+  void SetConverged(bool b) { fbConverged = b; }
+  int GetIterations() const { return fIterations; }
+  void SetIterations(int n) { fIterations = n; }
+  bool IsREML() const { return fbREML; }
+  void SetREML(bool b) { fbREML = b; }
+  // The residual variance was concentrated out of the likelihood while iterating.
+  bool IsScaleProfiled() const { return fbScaleProfiled; }
+  void SetScaleProfiled(bool b) { fbScaleProfiled = b; }
+  MCEngineSettings::SolverPath GetSolverPath() const { return fSolverPath; }
+  void SetSolverPath(MCEngineSettings::SolverPath path) { fSolverPath = path; }
+
+  // -2 (restricted) log likelihood at the estimates, all constants included.
+  double GetMinus2LogLik() const { return fMinus2LogLik; }
+  void SetMinus2LogLik(double v) { fMinus2LogLik = v; }
+  // The same for the model with independent residuals of one variance only.
+  double GetNullMinus2LogLik() const { return fNullMinus2LogLik; }
+  void SetNullMinus2LogLik(double v) { fNullMinus2LogLik = v; }
+  double GetAIC() const { return fAIC; }
+  void SetAIC(double v) { fAIC = v; }
+  double GetAICC() const { return fAICC; }
+  void SetAICC(double v) { fAICC = v; }
+  double GetHQIC() const { return fHQIC; }
+  void SetHQIC(double v) { fHQIC = v; }
+  double GetBIC() const { return fBIC; }
+  void SetBIC(double v) { fBIC = v; }
+  double GetCAIC() const { return fCAIC; }
+  void SetCAIC(double v) { fCAIC = v; }
+
+  // Records used, and their total frequency weight.
+  int GetNRecordsUsed() const { return fNRecordsUsed; }
+  void SetNRecordsUsed(int n) { fNRecordsUsed = n; }
+  double GetTotalFreqWeight() const { return fTotalFreqWeight; }
+  void SetTotalFreqWeight(double v) { fTotalFreqWeight = v; }
+  int GetRankX() const { return fRankX; }
+  void SetRankX(int r) { fRankX = r; }
+  // Independent groups of records (weighted), as counted for the information criteria.
+  double GetNSubjects() const { return fNSubjects; }
+  void SetNSubjects(double v) { fNSubjects = v; }
+  // Covariance parameters estimated, and those not on a bound.
+  int GetNCovParams() const { return static_cast<int>(fvCovParams.size()); }
+  int GetNCovParamsFree() const { return fNCovParamsFree; }
+  void SetNCovParamsFree(int n) { fNCovParamsFree = n; }
+
+  const std::vector<MCEngineBetaStat>& GetBeta() const { return fvBeta; }
+  void SetBeta(const std::vector<MCEngineBetaStat>& beta) { fvBeta = beta; }
+  // P x P covariance of the estimates; rows and columns of redundant parameters are 0.
+  const std::vector<double>& GetCovBeta() const { return fvCovBeta; }
+  void SetCovBeta(const std::vector<double>& v) { fvCovBeta = v; }
+
+  const std::vector<MCEngineCovParam>& GetCovParams() const { return fvCovParams; }
+  void SetCovParams(const std::vector<MCEngineCovParam>& v) { fvCovParams = v; }
+  // Asymptotic covariance of the covariance parameters (2 times the inverse
+  // observed Hessian of -2 log likelihood); parameters on a bound have missing rows.
+  const std::vector<double>& GetCovParamsCov() const { return fvCovParamsCov; }
+  void SetCovParamsCov(const std::vector<double>& v) { fvCovParamsCov = v; }
+
+  const std::vector<MCEngineTest>& GetTypeITests() const { return fvTypeI; }
+  void SetTypeITests(const std::vector<MCEngineTest>& v) { fvTypeI = v; }
+  const std::vector<MCEngineTest>& GetTypeIIITests() const { return fvTypeIII; }
+  void SetTypeIIITests(const std::vector<MCEngineTest>& v) { fvTypeIII = v; }
+
+ private:
+  MCEngineStatus fStatus;
+  std::vector<MCEngineStatus> fvWarnings;
+  bool fbConverged = false;
+  int fIterations = 0;
+  bool fbREML = true;
+  bool fbScaleProfiled = false;
+  MCEngineSettings::SolverPath fSolverPath = MCEngineSettings::kAutomatic;
+  double fMinus2LogLik = MCEngineMissing::Value();
+  double fNullMinus2LogLik = MCEngineMissing::Value();
+  double fAIC = MCEngineMissing::Value();
+  double fAICC = MCEngineMissing::Value();
+  double fHQIC = MCEngineMissing::Value();
+  double fBIC = MCEngineMissing::Value();
+  double fCAIC = MCEngineMissing::Value();
+  int fNRecordsUsed = 0;
+  double fTotalFreqWeight = 0.0;
+  int fRankX = 0;
+  double fNSubjects = 0.0;
+  int fNCovParamsFree = 0;
+  std::vector<MCEngineBetaStat> fvBeta;
+  std::vector<double> fvCovBeta;
+  std::vector<MCEngineCovParam> fvCovParams;
+  std::vector<double> fvCovParamsCov;
+  std::vector<MCEngineTest> fvTypeI;
+  std::vector<MCEngineTest> fvTypeIII;
+};
+
+}  // namespace MCEngine_850

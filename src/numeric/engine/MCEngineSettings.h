@@ -1,0 +1,69 @@
+#pragma once
+
+namespace MCEngine_850 {
+
+// How the engine estimates and when it stops. A convergence criterion with a
+// tolerance of 0 is not used; the iterations stop when any used criterion is
+// met. Relative criteria divide by the objective (log likelihood, Hessian) or
+// by the previous parameter value (parameters).
+class MCEngineSettings {
+ public:
+  // Which evaluation of the likelihood to use: chosen from the design, by
+  // independent groups of records, or by the mixed-model equations.
+  enum SolverPath { kAutomatic = 0, kBySubject = 1, kMixedModelEquations = 2 };
+
+  MCEngineSettings() = default;
+
+  bool GetREML() const { return fbREML; }
+  void SetREML(bool reml) { fbREML = reml; }
+
+  int GetMaxIterations() const { return fMaxIterations; }
+  void SetMaxIterations(int n) { fMaxIterations = n; }
+  int GetMaxStepHalvings() const { return fMaxStepHalvings; }
+  void SetMaxStepHalvings(int n) { fMaxStepHalvings = n; }
+  // Iterations that use the expected instead of the observed Hessian.
+  int GetFisherSteps() const { return fFisherSteps; }
+  void SetFisherSteps(int n) { fFisherSteps = n; }
+
+  double GetHessianTolerance() const { return fHessianTolerance; }
+  void SetHessianTolerance(double tol) { fHessianTolerance = tol; }
+  bool GetHessianRelative() const { return fbHessianRelative; }
+  void SetHessianRelative(bool relative) { fbHessianRelative = relative; }
+  double GetLogLikTolerance() const { return fLogLikTolerance; }
+  void SetLogLikTolerance(double tol) { fLogLikTolerance = tol; }
+  bool GetLogLikRelative() const { return fbLogLikRelative; }
+  void SetLogLikRelative(bool relative) { fbLogLikRelative = relative; }
+  double GetParamTolerance() const { return fParamTolerance; }
+  void SetParamTolerance(double tol) { fParamTolerance = tol; }
+  bool GetParamRelative() const { return fbParamRelative; }
+  void SetParamRelative(bool relative) { fbParamRelative = relative; }
+
+  // Relative to the diagonal of X'X: a column whose remaining pivot falls to
+  // this fraction of its diagonal is aliased.
+  double GetSingularTolerance() const { return fSingularTolerance; }
+  void SetSingularTolerance(double tol) { fSingularTolerance = tol; }
+
+  // Confidence level in percent for the intervals of the estimates.
+  double GetConfidenceLevel() const { return fConfidenceLevel; }
+  void SetConfidenceLevel(double pct) { fConfidenceLevel = pct; }
+
+  SolverPath GetSolverPath() const { return fSolverPath; }
+  void SetSolverPath(SolverPath path) { fSolverPath = path; }
+
+ private:
+  bool fbREML = true;
+  int fMaxIterations = 50;
+  int fMaxStepHalvings = 20;
+  int fFisherSteps = 0;
+  double fHessianTolerance = 1e-8;
+  bool fbHessianRelative = true;
+  double fLogLikTolerance = 0.0;
+  bool fbLogLikRelative = true;
+  double fParamTolerance = 0.0;
+  bool fbParamRelative = true;
+  double fSingularTolerance = 1e-12;
+  double fConfidenceLevel = 95.0;
+  SolverPath fSolverPath = kAutomatic;
+};
+
+}  // namespace MCEngine_850

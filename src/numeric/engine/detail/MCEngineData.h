@@ -1,0 +1,46 @@
+#pragma once
+
+#include <vector>
+
+#include "numeric/engine/MCEngineCovType.h"
+#include "numeric/engine/detail/MCEngineBlockData.h"
+
+namespace MCEngine_850 {
+
+// The usable records of one fit, read once and laid out by independent group
+// ("component": records whose covariance couples them) so that each group is
+// contiguous. Only the non-aliased fixed columns are kept.
+struct MCEngineData {
+  int fNRecords = 0;
+  int fNColumns = 0;  // columns of the overparameterized design
+  int fRank = 0;      // non-aliased columns kept in fvXr
+  std::vector<bool> fvAliased;
+  std::vector<int> fvKept;
+  // Weighted X'X of all columns (row-major), from which aliasing and the
+  // hypothesis matrices are derived.
+  std::vector<double> fvXtX;
+
+  std::vector<int> fvOriginalIndex;  // engine order -> input record
+  // The response is held divided by fYScale, a power of two, so that the
+  // likelihood's magnitudes stay moderate whatever the response's units.
+  double fYScale = 1.0;
+  std::vector<double> fvY;
+  std::vector<double> fvXr;  // row-major, fNRecords x fRank
+  std::vector<double> fvScaleWeight;
+
+  std::vector<int> fvComponentStart;  // size = components + 1
+  std::vector<double> fvComponentWeight;
+  double fTotalWeight = 0.0;  // sum of frequency weights over records
+
+  std::vector<MCEngineBlockData> fvBlocks;
+
+  MCEngineCovType fResidualType = MCEngineCovType::ID;
+  int fNResSubjects = 1;
+  int fResDimension = 1;
+  std::vector<int> fvResSubject;
+  std::vector<int> fvResPosition;
+
+  int GetNComponents() const { return static_cast<int>(fvComponentStart.size()) - 1; }
+};
+
+}  // namespace MCEngine_850

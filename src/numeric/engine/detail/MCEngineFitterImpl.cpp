@@ -1,0 +1,517 @@
+#include "numeric/engine/detail/MCEngineFitterImpl.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "numeric/engine/MCEngineProbability.h"
+#include "numeric/engine/detail/MCCovStructureFactory.h"
+#include "numeric/engine/detail/MCEngineDataBuilder.h"
+#include "numeric/engine/detail/MCEngineMMEEvaluator.h"
+#include "numeric/engine/detail/MCEngineOptimizer.h"
+#include "numeric/engine/detail/MCEngineSubjectEvaluator.h"
+
+namespace MCEngine_850 {
+
+namespace {
+
+constexpr double kLog2Pi = 1.8378770664093454836;
+
+inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+std::vector<double> ToRowMajor(const Eigen::MatrixXd& m) {
+  std::vector<double> out(U(static_cast<int>(m.rows() * m.cols())));
+  for (int i = 0; i < m.rows(); ++i) {
+    for (int j = 0; j < m.cols(); ++j) out[U(i) * U(static_cast<int>(m.cols())) + U(j)] = m(i, j);
+  }
+  return out;
+}
+
+}  // namespace
+
+MCEngineStatus MCEngineFitterImpl::Finish(const MCEngineStatus& status) {
+  fResult.SetStatus(status);
+  return status;
+}
+
+bool MCEngineFitterImpl::BuildModel() {
+  std::vector<std::unique_ptr<MCCovStructure>> blocks;
+  for (const MCEngineBlockData& bd : fData.fvBlocks) {
+    std::unique_ptr<MCCovStructure> s = MCCovStructureFactory::Create(bd.fType, bd.fNColumns, bd.fvColumnEffects);
+    if (!s) return false;
+    blocks.push_back(std::move(s));
+  }
+  // On the residual side VC is one common variance.
+  const MCEngineCovType resType = fData.fResidualType == MCEngineCovType::VC ? MCEngineCovType::ID : fData.fResidualType;
+  std::unique_ptr<MCCovStructure> residual = MCCovStructureFactory::Create(resType, fData.fResDimension, {});
+  if (!residual) return false;
+  fModel.Setup(std::move(blocks), std::move(residual));
+  return true;
+}
+
+MCEngineSettings::SolverPath MCEngineFitterImpl::ChoosePath() const {
+  if (fData.fvBlocks.empty()) return MCEngineSettings::kBySubject;
+  for (double w : fData.fvComponentWeight) {
+    if (w != 1.0) return MCEngineSettings::kBySubject;
+  }
+  if (fSettings.GetSolverPath() != MCEngineSettings::kAutomatic) return fSettings.GetSolverPath();
+  double costSubject = 0.0;
+  for (int c = 0; c < fData.GetNComponents(); ++c) {
+    const double m = fData.fvComponentStart[U(c) + 1] - fData.fvComponentStart[U(c)];
+    costSubject += m * m * m;
+  }
+  double nz = 0.0;
+  for (const MCEngineBlockData& bd : fData.fvBlocks) nz += static_cast<double>(bd.fNSubjects) * bd.fNColumns;
+  const double w = fData.fRank + nz;
+  const double costMME = w * w * w + static_cast<double>(fData.fNRecords) * (fData.fRank + 1.0) * (fData.fRank + 1.0);
+  return 4.0 * costMME < costSubject ? MCEngineSettings::kMixedModelEquations : MCEngineSettings::kBySubject;
+}
+
+MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngineSettings& settings) {
+  fSettings = settings;
+  fResult = MCEngineResult();
+  fpHypothesis.reset();
+  fpEvaluator.reset();
+  fResult.SetREML(settings.GetREML());
+  if (settings.GetMaxIterations() < 0 || settings.GetMaxStepHalvings() < 0 || settings.GetFisherSteps() < 0 ||
+      !(settings.GetSingularTolerance() >= 0.0) || !(settings.GetConfidenceLevel() > 0.0) ||
+      !(settings.GetConfidenceLevel() < 100.0)) {
+    return Finish(MCEngineStatus(MCEngineStatus::kInvalidSettings, MCEngineStatus::kError));
+  }
+  MCEngineStatus status = MCEngineDataBuilder::Build(input, settings.GetSingularTolerance(), fData);
+  if (status.IsError()) return Finish(status);
+  fResult.SetNRecordsUsed(fData.fNRecords);
+  fResult.SetTotalFreqWeight(fData.fTotalWeight);
+  fResult.SetRankX(fData.fRank);
+  if (!BuildModel()) return Finish(MCEngineStatus(MCEngineStatus::kBuildModel, MCEngineStatus::kError));
+  fResult.SetScaleProfiled(fModel.IsProfiled());
+
+  const MCEngineSettings::SolverPath path = ChoosePath();
+  fResult.SetSolverPath(path);
+  if (path == MCEngineSettings::kMixedModelEquations) {
+    fpEvaluator = std::make_unique<MCEngineMMEEvaluator>(fData, fModel);
+  } else {
+    fpEvaluator = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
+  }
+
+  const double N = fData.fTotalWeight;
+  const int p = fData.fRank;
+  const bool reml = settings.GetREML();
+  if (!(N - p > 0.0)) return Finish(MCEngineStatus(MCEngineStatus::kPerfectFit, MCEngineStatus::kError));
+
+  // Independent residuals with the structure's identity: the null model, the
+  // least-squares fit and the moment equations for starting values.
+  const int K = fModel.GetNParams();
+  Eigen::VectorXd thetaNull(K);
+  for (int b = 0; b < fModel.GetNBlocks(); ++b) {
+    Eigen::VectorXd seg;
+    fModel.GetBlock(b).NullParams(false, seg);
+    thetaNull.segment(fModel.GetBlockOffset(b), seg.size()) = seg;
+  }
+  {
+    Eigen::VectorXd seg;
+    fModel.GetResidual().NullParams(true, seg);
+    thetaNull.segment(fModel.GetResidualOffset(), seg.size()) = seg;
+  }
+  MCEngineEvaluation nullEval;
+  if (!fpEvaluator->Evaluate(thetaNull, MCEngineEvaluator::kGradient, true, nullEval)) {
+    return Finish(MCEngineStatus(MCEngineStatus::kInitialValueFailed, MCEngineStatus::kError));
+  }
+  double yy = 0.0;
+  for (int c = 0; c < fData.GetNComponents(); ++c) {
+    for (int r = fData.fvComponentStart[U(c)]; r < fData.fvComponentStart[U(c) + 1]; ++r) {
+      yy += fData.fvComponentWeight[U(c)] * fData.fvScaleWeight[U(r)] * fData.fvY[U(r)] * fData.fvY[U(r)];
+    }
+  }
+  if (!(nullEval.fRVR > 1e-12 * yy)) return Finish(MCEngineStatus(MCEngineStatus::kPerfectFit, MCEngineStatus::kError));
+  const double s2 = nullEval.fRVR / (N - p);
+  // -2 log L of the response in its own units differs by dof * log(c^2).
+  const double logScaleShift = 2.0 * (reml ? N - p : N) * std::log(fData.fYScale);
+  if (reml) {
+    fResult.SetNullMinus2LogLik(nullEval.fLogDetV + nullEval.fLogDetXVX + (N - p) * (1.0 + kLog2Pi + std::log(s2)) +
+                                logScaleShift);
+  } else {
+    fResult.SetNullMinus2LogLik(nullEval.fLogDetV + N * (1.0 + kLog2Pi + std::log(nullEval.fRVR / N)) + logScaleShift);
+  }
+
+  MCEngineOptimizer optimizer(*fpEvaluator, fModel, fData, fSettings);
+  Eigen::VectorXd psi;
+  if (!StartValues(optimizer, nullEval, thetaNull, s2, psi)) {
+    return Finish(MCEngineStatus(MCEngineStatus::kInitialValueFailed, MCEngineStatus::kError));
+  }
+  MCEngineStatus runStatus = optimizer.Run(psi);
+  fResult.SetIterations(optimizer.GetIterations());
+  fResult.SetConverged(optimizer.IsConverged());
+  if (!runStatus.IsOK()) fResult.AddWarning(runStatus);
+  const double scale = optimizer.GetScale();
+  if (fModel.IsProfiled() && !(scale > 1e-10 * s2)) {
+    return Finish(MCEngineStatus(MCEngineStatus::kScaleZero, MCEngineStatus::kError));
+  }
+  const Eigen::VectorXd theta = fModel.ToNatural(psi, scale);
+  Statistics(input, theta);
+  if (fResult.GetStatus().IsError()) return fResult.GetStatus();
+  MCEngineStatus final;
+  if (!fResult.GetWarnings().empty()) final = fResult.GetWarnings().front();
+  return Finish(final);
+}
+
+bool MCEngineFitterImpl::EvaluateAt(const std::vector<double>& theta, double& minus2LogLik,
+                                    std::vector<double>& gradient, std::vector<double>& observedHessian,
+                                    std::vector<double>& expectedHessian) const {
+  const int K = fModel.GetNParams();
+  if (!fpEvaluator || static_cast<int>(theta.size()) != K) return false;
+  // To the engine's scaled response and back.
+  const double c2 = fData.fYScale * fData.fYScale;
+  Eigen::VectorXd factor(K);
+  for (int k = 0; k < K; ++k) factor[k] = fModel.IsScaleLike(k) ? c2 : 1.0;
+  const Eigen::VectorXd t = Eigen::Map<const Eigen::VectorXd>(theta.data(), K).cwiseQuotient(factor);
+  if (!fModel.InBounds(t)) return false;
+  MCEngineEvaluation ev;
+  if (!fpEvaluator->Evaluate(t, MCEngineEvaluator::kHessian, fSettings.GetREML(), ev)) return false;
+  const bool reml = fSettings.GetREML();
+  const double dof = reml ? fData.fTotalWeight - fData.fRank : fData.fTotalWeight;
+  minus2LogLik = ev.fLogDetV + (reml ? ev.fLogDetXVX : 0.0) + ev.fRVR + dof * kLog2Pi + dof * std::log(c2);
+  const Eigen::VectorXd g = ev.fGrad.cwiseQuotient(factor);
+  const Eigen::MatrixXd outer = factor * factor.transpose();
+  gradient.assign(g.data(), g.data() + K);
+  observedHessian = ToRowMajor(ev.fHessObserved.cwiseQuotient(outer));
+  expectedHessian = ToRowMajor(ev.fHessExpected.cwiseQuotient(outer));
+  return true;
+}
+
+bool MCEngineFitterImpl::StartValues(MCEngineOptimizer& optimizer, const MCEngineEvaluation& nullEval,
+                                     const Eigen::VectorXd& thetaNull, double s2, Eigen::VectorXd& psi) {
+  const int K = fModel.GetNParams();
+  Eigen::VectorXd theta = thetaNull;
+  // Moment (MIVQUE0) equations over the parameters that enter linearly.
+  std::vector<int> lin;
+  for (int k = 0; k < K; ++k) {
+    const int b = fModel.GetBlockOf(k);
+    const MCCovStructure& s = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
+    if (s.IsLinearParam(fModel.GetLocalIndex(k))) lin.push_back(k);
+  }
+  const int nl = static_cast<int>(lin.size());
+  if (nl > 0 && nullEval.fHessExpected.rows() == K) {
+    Eigen::MatrixXd S(nl, nl);
+    Eigen::VectorXd q(nl);
+    for (int a = 0; a < nl; ++a) {
+      q[a] = nullEval.fQuad[lin[U(a)]];
+      for (int b = 0; b < nl; ++b) S(a, b) = nullEval.fHessExpected(lin[U(a)], lin[U(b)]);
+    }
+    Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(S);
+    if (es.info() == Eigen::Success) {
+      const Eigen::VectorXd ev = es.eigenvalues();
+      const double maxEv = ev.cwiseAbs().maxCoeff();
+      Eigen::VectorXd inv = Eigen::VectorXd::Zero(nl);
+      for (int i = 0; i < nl; ++i) {
+        if (ev[i] > 1e-10 * maxEv) inv[i] = 1.0 / ev[i];
+      }
+      const Eigen::VectorXd sol = es.eigenvectors() * inv.asDiagonal() * es.eigenvectors().transpose() * q;
+      for (int a = 0; a < nl; ++a) {
+        if (std::isfinite(sol[a])) theta[lin[U(a)]] = sol[a];
+      }
+    }
+  }
+  const double small = 1e-4 * s2;
+  for (int b = 0; b < fModel.GetNBlocks(); ++b) {
+    Eigen::VectorXd seg = fModel.Segment(theta, b);
+    fModel.GetBlock(b).Repair(seg, small);
+    theta.segment(fModel.GetBlockOffset(b), seg.size()) = seg;
+  }
+  {
+    Eigen::VectorXd seg = fModel.Segment(theta, -1);
+    fModel.GetResidual().Repair(seg, 0.1 * s2);
+    theta.segment(fModel.GetResidualOffset(), seg.size()) = seg;
+  }
+
+  auto objectiveAt = [&](const Eigen::VectorXd& t) {
+    double sc = 1.0;
+    return optimizer.Objective(fModel.ToWorking(t), &sc);
+  };
+  double best = objectiveAt(theta);
+  // Correlations: a coarse search, one parameter at a time.
+  static const double kGrid[] = {-0.5, -0.2, 0.2, 0.5, 0.8, 0.95};
+  for (int k = 0; k < K; ++k) {
+    if (fModel.GetKind(k) != MCEngineCovParam::kCorrelation) continue;
+    for (double r : kGrid) {
+      Eigen::VectorXd t = theta;
+      t[k] = r;
+      const double f = objectiveAt(t);
+      if (f < best) {
+        best = f;
+        theta = t;
+      }
+    }
+  }
+  if (!std::isfinite(best)) {
+    for (int attempt = 0; attempt < 10 && !std::isfinite(best); ++attempt) {
+      for (int k = 0; k < K; ++k) {
+        if (fModel.GetKind(k) != MCEngineCovParam::kVariance) theta[k] *= 0.5;
+      }
+      best = objectiveAt(theta);
+    }
+  }
+  if (!std::isfinite(best)) {
+    // Diagonal random effects and the residual structure's identity at the least-squares variance.
+    theta = thetaNull;
+    for (int k = 0; k < K; ++k) {
+      const int b = fModel.GetBlockOf(k);
+      if (b >= 0) {
+        if (fModel.GetKind(k) == MCEngineCovParam::kVariance) theta[k] = 0.1 * s2;
+      } else if (fModel.IsScaleLike(k)) {
+        theta[k] *= s2;
+      }
+    }
+    best = objectiveAt(theta);
+  }
+  if (!std::isfinite(best)) return false;
+  psi = fModel.ToWorking(theta);
+  return true;
+}
+
+void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::VectorXd& theta) {
+  const int K = fModel.GetNParams();
+  const int P = fData.fNColumns;
+  const int p = fData.fRank;
+  const bool reml = fSettings.GetREML();
+  const double N = fData.fTotalWeight;
+  MCEngineEvaluation ev;
+  if (!fpEvaluator->Evaluate(theta, MCEngineEvaluator::kHessian, reml, ev)) {
+    fResult.SetStatus(MCEngineStatus(130090, MCEngineStatus::kError));
+    return;
+  }
+  const double dof = reml ? N - p : N;
+  const double m2ll =
+      ev.fLogDetV + (reml ? ev.fLogDetXVX : 0.0) + ev.fRVR + dof * kLog2Pi + 2.0 * dof * std::log(fData.fYScale);
+  fResult.SetMinus2LogLik(m2ll);
+
+  // Free parameters: those not held at a bound (variances at 0, correlations at +-1).
+  std::vector<int> freeSet;
+  std::vector<bool> onBound(U(K), false);
+  for (int k = 0; k < K; ++k) {
+    const MCEngineCovParam::Kind kind = fModel.GetKind(k);
+    if ((kind == MCEngineCovParam::kVariance && theta[k] <= 0.0) ||
+        (kind == MCEngineCovParam::kCorrelation && std::fabs(theta[k]) >= 1.0 - 1e-6)) {
+      onBound[U(k)] = true;
+    } else {
+      freeSet.push_back(k);
+    }
+  }
+  const int nf = static_cast<int>(freeSet.size());
+  fResult.SetNCovParamsFree(nf);
+  Eigen::MatrixXd asy;  // over the free parameters
+  if (nf > 0) {
+    Eigen::MatrixXd HF(nf, nf);
+    for (int a = 0; a < nf; ++a) {
+      for (int b = 0; b < nf; ++b) HF(a, b) = ev.fHessObserved(freeSet[U(a)], freeSet[U(b)]);
+    }
+    Eigen::LLT<Eigen::MatrixXd> llt(HF);
+    if (llt.info() == Eigen::Success && llt.matrixLLT().diagonal().minCoeff() > 0.0) {
+      asy = 2.0 * llt.solve(Eigen::MatrixXd::Identity(nf, nf));
+    } else if (fResult.IsConverged()) {
+      Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(HF);
+      const double maxEv = es.eigenvalues().cwiseAbs().maxCoeff();
+      if (es.eigenvalues().minCoeff() < -1e-8 * maxEv) {
+        fResult.AddWarning(MCEngineStatus(MCEngineStatus::kFinalHessianNotPD, MCEngineStatus::kWarning));
+      } else {
+        fResult.AddWarning(MCEngineStatus(MCEngineStatus::kConvergedSingularHessian, MCEngineStatus::kWarning));
+      }
+    }
+  }
+  const bool haveAsy = asy.rows() == nf && nf > 0;
+  const double alpha = 1.0 - fSettings.GetConfidenceLevel() / 100.0;
+  const double zq = MCEngineProbability::NormalQuantile(1.0 - alpha / 2.0);
+
+  // Covariance parameters.
+  std::vector<MCEngineCovParam> params(U(K));
+  std::vector<double> asyFull(U(K) * U(K), MCEngineMissing::Value());
+  for (int k = 0; k < K; ++k) {
+    MCEngineCovParam& cp = params[U(k)];
+    const int b = fModel.GetBlockOf(k);
+    const MCCovStructure& s = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
+    const int local = fModel.GetLocalIndex(k);
+    if (b >= 0) {
+      const MCEngineBlockData& bd = fData.fvBlocks[U(b)];
+      cp.SetBlock(bd.fOrigin);
+      cp.SetEffect(bd.fEffect >= 0 ? bd.fEffect : s.GetParamEffect(local));
+    } else {
+      cp.SetBlock(-1);
+      cp.SetEffect(-1);
+    }
+    cp.SetLabel(s.GetParamLabel(local, b < 0));
+    cp.SetKind(s.GetParamKind(local));
+    cp.SetEstimate(theta[k]);
+    cp.SetOnBoundary(onBound[U(k)]);
+  }
+  if (haveAsy) {
+    for (int a = 0; a < nf; ++a) {
+      for (int bb = 0; bb < nf; ++bb) asyFull[U(freeSet[U(a)]) * U(K) + U(freeSet[U(bb)])] = asy(a, bb);
+      MCEngineCovParam& cp = params[U(freeSet[U(a)])];
+      const double var = asy(a, a);
+      if (!(var > 0.0)) continue;
+      const double se = std::sqrt(var);
+      const double est = cp.GetEstimate();
+      const double z = est / se;
+      cp.SetStdError(se);
+      cp.SetWaldZ(z);
+      if (cp.GetKind() == MCEngineCovParam::kVariance) {
+        cp.SetSig(MCEngineProbability::NormalUpper(z));
+        const double nu = 2.0 * z * z;
+        if (est > 0.0 && nu > 0.0) {
+          cp.SetLower(nu * est / MCEngineProbability::ChiSquareQuantile(1.0 - alpha / 2.0, nu));
+          cp.SetUpper(nu * est / MCEngineProbability::ChiSquareQuantile(alpha / 2.0, nu));
+        }
+      } else {
+        cp.SetSig(2.0 * MCEngineProbability::NormalUpper(std::fabs(z)));
+        cp.SetLower(est - zq * se);
+        cp.SetUpper(est + zq * se);
+      }
+    }
+  }
+  fResult.SetCovParams(params);
+  fResult.SetCovParamsCov(asyFull);
+
+  // Fixed effects over all columns.
+  Eigen::VectorXd beta = Eigen::VectorXd::Zero(P);
+  Eigen::MatrixXd C = Eigen::MatrixXd::Zero(P, P);
+  for (int i = 0; i < p; ++i) {
+    beta[fData.fvKept[U(i)]] = ev.fBeta[i];
+    for (int j = 0; j < p; ++j) C(fData.fvKept[U(i)], fData.fvKept[U(j)]) = ev.fC(i, j);
+  }
+  std::vector<Eigen::MatrixXd> dC;
+  if (haveAsy) {
+    for (int k : freeSet) {
+      const Eigen::MatrixXd d = ev.fC * ev.fvA[U(k)] * ev.fC;
+      Eigen::MatrixXd full = Eigen::MatrixXd::Zero(P, P);
+      for (int i = 0; i < p; ++i) {
+        for (int j = 0; j < p; ++j) full(fData.fvKept[U(i)], fData.fvKept[U(j)]) = d(i, j);
+      }
+      dC.push_back(std::move(full));
+    }
+  }
+  Eigen::MatrixXd xtx(P, P);
+  for (int i = 0; i < P; ++i) {
+    for (int j = 0; j < P; ++j) xtx(i, j) = fData.fvXtX[U(i) * U(P) + U(j)];
+  }
+  fpHypothesis = std::make_unique<MCEngineHypothesis>(xtx, fData.fvAliased);
+  fpHypothesis->SetEstimates(beta, C, dC, haveAsy ? asy : Eigen::MatrixXd());
+
+  std::vector<MCEngineBetaStat> betas(U(P));
+  for (int j = 0; j < P; ++j) {
+    MCEngineBetaStat& bs = betas[U(j)];
+    if (fData.fvAliased[U(j)]) {
+      bs.SetRedundant(true);
+      bs.SetEstimate(0.0);
+      continue;
+    }
+    bs.SetEstimate(beta[j]);
+    const double var = C(j, j);
+    if (!(var > 0.0)) continue;
+    const double se = std::sqrt(var);
+    bs.SetStdError(se);
+    bs.SetT(beta[j] / se);
+    Eigen::RowVectorXd l = Eigen::RowVectorXd::Zero(P);
+    l[j] = 1.0;
+    const double df = fpHypothesis->SatterthwaiteDF(l, var);
+    bs.SetDF(df);
+    if (!MCEngineMissing::Is(df)) {
+      bs.SetSig(MCEngineProbability::TTwoSided(beta[j] / se, df));
+      const double tq = MCEngineProbability::TQuantile(1.0 - alpha / 2.0, df);
+      bs.SetLower(beta[j] - tq * se);
+      bs.SetUpper(beta[j] + tq * se);
+    }
+  }
+  fResult.SetBeta(betas);
+  fResult.SetCovBeta(ToRowMajor(C));
+
+  // Information criteria.
+  const double d = reml ? nf : nf + p;
+  double nStar = reml ? N - p : N;
+  if (nStar < d + 2.0) nStar = d + 2.0;
+  bool hasSubjects = !input.GetResidualBlock().GetSubjects().empty() || !fData.fvBlocks.empty();
+  double nIC;
+  if (hasSubjects && fData.GetNComponents() > 1) {
+    nIC = 0.0;
+    for (double w : fData.fvComponentWeight) nIC += w;
+  } else if (!fData.fvBlocks.empty()) {
+    const MCEngineBlockData& bd = fData.fvBlocks.front();
+    int cols = 0;
+    for (int j = 0; j < bd.fNColumns; ++j) {
+      if (bd.fvColumnEffects.empty() ? j == 0 : bd.fvColumnEffects[U(j)] == 0) ++cols;
+    }
+    nIC = static_cast<double>(cols) * bd.fNSubjects;
+  } else {
+    nIC = reml ? N - p : N;
+  }
+  fResult.SetNSubjects(nIC);
+  fResult.SetAIC(m2ll + 2.0 * d);
+  fResult.SetAICC(m2ll + 2.0 * d * nStar / (nStar - d - 1.0));
+  if (nIC > 1.0) fResult.SetHQIC(m2ll + 2.0 * d * std::log(std::log(nIC)));
+  if (nIC > 0.0) {
+    fResult.SetBIC(m2ll + d * std::log(nIC));
+    fResult.SetCAIC(m2ll + d * (std::log(nIC) + 1.0));
+  }
+
+  // Tests of the fixed-effect terms.
+  const std::vector<MCEngineTerm>& terms = input.GetTerms();
+  std::vector<MCEngineTest> typeI, typeIII;
+  for (int t = 0; t < static_cast<int>(terms.size()); ++t) {
+    MCEngineTest t1 = fpHypothesis->Test(fpHypothesis->TypeI(terms[U(t)]));
+    t1.SetTerm(t);
+    typeI.push_back(t1);
+    MCEngineTest t3 = fpHypothesis->Test(fpHypothesis->TypeIII(terms, t));
+    t3.SetTerm(t);
+    typeIII.push_back(t3);
+  }
+  fResult.SetTypeITests(typeI);
+  fResult.SetTypeIIITests(typeIII);
+  Unscale();
+}
+
+void MCEngineFitterImpl::Unscale() {
+  const double c = fData.fYScale;
+  if (c == 1.0) return;
+  auto scaled = [](double v, double factor) { return MCEngineMissing::Is(v) ? v : v * factor; };
+  const int K = fModel.GetNParams();
+  std::vector<double> factor(U(K));
+  for (int k = 0; k < K; ++k) factor[U(k)] = fModel.IsScaleLike(k) ? c * c : 1.0;
+  std::vector<MCEngineCovParam> params = fResult.GetCovParams();
+  for (int k = 0; k < K; ++k) {
+    MCEngineCovParam& cp = params[U(k)];
+    const double f = factor[U(k)];
+    cp.SetEstimate(cp.GetEstimate() * f);
+    cp.SetStdError(scaled(cp.GetStdError(), f));
+    cp.SetLower(scaled(cp.GetLower(), f));
+    cp.SetUpper(scaled(cp.GetUpper(), f));
+  }
+  fResult.SetCovParams(params);
+  std::vector<double> asy = fResult.GetCovParamsCov();
+  for (int k = 0; k < K; ++k) {
+    for (int l = 0; l < K; ++l) asy[U(k) * U(K) + U(l)] = scaled(asy[U(k) * U(K) + U(l)], factor[U(k)] * factor[U(l)]);
+  }
+  fResult.SetCovParamsCov(asy);
+  std::vector<MCEngineBetaStat> betas = fResult.GetBeta();
+  for (MCEngineBetaStat& bs : betas) {
+    bs.SetEstimate(bs.GetEstimate() * c);
+    bs.SetStdError(scaled(bs.GetStdError(), c));
+    bs.SetLower(scaled(bs.GetLower(), c));
+    bs.SetUpper(scaled(bs.GetUpper(), c));
+  }
+  fResult.SetBeta(betas);
+  std::vector<double> covBeta = fResult.GetCovBeta();
+  for (double& v : covBeta) v *= c * c;
+  fResult.SetCovBeta(covBeta);
+  std::vector<MCEngineTest> typeI = fResult.GetTypeITests(), typeIII = fResult.GetTypeIIITests();
+  for (MCEngineTest& t : typeI) UnscaleTest(t);
+  for (MCEngineTest& t : typeIII) UnscaleTest(t);
+  fResult.SetTypeITests(typeI);
+  fResult.SetTypeIIITests(typeIII);
+}
+
+void MCEngineFitterImpl::UnscaleTest(MCEngineTest& test) const {
+  const double c = fData.fYScale;
+  if (!MCEngineMissing::Is(test.GetEstimate())) test.SetEstimate(test.GetEstimate() * c);
+  if (!MCEngineMissing::Is(test.GetStdError())) test.SetStdError(test.GetStdError() * c);
+}
+
+}  // namespace MCEngine_850

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <Eigen/Dense>
+#include <vector>
+
+#include "numeric/engine/MCEngineTerm.h"
+#include "numeric/engine/MCEngineTest.h"
+
+namespace MCEngine_850 {
+
+// Hypothesis matrices over the overparameterized columns and their tests.
+// The estimable functions come from X'X (Hermite form of its g2-inverse); the
+// tests use the estimates' covariance C, and Satterthwaite's approximation
+// uses the derivatives of C in the free covariance parameters together with
+// their asymptotic covariance.
+class MCEngineHypothesis {
+ public:
+  MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::vector<bool>& aliased);
+
+  // The estimates, their covariance, dC/dtheta_k for the free covariance
+  // parameters and the parameters' asymptotic covariance (empty when it could
+  // not be computed), all over the P columns.
+  void SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, const std::vector<Eigen::MatrixXd>& dC,
+                    const Eigen::MatrixXd& asyCov);
+
+  const Eigen::MatrixXd& GetHermite() const { return fH; }
+  bool IsEstimable(const Eigen::RowVectorXd& l) const;
+
+  // Sequential hypotheses: the forward Doolittle rows of X'X that belong to
+  // the term's non-aliased columns.
+  Eigen::MatrixXd TypeI(const MCEngineTerm& term) const;
+  // Hypotheses about the term adjusted for every term that does not contain
+  // it, orthogonal to the terms that do contain it.
+  Eigen::MatrixXd TypeIII(const std::vector<MCEngineTerm>& terms, int t) const;
+
+  // F test of L beta = 0 (t test when L has one row).
+  MCEngineTest Test(const Eigen::MatrixXd& L) const;
+  // Satterthwaite degrees of freedom of l beta; missing when not available.
+  double SatterthwaiteDF(const Eigen::RowVectorXd& l, double variance) const;
+
+ private:
+  Eigen::MatrixXd fXtX;
+  std::vector<bool> fvAliased;
+  Eigen::MatrixXd fH;
+  Eigen::MatrixXd fDoolittle;
+  Eigen::VectorXd fBeta;
+  Eigen::MatrixXd fC;
+  std::vector<Eigen::MatrixXd> fvDC;
+  Eigen::MatrixXd fAsyCov;
+};
+
+}  // namespace MCEngine_850

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <Eigen/Dense>
+#include <vector>
+
+#include "numeric/engine/MCEngineSettings.h"
+#include "numeric/engine/MCEngineStatus.h"
+#include "numeric/engine/detail/MCEngineData.h"
+#include "numeric/engine/detail/MCEngineEvaluator.h"
+#include "numeric/engine/detail/MCEngineModel.h"
+
+namespace MCEngine_850 {
+
+// Ridge-stabilised Newton-Raphson on the (profiled) -2 log likelihood in the
+// working parameters, with Fisher scoring for the first steps, step halving,
+// non-negativity of variances by projection and an active set, and the
+// three convergence criteria.
+class MCEngineOptimizer {
+ public:
+  MCEngineOptimizer(MCEngineEvaluator& evaluator, const MCEngineModel& model, const MCEngineData& data,
+                    const MCEngineSettings& settings);
+
+  // The objective at psi; +infinity when psi is not admissible. `scale`
+  // receives the profiled residual variance (1 when not profiled).
+  double Objective(const Eigen::VectorXd& psi, double* scale);
+  // The objective from an evaluation at the natural parameters ToNatural(psi, 1).
+  double ObjectiveOf(const MCEngineEvaluation& ev, double* scale) const;
+
+  // Iterates from psi (which must be admissible) until convergence or a
+  // stop; returns OK or the warning that ended the iterations.
+  MCEngineStatus Run(Eigen::VectorXd& psi);
+
+  int GetIterations() const { return fIterations; }
+  bool IsConverged() const { return fbConverged; }
+  double GetObjective() const { return fObjective; }
+  double GetScale() const { return fScale; }
+
+ private:
+  bool Derivatives(const Eigen::VectorXd& psi, double scale, bool observed, Eigen::VectorXd& g, Eigen::MatrixXd& H);
+  Eigen::VectorXd Project(const Eigen::VectorXd& psi) const;
+  bool IsVarianceWorking(int w) const;
+
+  MCEngineEvaluator& fEvaluator;
+  const MCEngineModel& fModel;
+  const MCEngineData& fData;
+  const MCEngineSettings& fSettings;
+  int fIterations = 0;
+  bool fbConverged = false;
+  double fObjective = 0.0;
+  double fScale = 1.0;
+};
+
+}  // namespace MCEngine_850

@@ -1,0 +1,338 @@
+#include "numeric/engine/detail/MCEngineSubjectEvaluator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "numeric/engine/detail/MCEngineDataBuilder.h"
+
+namespace MCEngine_850 {
+
+namespace {
+
+inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+// tr(A B) for square matrices of equal size.
+inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B) {
+  return A.cwiseProduct(B.transpose()).sum();
+}
+
+}  // namespace
+
+MCEngineSubjectEvaluator::MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model)
+    : fData(data), fModel(model) {
+  fbResidualDiagonal = MCEngineDataBuilder::IsDiagonalType(data.fResidualType);
+  BuildGroups();
+}
+
+void MCEngineSubjectEvaluator::BuildGroups() {
+  const int nComp = fData.GetNComponents();
+  fvComponents.resize(U(nComp));
+  std::map<int, std::vector<int>> bySubject;
+  std::vector<int> cols;
+  for (int c = 0; c < nComp; ++c) {
+    Component& comp = fvComponents[U(c)];
+    comp.fStart = fData.fvComponentStart[U(c)];
+    comp.fM = fData.fvComponentStart[U(c) + 1] - comp.fStart;
+    comp.fWeight = fData.fvComponentWeight[U(c)];
+    comp.fGroup0 = static_cast<int>(fvGroups.size());
+    for (int b = 0; b < static_cast<int>(fData.fvBlocks.size()); ++b) {
+      const MCEngineBlockData& bd = fData.fvBlocks[U(b)];
+      bySubject.clear();
+      for (int i = 0; i < comp.fM; ++i) {
+        const int r = comp.fStart + i;
+        if (bd.fvRowStart[U(r) + 1] > bd.fvRowStart[U(r)]) bySubject[bd.fvSubject[U(r)]].push_back(i);
+      }
+      for (const auto& entry : bySubject) {
+        const std::vector<int>& rows = entry.second;
+        cols.clear();
+        for (int i : rows) {
+          const int r = comp.fStart + i;
+          for (int e = bd.fvRowStart[U(r)]; e < bd.fvRowStart[U(r) + 1]; ++e) cols.push_back(bd.fvColIndex[U(e)]);
+        }
+        std::sort(cols.begin(), cols.end());
+        cols.erase(std::unique(cols.begin(), cols.end()), cols.end());
+        RandomGroup g;
+        g.fBlock = b;
+        g.fRowOffset = static_cast<int>(fvRows.size());
+        g.fNRows = static_cast<int>(rows.size());
+        g.fColOffset = static_cast<int>(fvCols.size());
+        g.fNCols = static_cast<int>(cols.size());
+        g.fZOffset = static_cast<int>(fvZ.size());
+        fvRows.insert(fvRows.end(), rows.begin(), rows.end());
+        fvCols.insert(fvCols.end(), cols.begin(), cols.end());
+        fvZ.resize(fvZ.size() + rows.size() * cols.size(), 0.0);
+        for (std::size_t ii = 0; ii < rows.size(); ++ii) {
+          const int r = comp.fStart + rows[ii];
+          for (int e = bd.fvRowStart[U(r)]; e < bd.fvRowStart[U(r) + 1]; ++e) {
+            const std::size_t jj = static_cast<std::size_t>(std::lower_bound(cols.begin(), cols.end(), bd.fvColIndex[U(e)]) - cols.begin());
+            fvZ[U(g.fZOffset) + jj * rows.size() + ii] += bd.fvValues[U(e)];
+          }
+        }
+        fvGroups.push_back(g);
+      }
+    }
+    comp.fGroup1 = static_cast<int>(fvGroups.size());
+    comp.fRes0 = static_cast<int>(fvResGroups.size());
+    if (!fbResidualDiagonal) {
+      bySubject.clear();
+      for (int i = 0; i < comp.fM; ++i) bySubject[fData.fvResSubject[U(comp.fStart + i)]].push_back(i);
+      for (const auto& entry : bySubject) {
+        ResidualGroup rg;
+        rg.fRowOffset = static_cast<int>(fvResRows.size());
+        rg.fNRows = static_cast<int>(entry.second.size());
+        fvResRows.insert(fvResRows.end(), entry.second.begin(), entry.second.end());
+        fvResGroups.push_back(rg);
+      }
+    }
+    comp.fRes1 = static_cast<int>(fvResGroups.size());
+  }
+}
+
+void MCEngineSubjectEvaluator::AddRandom(const RandomGroup& g, const Eigen::MatrixXd& G, Eigen::MatrixXd& V) const {
+  Eigen::Map<const Eigen::MatrixXd> Z(&fvZ[U(g.fZOffset)], g.fNRows, g.fNCols);
+  Eigen::MatrixXd Gs(g.fNCols, g.fNCols);
+  const int* cols = &fvCols[U(g.fColOffset)];
+  for (int a = 0; a < g.fNCols; ++a) {
+    for (int b = 0; b < g.fNCols; ++b) Gs(a, b) = G(cols[a], cols[b]);
+  }
+  const Eigen::MatrixXd blk = Z * Gs * Z.transpose();
+  const int* rows = &fvRows[U(g.fRowOffset)];
+  for (int a = 0; a < g.fNRows; ++a) {
+    for (int b = 0; b < g.fNRows; ++b) V(rows[a], rows[b]) += blk(a, b);
+  }
+}
+
+void MCEngineSubjectEvaluator::AddResidual(const Component& c, const Eigen::MatrixXd& S, Eigen::MatrixXd& V) const {
+  const int* pos = &fData.fvResPosition[U(c.fStart)];
+  const double* w = &fData.fvScaleWeight[U(c.fStart)];
+  if (fbResidualDiagonal) {
+    for (int i = 0; i < c.fM; ++i) V(i, i) += S(pos[i], pos[i]) / w[i];
+    return;
+  }
+  for (int g = c.fRes0; g < c.fRes1; ++g) {
+    const ResidualGroup& rg = fvResGroups[U(g)];
+    const int* rows = &fvResRows[U(rg.fRowOffset)];
+    for (int a = 0; a < rg.fNRows; ++a) {
+      const int ra = rows[a];
+      for (int b = 0; b < rg.fNRows; ++b) {
+        const int rb = rows[b];
+        V(ra, rb) += S(pos[ra], pos[rb]) / std::sqrt(w[ra] * w[rb]);
+      }
+    }
+  }
+}
+
+bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, bool reml,
+                                        MCEngineEvaluation& out) {
+  out.fbOK = false;
+  const int K = fModel.GetNParams();
+  const int p = fData.fRank;
+  const int nb = fModel.GetNBlocks();
+  const bool derivs = level >= kGradient;
+  const bool hessian = level >= kHessian;
+
+  // Structure matrices and their derivatives at theta.
+  std::vector<Eigen::MatrixXd> G(U(nb));
+  std::vector<Eigen::MatrixXd> dS(U(K));
+  for (int b = 0; b < nb; ++b) fModel.GetBlock(b).Build(fModel.Segment(theta, b), G[U(b)]);
+  Eigen::MatrixXd SR;
+  fModel.GetResidual().Build(fModel.Segment(theta, -1), SR);
+  // Second-derivative pairs of non-linear structures.
+  std::vector<std::pair<int, int>> secondPairs;
+  std::vector<Eigen::MatrixXd> d2S;
+  if (derivs) {
+    for (int k = 0; k < K; ++k) {
+      const int b = fModel.GetBlockOf(k);
+      const MCCovStructure& s = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
+      s.Derivative(fModel.Segment(theta, b), fModel.GetLocalIndex(k), dS[U(k)]);
+    }
+    if (hessian) {
+      for (int k = 0; k < K; ++k) {
+        for (int l = k; l < K; ++l) {
+          const int b = fModel.GetBlockOf(k);
+          if (fModel.GetBlockOf(l) != b) continue;
+          const MCCovStructure& s = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
+          if (s.IsLinear()) continue;
+          Eigen::MatrixXd d;
+          s.SecondDerivative(fModel.Segment(theta, b), fModel.GetLocalIndex(k), fModel.GetLocalIndex(l), d);
+          if (d.cwiseAbs().maxCoeff() == 0.0) continue;
+          secondPairs.emplace_back(k, l);
+          d2S.push_back(std::move(d));
+        }
+      }
+    }
+  }
+
+  const int q = p + 1;
+  Eigen::MatrixXd Mbar = Eigen::MatrixXd::Zero(q, q);
+  double logDetV = 0.0;
+  Eigen::VectorXd trW;
+  Eigen::MatrixXd trWW;
+  std::vector<Eigen::MatrixXd> Abar, Bbar, A2bar;
+  Eigen::VectorXd trW2;
+  if (derivs) {
+    trW = Eigen::VectorXd::Zero(K);
+    trWW = Eigen::MatrixXd::Zero(K, K);
+    Abar.assign(U(K), Eigen::MatrixXd::Zero(q, q));
+    Bbar.assign(U(K * K), Eigen::MatrixXd());
+    for (int k = 0; k < K; ++k) {
+      for (int l = k; l < K; ++l) Bbar[U(k * K + l)] = Eigen::MatrixXd::Zero(q, q);
+    }
+    trW2 = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(secondPairs.size()));
+    A2bar.assign(secondPairs.size(), Eigen::MatrixXd::Zero(q, q));
+  }
+
+  Eigen::MatrixXd V, Xb, W, WX, S;
+  std::vector<Eigen::MatrixXd> Vk(U(K)), WVk(U(K)), Tk(U(K));
+  std::vector<int> relevant;
+  std::vector<char> blockPresent(U(nb));
+  Eigen::LLT<Eigen::MatrixXd> llt;
+
+  for (const Component& c : fvComponents) {
+    const int m = c.fM;
+    const double f = c.fWeight;
+    Xb.resize(m, q);
+    for (int i = 0; i < m; ++i) {
+      const double* xr = p > 0 ? &fData.fvXr[U(c.fStart + i) * U(p)] : nullptr;
+      for (int j = 0; j < p; ++j) Xb(i, j) = xr[j];
+      Xb(i, p) = fData.fvY[U(c.fStart + i)];
+    }
+    V.setZero(m, m);
+    std::fill(blockPresent.begin(), blockPresent.end(), 0);
+    for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+      AddRandom(fvGroups[U(g)], G[U(fvGroups[U(g)].fBlock)], V);
+      blockPresent[U(fvGroups[U(g)].fBlock)] = 1;
+    }
+    AddResidual(c, SR, V);
+    llt.compute(V);
+    if (llt.info() != Eigen::Success) return false;
+    const auto& Lmat = llt.matrixLLT();
+    double ld = 0.0;
+    for (int i = 0; i < m; ++i) {
+      const double d = Lmat(i, i);
+      if (!(d > 0.0) || !std::isfinite(d)) return false;
+      ld += std::log(d);
+    }
+    logDetV += f * 2.0 * ld;
+    if (!derivs) {
+      S = llt.matrixL().solve(Xb);
+      Mbar.noalias() += f * (S.transpose() * S);
+      continue;
+    }
+    W = llt.solve(Eigen::MatrixXd::Identity(m, m));
+    WX.noalias() = W * Xb;
+    Mbar.noalias() += f * (Xb.transpose() * WX);
+
+    relevant.clear();
+    for (int k = 0; k < K; ++k) {
+      const int b = fModel.GetBlockOf(k);
+      if (b >= 0 && !blockPresent[U(b)]) continue;
+      relevant.push_back(k);
+      Vk[U(k)].setZero(m, m);
+      if (b >= 0) {
+        for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+          if (fvGroups[U(g)].fBlock == b) AddRandom(fvGroups[U(g)], dS[U(k)], Vk[U(k)]);
+        }
+      } else {
+        AddResidual(c, dS[U(k)], Vk[U(k)]);
+      }
+      WVk[U(k)].noalias() = W * Vk[U(k)];
+      Tk[U(k)].noalias() = Vk[U(k)] * WX;
+      trW[k] += f * WVk[U(k)].trace();
+      Abar[U(k)].noalias() += f * (WX.transpose() * Tk[U(k)]);
+    }
+    for (std::size_t a = 0; a < relevant.size(); ++a) {
+      const int k = relevant[a];
+      const Eigen::MatrixXd WTk = W * Tk[U(k)];
+      for (std::size_t bidx = a; bidx < relevant.size(); ++bidx) {
+        const int l = relevant[bidx];
+        trWW(k, l) += f * TraceOfProduct(WVk[U(k)], WVk[U(l)]);
+        Bbar[U(k * K + l)].noalias() += f * (WTk.transpose() * Tk[U(l)]);
+      }
+    }
+    for (std::size_t s = 0; s < secondPairs.size(); ++s) {
+      const int k = secondPairs[s].first;
+      const int b = fModel.GetBlockOf(k);
+      if (b >= 0 && !blockPresent[U(b)]) continue;
+      Eigen::MatrixXd Vkl = Eigen::MatrixXd::Zero(m, m);
+      if (b >= 0) {
+        for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+          if (fvGroups[U(g)].fBlock == b) AddRandom(fvGroups[U(g)], d2S[s], Vkl);
+        }
+      } else {
+        AddResidual(c, d2S[s], Vkl);
+      }
+      trW2[static_cast<Eigen::Index>(s)] += f * TraceOfProduct(W, Vkl);
+      A2bar[s].noalias() += f * (WX.transpose() * Vkl * WX);
+    }
+  }
+
+  // Generalised least squares over the kept columns.
+  out.fLogDetV = logDetV;
+  out.fBeta = Eigen::VectorXd::Zero(p);
+  out.fC = Eigen::MatrixXd::Zero(p, p);
+  out.fLogDetXVX = 0.0;
+  if (p > 0) {
+    Eigen::LLT<Eigen::MatrixXd> lx(Mbar.topLeftCorner(p, p));
+    if (lx.info() != Eigen::Success) return false;
+    for (int i = 0; i < p; ++i) {
+      const double d = lx.matrixLLT()(i, i);
+      if (!(d > 0.0)) return false;
+      out.fLogDetXVX += 2.0 * std::log(d);
+    }
+    out.fC = lx.solve(Eigen::MatrixXd::Identity(p, p));
+    out.fBeta = lx.solve(Mbar.col(p).head(p));
+  }
+  out.fRVR = Mbar(p, p) - (p > 0 ? Mbar.col(p).head(p).dot(out.fBeta) : 0.0);
+  if (!std::isfinite(out.fRVR) || !std::isfinite(logDetV)) return false;
+  out.fbOK = true;
+  if (!derivs) return true;
+
+  Eigen::VectorXd bvec(q);
+  bvec.head(p) = -out.fBeta;
+  bvec[p] = 1.0;
+  const Eigen::MatrixXd& C = out.fC;
+  out.fvA.assign(U(K), Eigen::MatrixXd());
+  std::vector<Eigen::MatrixXd> CA(U(K));
+  std::vector<Eigen::VectorXd> avec(U(K));
+  out.fQuad.resize(K);
+  out.fTrace.resize(K);
+  out.fGrad.resize(K);
+  for (int k = 0; k < K; ++k) {
+    out.fvA[U(k)] = Abar[U(k)].topLeftCorner(p, p);
+    CA[U(k)] = C * out.fvA[U(k)];
+    avec[U(k)] = Abar[U(k)].topRows(p) * bvec;
+    out.fQuad[k] = bvec.dot(Abar[U(k)] * bvec);
+    out.fTrace[k] = trW[k] - (reml ? CA[U(k)].trace() : 0.0);
+    out.fGrad[k] = out.fTrace[k] - out.fQuad[k];
+  }
+  out.fHessExpected.resize(K, K);
+  if (hessian) out.fHessObserved.resize(K, K);
+  for (int k = 0; k < K; ++k) {
+    for (int l = k; l < K; ++l) {
+      const Eigen::MatrixXd& B = Bbar[U(k * K + l)];
+      double e = trWW(k, l);
+      if (reml) e += -2.0 * TraceOfProduct(C, B.topLeftCorner(p, p)) + TraceOfProduct(CA[U(k)], CA[U(l)]);
+      out.fHessExpected(k, l) = out.fHessExpected(l, k) = e;
+      if (hessian) {
+        const double quad2 = bvec.dot(B * bvec) - avec[U(k)].dot(C * avec[U(l)]);
+        const double h = -e + 2.0 * quad2;
+        out.fHessObserved(k, l) = out.fHessObserved(l, k) = h;
+      }
+    }
+  }
+  if (hessian) {
+    for (std::size_t s = 0; s < secondPairs.size(); ++s) {
+      const int k = secondPairs[s].first, l = secondPairs[s].second;
+      double t2 = trW2[static_cast<Eigen::Index>(s)];
+      if (reml) t2 -= TraceOfProduct(C, A2bar[s].topLeftCorner(p, p));
+      const double extra = t2 - bvec.dot(A2bar[s] * bvec);
+      out.fHessObserved(k, l) += extra;
+      if (k != l) out.fHessObserved(l, k) += extra;
+    }
+  }
+  return true;
+}
+
+}  // namespace MCEngine_850

@@ -1,0 +1,72 @@
+#include "numeric/glmm/GLMMOutputStats.h"
+
+#include <ostream>
+
+#include "numeric/common/MCMV.h"
+#include "numeric/display/MCDisplay.h"
+
+namespace MCGLMM_850 {
+
+using MCCommon_850::MCMV;
+
+GLMMOutputStats::GLMMOutputStats()
+    : fLogLikelihood(MCMV::Missing()),
+      fAICC(MCMV::Missing()),
+      fBIC(MCMV::Missing()),
+      fTotalFreqWeight(MCMV::Missing()) {}
+
+const MCMath_850::MCSymMatrix* GLMMOutputStats::GetCovarianceMatrixBeta() const {
+  return fCovarianceMatrixBeta ? &*fCovarianceMatrixBeta : nullptr;
+}
+
+const MCMath_850::MCModelTestStats* GLMMOutputStats::GetTypeITestStats() const {
+  return fTypeITestStats ? &*fTypeITestStats : nullptr;
+}
+
+const MCMath_850::MCModelTestStats* GLMMOutputStats::GetTypeIIITestStats() const {
+  return fTypeIIITestStats ? &*fTypeIIITestStats : nullptr;
+}
+
+void GLMMOutputStats::Display() const { Display(*MCDisplay_850::GetOutStream()); }
+
+void GLMMOutputStats::Display(std::ostream& os) const {
+  using namespace MCDisplay_850;
+  DisplayText(os, "Begin GLMMOutputStats display.");
+  DisplayD(os, "-2 log likelihood:", fLogLikelihood);
+  DisplayD(os, "AICC:", fAICC);
+  DisplayD(os, "BIC:", fBIC);
+  DisplayD(os, "Total frequency weight:", fTotalFreqWeight);
+  DisplayI(os, "Fixed parameters:", static_cast<long>(fvBetaParameters.size()));
+  for (const MCMath_850::MCRegrParameter& param : fvBetaParameters) param.Display(os);
+  for (const MCMath_850::BetaParamStat& stat : fvBetaParamStats) stat.Display(os);
+  DisplayIV(os, "Parameters not redundant:", fRedundancyIndicatorsBeta.InSet());
+  if (fCovarianceMatrixBeta) {
+    DisplayText(os, "Covariance of the fixed estimates:");
+    fCovarianceMatrixBeta->Display(os);
+  } else {
+    DisplayText(os, "Covariance of the fixed estimates is not available.");
+  }
+  DisplayI(os, "Random blocks:", static_cast<long>(fvvGammaBasicParameters.size()));
+  for (const std::vector<MCMath_850::MCRegrParameter>& block : fvvGammaBasicParameters) {
+    DisplayI(os, "Random parameters:", static_cast<long>(block.size()));
+    for (const MCMath_850::MCRegrParameter& param : block) param.Display(os);
+  }
+  DisplayDV(os, "Covariance parameter estimates:", fvThetaParamEstimates);
+  if (fTypeITestStats) {
+    DisplayText(os, "Type I tests:");
+    fTypeITestStats->Display(os);
+  } else {
+    DisplayText(os, "Type I tests are not available.");
+  }
+  if (fTypeIIITestStats) {
+    DisplayText(os, "Type III tests:");
+    fTypeIIITestStats->Display(os);
+  } else {
+    DisplayText(os, "Type III tests are not available.");
+  }
+  DisplayI(os, "Build warnings:", static_cast<long>(fvBuildModelWarnings.size()));
+  for (const MCCommon_850::MCStatus& status : fvBuildModelWarnings) status.Display(os);
+  DisplayText(os, "End GLMMOutputStats display.");
+}
+
+}  // namespace MCGLMM_850

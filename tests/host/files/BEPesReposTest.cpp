@@ -1,0 +1,98 @@
+#include "host/files/BEPesRepos.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+#include "host/data/HostDataTestSource.h"
+#include "host/data/ZORV_Session.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/OmDocument.h"
+
+using hostdata_test::ScratchDir;
+using hostdata_test::WriteFile;
+
+class BEPesReposTest : public ::testing::Test {
+ protected:
+  void SetUp() override { BEPesRepos::BEPesClear(); }
+  void TearDown() override { BEPesRepos::BEPesClear(); }
+};
+
+TEST_F(BEPesReposTest, StoresWrittenFilesInOrder) {
+  ScratchDir dir("pes_order");
+  WriteFile(dir.File("model.xml"), "<PMML/>");
+  WriteFile(dir.File("stats.xml"), "<doc/>");
+  WriteFile(dir.File("stats.json"), "{}");
+  EXPECT_TRUE(TestAndStoreToPes(dir.File("model.xml").c_str(), 6, 1));
+  EXPECT_TRUE(TestAndStoreToPes(dir.File("stats.xml").c_str(), 6, 1));
+  EXPECT_TRUE(TestAndStoreToPes(dir.File("stats.json").c_str(), 99, 1));
+
+  const auto& files = BEPesRepos::GetFiles();
+  ASSERT_EQ(files.size(), 3u);
+  EXPECT_EQ(files[0].fName, dir.File("model.xml"));
+  EXPECT_EQ(files[2].fKind, BEPesRepos::KIND_JSON);
+  EXPECT_TRUE(files[1].fbDeliver);
+  EXPECT_EQ(BEPesRepos::GetDeliveries(BEPesRepos::KIND_XML),
+            (std::vector<std::string>{dir.File("model.xml"), dir.File("stats.xml")}));
+  EXPECT_EQ(BEPesRepos::GetDeliveries(BEPesRepos::KIND_JSON), std::vector<std::string>{dir.File("stats.json")});
+  EXPECT_EQ(BEPesRepos::BEPesCheckError(), 0);
+}
+
+TEST_F(BEPesReposTest, AFileHandedOverAgainKeepsItsPlace) {
+  ScratchDir dir("pes_again");
+  WriteFile(dir.File("a.xml"), "1");
+  WriteFile(dir.File("b.xml"), "2");
+  TestAndStoreToPes(dir.File("a.xml").c_str(), 6, 1);
+  TestAndStoreToPes(dir.File("b.xml").c_str(), 6, 1);
+  TestAndStoreToPes(dir.File("a.xml").c_str(), 6, 0);
+  const auto& files = BEPesRepos::GetFiles();
+  ASSERT_EQ(files.size(), 2u);
+  EXPECT_EQ(files[0].fName, dir.File("a.xml"));
+  EXPECT_FALSE(files[0].fbDeliver);
+  EXPECT_EQ(BEPesRepos::GetDeliveries(6), std::vector<std::string>{dir.File("b.xml")});
+}
+
+TEST_F(BEPesReposTest, FindsMissingAndVanishedFiles) {
+  ScratchDir dir("pes_missing");
+  WriteFile(dir.File("kept.xml"), "k");
+  WriteFile(dir.File("gone.xml"), "g");
+  EXPECT_TRUE(TestAndStoreToPes(dir.File("kept.xml").c_str(), 6, 1));
+  EXPECT_TRUE(TestAndStoreToPes(dir.File("gone.xml").c_str(), 6, 1));
+  EXPECT_FALSE(TestAndStoreToPes(dir.File("never.json").c_str(), 99, 1));
+  std::remove(dir.File("gone.xml").c_str());
+
+  std::vector<BEPesRepos::FileData> bad = BEPesRepos::FindUnreadable();
+  ASSERT_EQ(bad.size(), 2u);
+  EXPECT_EQ(bad[0].fName, dir.File("gone.xml"));
+  EXPECT_EQ(bad[1].fName, dir.File("never.json"));
+  EXPECT_EQ(BEPesRepos::GetDeliveries(6), std::vector<std::string>{dir.File("kept.xml")});
+}
+
+TEST_F(BEPesReposTest, ClearForgetsEverythingAndNamelessFilesAreRefused) {
+  EXPECT_FALSE(TestAndStoreToPes(nullptr, 6, 1));
+  EXPECT_FALSE(TestAndStoreToPes("", 6, 1));
+  EXPECT_TRUE(BEPesRepos::GetFiles().empty());
+  TestAndStoreToPes("/no/such/file.xml", 6, 1);
+  EXPECT_EQ(BEPesRepos::GetFiles().size(), 1u);
+  BEPesRepos::BEPesClear();
+  EXPECT_TRUE(BEPesRepos::GetFiles().empty());
+  EXPECT_EQ(BEPesRepos::BEPesCheckError(), 0);
+}
+
+TEST_F(BEPesReposTest, CheckErrorReportsEachBadFile) {
+  ZORV_Session::Current().BeginCommand();
+  ScratchDir dir("pes_check");
+  WriteFile(dir.File("kept.xml"), "k");
+  TestAndStoreToPes(dir.File("kept.xml").c_str(), 6, 1);
+  TestAndStoreToPes(dir.File("lost.json").c_str(), 99, 1);
+  auto& items = BpProcedure::HostDocument().fRoot.fvItems;
+  std::size_t before = items.size();
+  EXPECT_EQ(BEPesRepos::BEPesCheckError(), 1);
+  ASSERT_EQ(items.size(), before + 1);
+  ASSERT_EQ(items.back().fKind, OmItem::MESSAGE);
+  EXPECT_EQ(items.back().fpMessage->fLevel, OmMessage::ERROR);
+  EXPECT_EQ(items.back().fpMessage->fText,
+            "The output file " + dir.File("lost.json") + " is missing or cannot be read.");
+  EXPECT_TRUE(ZORV_Session::Current().IsFatal());
+  ZORV_Session::Current().BeginCommand();
+}

@@ -1,0 +1,36 @@
+#include "numeric/math/MCConst.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace MCMath_850::MCConst;
+
+TEST(MCConst, FixedValues) {
+  EXPECT_EQ(HESSIAN_NEWTON_RAPHSON, 2);
+  EXPECT_EQ(HESSIAN_FISHER_THEN_NEWTON, 3);
+  EXPECT_EQ(PADJUST_LSD, 0);
+  EXPECT_EQ(PADJUST_SEQ_BONFERRONI, 1);
+  EXPECT_EQ(PADJUST_SEQ_SIDAK, 3);
+  EXPECT_EQ(CONTRAST_SIMPLE, 0);
+  EXPECT_EQ(CONTRAST_POLYNOMIAL, 5);
+  EXPECT_EQ(CONTRAST_PAIRWISE, 6);
+  EXPECT_EQ(REFERENCE_LAST, 0);
+  EXPECT_EQ(REFERENCE_CATEGORY, 1);
+  EXPECT_EQ(OFFSET_VARIABLE, 1);
+  EXPECT_EQ(OFFSET_VALUE, 2);
+  EXPECT_EQ(EFFECT_TYPE_I, 0);
+  EXPECT_EQ(EFFECT_TYPE_III, 1);
+  EXPECT_EQ(CATEG_DATA_ORDER, 2);
+  EXPECT_EQ(ROLE_TARGET, 1);
+  EXPECT_EQ(ROLE_FREQUENCY_WEIGHT, 3);
+  EXPECT_EQ(ROLE_PREDICTOR, 4);
+}
+
+TEST(MCConst, Names) {
+  EXPECT_EQ(std::string(GetName(CONV_ABSOLUTE)), "absolute");
+  EXPECT_EQ(std::string(GetName(CONV_RELATIVE)), "relative");
+  EXPECT_EQ(std::string(GetName(COVB_ROBUST)), "robust");
+  EXPECT_EQ(std::string(GetName(MEASURE_ORDINAL)), "ordinal");
+  EXPECT_EQ(std::string(GetName(static_cast<MCConvType>(0))), "unknown");
+}

@@ -1,0 +1,528 @@
+# Reference values for the engine's accuracy tests.
+#
+# Fits the models of the accuracy suite with R (lme4 + lmerTest for random
+# effects, nlme for residual covariance structures) and writes one JSON file
+# per model into tests/data/numeric/reference/. The tests only read these
+# files; R is needed only to regenerate them:
+#
+#   Rscript tests/numeric/reference/make_reference.R            (from the repository root)
+#
+# Checked with R 4.2, lme4 1.1-31, lmerTest 3.1-3, nlme 3.1-162, numDeriv.
+#
+# Conventions, so that R's numbers are comparable with the engine's:
+#
+# * Factor levels are sorted ascending (numerically for numeric columns,
+#   byte-wise for text), and every factor uses treatment contrasts with the
+#   LAST level as the reference. The engine's overparameterized design aliases
+#   exactly the last level of each factor (and every interaction cell that
+#   involves a last level), so R's coefficients are the engine's non-aliased
+#   columns, and the REML criteria agree (the REML log determinant depends on
+#   the coding only through det of the column transformation, which is 1 here).
+# * Fixed coefficients are written under the engine's column names:
+#   "Intercept", a covariate by its name, a factor level as "Var=level", and
+#   an interaction by joining its parts with "*" in the order of the term, e.g.
+#   R's "age:SexFemale" becomes "age*Sex=Female" (see canonical_name()).
+# * Covariance parameters are written on the engine's natural scale, in the
+#   engine's order (random blocks in order, the residual last):
+#   - lme4 reports standard deviations and correlations; they are turned into
+#     variances and covariances: UN(1,1) = sd1^2, UN(2,1) = rho*sd1*sd2, ...
+#   - nlme's corCompSymm gives Var = sigma^2 (rho on the off-diagonal). The
+#     engine's CS is sigma_1 J + sigma^2 I, so CS = sigma^2 rho and
+#     Residual = sigma^2 (1 - rho).
+#   - nlme's corSymm + varIdent gives sigma_i sigma_j rho_ij; the engine's UN
+#     entries are read off the marginal covariance matrix of one subject.
+#   - nlme's corAR1 gives sigma^2 rho^|i-j|: "AR1 rho" = rho, Residual = sigma^2.
+# * Satterthwaite degrees of freedom: for lmer fits those of lmerTest (which
+#   differentiates numerically). For nlme fits lmerTest does not apply, so they
+#   are computed here from an independent dense implementation of the
+#   (restricted) likelihood: the Hessian of -2 log L and the derivatives of
+#   C = (X'V^-1 X)^-1 by numerical differentiation (numDeriv) at nlme's
+#   estimates, A = 2 H^-1, nu = 2 (l C l')^2 / (g' A g), and for several rows
+#   the Fai-Cornelius combination. The dense criterion is checked against
+#   nlme's log likelihood before it is used.
+# * Type III tests: lmerTest's anova(type = 3) for lmer fits; for nlme fits the
+#   same coding-invariant contrasts (lmerTest's type 3 contrasts of the
+#   equivalent lm fit) tested with the nlme estimates.
+# * All fits use tight optimiser tolerances, followed by Newton steps with
+#   numerical derivatives (on lme4's deviance function, or on the dense
+#   criterion for nlme fits); lme4's defaults are not accurate enough for
+#   comparisons at 1e-5.
+
+suppressPackageStartupMessages({
+  library(lme4)
+  library(lmerTest)
+  library(nlme)
+  library(jsonlite)
+  library(numDeriv)
+})
+
+args <- commandArgs(trailingOnly = TRUE)
+data_dir <- if (length(args) >= 1) args[1] else "examples/data"
+out_dir <- if (length(args) >= 2) args[2] else "tests/data/numeric/reference"
+dir.create(out_dir, showWarnings = FALSE, recursive = TRUE)
+
+lmer_control <- lmerControl(
+  optimizer = "nloptwrap",
+  optCtrl = list(algorithm = "NLOPT_LN_BOBYQA", xtol_abs = 1e-14, ftol_abs = 1e-16,
+                 xtol_rel = 1e-14, ftol_rel = 1e-16, maxeval = 100000),
+  check.conv.grad = .makeCC("ignore", tol = 1e-3))
+
+gls_control <- glsControl(maxIter = 500, msMaxIter = 500, tolerance = 1e-12, msTol = 1e-14,
+                          returnObject = TRUE)
+lme_control <- lmeControl(maxIter = 500, msMaxIter = 500, niterEM = 100, tolerance = 1e-12,
+                          msTol = 1e-14, returnObject = TRUE)
+
+# Small relative steps for numerical derivatives: correlations near 1 must
+# stay admissible.
+deriv_args <- list(eps = 1e-6, d = 1e-4, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
+
+read_data <- function(file, factors) {
+  d <- read.csv(file.path(data_dir, file), stringsAsFactors = FALSE)
+  for (v in factors) {
+    x <- d[[v]]
+    lev <- if (is.numeric(x)) as.character(sort(unique(x))) else sort(unique(x), method = "radix")
+    f <- factor(as.character(x), levels = lev)
+    contrasts(f) <- contr.treatment(levels(f), base = nlevels(f))
+    d[[v]] <- f
+  }
+  d
+}
+
+# The engine's name of a column of R's fixed design.
+canonical_name <- function(colname, term_label, factors) {
+  if (colname == "(Intercept)") return("Intercept")
+  vars <- strsplit(term_label, ":", fixed = TRUE)[[1]]
+  parts <- strsplit(colname, ":", fixed = TRUE)[[1]]
+  stopifnot(length(vars) == length(parts))
+  out <- character(length(vars))
+  for (i in seq_along(vars)) {
+    v <- vars[i]
+    if (v %in% factors) {
+      stopifnot(startsWith(parts[i], v))
+      out[i] <- paste0(v, "=", substring(parts[i], nchar(v) + 1))
+    } else {
+      out[i] <- v
+    }
+  }
+  paste(out, collapse = "*")
+}
+
+column_names <- function(X, factors) {
+  assign <- attr(X, "assign")
+  labels <- c("(Intercept)", attr(terms(attr(X, "terms_obj")), "term.labels"))
+  vapply(seq_len(ncol(X)), function(j) {
+    lab <- if (assign[j] == 0) "(Intercept)" else labels[assign[j] + 1]
+    canonical_name(colnames(X)[j], lab, factors)
+  }, "")
+}
+
+fixed_design <- function(formula, data, factors) {
+  tt <- terms(formula)
+  X <- model.matrix(tt, data)
+  attr(X, "terms_obj") <- tt
+  attr(X, "names_ours") <- column_names(X, factors)
+  X
+}
+
+write_fixture <- function(name, fixture) {
+  path <- file.path(out_dir, paste0(name, ".json"))
+  write_json(fixture, path, digits = NA, auto_unbox = TRUE, pretty = TRUE)
+  cat(sprintf("%-22s -2LL %.8f\n", name, fixture$minus2ll))
+}
+
+# ---------------------------------------------------------------------------
+# lmer models (random effects); lmerTest provides df and Type III tests.
+
+# `contrasts` is a list of single-row L written as named lists over the
+# engine's column names (columns that R does not have, the aliased ones,
+# multiply an estimate of 0 and are left out); `joint` a list of lists of rows.
+lmer_fixture <- function(model, data_file, formula, factors, data, reml, covparams_fun, notes,
+                         contrasts = list(), joint = list()) {
+  m0 <- lme4::lmer(formula, data = data, REML = reml, control = lmer_control)
+  # A few Newton steps on lme4's own deviance function remove what is left
+  # of the optimiser's stopping error; the model is then rebuilt at that point.
+  dev <- lme4::lmer(formula, data = data, REML = reml, devFunOnly = TRUE)
+  th <- newton_polish(dev, getME(m0, "theta"))
+  m <- lme4::lmer(formula, data = data, REML = reml, start = list(theta = th),
+                  control = lmerControl(optimizer = NULL))
+  m <- lmerTest::as_lmerModLmerTest(m)
+  X <- fixed_design(nobars(formula)[-2], data, factors)
+  names_ours <- attr(X, "names_ours")
+  co <- summary(m)$coefficients
+  stopifnot(all(rownames(co) == colnames(X)))
+  beta <- lapply(seq_len(nrow(co)), function(i)
+    list(name = names_ours[i], estimate = co[i, "Estimate"], se = co[i, "Std. Error"], df = co[i, "df"],
+         p = co[i, "Pr(>|t|)"]))
+  type3 <- list()
+  if (length(attr(terms(nobars(formula)), "term.labels")) > 0) {
+    a <- anova(m, type = 3, ddf = "Satterthwaite")
+    type3 <- lapply(seq_len(nrow(a)), function(i)
+      list(term = gsub(":", "*", rownames(a)[i], fixed = TRUE), F = a[i, "F value"], numDF = a[i, "NumDF"],
+           denDF = a[i, "DenDF"], p = a[i, "Pr(>F)"]))
+  }
+  type1 <- list()
+  if (length(attr(terms(nobars(formula)), "term.labels")) > 0) {
+    a <- anova(m, type = 1, ddf = "Satterthwaite")
+    type1 <- lapply(seq_len(nrow(a)), function(i)
+      list(term = gsub(":", "*", rownames(a)[i], fixed = TRUE), F = a[i, "F value"], numDF = a[i, "NumDF"],
+           denDF = a[i, "DenDF"], p = a[i, "Pr(>F)"]))
+  }
+  contrasts_out <- lapply(contrasts, function(L) {
+    l <- vapply(names_ours, function(n) if (is.null(L[[n]])) 0 else L[[n]], 0)
+    ct <- contest(m, matrix(l, nrow = 1), joint = FALSE)
+    list(L = L, estimate = ct[["Estimate"]], se = ct[["Std. Error"]], df = ct[["df"]], p = ct[["Pr(>|t|)"]])
+  })
+  joint_out <- lapply(joint, function(rows) {
+    Lm <- t(vapply(rows, function(L) vapply(names_ours, function(n) if (is.null(L[[n]])) 0 else L[[n]], 0),
+                   numeric(length(names_ours))))
+    ct <- contest(m, Lm, joint = TRUE)
+    list(rows = rows, F = ct[["F value"]], numDF = ct[["NumDF"]], denDF = ct[["DenDF"]], p = ct[["Pr(>F)"]])
+  })
+  list(model = model, data = data_file, method = if (reml) "REML" else "ML", notes = notes,
+       minus2ll = if (reml) REMLcrit(m) else deviance(m), beta = beta,
+       covparams = covparams_fun(m), typeIII = type3, typeI = type1, contrasts = contrasts_out, joint = joint_out)
+}
+
+# Newton steps with numerical derivatives while they decrease f.
+newton_polish <- function(f, x, steps = 4) {
+  fx <- f(x)
+  for (i in seq_len(steps)) {
+    g <- numDeriv::grad(f, x, method.args = deriv_args)
+    H <- numDeriv::hessian(f, x, method.args = deriv_args)
+    step <- tryCatch(solve(H, g), error = function(e) NULL)
+    if (is.null(step)) break
+    xn <- x - step
+    fn <- tryCatch(f(xn), error = function(e) Inf)
+    if (!is.finite(fn) || fn > fx) break
+    x <- xn
+    fx <- fn
+  }
+  x
+}
+
+vc_list <- function(labels, values) lapply(seq_along(labels), function(i) list(label = labels[i], estimate = values[i]))
+
+un2 <- function(vc) c(vc[1, 1], vc[2, 1], vc[2, 2])
+
+# ---------------------------------------------------------------------------
+# Dense (restricted) likelihood for the nlme models, used for Satterthwaite df.
+
+dense_criterion <- function(theta, vfun, X, y, groups, reml) {
+  p <- ncol(X)
+  XVX <- matrix(0, p, p)
+  XVy <- numeric(p)
+  yVy <- 0
+  logdet <- 0
+  for (g in groups) {
+    V <- vfun(theta, g)
+    R <- chol(V)
+    logdet <- logdet + 2 * sum(log(diag(R)))
+    Xs <- backsolve(R, X[g, , drop = FALSE], transpose = TRUE)
+    ys <- backsolve(R, y[g], transpose = TRUE)
+    XVX <- XVX + crossprod(Xs)
+    XVy <- XVy + drop(crossprod(Xs, ys))
+    yVy <- yVy + sum(ys^2)
+  }
+  C <- solve(XVX)
+  beta <- drop(C %*% XVy)
+  rVr <- yVy - sum(XVy * beta)
+  n <- length(y)
+  f <- if (reml) {
+    logdet + as.numeric(determinant(XVX, logarithm = TRUE)$modulus) + rVr + (n - p) * log(2 * pi)
+  } else {
+    logdet + rVr + n * log(2 * pi)
+  }
+  list(f = f, C = C, beta = beta)
+}
+
+# The df are invariant to the parameterisation at the optimum, so the
+# derivatives are taken in unconstrained coordinates phi (log variances,
+# Fisher z of correlations), where steps of a reasonable size stay admissible
+# and rounding error stays small.
+satterthwaite_setup <- function(theta, to_phi, from_phi, vfun, X, y, groups, reml) {
+  phi <- to_phi(theta)
+  fn <- function(ph) dense_criterion(from_phi(ph), vfun, X, y, groups, reml)$f
+  args <- list(eps = 1e-4, d = 0.01, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
+  H <- numDeriv::hessian(fn, phi, method.args = args)
+  A <- 2 * solve(H)
+  p <- ncol(X)
+  jac <- numDeriv::jacobian(function(ph) as.vector(dense_criterion(from_phi(ph), vfun, X, y, groups, reml)$C), phi,
+                            method.args = args)
+  dC <- lapply(seq_along(phi), function(k) matrix(jac[, k], p, p))
+  C <- dense_criterion(theta, vfun, X, y, groups, reml)$C
+  list(A = A, dC = dC, C = C, grad = numDeriv::grad(function(t) dense_criterion(t, vfun, X, y, groups, reml)$f, theta,
+                                                    method.args = deriv_args))
+}
+
+satt_df_row <- function(l, s) {
+  g <- vapply(s$dC, function(d) drop(t(l) %*% d %*% l), 0)
+  v <- drop(t(l) %*% s$C %*% l)
+  2 * v^2 / drop(t(g) %*% s$A %*% g)
+}
+
+# F test of L beta = 0 with the Fai-Cornelius denominator df.
+f_test <- function(L, beta, s) {
+  LCL <- L %*% s$C %*% t(L)
+  e <- eigen(LCL, symmetric = TRUE)
+  keep <- e$values > 1e-8 * max(e$values)
+  q <- sum(keep)
+  U <- e$vectors[, keep, drop = FALSE]
+  d <- e$values[keep]
+  B <- t(U) %*% L
+  Fv <- sum((B %*% beta)^2 / d) / q
+  nu <- vapply(seq_len(q), function(m) satt_df_row(B[m, ], s), 0)
+  ddf <- if (q == 1) nu else {
+    E <- sum(ifelse(nu > 2, nu / (nu - 2), 0))
+    if (E > q) 2 * E / (E - q) else 0
+  }
+  list(F = Fv, numDF = q, denDF = ddf, p = pf(Fv, q, ddf, lower.tail = FALSE))
+}
+
+nlme_fixture <- function(model, data_file, fixed_formula, factors, data, fit, theta, covparam_labels, vfun,
+                         groups, reml, notes, to_phi, from_phi, xtx_weights = NULL) {
+  X <- fixed_design(fixed_formula[-2], data, factors)
+  y <- data[[all.vars(fixed_formula)[1]]]
+  names_ours <- attr(X, "names_ours")
+  dense <- dense_criterion(theta, vfun, X, y, groups, reml)
+  m2ll_nlme <- -2 * as.numeric(logLik(fit))
+  if (abs(dense$f - m2ll_nlme) > 1e-9 * abs(m2ll_nlme)) {
+    stop(sprintf("%s: dense criterion %.10f vs nlme %.10f", model, dense$f, m2ll_nlme))
+  }
+  stopifnot(max(abs(fixef_or_coef(fit) - dense$beta)) < 1e-8 * max(1, max(abs(dense$beta))))
+  # Newton steps on the dense criterion from nlme's estimates.
+  theta <- newton_polish(function(t) dense_criterion(t, vfun, X, y, groups, reml)$f, theta)
+  dense <- dense_criterion(theta, vfun, X, y, groups, reml)
+  m2ll <- dense$f
+  s <- satterthwaite_setup(theta, to_phi, from_phi, vfun, X, y, groups, reml)
+  b <- dense$beta
+  se <- sqrt(diag(s$C))
+  beta <- lapply(seq_along(b), function(i) {
+    l <- numeric(length(b)); l[i] <- 1
+    df <- satt_df_row(l, s)
+    list(name = names_ours[i], estimate = unname(b[i]), se = unname(se[i]), df = df,
+         p = 2 * pt(abs(b[i] / se[i]), df, lower.tail = FALSE))
+  })
+  # Type III contrasts of the equivalent fixed-effects model, in the same coding.
+  lmfit <- lm(fixed_formula, data = data)
+  stopifnot(all(names(coef(lmfit)) == colnames(X)))
+  Ls <- lmerTest:::get_contrasts_type3(lmfit)
+  type3 <- lapply(names(Ls), function(term) {
+    t <- f_test(Ls[[term]], dense$beta, s)
+    list(term = gsub(":", "*", term, fixed = TRUE), F = t$F, numDF = t$numDF, denDF = t$denDF, p = t$p)
+  })
+  type3 <- Filter(function(x) x$term != "(Intercept)", type3)
+  # Type I contrasts: forward Doolittle on X'X, weighted by the scale weights
+  # when there are any (the engine's sequential hypotheses are those of
+  # weighted least squares).
+  L1s <- if (is.null(xtx_weights)) lmerTest:::get_contrasts_type1(lmfit) else {
+    L <- t(lmerTest:::doolittle(crossprod(X, X * xtx_weights))$L)
+    dimnames(L) <- list(colnames(X), colnames(X))
+    labels <- attr(terms(fixed_formula), "term.labels")
+    sel <- lapply(seq_along(labels), function(i) L[attr(X, "assign") == i, , drop = FALSE])
+    names(sel) <- labels
+    sel
+  }
+  type1 <- lapply(names(L1s), function(term) {
+    t <- f_test(L1s[[term]], dense$beta, s)
+    list(term = gsub(":", "*", term, fixed = TRUE), F = t$F, numDF = t$numDF, denDF = t$denDF, p = t$p)
+  })
+  list(model = model, data = data_file, method = if (reml) "REML" else "ML", notes = notes,
+       minus2ll = m2ll, max_abs_gradient = max(abs(s$grad)), beta = beta,
+       covparams = vc_list(covparam_labels, theta), typeIII = type3, typeI = type1)
+}
+
+fixef_or_coef <- function(fit) if (inherits(fit, "lme")) fixef(fit) else coef(fit)
+
+groups_by <- function(subject) split(seq_along(subject), subject)
+
+# ---------------------------------------------------------------------------
+# The models.
+
+# sleepstudy: random intercept and slope by subject, unstructured and VC.
+sleep <- read_data("sleepstudy.csv", c("Subject"))
+write_fixture("sleepstudy_un", lmer_fixture(
+  "sleepstudy_un", "sleepstudy.csv", Reaction ~ Days + (Days | Subject), c("Subject"), sleep, TRUE,
+  function(m) { v <- VarCorr(m)$Subject; vc_list(c("UN(1,1)", "UN(2,1)", "UN(2,2)", "Residual"), c(un2(v), sigma(m)^2)) },
+  "RANDOM intercept Days / SUBJECT=Subject TYPE=UN"))
+write_fixture("sleepstudy_un_ml", lmer_fixture(
+  "sleepstudy_un_ml", "sleepstudy.csv", Reaction ~ Days + (Days | Subject), c("Subject"), sleep, FALSE,
+  function(m) { v <- VarCorr(m)$Subject; vc_list(c("UN(1,1)", "UN(2,1)", "UN(2,2)", "Residual"), c(un2(v), sigma(m)^2)) },
+  "ML; RANDOM intercept Days / SUBJECT=Subject TYPE=UN"))
+write_fixture("sleepstudy_vc", lmer_fixture(
+  "sleepstudy_vc", "sleepstudy.csv", Reaction ~ Days + (1 | Subject) + (0 + Days | Subject), c("Subject"), sleep, TRUE,
+  function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
+                c(v[[1]][1, 1], v[[2]][1, 1], sigma(m)^2)) },
+  "RANDOM intercept Days / SUBJECT=Subject TYPE=VC (intercept variance first)"))
+
+# Orthodont: Sex, age and their interaction; random intercept, random
+# intercept and slope, and residual CS, UN and AR1 by Subject over age.
+ortho <- read_data("orthodont.csv", c("Sex", "Subject"))
+write_fixture("orthodont_ri", lmer_fixture(
+  "orthodont_ri", "orthodont.csv", distance ~ age * Sex + (1 | Subject), c("Sex", "Subject"), ortho, TRUE,
+  function(m) vc_list(c("Variance", "Residual"), c(VarCorr(m)$Subject[1, 1], sigma(m)^2)),
+  "RANDOM intercept / SUBJECT=Subject"))
+write_fixture("orthodont_un_g", lmer_fixture(
+  "orthodont_un_g", "orthodont.csv", distance ~ age * Sex + (age | Subject), c("Sex", "Subject"), ortho, TRUE,
+  function(m) { v <- VarCorr(m)$Subject; vc_list(c("UN(1,1)", "UN(2,1)", "UN(2,2)", "Residual"), c(un2(v), sigma(m)^2)) },
+  "RANDOM intercept age / SUBJECT=Subject TYPE=UN"))
+
+ortho_groups <- groups_by(ortho$Subject)
+ortho_pos <- match(ortho$age, sort(unique(ortho$age)))
+ortho_X_formula <- distance ~ age * Sex
+
+fit_cs <- gls(distance ~ age * Sex, data = ortho, correlation = corCompSymm(form = ~ 1 | Subject),
+              method = "REML", control = gls_control)
+rho <- coef(fit_cs$modelStruct$corStruct, unconstrained = FALSE)
+s2 <- sigma(fit_cs)^2
+vfun_cs <- function(theta, g) { m <- length(g); matrix(theta[1], m, m) + diag(theta[2], m) }
+cs_to_phi <- function(theta) c(theta[1], log(theta[2]))
+cs_from_phi <- function(phi) c(phi[1], exp(phi[2]))
+write_fixture("orthodont_cs", nlme_fixture(
+  "orthodont_cs", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_cs, c(s2 * rho, s2 * (1 - rho)),
+  c("CS", "Residual"), vfun_cs, ortho_groups, TRUE, "residual CS by Subject", cs_to_phi, cs_from_phi))
+
+fit_cs_ml <- gls(distance ~ age * Sex, data = ortho, correlation = corCompSymm(form = ~ 1 | Subject),
+                 method = "ML", control = gls_control)
+rho <- coef(fit_cs_ml$modelStruct$corStruct, unconstrained = FALSE)
+s2 <- sigma(fit_cs_ml)^2
+write_fixture("orthodont_cs_ml", nlme_fixture(
+  "orthodont_cs_ml", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_cs_ml, c(s2 * rho, s2 * (1 - rho)),
+  c("CS", "Residual"), vfun_cs, ortho_groups, FALSE, "ML; residual CS by Subject", cs_to_phi, cs_from_phi))
+
+un_matrix <- function(theta, t) {
+  S <- matrix(0, t, t)
+  k <- 1
+  for (i in 1:t) for (j in 1:i) { S[i, j] <- theta[k]; S[j, i] <- theta[k]; k <- k + 1 }
+  S
+}
+un_params <- function(S) {
+  out <- c()
+  for (i in seq_len(nrow(S))) for (j in 1:i) out <- c(out, S[i, j])
+  out
+}
+un_labels <- function(t) {
+  out <- c()
+  for (i in 1:t) for (j in 1:i) out <- c(out, sprintf("UN(%d,%d)", i, j))
+  out
+}
+
+ortho$pos <- ortho_pos
+fit_un <- gls(distance ~ age * Sex, data = ortho, correlation = corSymm(form = ~ pos | Subject),
+              weights = varIdent(form = ~ 1 | pos), method = "REML", control = gls_control)
+first <- ortho$Subject == levels(ortho$Subject)[1]
+stopifnot(all(ortho$pos[first] == 1:4))
+S_un <- unclass(getVarCov(fit_un, individual = levels(ortho$Subject)[1]))
+vfun_un <- function(theta, g) un_matrix(theta, 4)[ortho_pos[g], ortho_pos[g]]
+un_diag <- c(1, 3, 6, 10)
+un_to_phi <- function(theta) { theta[un_diag] <- log(theta[un_diag]); theta }
+un_from_phi <- function(phi) { phi[un_diag] <- exp(phi[un_diag]); phi }
+write_fixture("orthodont_un", nlme_fixture(
+  "orthodont_un", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_un, un_params(S_un),
+  un_labels(4), vfun_un, ortho_groups, TRUE, "residual UN by Subject over age", un_to_phi, un_from_phi))
+
+ar1_matrix <- function(rho, s2, t) s2 * rho^abs(outer(1:t, 1:t, "-"))
+ar1_to_phi <- function(theta) c(atanh(theta[1]), log(theta[2]))
+ar1_from_phi <- function(phi) c(tanh(phi[1]), exp(phi[2]))
+
+fit_ar1 <- gls(distance ~ age * Sex, data = ortho, correlation = corAR1(form = ~ pos | Subject),
+               method = "REML", control = gls_control)
+rho <- coef(fit_ar1$modelStruct$corStruct, unconstrained = FALSE)
+vfun_ar1 <- function(theta, g) ar1_matrix(theta[1], theta[2], 4)[ortho_pos[g], ortho_pos[g]]
+write_fixture("orthodont_ar1", nlme_fixture(
+  "orthodont_ar1", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_ar1, c(rho, sigma(fit_ar1)^2),
+  c("AR1 rho", "Residual"), vfun_ar1, ortho_groups, TRUE, "residual AR1 by Subject over age", ar1_to_phi,
+  ar1_from_phi))
+
+# Scale weights w = age / 10 (residual variance sigma^2 / w) with a random
+# intercept: nlme's varFixed(~ 1 / w).
+ortho$invw <- 10 / ortho$age
+fit_w <- lme(distance ~ age * Sex, data = ortho, random = ~ 1 | Subject, weights = varFixed(~ invw),
+             method = "REML", control = lme_control)
+vfun_w <- function(theta, g) { m <- length(g); matrix(theta[1], m, m) + diag(theta[2] * ortho$invw[g], m) }
+log_to_phi <- function(theta) log(theta)
+log_from_phi <- function(phi) exp(phi)
+write_fixture("orthodont_ri_weighted", nlme_fixture(
+  "orthodont_ri_weighted", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_w,
+  c(as.numeric(getVarCov(fit_w))[1], sigma(fit_w)^2), c("Variance", "Residual"), vfun_w, ortho_groups, TRUE,
+  "RANDOM intercept / SUBJECT=Subject; scale weight age/10", log_to_phi, log_from_phi,
+  xtx_weights = 1 / ortho$invw))
+
+# Residual DIAG: a variance per age, no correlation.
+fit_diag <- gls(distance ~ age * Sex, data = ortho, weights = varIdent(form = ~ 1 | pos), method = "REML",
+                control = gls_control)
+# varWeights are 1 / (relative sd) per record in data order (checked by the
+# dense criterion against nlme's likelihood).
+w_diag <- varWeights(fit_diag$modelStruct$varStruct)
+var_diag <- sigma(fit_diag)^2 / w_diag[match(1:4, ortho_pos)]^2
+vfun_diag <- function(theta, g) diag(theta[ortho_pos[g]], length(g))
+write_fixture("orthodont_diag", nlme_fixture(
+  "orthodont_diag", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_diag, unname(var_diag),
+  sprintf("Var(%d)", 1:4), vfun_diag, ortho_groups, TRUE, "residual DIAG over age", log_to_phi, log_from_phi))
+
+# Oats (split plot): Variety*nitro with nitro as a factor; Block and
+# Block*Variety random. Contrasts: differences of varieties averaged over the
+# nitrogen levels, alone and jointly.
+variety_contrast <- function(a, b) {
+  L <- list()
+  L[[paste0("Variety=", a)]] <- 1
+  L[[paste0("Variety=", b)]] <- -1
+  for (n in c("0", "0.2", "0.4", "0.6")) {
+    L[[paste0("Variety=", a, "*nitro=", n)]] <- 0.25
+    L[[paste0("Variety=", b, "*nitro=", n)]] <- -0.25
+  }
+  L
+}
+oats <- read_data("oats.csv", c("Block", "Variety", "nitro"))
+write_fixture("oats", lmer_fixture(
+  "oats", "oats.csv", yield ~ Variety * nitro + (1 | Block) + (1 | Block:Variety), c("Variety", "nitro"), oats, TRUE,
+  function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
+                c(v[["Block"]][1, 1], v[["Block:Variety"]][1, 1], sigma(m)^2)) },
+  "RANDOM Block Block*Variety (VC, Block first)",
+  contrasts = list(variety_contrast("Golden Rain", "Marvellous"), variety_contrast("Marvellous", "Victory")),
+  joint = list(list(variety_contrast("Golden Rain", "Marvellous"), variety_contrast("Marvellous", "Victory")))))
+
+# Machines: Machine fixed; Worker and Worker*Machine random.
+machines <- read_data("machines.csv", c("Worker", "Machine"))
+write_fixture("machines", lmer_fixture(
+  "machines", "machines.csv", score ~ Machine + (1 | Worker) + (1 | Worker:Machine), c("Machine"), machines, TRUE,
+  function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
+                c(v[["Worker"]][1, 1], v[["Worker:Machine"]][1, 1], sigma(m)^2)) },
+  "RANDOM Worker Worker*Machine (VC, Worker first)"))
+
+# Pastes: cask nested in batch.
+pastes <- read_data("pastes.csv", c("batch", "cask"))
+write_fixture("pastes", lmer_fixture(
+  "pastes", "pastes.csv", strength ~ 1 + (1 | batch) + (1 | batch:cask), character(0), pastes, TRUE,
+  function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
+                c(v[["batch"]][1, 1], v[["batch:cask"]][1, 1], sigma(m)^2)) },
+  "RANDOM batch cask(batch) (VC, batch first)"))
+
+# Dyestuff: one random factor.
+dyestuff <- read_data("dyestuff.csv", c("Batch"))
+write_fixture("dyestuff", lmer_fixture(
+  "dyestuff", "dyestuff.csv", Yield ~ 1 + (1 | Batch), character(0), dyestuff, TRUE,
+  function(m) vc_list(c("Variance", "Residual"), c(VarCorr(m)$Batch[1, 1], sigma(m)^2)),
+  "RANDOM Batch"))
+
+# Penicillin: crossed random factors.
+penicillin <- read_data("penicillin.csv", c("plate", "sample"))
+write_fixture("penicillin", lmer_fixture(
+  "penicillin", "penicillin.csv", diameter ~ 1 + (1 | plate) + (1 | sample), character(0), penicillin, TRUE,
+  function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
+                c(v[["plate"]][1, 1], v[["sample"]][1, 1], sigma(m)^2)) },
+  "RANDOM plate sample (two blocks, crossed; plate first)"))
+
+# BodyWeight: Diet*Time with Time a covariate; residual AR1 by Rat over the
+# time points.
+bw <- read_data("bodyweight.csv", c("Diet", "Rat"))
+bw_times <- sort(unique(bw$Time))
+bw$pos <- match(bw$Time, bw_times)
+bw_groups <- groups_by(bw$Rat)
+stopifnot(all(vapply(bw_groups, function(g) all(diff(bw$pos[g]) == 1), TRUE)))
+fit_bw <- gls(weight ~ Diet * Time, data = bw, correlation = corAR1(form = ~ pos | Rat),
+              method = "REML", control = gls_control)
+rho <- coef(fit_bw$modelStruct$corStruct, unconstrained = FALSE)
+vfun_bw <- function(theta, g) ar1_matrix(theta[1], theta[2], 11)[bw$pos[g], bw$pos[g]]
+write_fixture("bodyweight_ar1", nlme_fixture(
+  "bodyweight_ar1", "bodyweight.csv", weight ~ Diet * Time, c("Diet"), bw, fit_bw, c(rho, sigma(fit_bw)^2),
+  c("AR1 rho", "Residual"), vfun_bw, bw_groups, TRUE, "residual AR1 by Rat over Time", ar1_to_phi, ar1_from_phi))
