@@ -55,7 +55,7 @@ double CurrentMiB() {
 }
 
 void Report(const std::string& step, double seconds) {
-  std::printf("%-34s %8.2f s   resident %8.1f MiB   peak %8.1f MiB\n", step.c_str(), seconds, CurrentMiB(),
+  std::printf("%-44s %7.2f s   resident %8.1f MiB   peak %8.1f MiB\n", step.c_str(), seconds, CurrentMiB(),
               PeakMiB());
   std::fflush(stdout);
 }

@@ -26,6 +26,8 @@ class Scanner {
   explicit Scanner(const std::string& text) : fText(text) {}
 
   std::vector<AppCommandText> Run() {
+    // A byte order mark is no part of the text.
+    if (fText.compare(0, 3, "\xEF\xBB\xBF") == 0) fPos = 3;
     while (fPos < fText.size()) {
       char c = fText[fPos];
       if (IsSpace(c)) {

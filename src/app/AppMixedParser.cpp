@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "app/AppCommandReader.h"
+#include "app/AppHostCommands.h"
 #include "host/data/ZORV_Dataset.h"
 
 namespace {
@@ -183,10 +184,7 @@ std::string AppMixedParser::ReadFileName(AppCommandReader& reader) {
   const AppToken& token = reader.Peek();
   std::string name = reader.ExpectString("a file name in quotes");
   if (name.find_first_not_of(" \t") == std::string::npos) reader.Fail(token, "a file name in quotes");
-  std::filesystem::path path(name);
-  std::string resolved = (path.is_absolute() || fBaseDir.empty())
-                             ? path.lexically_normal().string()
-                             : (std::filesystem::path(fBaseDir) / path).lexically_normal().string();
+  std::string resolved = AppHostCommands::ResolvePath(fBaseDir, name);
   if (resolved.size() > kMaxFileName) {
     reader.FailAt(token, "expected a file name of at most 255 bytes, found one of " +
                              std::to_string(resolved.size()) + " bytes (" + resolved + ")");
@@ -314,7 +312,6 @@ std::vector<AppMixedParser::Subcommand> AppMixedParser::FindSubcommands(AppComma
     sub.fNameIndex = reader.GetIndex();
     reader.Next();
     while (!reader.AtSubcommandEnd()) reader.Next();
-    sub.fEnd = reader.GetIndex();
     subs.push_back(sub);
   }
   return subs;

@@ -39,7 +39,6 @@ class AppMixedParser {
   struct Subcommand {
     std::string fName;        // upper case
     std::size_t fNameIndex;   // token index of the name
-    std::size_t fEnd;         // token index of the "/" or END after it
   };
 
   void ParseHeader(AppCommandReader& reader);

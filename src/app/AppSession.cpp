@@ -6,71 +6,184 @@
 #include <sstream>
 #include <system_error>
 
+#include "app/AppCommandError.h"
+#include "app/AppCommandReader.h"
+#include "app/AppHostCommands.h"
+#include "app/AppLexer.h"
+#include "app/AppMixedCommand.h"
+#include "app/AppMixedMemory.h"
+#include "app/AppMixedParser.h"
+#include "app/AppProcedureHook.h"
+#include "host/data/ZORV_Dataset.h"
+#include "host/data/ZORV_Session.h"
+#include "host/data/ZORV_StopFlag.h"
+#include "host/output/BP_ToFront.h"
+#include "host/output/BpError.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpString.h"
 #include "host/render/OmHtmlRenderer.h"
 #include "host/render/OmJsonRenderer.h"
 #include "host/render/OmTextRenderer.h"
+#include "run/MixExports.h"
 
 namespace {
 
-const char* const kHostCommands[] = {"LOAD", "SET", "SPLIT", "WEIGHT", "GLMIXFIT"};
+std::string Title(const std::string& name) {
+  if (name == "LOAD") return "Load";
+  if (name == "SET") return "Set";
+  if (name == "SPLIT") return "Split File";
+  if (name == "WEIGHT") return "Weight";
+  if (name == "GLMIXFIT") return "Mixed Model";
+  return name.empty() ? std::string("Command") : name;
+}
 
-bool IsKnownCommand(const std::string& name) {
-  for (const char* known : kHostCommands) {
-    if (name == known) return true;
+// The command's text as typed, line by line, in pieces the front end takes.
+void Echo(const std::string& text) {
+  std::istringstream lines(text);
+  std::string line;
+  while (std::getline(lines, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    std::size_t at = 0;
+    do {
+      std::size_t size = line.size() - at;
+      if (size > static_cast<std::size_t>(kBP_ToFrontMaxLength)) size = static_cast<std::size_t>(kBP_ToFrontMaxLength);
+      // Never cut inside a UTF-8 character.
+      while (size > 0 && at + size < line.size() && (static_cast<unsigned char>(line[at + size]) & 0xC0) == 0x80) --size;
+      BP_ToFront(at == 0 ? 1 : 0, BP_Character(line.substr(at, size)));
+      at += size;
+    } while (at < line.size());
   }
-  return false;
 }
 
-std::string Where(const std::string& origin, int line, int column) {
-  return origin + ":" + std::to_string(line) + ":" + std::to_string(column) + ": ";
-}
+// The published blocks point into the session's memory only while the
+// procedure runs.
+struct Exposure {
+  Exposure(std::intptr_t numeric, std::intptr_t character) { exposemix_(numeric, character); }
+  ~Exposure() { exposemix_(0, 0); }
+};
 
 }  // namespace
 
-void AppSession::Error(OmHeading& where, const std::string& text) {
-  where.AddMessage(OmMessage::ERROR, text);
-  fbAnyError = true;
+AppSession::AppSession(const AppOptions& options) : fOptions(options) {
+  ZORV_Session& session = ZORV_Session::Current();
+  session.SetVariableDisplay(ZORV_Session::LABELS, ZORV_Session::LABELS);
+  session.SetValueDisplay(ZORV_Session::LABELS, ZORV_Session::LABELS);
 }
+
+AppSession::~AppSession() = default;
 
 bool AppSession::RunFile(const std::string& path) {
   std::string text;
+  std::string baseDir;
   if (path == "-") {
     std::ostringstream buffer;
     buffer << std::cin.rdbuf();
     text = buffer.str();
   } else {
+    std::error_code ec;
+    if (std::filesystem::is_directory(path, ec)) {
+      fDocument.fRoot.AddMessage(OmMessage::ERROR, path + ": the command file is a folder.");
+      fbAnyError = true;
+      return false;
+    }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-      Error(fDocument.fRoot, path + ": the command file cannot be read.");
+      fDocument.fRoot.AddMessage(OmMessage::ERROR, path + ": the command file cannot be read.");
+      fbAnyError = true;
       return false;
     }
     std::ostringstream buffer;
     buffer << in.rdbuf();
     text = buffer.str();
+    baseDir = std::filesystem::path(path).parent_path().string();
   }
-  RunText(text, path == "-" ? std::string("<stdin>") : path);
+  RunText(text, path == "-" ? std::string("<stdin>") : path, baseDir);
   return true;
 }
 
-void AppSession::RunText(const std::string& text, const std::string& origin) {
-  std::vector<CommandText> commands;
-  std::vector<CommandTextError> errors;
-  CommandSplitter::Split(text, commands, errors);
-  for (const auto& e : errors) Error(fDocument.fRoot, Where(origin, e.fLine, e.fColumn) + e.fMessage + ".");
-  for (const auto& command : commands) RunCommand(command, origin);
+void AppSession::RunText(const std::string& text, const std::string& origin, const std::string& baseDir) {
+  std::vector<AppCommandText> commands = AppLexer::Split(text);
+  for (std::size_t i = 0; i < commands.size(); ++i) {
+    if (ZORV_StopFlag::IsRaised()) fbStopped = true;
+    if (fbStopped) {
+      std::size_t left = commands.size() - i;
+      fDocument.fRoot.AddMessage(OmMessage::ERROR, "The run was interrupted; " + std::to_string(left) +
+                                                       (left == 1 ? " command was" : " commands were") + " not run.");
+      fbAnyError = true;
+      return;
+    }
+    RunCommand(commands[i], origin, baseDir);
+  }
 }
 
-void AppSession::RunCommand(const CommandText& command, const std::string& origin) {
-  OmHeading& heading = fDocument.fRoot.AddHeading(command.fName.empty() ? "Command" : command.fName);
-  heading.AddText().fvLines.push_back(command.fText + ".");
-  if (!IsKnownCommand(command.fName)) {
-    Error(heading, Where(origin, command.fLine, command.fColumn) + "'" + command.fName +
-                       "' is not a command. The commands are LOAD, SET, SPLIT, WEIGHT and GLMIXFIT.");
+void AppSession::RunCommand(const AppCommandText& command, const std::string& origin, const std::string& baseDir) {
+  ZORV_Session::Current().BeginCommand();
+  std::string title = Title(command.fName);
+  OmHeading& heading = fDocument.fRoot.AddHeading(title);
+  BpProcedure procedure(heading, title, command.fName == "GLMIXFIT" ? "Mixed" : "Global");
+  Echo(command.fText + ".");
+  AppCommandReader reader(command, origin);
+  try {
+    Dispatch(reader, procedure, baseDir);
+  } catch (const AppCommandError& e) {
+    BpError(BpString(e.what(), false), BpErrorShowOutput, BpErrorLevelError);
+  } catch (const std::exception& e) {
+    AppCommandError failure(origin, command.fLine, command.fColumn, std::string("the command failed: ") + e.what());
+    BpError(BpString(failure.what(), false), BpErrorShowOutput, BpErrorLevelError);
+  }
+  if (ZORV_Session::Current().IsFatal()) fbAnyError = true;
+  if (ZORV_StopFlag::IsRaised()) fbStopped = true;
+}
+
+void AppSession::Dispatch(AppCommandReader& reader, BpProcedure& procedure, const std::string& baseDir) {
+  const AppToken& first = reader.Peek();
+  const std::string name = reader.GetCommand().fName;
+  if (name == "LOAD") {
+    std::string summary;
+    std::unique_ptr<ZORV_Dataset> data = AppHostCommands::Load(reader, baseDir, summary);
+    fpData = std::move(data);
+    BP_ToFront(1, BP_Character(summary));
+  } else if (name == "SET") {
+    AppHostCommands::Set(reader);
+  } else if (name == "SPLIT") {
+    AppHostCommands::Split(reader, fpData.get());
+  } else if (name == "WEIGHT") {
+    AppHostCommands::Weight(reader, fpData.get());
+  } else if (name == "GLMIXFIT") {
+    RunMixed(reader, procedure, baseDir);
+  } else {
+    reader.Fail(first, "a command (LOAD, SET, SPLIT, WEIGHT or GLMIXFIT)");
+  }
+}
+
+void AppSession::RunMixed(AppCommandReader& reader, BpProcedure& procedure, const std::string& baseDir) {
+  const int number = ++fMixedCount;
+  if (!fpData) {
+    reader.FailAt(reader.GetCommand().fvTokens.front(),
+                  "expected data to work on, found none: LOAD a data file before GLMIXFIT");
+  }
+  AppMixedParser parser(*fpData, baseDir, fOptions.fOutputDir, number);
+  AppMixedCommand command = parser.Parse(reader);
+  AppMixedMemory::Write(command, *fpData, fMemory);
+  procedure.SetDataSource(fpData.get());
+
+  Exposure exposure(fMemory.GetNumericAddress(), fMemory.GetCharacterAddress());
+  AppProcedureHook::Procedure hook = AppProcedureHook::Get();
+  if (hook == nullptr) {
+    BpError(BpString("The command was read and checked, but model fitting is not available in this version of "
+                     "glmixfit: no model was fitted.",
+                     false),
+            BpErrorShowOutput, BpErrorLevelNote);
     return;
   }
-  heading.AddMessage(OmMessage::WARNING,
-                     Where(origin, command.fLine, command.fColumn) + "The " + command.fName +
-                         " command is not available in this version of glmixfit; it was skipped.");
+  // The documents the command names by default go to the output folder.
+  std::error_code ec;
+  if (!fOptions.fOutputDir.empty()) std::filesystem::create_directories(fOptions.fOutputDir, ec);
+  if (ec) {
+    reader.FailAt(reader.GetCommand().fvTokens.front(),
+                  "the output folder '" + fOptions.fOutputDir + "' cannot be created: " + ec.message());
+  }
+  hook(fMemory.GetCommand(), procedure, *fpData);
 }
 
 bool AppSession::WriteReports(std::ostream& terminal, std::string& error) const {

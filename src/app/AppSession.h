@@ -1,20 +1,38 @@
 #pragma once
 
 #include <iosfwd>
+#include <memory>
 #include <string>
 
+#include "app/AppCommandText.h"
 #include "app/AppOptions.h"
-#include "app/CommandText.h"
 #include "host/output/OmDocument.h"
+#include "host/parser/ParserMemory.h"
+
+class AppCommandReader;
+class BpProcedure;
+class ZORV_Dataset;
 
 // One run of the program: reads a command file, runs its commands in order
 // into one output document, and writes that document in the forms asked for.
+//
+// Each command gets a heading of its own, under which its text, its output
+// and its messages go; while it runs, an output procedure over that heading
+// is the current one, so messages (BpError) and text (BP_ToFront) land
+// there. A command with a mistake says so there and does not run; the
+// following commands still do. After an interrupt (the host's stop flag)
+// no further command starts.
 class AppSession {
  public:
-  explicit AppSession(const AppOptions& options) : fOptions(options) {}
+  explicit AppSession(const AppOptions& options);
+  ~AppSession();
+  AppSession(const AppSession&) = delete;
+  AppSession& operator=(const AppSession&) = delete;
 
-  // Runs the commands of `text`; `origin` names the file in messages.
-  void RunText(const std::string& text, const std::string& origin);
+  // Runs the commands of `text`. `origin` names the file in messages;
+  // relative file names in the commands are taken from `baseDir` ("" is the
+  // working folder).
+  void RunText(const std::string& text, const std::string& origin, const std::string& baseDir);
   // Reads and runs a command file ("-" is standard input). False when the
   // file cannot be read; the reason is in the document.
   bool RunFile(const std::string& path);
@@ -25,13 +43,22 @@ class AppSession {
 
   // 0 when every command ran, 1 when any had an error.
   int ExitStatus() const { return fbAnyError ? 1 : 0; }
-  const OmDocument& Document() const { return fDocument; }
+  const OmDocument& GetDocument() const { return fDocument; }
+  // The active dataset; null before the first LOAD.
+  ZORV_Dataset* GetData() const { return fpData.get(); }
+  // The parser's memory of the last GLMIXFIT command that was read.
+  const ParserMemory& GetMemory() const { return fMemory; }
 
  private:
-  void RunCommand(const CommandText& command, const std::string& origin);
-  void Error(OmHeading& where, const std::string& text);
+  void RunCommand(const AppCommandText& command, const std::string& origin, const std::string& baseDir);
+  void Dispatch(AppCommandReader& reader, BpProcedure& procedure, const std::string& baseDir);
+  void RunMixed(AppCommandReader& reader, BpProcedure& procedure, const std::string& baseDir);
 
   AppOptions fOptions;
   OmDocument fDocument;
+  std::unique_ptr<ZORV_Dataset> fpData;
+  ParserMemory fMemory;
+  int fMixedCount = 0;
   bool fbAnyError = false;
+  bool fbStopped = false;
 };

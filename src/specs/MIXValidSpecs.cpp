@@ -342,6 +342,11 @@ int MIXValidSpecs::CmnInt(long offset) const {
 
 INTEGER MIXValidSpecs::WordAt(INTEGER position, long entry) const { return CommandInteger[position - 1 + entry]; }
 
+INTEGER* MIXValidSpecs::WordPointer(INTEGER position) const {
+  // Rows without words may have no position; nothing is read through them.
+  return position >= 1 ? CommandInteger + (position - 1) : CommandInteger;
+}
+
 void MIXValidSpecs::ReadVarList(int count, INTEGER position, std::vector<int>& list) const {
   list.clear();
   for (int i = 0; i < count; ++i) list.push_back(DataSource->VarIndex(static_cast<long>(WordAt(position, i) - 1)));
@@ -360,7 +365,6 @@ std::string MIXValidSpecs::ReadBlockName(long offset) const {
 
 bool MIXValidSpecs::SetMixedSpecs() {
   MIX_ASSERT(CmnMix != 0, "CmnMix != 0");
-  MIX_ASSERT(CommandInteger != nullptr, "CommandInteger != 0");
 
   ZORVWeightIndex = DataSource->GetWeightVarIndex();
   DependVar = DataSource->VarIndex(static_cast<long>(CmnWord(kTarget) - 1));
@@ -410,7 +414,7 @@ bool MIXValidSpecs::SetMixedSpecs() {
   CovarateNested.clear();
   const int nFixedTerms = CmnInt(kNFixedTerms);
   if (nFixedTerms > 0) {
-    INTEGER* cursor = CommandInteger + (CmnWord(kFixedTerms) - 1);
+    INTEGER* cursor = WordPointer(CmnWord(kFixedTerms));
     for (int t = 0; t < nFixedTerms; ++t) {
       MCModelEffect effect;
       std::vector<bool> flags;
@@ -445,7 +449,7 @@ bool MIXValidSpecs::SetMixedSpecs() {
   RandEffectNested.clear();
   const int nRandomTerms = CmnInt(kNRandomTerms);
   if (nRandomTerms > 0) {
-    INTEGER* cursor = CommandInteger + (CmnWord(kRandomTerms) - 1);
+    INTEGER* cursor = WordPointer(CmnWord(kRandomTerms));
     for (int t = 0; t < nRandomTerms; ++t) {
       MCModelEffect effect;
       std::vector<bool> flags;
@@ -729,7 +733,7 @@ bool MIXValidSpecs::FillRandomSpec(int& blockIndex, int& firstEffect, GLMMRandom
   nEffects = static_cast<int>(count < 0 ? -count : count);
   if (nEffects > 0) {
     const long rowLength = static_cast<long>(CmnInt(kNFactors)) + CmnInt(kNCovariates);
-    INTEGER* cursor = CommandInteger + (CmnWord(kRandomTerms) - 1) + static_cast<long>(firstEffect) * rowLength;
+    INTEGER* cursor = WordPointer(CmnWord(kRandomTerms)) + static_cast<long>(firstEffect) * rowLength;
     for (int e = 0; e < nEffects; ++e) {
       MCModelEffect effect;
       std::vector<bool> flags;
@@ -1410,8 +1414,8 @@ void DisplayVarList(const ProcedureDataSource* source, const std::string& label,
     ACACommonDisplay::DisplayText(absent);
     return;
   }
-  ACACommonDisplay::DisplaySV(label, VarTexts(source, hostIndices));
-  ACACommonDisplay::DisplayIV(label + " (component)", compIndices);
+  ACACommonDisplay::DisplaySV(label + ":", VarTexts(source, hostIndices));
+  ACACommonDisplay::DisplayIV(label + " (component):", compIndices);
 }
 
 void DisplayVar(const ProcedureDataSource* source, const std::string& label, int hostIndex, int compIndex,
@@ -1420,8 +1424,8 @@ void DisplayVar(const ProcedureDataSource* source, const std::string& label, int
     ACACommonDisplay::DisplayText(absent);
     return;
   }
-  ACACommonDisplay::DisplayS(label, VarText(source, hostIndex));
-  ACACommonDisplay::DisplayI(label + " (component)", compIndex);
+  ACACommonDisplay::DisplayS(label + ":", VarText(source, hostIndex));
+  ACACommonDisplay::DisplayI(label + " (component):", compIndex);
 }
 
 void DisplayFileName(const std::string& keyword, const std::string& name) {
@@ -1447,12 +1451,12 @@ void MIXValidSpecs::Display(std::ostream& os) const {
   ACA::DisplayText("MIXValidSpecs display start");
 
   // Variables.
-  DisplayVar(DataSource, "Dependent variable:", DependVar, CompDependVar, "Dependent variable is not defined");
-  DisplayVarList(DataSource, "Factors:", FactorList, CompFactorList, "Factors are not defined");
+  DisplayVar(DataSource, "Dependent variable", DependVar, CompDependVar, "Dependent variable is not defined");
+  DisplayVarList(DataSource, "Factors", FactorList, CompFactorList, "Factors are not defined");
   ACA::DisplaySV("Refined factors:", VarTexts(DataSource, RefinedFactorList));
   ACA::DisplayIV("Factor levels:", NFactorLevelList);
   MCDisplay_850::DisplayC(os, "Factor sort order:", FactorSortOrder);
-  DisplayVarList(DataSource, "Covariates:", CovariateList, CompCovariateList, "Covariates are not defined");
+  DisplayVarList(DataSource, "Covariates", CovariateList, CompCovariateList, "Covariates are not defined");
   ACA::DisplaySV("Refined covariates:", VarTexts(DataSource, RefinedCovariateList));
   ACA::DisplaySV("Model variables:", VarTexts(DataSource, ModelVarList));
   ACA::DisplayIV("Model variables (component):", CompModelVarList);
@@ -1481,7 +1485,7 @@ void MIXValidSpecs::Display(std::ostream& os) const {
       CompRandEffectList[e].Display(os);
     }
   }
-  DisplayVarList(DataSource, "Random subjects:", RandVarList, CompRandVarList, "Random subjects are not defined");
+  DisplayVarList(DataSource, "Random subjects", RandVarList, CompRandVarList, "Random subjects are not defined");
   if (RandomList.empty()) ACA::DisplayText("Random blocks are not defined");
   for (std::size_t b = 0; b < RandomList.size(); ++b) {
     ACA::DisplayI("Random block:", static_cast<long>(b));
@@ -1495,29 +1499,29 @@ void MIXValidSpecs::Display(std::ostream& os) const {
   for (const std::vector<bool>& flags : RandCovarNested) ACA::DisplayBV("Nested covariates in blocks:", flags);
 
   // Repeated block.
-  DisplayVarList(DataSource, "Repeated measures:", RepeatedVarList, CompRepeatedVarList,
+  DisplayVarList(DataSource, "Repeated measures", RepeatedVarList, CompRepeatedVarList,
                  "Repeated measures are not defined");
-  DisplayVarList(DataSource, "Repeated subjects:", RepeatedSubjVarList, CompRepeatedSubjVarList,
+  DisplayVarList(DataSource, "Repeated subjects", RepeatedSubjVarList, CompRepeatedSubjVarList,
                  "Repeated subjects are not defined");
   ACA::DisplayText("Repeated block:");
   RepeatedSpec.Display(os);
   ACA::DisplayText("Repeated block in component indices:");
   CompRepeatedSpec.Display(os);
-  DisplayVarList(DataSource, "Spatial coordinates:", SpatVarInds, CompSpatVarInds,
+  DisplayVarList(DataSource, "Spatial coordinates", SpatVarInds, CompSpatVarInds,
                  "Spatial coordinates are not defined");
 
   // Offset and weights.
   MCDisplay_850::DisplayC(os, "Offset type:", OffsetType);
   if (OffsetType == MCConst::OFFSET_VARIABLE) {
-    DisplayVar(DataSource, "Offset variable:", OffsetIndex, CompOffsetIndex, "Offset variable is not defined");
+    DisplayVar(DataSource, "Offset variable", OffsetIndex, CompOffsetIndex, "Offset variable is not defined");
   } else if (OffsetType == MCConst::OFFSET_VALUE) {
     ACA::DisplayD("Offset value:", OffsetValue);
   } else {
     ACA::DisplayText("Offset is not defined");
   }
-  DisplayVar(DataSource, "Frequency weight:", ZORVWeightIndex, CompZORVWeightIndex,
+  DisplayVar(DataSource, "Frequency weight", ZORVWeightIndex, CompZORVWeightIndex,
              "Frequency weight is not defined");
-  DisplayVar(DataSource, "Regression weight:", RegrWeightIndex, CompRegrWeightIndex,
+  DisplayVar(DataSource, "Regression weight", RegrWeightIndex, CompRegrWeightIndex,
              "Regression weight is not defined");
 
   // Estimation.

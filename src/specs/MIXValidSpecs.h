@@ -40,8 +40,14 @@ class MCVarList;
 // and again for each split.
 //
 // Command reading stores into the fields directly; the setters check their
-// preconditions and are for other callers.
-class MIXValidSpecs {
+// preconditions and are for other callers. The parser's memory must be
+// published (exposemix_) before reading, and stay in place until
+// CompleteSpecs has run: the custom tests are read from it a second time,
+// and the reference values of marginal means point into it.
+//
+// Display is the one virtual operation and the destructor is not virtual;
+// the class is final, so that nothing derives from it.
+class MIXValidSpecs final {
  public:
   // What a saved variable holds.
   enum SaveTypes : int {
@@ -325,6 +331,7 @@ class MIXValidSpecs {
   int CmnInt(long offset) const;
   bool HasCommand() const;
   INTEGER WordAt(INTEGER position, long entry) const;
+  INTEGER* WordPointer(INTEGER position) const;
   // Reads `count` dictionary positions from the list at `position` into
   // host indices.
   void ReadVarList(int count, INTEGER position, std::vector<int>& list) const;

@@ -38,25 +38,25 @@ TEST_F(SpecsReading, PlainCommandGivesTheDefaults) {
 }
 
 TEST_F(SpecsReading, EveryScalarOffsetReachesItsField) {
-  fMemory.SetReal(0, 90.0);
-  fMemory.SetReal(8, 1e-3);
-  fMemory.SetReal(16, 1e-4);
-  fMemory.SetReal(64, 1e-7);
-  fMemory.SetReal(80, 1e-9);
-  fMemory.SetInt(104, Z + 1);
-  fMemory.SetInt(144, 1);
-  fMemory.SetInt(232, 3);
-  fMemory.SetInt(240, 4);
-  fMemory.SetInt(272, 1);
-  fMemory.SetInt(312, 1);
-  fMemory.SetInt(336, 50);
-  fMemory.SetInt(344, 7);
-  fMemory.SetInt(584, 2);
-  fMemory.SetInt(1696, 1);
-  fMemory.SetInt(1736, 0);
-  fMemory.SetInt(1752, 1);
+  fMemory.SetNumericReal(0, 90.0);
+  fMemory.SetNumericReal(8, 1e-3);
+  fMemory.SetNumericReal(16, 1e-4);
+  fMemory.SetNumericReal(64, 1e-7);
+  fMemory.SetNumericReal(80, 1e-9);
+  fMemory.SetNumericInteger(104, Z + 1);
+  fMemory.SetNumericInteger(144, 1);
+  fMemory.SetNumericInteger(232, 3);
+  fMemory.SetNumericInteger(240, 4);
+  fMemory.SetNumericInteger(272, 1);
+  fMemory.SetNumericInteger(312, 1);
+  fMemory.SetNumericInteger(336, 50);
+  fMemory.SetNumericInteger(344, 7);
+  fMemory.SetNumericInteger(584, 2);
+  fMemory.SetNumericInteger(1696, 1);
+  fMemory.SetNumericInteger(1736, 0);
+  fMemory.SetNumericInteger(1752, 1);
   const long printOffsets[] = {1760, 1768, 1776, 1784, 1792, 1800, 1808, 1816, 1824, 1832};
-  for (long offset : printOffsets) fMemory.SetInt(offset, 1);
+  for (long offset : printOffsets) fMemory.SetNumericInteger(offset, 1);
 
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(fbRead);
@@ -96,7 +96,7 @@ TEST_F(SpecsReading, EveryScalarOffsetReachesItsField) {
 }
 
 TEST_F(SpecsReading, EachPrintOptionHasItsOwnSlot) {
-  fMemory.SetInt(1816, 1);
+  fMemory.SetNumericInteger(1816, 1);
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(specs.GetPrintOptionLMATRIX());
   EXPECT_FALSE(specs.GetPrintOptionCPS());
@@ -111,11 +111,11 @@ TEST_F(SpecsReading, EachPrintOptionHasItsOwnSlot) {
 }
 
 TEST_F(SpecsReading, KindsOutsideTheirValuesLeaveTheDefaults) {
-  fMemory.SetInt(144, 0);
-  fMemory.SetInt(272, 3);
-  fMemory.SetInt(584, 7);
-  fMemory.SetInt(312, 0);
-  fMemory.SetInt(1696, 2);
+  fMemory.SetNumericInteger(144, 0);
+  fMemory.SetNumericInteger(272, 3);
+  fMemory.SetNumericInteger(584, 7);
+  fMemory.SetNumericInteger(312, 0);
+  fMemory.SetNumericInteger(1696, 2);
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetHConvType(), MCConst::CONV_RELATIVE);
   EXPECT_EQ(specs.GetLConvType(), MCConst::CONV_RELATIVE);
@@ -123,10 +123,10 @@ TEST_F(SpecsReading, KindsOutsideTheirValuesLeaveTheDefaults) {
   EXPECT_EQ(specs.GetThetaEstType(), GLMMConst_850::REML);
   EXPECT_EQ(specs.GetEffectAnalysisType(), MCConst::EFFECT_TYPE_III);
 
-  fMemory.SetInt(144, 2);
-  fMemory.SetInt(272, 2);
-  fMemory.SetInt(312, 2);
-  fMemory.SetInt(1696, 3);
+  fMemory.SetNumericInteger(144, 2);
+  fMemory.SetNumericInteger(272, 2);
+  fMemory.SetNumericInteger(312, 2);
+  fMemory.SetNumericInteger(1696, 3);
   Read();
   EXPECT_EQ(fSpecs->GetHConvType(), MCConst::CONV_ABSOLUTE);
   EXPECT_EQ(fSpecs->GetLConvType(), MCConst::CONV_ABSOLUTE);
@@ -135,11 +135,11 @@ TEST_F(SpecsReading, KindsOutsideTheirValuesLeaveTheDefaults) {
 }
 
 TEST_F(SpecsReading, CountsAndCodesUseTheLowHalfOfTheirWord) {
-  fMemory.SetInt(336, (INTEGER(1) << 32) + 40);
-  fMemory.SetInt(1696, (INTEGER(5) << 32) + 1);
+  fMemory.SetNumericInteger(336, (INTEGER(1) << 32) + 40);
+  fMemory.SetNumericInteger(1696, (INTEGER(5) << 32) + 1);
   // Flags use bit 0 only.
-  fMemory.SetInt(1736, 2);
-  fMemory.SetInt(1752, 3);
+  fMemory.SetNumericInteger(1736, 2);
+  fMemory.SetNumericInteger(1752, 3);
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetMaxIter(), 40);
   EXPECT_EQ(specs.GetEffectAnalysisType(), MCConst::EFFECT_TYPE_I);
@@ -148,14 +148,14 @@ TEST_F(SpecsReading, CountsAndCodesUseTheLowHalfOfTheirWord) {
 }
 
 TEST_F(SpecsReading, NoIterationsMeansOne) {
-  fMemory.SetInt(336, 0);
+  fMemory.SetNumericInteger(336, 0);
   EXPECT_EQ(Read().GetMaxIter(), 1);
-  fMemory.SetInt(336, -4);
+  fMemory.SetNumericInteger(336, -4);
   EXPECT_EQ(Read().GetMaxIter(), 1);
 }
 
 TEST_F(SpecsReading, NoFisherStepsMeansNewtonRaphson) {
-  fMemory.SetInt(240, 0);
+  fMemory.SetNumericInteger(240, 0);
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetEstMethod(), MCConst::HESSIAN_NEWTON_RAPHSON);
   EXPECT_EQ(specs.GetMaxFisherSteps(), 0);
@@ -163,8 +163,8 @@ TEST_F(SpecsReading, NoFisherStepsMeansNewtonRaphson) {
 
 TEST_F(SpecsReading, VariableListsAndTheFileWeight) {
   fData.SetWeightVar(W);
-  fMemory.SetVarList(392, 720, {A, B});
-  fMemory.SetVarList(360, 600, {X, Z, T});
+  SetVarList(392, 720, {A, B});
+  SetVarList(360, 600, {X, Z, T});
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetZORVWeightIndex(), W);
   EXPECT_EQ(specs.GetFactorList(), (std::vector<int>{A, B}));
@@ -174,10 +174,10 @@ TEST_F(SpecsReading, VariableListsAndTheFileWeight) {
 }
 
 TEST_F(SpecsReading, AModelOfTheInterceptAloneHasNoFixedEffect) {
-  fMemory.SetVarList(392, 720, {A});
-  fMemory.SetVarList(360, 600, {X});
+  SetVarList(392, 720, {A});
+  SetVarList(360, 600, {X});
   SetTerms(368, 696, {{0, 0}});
-  ASSERT_EQ(fMemory.GetInt(368), 1);
+  ASSERT_EQ(fMemory.GetNumericInteger(368), 1);
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(specs.GetModelEffectList().empty());
   EXPECT_TRUE(specs.GetCovarateNested().empty());
@@ -185,8 +185,8 @@ TEST_F(SpecsReading, AModelOfTheInterceptAloneHasNoFixedEffect) {
 }
 
 TEST_F(SpecsReading, FixedTermsWithoutTheInterceptRow) {
-  fMemory.SetVarList(392, 720, {A, B});
-  fMemory.SetVarList(360, 600, {X});
+  SetVarList(392, 720, {A, B});
+  SetVarList(360, 600, {X});
   // Intercept, A, A*B, X(A) with X nested.
   SetTerms(368, 696, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {1, 0, -1}});
   MIXValidSpecs& specs = Read();
@@ -201,20 +201,20 @@ TEST_F(SpecsReading, FixedTermsWithoutTheInterceptRow) {
 }
 
 TEST_F(SpecsReading, ScaleWeightFromItsDictionaryPosition) {
-  fMemory.SetInt(1560, 0);
+  fMemory.SetNumericInteger(1560, 0);
   EXPECT_EQ(Read().GetRegrWeightIndex(), -1);
-  fMemory.SetInt(1560, -3);
+  fMemory.SetNumericInteger(1560, -3);
   EXPECT_EQ(Read().GetRegrWeightIndex(), -1);
-  fMemory.SetInt(1560, SW + 1);
+  fMemory.SetNumericInteger(1560, SW + 1);
   EXPECT_EQ(Read().GetRegrWeightIndex(), SW);
 }
 
 TEST_F(SpecsReading, SevenSavedItemsFillEverySlot) {
   const char* names[] = {"FXPRED", "PRED", "RESID", "FXSE", "PREDSE", "FXDF", "PREDDF"};
-  fMemory.SetInt(528, 7);
+  fMemory.SetNumericInteger(528, 7);
   for (int slot = 0; slot < 7; ++slot) {
-    fMemory.SetInt(1576 + 8 * slot, slot + 1);
-    fMemory.SetInt(1632 + 8 * slot, fMemory.AddText(std::string("  ") + names[slot], 64));
+    fMemory.SetNumericInteger(1576 + 8 * slot, slot + 1);
+    fMemory.SetNumericInteger(1632 + 8 * slot, fMemory.AddText(std::string("  ") + names[slot], 64));
   }
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetMaxObsAdded(), 7);
@@ -243,9 +243,9 @@ TEST_F(SpecsReading, SevenSavedItemsFillEverySlot) {
 
 TEST_F(SpecsReading, SavedNameTakesSixtyFourBytes) {
   const std::string longName(64, 'n');
-  fMemory.SetInt(528, 1);
-  fMemory.SetInt(1576, 3);
-  fMemory.SetInt(1632, fMemory.AddText(longName + "TAIL"));
+  fMemory.SetNumericInteger(528, 1);
+  fMemory.SetNumericInteger(1576, 3);
+  fMemory.SetNumericInteger(1632, fMemory.AddText(longName + "TAIL"));
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetSaveVarNames(), std::vector<std::string>{longName});
   EXPECT_EQ(specs.GetSaveVarTypes(), std::vector<MIXValidSpecs::SaveTypes>{MIXValidSpecs::SAVE_RESIDUAL});
@@ -258,10 +258,10 @@ namespace {
 class SpecsFiles : public SpecsFixture {
  protected:
   void Names(INTEGER kind, const std::string& first, const std::string& statJSON, const std::string& statXML) {
-    fMemory.SetInt(1688, kind);
-    fMemory.SetFileName(40, first);
-    fMemory.SetFileName(295, statJSON);
-    fMemory.SetFileName(550, statXML);
+    fMemory.SetNumericInteger(1688, kind);
+    fMemory.SetCharacterText(40, 255, first);
+    fMemory.SetCharacterText(295, 255, statJSON);
+    fMemory.SetCharacterText(550, 255, statXML);
   }
   void ExpectNoFiles() {
     EXPECT_EQ(fSpecs->GetOutFModelFileName(), "");
@@ -324,7 +324,7 @@ TEST_F(SpecsFiles, EmptyNamesNeverConflict) {
 }
 
 TEST_F(SpecsFiles, NamesDifferingInCaseConflictAndTheFirstShowsAsTyped) {
-  fMemory.SetInt(232, 4);
+  fMemory.SetNumericInteger(232, 4);
   Names(2, "Out.XML", "r.json", "out.xml");
   Read();
   EXPECT_FALSE(fbRead);
@@ -373,7 +373,7 @@ TEST_F(SpecsFiles, AParameterFileIsReportedAsTheModelFile) {
 // ---- spatial coordinates ----
 
 TEST_F(SpecsReading, SpatialCoordinatesInTheirOrder) {
-  fMemory.SetVarList(520, 1256, {CY, CX});
+  SetVarList(520, 1256, {CY, CX});
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(fbRead);
   EXPECT_EQ(specs.GetSpatVarInds(), (std::vector<int>{CY, CX}));
@@ -382,10 +382,10 @@ TEST_F(SpecsReading, SpatialCoordinatesInTheirOrder) {
 
 TEST_F(SpecsReading, ANonNumericCoordinateIsAUserError) {
   fData.GetVariable(G)->SetLabel("Grade");
-  fMemory.SetVarList(520, 1256, {CX, NAME, G});
-  fMemory.SetInt(528, 1);
-  fMemory.SetInt(1576, 2);
-  fMemory.SetInt(1632, fMemory.AddText("PRED", 64));
+  SetVarList(520, 1256, {CX, NAME, G});
+  fMemory.SetNumericInteger(528, 1);
+  fMemory.SetNumericInteger(1576, 2);
+  fMemory.SetNumericInteger(1632, fMemory.AddText("PRED", 64));
   MIXValidSpecs& specs = Read();
   EXPECT_FALSE(fbRead);
   // Only the first offending coordinate is reported.
@@ -402,7 +402,7 @@ TEST_F(SpecsReading, ANonNumericCoordinateIsAUserError) {
 
 TEST_F(SpecsReading, TheCoordinateIsNamedAsTheDisplaySettingSays) {
   fData.GetVariable(NAME)->SetLabel("Case name");
-  fMemory.SetVarList(520, 1256, {NAME});
+  SetVarList(520, 1256, {NAME});
   Read();
   ASSERT_EQ(Messages().size(), 1u);
   EXPECT_EQ(Messages()[0],
@@ -411,9 +411,9 @@ TEST_F(SpecsReading, TheCoordinateIsNamedAsTheDisplaySettingSays) {
 }
 
 TEST_F(SpecsReading, APartialRecordStillCompletes) {
-  fMemory.SetVarList(392, 720, {A});
+  SetVarList(392, 720, {A});
   SetTerms(368, 696, {{0}, {1}});
-  fMemory.SetVarList(520, 1256, {NAME});
+  SetVarList(520, 1256, {NAME});
   MIXValidSpecs& specs = Read();
   EXPECT_FALSE(fbRead);
   specs.CompleteSpecs();

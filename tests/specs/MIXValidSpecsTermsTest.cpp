@@ -16,22 +16,22 @@ namespace {
 class SpecsTerms : public SpecsFixture {
  protected:
   SpecsTerms() {
-    fMemory.SetVarList(392, 720, {A, B, C});
-    fMemory.SetVarList(360, 600, {X, Z});
+    SetVarList(392, 720, {A, B, C});
+    SetVarList(360, 600, {X, Z});
   }
 
   // Reads one row with the record's lists; the cursor must move by a row.
   MCModelEffect ReadRow(const std::vector<INTEGER>& row, std::vector<bool>& flags) {
-    const INTEGER position = fMemory.AddInts(row);
-    INTEGER* cursor = fMemory.Words() + (position - 1);
+    const INTEGER position = fMemory.AddIntegers(row);
+    INTEGER* cursor = fMemory.GetIntegerWords() + (position - 1);
     MCModelEffect effect;
     EXPECT_TRUE(fSpecs->FillModelEffect(cursor, effect, flags));
-    EXPECT_EQ(cursor, fMemory.Words() + (position - 1) + 5);
+    EXPECT_EQ(cursor, fMemory.GetIntegerWords() + (position - 1) + 5);
     return effect;
   }
 
   // A list of words in the array; returns its position.
-  INTEGER List(const std::vector<INTEGER>& words) { return fMemory.AddInts(words); }
+  INTEGER List(const std::vector<INTEGER>& words) { return fMemory.AddIntegers(words); }
 };
 
 using SpecsTermsDeathTest = SpecsTerms;
@@ -96,17 +96,17 @@ TEST_F(SpecsTerms, FactorsComeBeforeCovariates) {
 TEST_F(SpecsTerms, TwoBlocksWithTheirTwoIndexBases) {
   // Random rows: a, x (block 0), the intercept (block 1).
   SetTerms(376, 712, {{1, 0, 0, 0, 0}, {0, 0, 0, 1, 0}, {0, 0, 0, 0, 0}});
-  fMemory.SetInt(480, 2);
+  fMemory.SetNumericInteger(480, 2);
   // By block: effect counts and EBLUP flags.
-  fMemory.SetInt(968, List({2, 1}));
-  fMemory.SetInt(1336, List({0, 1}));
+  fMemory.SetNumericInteger(968, List({2, 1}));
+  fMemory.SetNumericInteger(1336, List({0, 1}));
   // By first effect: covariance codes, subject counts and subject lists.
-  fMemory.SetInt(1144, List({15, 99, 2}));
-  fMemory.SetInt(1232, List({1, 0, 2}));
+  fMemory.SetNumericInteger(1144, List({15, 99, 2}));
+  fMemory.SetNumericInteger(1232, List({1, 0, 2}));
   const INTEGER first = List({SUBJ + 1});
   const INTEGER second = List({SUBJ + 1, NAME + 1});
-  fMemory.SetInt(1296, List({first, 0, second}));
-  fMemory.SetVarList(544, 1384, {SUBJ, NAME});
+  fMemory.SetNumericInteger(1296, List({first, 0, second}));
+  SetVarList(544, 1384, {SUBJ, NAME});
 
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(fbRead);
@@ -135,12 +135,12 @@ TEST_F(SpecsTerms, TwoBlocksWithTheirTwoIndexBases) {
 
 TEST_F(SpecsTerms, ANegativeEffectCountCountsAsItsSize) {
   SetTerms(376, 712, {{0, 1, 0, 0, 0}, {0, 0, 1, 0, 0}});
-  fMemory.SetInt(480, 1);
-  fMemory.SetInt(968, List({-2}));
-  fMemory.SetInt(1336, List({0}));
-  fMemory.SetInt(1144, List({0, 0}));
-  fMemory.SetInt(1232, List({0, 0}));
-  fMemory.SetInt(1296, List({0, 0}));
+  fMemory.SetNumericInteger(480, 1);
+  fMemory.SetNumericInteger(968, List({-2}));
+  fMemory.SetNumericInteger(1336, List({0}));
+  fMemory.SetNumericInteger(1144, List({0, 0}));
+  fMemory.SetNumericInteger(1232, List({0, 0}));
+  fMemory.SetNumericInteger(1296, List({0, 0}));
   MIXValidSpecs& specs = Read();
   ASSERT_EQ(specs.GetNRandSpecs(), 1);
   EXPECT_EQ(specs.GetNRandEffects(), std::vector<int>{2});
@@ -154,12 +154,12 @@ TEST_F(SpecsTerms, ANegativeEffectCountCountsAsItsSize) {
 
 TEST_F(SpecsTerms, ARandomInterceptBlockKeepsItsEffect) {
   SetTerms(376, 712, {{}});
-  fMemory.SetInt(480, 1);
-  fMemory.SetInt(968, List({1}));
-  fMemory.SetInt(1336, List({1}));
-  fMemory.SetInt(1144, List({5}));
-  fMemory.SetInt(1232, List({1}));
-  fMemory.SetInt(1296, List({List({SUBJ + 1})}));
+  fMemory.SetNumericInteger(480, 1);
+  fMemory.SetNumericInteger(968, List({1}));
+  fMemory.SetNumericInteger(1336, List({1}));
+  fMemory.SetNumericInteger(1144, List({5}));
+  fMemory.SetNumericInteger(1232, List({1}));
+  fMemory.SetNumericInteger(1296, List({List({SUBJ + 1})}));
   MIXValidSpecs& specs = Read();
   ASSERT_EQ(specs.GetNRandSpecs(), 1);
   ASSERT_EQ(specs.GetRandomList()[0].GetNEffects(), 1);
@@ -169,12 +169,12 @@ TEST_F(SpecsTerms, ARandomInterceptBlockKeepsItsEffect) {
 
 TEST_F(SpecsTerms, ABlockWithoutEffectsReadsNoRow) {
   SetTerms(376, 712, {{1, 0, 0, 0, 0}});
-  fMemory.SetInt(480, 2);
-  fMemory.SetInt(968, List({0, 1}));
-  fMemory.SetInt(1336, List({0, 0}));
-  fMemory.SetInt(1144, List({12}));
-  fMemory.SetInt(1232, List({0}));
-  fMemory.SetInt(1296, List({0}));
+  fMemory.SetNumericInteger(480, 2);
+  fMemory.SetNumericInteger(968, List({0, 1}));
+  fMemory.SetNumericInteger(1336, List({0, 0}));
+  fMemory.SetNumericInteger(1144, List({12}));
+  fMemory.SetNumericInteger(1232, List({0}));
+  fMemory.SetNumericInteger(1296, List({0}));
   MIXValidSpecs& specs = Read();
   ASSERT_EQ(specs.GetNRandSpecs(), 2);
   EXPECT_EQ(specs.GetRandomList()[0].GetNEffects(), 0);
@@ -186,11 +186,11 @@ TEST_F(SpecsTerms, ABlockWithoutEffectsReadsNoRow) {
 
 TEST_F(SpecsTerms, FillRandomSpecAdvancesBothCounters) {
   SetTerms(376, 712, {{1, 0, 0, 0, 0}, {0, 0, 0, -1, 0}, {0, 0, 1, 0, 0}});
-  fMemory.SetInt(968, List({2, 1}));
-  fMemory.SetInt(1336, List({0, 0}));
-  fMemory.SetInt(1144, List({0, 0, 17}));
-  fMemory.SetInt(1232, List({0, 0, 0}));
-  fMemory.SetInt(1296, List({0, 0, 0}));
+  fMemory.SetNumericInteger(968, List({2, 1}));
+  fMemory.SetNumericInteger(1336, List({0, 0}));
+  fMemory.SetNumericInteger(1144, List({0, 0, 17}));
+  fMemory.SetNumericInteger(1232, List({0, 0, 0}));
+  fMemory.SetNumericInteger(1296, List({0, 0, 0}));
   Read();
   int blockIndex = 0;
   int firstEffect = 0;
@@ -213,19 +213,19 @@ TEST_F(SpecsTerms, FillRandomSpecAdvancesBothCounters) {
 
 TEST_F(SpecsTermsDeathTest, SubjectEntriesArePositions) {
   SetTerms(376, 712, {{}});
-  fMemory.SetInt(480, 1);
-  fMemory.SetInt(968, List({1}));
-  fMemory.SetInt(1336, List({0}));
-  fMemory.SetInt(1144, List({0}));
-  fMemory.SetInt(1232, List({1}));
-  fMemory.SetInt(1296, List({List({0})}));
+  fMemory.SetNumericInteger(480, 1);
+  fMemory.SetNumericInteger(968, List({1}));
+  fMemory.SetNumericInteger(1336, List({0}));
+  fMemory.SetNumericInteger(1144, List({0}));
+  fMemory.SetNumericInteger(1232, List({1}));
+  fMemory.SetNumericInteger(1296, List({List({0})}));
   EXPECT_DEATH(Read(), AssertText("zorvInd >= 0"));
 }
 
 TEST_F(SpecsTerms, RepeatedBlockIsOneEffectOfCrossedMeasures) {
-  fMemory.SetVarList(512, 1264, {T, C});
-  fMemory.SetVarList(504, 1128, {SUBJ});
-  fMemory.SetInt(1536, 20);
+  SetVarList(512, 1264, {T, C});
+  SetVarList(504, 1128, {SUBJ});
+  fMemory.SetNumericInteger(1536, 20);
   MIXValidSpecs& specs = Read();
   const GLMMRandomSpec& repeated = specs.GetRepeatedSpec();
   ASSERT_EQ(repeated.GetNEffects(), 1);
@@ -241,15 +241,15 @@ TEST_F(SpecsTerms, RepeatedBlockIsOneEffectOfCrossedMeasures) {
 }
 
 TEST_F(SpecsTerms, RepeatedBlockWithoutMeasuresKeepsItsSubjectsAndType) {
-  fMemory.SetVarList(504, 1128, {SUBJ, NAME});
-  fMemory.SetInt(1536, 2);
+  SetVarList(504, 1128, {SUBJ, NAME});
+  fMemory.SetNumericInteger(1536, 2);
   MIXValidSpecs& specs = Read();
   const GLMMRandomSpec& repeated = specs.GetRepeatedSpec();
   EXPECT_EQ(repeated.GetNEffects(), 0);
   EXPECT_EQ(repeated.GetSubjectVars(), (std::vector<int>{SUBJ, NAME}));
   EXPECT_EQ(repeated.GetCovarianceType(), GLMMConst_850::AR1);
   EXPECT_EQ(repeated.GetIndex(), -1);
-  fMemory.SetInt(1536, 0);
+  fMemory.SetNumericInteger(1536, 0);
   EXPECT_EQ(Read().GetRepeatedSpec().GetCovarianceType(), GLMMConst_850::DIAG);
 }
 
@@ -258,13 +258,13 @@ TEST_F(SpecsTerms, RepeatedBlockWithoutMeasuresKeepsItsSubjectsAndType) {
 TEST_F(SpecsTerms, EffectsAndBlocksInComponentIndices) {
   SetTerms(368, 696, {{}, {1, 0, 0, 0, 0}, {0, 1, 0, -1, 0}});
   SetTerms(376, 712, {{}, {0, 0, 1, 0, 0}});
-  fMemory.SetInt(480, 1);
-  fMemory.SetInt(968, List({2}));
-  fMemory.SetInt(1336, List({1}));
-  fMemory.SetInt(1144, List({15, 0}));
-  fMemory.SetInt(1232, List({1, 0}));
-  fMemory.SetInt(1296, List({List({NAME + 1}), 0}));
-  fMemory.SetVarList(544, 1384, {NAME});
+  fMemory.SetNumericInteger(480, 1);
+  fMemory.SetNumericInteger(968, List({2}));
+  fMemory.SetNumericInteger(1336, List({1}));
+  fMemory.SetNumericInteger(1144, List({15, 0}));
+  fMemory.SetNumericInteger(1232, List({1, 0}));
+  fMemory.SetNumericInteger(1296, List({List({NAME + 1}), 0}));
+  SetVarList(544, 1384, {NAME});
   MIXValidSpecs& specs = ReadAndComplete();
   // Record: y 0, a b c 1 2 3, x z 4 5, name 6.
   ASSERT_EQ(specs.GetCompModelEffectList().size(), 2u);
@@ -290,9 +290,9 @@ TEST_F(SpecsTerms, EffectsAndBlocksInComponentIndices) {
 }
 
 TEST_F(SpecsTerms, RepeatedBlockInComponentIndices) {
-  fMemory.SetVarList(512, 1264, {T, A});
-  fMemory.SetVarList(504, 1128, {SUBJ});
-  fMemory.SetInt(1536, 9);
+  SetVarList(512, 1264, {T, A});
+  SetVarList(504, 1128, {SUBJ});
+  fMemory.SetNumericInteger(1536, 9);
   MIXValidSpecs& specs = ReadAndComplete();
   // Record: y 0, a b c 1 2 3, x z 4 5, subj 6, then t 7 and a once more 8
   // (the repeated measures have positions of their own).

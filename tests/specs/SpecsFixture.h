@@ -6,12 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "ParserMemory.h"
 #include "SpecsTestData.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
+#include "host/parser/ParserMemory.h"
+#include "run/MixExports.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace specs_test {
@@ -19,36 +20,79 @@ namespace specs_test {
 // A test file, the parser's memory of a command on it (by default a model
 // of y with an intercept only), an output procedure that collects the
 // messages, and the record read from the memory.
+//
+// Adding words may move the word array, and a record keeps the address it
+// was read from: add every word a test needs before Read.
 class SpecsFixture : public ::testing::Test {
  protected:
   SpecsFixture() : fProcedure(fDocument.fRoot.AddHeading(""), "Mixed", "Mixed") {
     ZORV_Session::Current().BeginCommand();
     MakeSpecsFile(fData);
-    fMemory.SetDefaults(Y);
+    // As the parser does, the first word is reserved and zero.
+    fMemory.AddInteger(0);
+    SetDefaults(Y);
   }
-  ~SpecsFixture() override { ZORV_Session::Current().BeginCommand(); }
+  ~SpecsFixture() override {
+    fSpecs.reset();
+    exposemix_(0, 0);
+    ZORV_Session::Current().BeginCommand();
+  }
+
+  // The values a command with no optional keyword gives.
+  void SetDefaults(int targetColumn) {
+    fMemory.SetNumericReal(0, 95.0);
+    fMemory.SetNumericReal(64, 1e-6);
+    fMemory.SetNumericReal(80, 1e-12);
+    fMemory.SetNumericInteger(104, targetColumn + 1);
+    fMemory.SetNumericInteger(144, 2);
+    fMemory.SetNumericInteger(232, 1);
+    fMemory.SetNumericInteger(240, 1);
+    fMemory.SetNumericInteger(272, 2);
+    fMemory.SetNumericInteger(312, 2);
+    fMemory.SetNumericInteger(336, 100);
+    fMemory.SetNumericInteger(344, 5);
+    fMemory.SetNumericInteger(584, 1);
+    fMemory.SetNumericInteger(1696, 3);
+    fMemory.SetNumericInteger(1736, 1);
+  }
+
+  // A list of variables: its count at one offset, and at the other the
+  // position of their dictionary positions (columns + 1).
+  void SetVarList(int countOffset, int positionOffset, const std::vector<int>& columns) {
+    std::vector<INTEGER> positions;
+    for (int column : columns) positions.push_back(column + 1);
+    fMemory.SetNumericInteger(countOffset, static_cast<INTEGER>(columns.size()));
+    fMemory.SetNumericInteger(positionOffset, fMemory.AddIntegers(positions));
+  }
 
   // Term rows: their count at one offset, the position of the first row at
   // the other. A row shorter than the model's predictors is zero padded.
-  void SetTerms(long countOffset, long positionOffset, const std::vector<std::vector<INTEGER>>& rows) {
-    const std::size_t length = static_cast<std::size_t>(fMemory.GetInt(392) + fMemory.GetInt(360));
+  void SetTerms(int countOffset, int positionOffset, const std::vector<std::vector<INTEGER>>& rows) {
+    const std::size_t length =
+        static_cast<std::size_t>(fMemory.GetNumericInteger(392) + fMemory.GetNumericInteger(360));
     std::vector<INTEGER> words;
     for (std::vector<INTEGER> row : rows) {
       row.resize(length, 0);
       words.insert(words.end(), row.begin(), row.end());
     }
     if (countOffset == 368) fbFixedTermsSet = true;
-    fMemory.SetInt(countOffset, static_cast<INTEGER>(rows.size()));
-    fMemory.SetInt(positionOffset, fMemory.AddInts(words));
+    fMemory.SetNumericInteger(countOffset, static_cast<INTEGER>(rows.size()));
+    fMemory.SetNumericInteger(positionOffset, fMemory.AddIntegers(words));
   }
 
-  // Reads the memory into a fresh record; the result of SetMixedSpecs is
-  // kept in fbRead.
-  // Without fixed terms of its own the command has the intercept's row.
+  // Words in the array; returns the position of the first.
+  INTEGER List(const std::vector<INTEGER>& words) { return fMemory.AddIntegers(words); }
+  // The real view at a position, for records read directly.
+  const LR* RealsAt(INTEGER position) { return fMemory.GetRealWords() + (position - 1); }
+
+  // Publishes the memory and reads it into a fresh record; the result of
+  // SetMixedSpecs is kept in fbRead. Without fixed terms of its own the
+  // command has the intercept's row.
   MIXValidSpecs& Read() {
     if (!fbFixedTermsSet) SetTerms(368, 696, {{}});
     fSpecs.reset();
-    fSpecs.emplace(fMemory.Publish(), fData);
+    exposemix_(fMemory.GetNumericAddress(), fMemory.GetCharacterAddress());
+    fSpecs.emplace(fMemory.GetCommand(), fData);
     fbRead = fSpecs->SetMixedSpecs();
     return *fSpecs;
   }

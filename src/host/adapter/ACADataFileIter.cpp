@@ -173,13 +173,22 @@ void ACADataFileIter::SortRecords(std::vector<double>& values) const {
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
     return CompareRecords(values.data() + a * width, values.data() + b * width) < 0;
   });
-  std::vector<double> sorted;
-  sorted.reserve(values.size());
-  for (std::size_t r : order) {
-    sorted.insert(sorted.end(), values.begin() + static_cast<std::ptrdiff_t>(r * width),
-                  values.begin() + static_cast<std::ptrdiff_t>((r + 1) * width));
+  // Records move in place along the cycles of the permutation, so that
+  // sorting needs one record beside the records, not a second copy.
+  std::vector<double> held(width);
+  for (std::size_t start = 0; start < count; ++start) {
+    if (order[start] == start) continue;
+    std::copy_n(values.data() + start * width, width, held.data());
+    std::size_t to = start;
+    while (order[to] != start) {
+      std::size_t from = order[to];
+      std::copy_n(values.data() + from * width, width, values.data() + to * width);
+      order[to] = to;
+      to = from;
+    }
+    std::copy_n(held.data(), width, values.data() + to * width);
+    order[to] = to;
   }
-  values.swap(sorted);
 }
 
 bool ACADataFileIter::FillDataFile(MCCommon_850::RecordIterator& source) {
@@ -380,7 +389,8 @@ bool ACADataFileIter::GetTextFile(const std::string& path) const {
   out << '\n';
   std::size_t width = static_cast<std::size_t>(fNRecordVars);
   auto writeRecords = [&out, width](const double* values, std::size_t count) {
-    for (std::size_t i = 0; i < count * width; ++i) out << RoundTripText(values[i]) << ((i + 1) % width == 0 ? "\n" : "\t");
+    for (std::size_t i = 0; i < count * width; ++i)
+      out << RoundTripText(values[i]) << ((i + 1) % width == 0 ? "\n" : "\t");
   };
   if (!fbSpilled) {
     writeRecords(fvValues.data(), fvValues.size() / width);

@@ -207,7 +207,7 @@ void ACAInputAdapter::LeaveSplits() {
 }
 
 bool ACAInputAdapter::OpenSplit(int index) {
-  if (index < 0 || !fbReadable) return false;
+  if (index < 0 || !PrepareReading()) return false;
   while (static_cast<int>(fvpSplits.size()) <= index) {
     long next = fvpSplits.empty() ? 0 : fvpSplits.back()->fSourceSplit + 1;
     long nSourceSplits = static_cast<long>(fvSourceSplitStarts.size()) - 1;
@@ -461,7 +461,8 @@ std::unique_ptr<ACAInputAdapter::SplitData> ACAInputAdapter::LearnSplit(long sou
       ReadVarData asMissing = var;
       asMissing.fbUserMissingExcluded = true;
       asMissing.fbSysmisValid = true;
-      for (int s = 0; s < n; ++s) categories.fvbUserMissing[static_cast<std::size_t>(s)] = ValueMissing(asMissing, categories.Slot(s));
+      for (int s = 0; s < n; ++s)
+        categories.fvbUserMissing[static_cast<std::size_t>(s)] = ValueMissing(asMissing, categories.Slot(s));
     }
     categories.fvCodeToSlot.resize(static_cast<std::size_t>(n));
     categories.fvSlotToCode.resize(static_cast<std::size_t>(n));

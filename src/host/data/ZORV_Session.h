@@ -44,6 +44,10 @@ class ZORV_Session {
   const std::string& GetResourceDir() const { return fResourceDir; }
   void SetWritableDir(const std::string& dir) { fWritableDir = dir; }
   const std::string& GetWritableDir() const { return fWritableDir; }
+  // The folder of the command file being run: relative file names in
+  // commands are taken from there. Empty: the working directory.
+  void SetCommandDir(const std::string& dir) { fCommandDir = dir; }
+  const std::string& GetCommandDir() const { return fCommandDir; }
 
  private:
   ZORV_Session();
@@ -56,6 +60,7 @@ class ZORV_Session {
   std::vector<SplitValue> fvSplit;
   std::string fResourceDir;
   std::string fWritableDir;
+  std::string fCommandDir;
 };
 
 // The host's four display settings, each 1 (names or values), 2 (labels)

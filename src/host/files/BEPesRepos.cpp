@@ -1,7 +1,10 @@
 #include "host/files/BEPesRepos.h"
 
+#include <algorithm>
 #include <fstream>
+#include <sstream>
 
+#include "host/files/ExtNameStr.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
 #include "host/output/BpString.h"
@@ -11,10 +14,16 @@ std::vector<BEPesRepos::FileData>& BEPesRepos::Files() {
   return files;
 }
 
-bool BEPesRepos::IsReadable(const std::string& name) {
+bool BEPesRepos::Read(const std::string& name, std::string* content) {
   if (name.empty()) return false;
-  std::ifstream in(name, std::ios::binary);
-  return in.is_open();
+  std::ifstream in(ExtNameStr(name).GetPath(), std::ios::binary);
+  if (!in.is_open()) return false;
+  if (content != nullptr) {
+    std::ostringstream buffer;
+    buffer << in.rdbuf();
+    *content = buffer.str();
+  }
+  return !in.bad();
 }
 
 void BEPesRepos::BEPesClear() { Files().clear(); }
@@ -22,39 +31,31 @@ void BEPesRepos::BEPesClear() { Files().clear(); }
 bool BEPesRepos::Store(const char* name, int kind, int flag) {
   std::string fileName = name ? name : "";
   if (fileName.empty()) return false;
-  bool readable = IsReadable(fileName);
-  auto& files = Files();
-  for (auto& file : files) {
-    if (file.fName == fileName) {
-      file.fKind = kind;
-      file.fbDeliver = flag != 0;
-      file.fbReadable = readable;
-      return readable;
-    }
-  }
   FileData file;
   file.fName = fileName;
   file.fKind = kind;
   file.fbDeliver = flag != 0;
-  file.fbReadable = readable;
-  files.push_back(file);
-  return readable;
+  file.fbReadable = Read(fileName, &file.fContent);
+  Files().push_back(std::move(file));
+  return Files().back().fbReadable;
 }
 
-std::vector<BEPesRepos::FileData> BEPesRepos::FindUnreadable() {
-  std::vector<FileData> bad;
-  for (auto& file : Files()) {
-    file.fbReadable = IsReadable(file.fName);
-    if (!file.fbReadable) bad.push_back(file);
+std::vector<std::string> BEPesRepos::FindUnreadable() {
+  std::vector<std::string> seen;
+  std::vector<std::string> bad;
+  for (const auto& file : Files()) {
+    if (std::find(seen.begin(), seen.end(), file.fName) != seen.end()) continue;
+    seen.push_back(file.fName);
+    if (!Read(file.fName, nullptr)) bad.push_back(file.fName);
   }
   return bad;
 }
 
 int BEPesRepos::BEPesCheckError() {
-  std::vector<FileData> bad = FindUnreadable();
-  for (const FileData& file : bad) {
+  std::vector<std::string> bad = FindUnreadable();
+  for (const std::string& name : bad) {
     BpComposite text("The output file ^1 is missing or cannot be read.", false);
-    text.Add(BpString(file.fName, false, false));
+    text.Add(BpString(name, false, false));
     text.Finish();
     BpError(text, BpErrorShowOutput, BpErrorLevelError);
   }
@@ -63,12 +64,12 @@ int BEPesRepos::BEPesCheckError() {
 
 const std::vector<BEPesRepos::FileData>& BEPesRepos::GetFiles() { return Files(); }
 
-std::vector<std::string> BEPesRepos::GetDeliveries(int kind) {
-  std::vector<std::string> names;
+std::vector<const BEPesRepos::FileData*> BEPesRepos::GetDeliveries(int kind) {
+  std::vector<const FileData*> out;
   for (const auto& file : Files()) {
-    if (file.fKind == kind && file.fbDeliver && IsReadable(file.fName)) names.push_back(file.fName);
+    if (file.fKind == kind && file.fbDeliver && file.fbReadable) out.push_back(&file);
   }
-  return names;
+  return out;
 }
 
 bool TestAndStoreToPes(const char* name, int kind, int flag) { return BEPesRepos::Store(name, kind, flag); }

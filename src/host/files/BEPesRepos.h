@@ -4,12 +4,12 @@
 #include <vector>
 
 // The host's repository of the files that a command wrote for its user.
-// A procedure hands each finished file over; after the command the host
-// passes the files marked for delivery to the procedure's viewer, and
-// reports any file that cannot be read back. Entries are kept in the order
-// of their first hand-over; a file handed over again (each split of a split
-// file rewrites the same document) keeps its place and takes the new kind
-// and flag. The repository lives for the process and is cleared per command.
+// A procedure hands each finished file over; the repository keeps, with
+// the name, kind and flag, a snapshot of the file's content at that moment.
+// Each hand-over is an entry of its own, in order: on a split file every
+// split rewrites the same document, and each split's version still reaches
+// the procedure's viewer. After the command the host reports any file that
+// can no longer be read. The repository is cleared per command.
 class BEPesRepos {
  public:
   // Kinds of file.
@@ -21,29 +21,31 @@ class BEPesRepos {
   struct FileData {
     std::string fName;
     int fKind = 0;
-    bool fbDeliver = false;  // hand the file to the procedure's viewer
-    bool fbReadable = false; // the last test found the file readable
+    bool fbDeliver = false;   // hand the file to the procedure's viewer
+    bool fbReadable = false;  // the file could be read when it was handed over
+    std::string fContent;     // the file's content when it was handed over
   };
 
   // Forgets every entry: a new command begins.
   static void BEPesClear();
-  // Tests every entry again and issues one error message for each file that
-  // is missing or unreadable; returns how many there were.
+  // Tests every file named in the repository again and issues one error
+  // message for each that is missing or unreadable now; returns how many.
   static int BEPesCheckError();
 
-  // Enters (or refreshes) a file; true when it is readable now. A file
-  // without a name is not entered.
+  // Enters one hand-over of a file, with a snapshot of its content; true
+  // when the file is readable. A file without a name is not entered.
   static bool Store(const char* name, int kind, int flag);
-  // Tests every entry again and returns those that failed, without a message.
-  static std::vector<FileData> FindUnreadable();
+  // The names that cannot be read now, each once, in order of first entry;
+  // no message.
+  static std::vector<std::string> FindUnreadable();
 
   static const std::vector<FileData>& GetFiles();
-  // The readable files to deliver, of one kind, in order.
-  static std::vector<std::string> GetDeliveries(int kind);
+  // The readable hand-overs to deliver, of one kind, in order.
+  static std::vector<const FileData*> GetDeliveries(int kind);
 
  private:
   static std::vector<FileData>& Files();
-  static bool IsReadable(const std::string& name);
+  static bool Read(const std::string& name, std::string* content);
 };
 
 // Hands a written file to the repository, with its kind (a BEPesRepos::Kind)

@@ -3,8 +3,9 @@
 #include <fstream>
 #include <string>
 
-// A file name as the user gave it. Relative names are taken from the
-// process's working directory, as the user's shell would take them.
+// A file name as the user gave it in a command. Relative names are taken
+// from the folder of the command file being run (ZORV_Session's command
+// folder), or from the working directory when there is none.
 class ExtNameStr {
  public:
   // What Access reports.
@@ -23,6 +24,9 @@ class ExtNameStr {
   void SetGeneric(const std::string& name);
   void SetGeneric(const char* name);
   const std::string& GetGeneric() const { return fGeneric; }
+  // The name as the file system takes it: relative names resolved against
+  // the command file's folder.
+  std::string GetPath() const;
   bool IsEmpty() const { return fGeneric.empty(); }
 
   // Opens the stream on the file (closing whatever it had open); true when

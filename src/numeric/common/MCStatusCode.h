@@ -21,6 +21,8 @@ enum MCStatusCode : long {
   MC_OUTPUT_FILE_ERROR = 130093,          // a document could not be written
   MC_NO_VALID_CASES = 230024,             // no record can be used
   MC_DUPLICATE_REPEATED = 230025,         // repeated measures values repeat within a subject
+  MC_POST_ESTIMATION_FAILED = 130090,     // the final evaluation after convergence failed
+  MC_PERFECT_FIT = 230092,                // the model fits the data perfectly: no residual variance
 
   // Warnings.
   MC_MAX_STEP_HALVING = 130024,           // the step-halving limit was reached
@@ -32,12 +34,10 @@ enum MCStatusCode : long {
   MC_HESSIAN_NOT_PD = 130070,             // converged, final Hessian not positive definite
   MC_COVPARAM_REDUNDANT = 130075,         // a covariance parameter is redundant; nothing is said
   MC_NO_HESSIAN_CONVERGENCE = 130088,     // converged, but not by the Hessian criterion
-  MC_POST_ESTIMATION_FAILED = 130090,     // estimates exist, later statistics failed
   MC_ITERATION_LIMIT = 230036,            // stopped at the iteration limit without convergence
   MC_CONVERGED_SINGULAR_HESSIAN = 230037, // converged with a singular Hessian
   MC_PARAM_HESSIAN_SINGULAR = 230038,     // a parameter made the Hessian singular
   MC_PARAM_AT_LOWER_BOUND = 230087,       // a covariance parameter sits at its lower bound
-  MC_PERFECT_FIT = 230092,                // the model fits the data perfectly
   MC_STEP_HALVING_LIMIT = 230094,         // stopped at the step-halving limit without convergence
   MC_PARAM_AT_UPPER_BOUND = 230095        // a covariance parameter sits at its upper bound
 };

@@ -1,11 +1,14 @@
 #include "numeric/glmm/GLMMAlgorithm.h"
 
+#include <algorithm>
 #include <ostream>
 #include <stdexcept>
 
 #include "numeric/common/RecordIterator.h"
 #include "numeric/display/MCDisplay.h"
+#include "numeric/engine/MCEngineFitter.h"
 #include "numeric/glmm/GLMMComponentDisplay.h"
+#include "numeric/glmm/GLMMDesignBuilder.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/xml/MCApplicInfo4XML.h"
 #include "numeric/xml/MCVarList.h"
@@ -50,9 +53,128 @@ MCStatus GLMMAlgorithm::CheckSettings() const {
   return ok ? MCStatus() : MCStatus(MCCommon_850::MC_SETTINGS_INVALID, false);
 }
 
-MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator*, int) {
+namespace {
+
+MCStatus ToStatus(const MCEngine_850::MCEngineStatus& status) {
+  MCCommon_850::MCStatusKind kind = MCCommon_850::STATUS_OK;
+  if (status.IsWarning()) kind = MCCommon_850::STATUS_WARNING;
+  if (status.IsError()) kind = MCCommon_850::STATUS_ERROR;
+  return MCStatus(status.GetCode(), kind);
+}
+
+MCEngine_850::MCEngineSettings EngineSettings(const GLMMSettings& s) {
+  using MCMath_850::MCConst::CONV_RELATIVE;
+  MCEngine_850::MCEngineSettings e;
+  e.SetREML(s.GetThetaEstType() == GLMMConst_850::REML);
+  e.SetMaxIterations(s.GetMaxIterations());
+  e.SetMaxStepHalvings(s.GetMaxStepHalvingValue());
+  // The Fisher iteration count names the iteration at which Newton-Raphson
+  // takes over, so it is one more than the Fisher steps taken.
+  const bool fisher = s.GetHessianCompMethod() == MCMath_850::MCConst::HESSIAN_FISHER_THEN_NEWTON;
+  e.SetFisherSteps(fisher ? std::max(s.GetMaxFisherIterNum() - 1, 0) : 0);
+  e.SetHessianTolerance(s.GetToleranceHessian());
+  e.SetHessianRelative(s.GetHConvergeType() == CONV_RELATIVE);
+  e.SetLogLikTolerance(s.GetLLConCriterion());
+  e.SetLogLikRelative(s.GetLConvergeType() == CONV_RELATIVE);
+  e.SetParamTolerance(s.GetParamEstConCriterion());
+  e.SetParamRelative(s.GetPConvergeType() == CONV_RELATIVE);
+  e.SetSingularTolerance(s.GetTolerance());
+  e.SetConfidenceLevel(100.0 * s.GetConfidenceLevel());
+  return e;
+}
+
+MCMath_850::MCModelTestStats ToTestStats(const std::vector<MCEngine_850::MCEngineTest>& tests) {
+  MCMath_850::MCModelTestStats stats;
+  for (const MCEngine_850::MCEngineTest& test : tests) {
+    std::vector<int> rows(test.GetL().size());
+    for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = static_cast<int>(i);
+    stats.AddTest(MCMath_850::MCTestStats(test.GetF(), test.GetNumDF(), test.GetDenDF(), test.GetSig()), MCStatus(),
+                  test.GetL(), rows);
+  }
+  return stats;
+}
+
+}  // namespace
+
+MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
   if (fStatus.IsError()) return fStatus;
-  throw std::logic_error("GLMMAlgorithm::Execute: not implemented yet");
+  fvWarnings.clear();
+  fOutputStats = GLMMOutputStats();
+  fbOutputAvailable = false;
+
+  GLMMDesignBuilder builder(*fpSettings, *fpVarList);
+  MCStatus built = builder.Build(pRecords);
+  if (built.IsError()) {
+    fOutputStats.AddBuildModelWarning(built);
+    fStatus = built;
+    return fStatus;
+  }
+
+  MCEngine_850::MCEngineFitter fitter;
+  fitter.Fit(builder.GetInput(), EngineSettings(*fpSettings));
+  const MCEngine_850::MCEngineResult& result = fitter.GetResult();
+  for (const MCEngine_850::MCEngineStatus& warning : result.GetWarnings()) {
+    fvWarnings.push_back(ToStatus(warning));
+    fOutputStats.AddBuildModelWarning(ToStatus(warning));
+  }
+  fStatus = ToStatus(result.GetStatus());
+  if (fStatus.IsWarning()) {
+    bool listed = false;
+    for (const MCStatus& w : fvWarnings) listed = listed || w.GetErrorCode() == fStatus.GetErrorCode();
+    if (!listed) {
+      fvWarnings.push_back(fStatus);
+      fOutputStats.AddBuildModelWarning(fStatus);
+    }
+  }
+  if (fStatus.IsError()) return fStatus;
+
+  GLMMOutputStats& out = fOutputStats;
+  out.SetLogLikehood(result.GetMinus2LogLik());
+  out.SetAICC(result.GetAICC());
+  out.SetBIC(result.GetBIC());
+  out.SetTotalFreqWeight(result.GetTotalFreqWeight());
+  out.SetBetaParameters(builder.GetBetaParameters());
+  out.SetGammaBasicParameters(builder.GetGammaParameters());
+
+  const std::vector<MCEngine_850::MCEngineBetaStat>& beta = result.GetBeta();
+  const int P = static_cast<int>(beta.size());
+  std::vector<MCMath_850::BetaParamStat> stats(beta.size());
+  MCMath_850::MCBitSet nonRedundant(P);
+  for (int i = 0; i < P; ++i) {
+    const MCEngine_850::MCEngineBetaStat& b = beta[static_cast<std::size_t>(i)];
+    MCMath_850::BetaParamStat& st = stats[static_cast<std::size_t>(i)];
+    st.SetIndex(i);
+    st.SetEstimate(b.GetEstimate());
+    st.SetRedundant(b.IsRedundant());
+    st.SetStdError(b.GetStdError());
+    st.SetLowerBound(b.GetLower());
+    st.SetUpperBound(b.GetUpper());
+    st.SetDF(b.GetDF());
+    st.SetTStat(b.GetT());
+    st.SetSig(b.GetSig());
+    nonRedundant.Set(i, !b.IsRedundant());
+  }
+  out.SetBetaParamStats(stats);
+  out.SetRedundancyIndicatorsBeta(nonRedundant);
+
+  const std::vector<double>& covBeta = result.GetCovBeta();
+  if (covBeta.size() == static_cast<std::size_t>(P) * static_cast<std::size_t>(P)) {
+    MCMath_850::MCSymMatrix matrix({P});
+    for (int i = 0; i < P; ++i) {
+      for (int j = 0; j <= i; ++j) {
+        matrix.SetElem(0, 0, i, j, covBeta[static_cast<std::size_t>(i) * static_cast<std::size_t>(P) + static_cast<std::size_t>(j)]);
+      }
+    }
+    out.SetCovarianceMatrixBeta(matrix);
+  }
+  out.SetTypeITestStats(ToTestStats(result.GetTypeITests()));
+  out.SetTypeIIITestStats(ToTestStats(result.GetTypeIIITests()));
+
+  std::vector<double> theta;
+  for (const MCEngine_850::MCEngineCovParam& cp : result.GetCovParams()) theta.push_back(cp.GetEstimate());
+  out.SetThetaParamEtimates(theta);
+  fbOutputAvailable = true;
+  return fStatus;
 }
 
 MCStatus GLMMAlgorithm::ScoreRecord(const double*, std::vector<double>&, std::vector<std::vector<double>>&) {

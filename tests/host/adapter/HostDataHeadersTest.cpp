@@ -1,6 +1,7 @@
 // Every header of the data access and file interfaces, together in one unit.
 #include "host/adapter/ACACommonDisplay.h"
 #include "host/adapter/ACADataFileIter.h"
+#include "host/adapter/ACADatasetCaseIter.h"
 #include "host/adapter/ACAInpAdaptMsg.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAIterState.h"
@@ -31,5 +32,6 @@ TEST(HostDataHeaders, IteratorsAreRecordIterators) {
   EXPECT_TRUE((std::is_base_of<MCCommon_850::MCQueryCancel, ACAStopProcessor>::value));
   EXPECT_TRUE(std::has_virtual_destructor<ACAInputAdapter>::value);
   EXPECT_TRUE(std::is_abstract<ZORV_InputCaseIterator>::value);
+  EXPECT_TRUE((std::is_base_of<ZORV_InputCaseIterator, ACADatasetCaseIter>::value));
   EXPECT_TRUE(std::has_virtual_destructor<PathFactory>::value);
 }

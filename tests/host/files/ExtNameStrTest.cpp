@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "host/data/HostDataTestSource.h"
+#include "host/data/ZORV_Session.h"
 
 using hostdata_test::ScratchDir;
 
@@ -52,4 +53,24 @@ TEST(ExtNameStr, FailsQuietlyOnBadNames) {
   ExtNameStr missingDir(dir.File("no/such/dir/file.xml"));
   EXPECT_FALSE(missingDir.Open(stream, std::ios::out | std::ios::trunc));
   EXPECT_FALSE(stream.is_open());
+}
+
+TEST(ExtNameStr, RelativeNamesAreTakenFromTheCommandFilesFolder) {
+  ScratchDir dir("extname_base");
+  ZORV_Session& session = ZORV_Session::Current();
+  session.SetCommandDir(dir.Path());
+  ExtNameStr name("out.json");
+  EXPECT_EQ(name.GetPath(), dir.File("out.json"));
+  std::ofstream stream;
+  ASSERT_TRUE(name.Open(stream, std::ios::out | std::ios::trunc));
+  stream << "{}";
+  stream.close();
+  EXPECT_EQ(name.Access(ExtNameStr::MODE_READ), ExtNameStr::ACCESS_OK);
+
+  ExtNameStr absolute(dir.File("out.json"));
+  EXPECT_EQ(absolute.GetPath(), dir.File("out.json"));
+  EXPECT_TRUE(name.remove());
+
+  session.SetCommandDir("");
+  EXPECT_EQ(name.GetPath(), "out.json");
 }

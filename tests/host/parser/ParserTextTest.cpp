@@ -1,10 +1,8 @@
 #include "host/parser/ParserText.h"
-#include "host/parser/ParserWords.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <stdexcept>
 
 TEST(ParserText, TrimsBlanksAtBothEnds) {
   char text[] = "  model.xml \t ";
@@ -34,13 +32,4 @@ TEST(ParserText, UpperCasesAsciiOnly) {
   EXPECT_EQ(GetUpperString(std::string("stat\xC3\xA9json")), "STAT\xC3\xA9JSON");
   EXPECT_EQ(GetUpperString(static_cast<const char*>(nullptr)), "");
   EXPECT_EQ(GetUpperString(""), "");
-}
-
-TEST(ParserWords, ListWalkIsNotAvailableYet) {
-  INTEGER words[4] = {0, 0, 0, 0};
-  LR* reals = reinterpret_cast<LR*>(words);
-  INTEGER head = 1;
-  LR index = 1.0;
-  EXPECT_THROW(tmcget_(words, reals, head, index), std::logic_error);
-  static_assert(sizeof(INTEGER) == 8 && sizeof(LR) == 8, "parser words are 8 bytes");
 }

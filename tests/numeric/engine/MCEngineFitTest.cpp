@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineProbability.h"
 #include "numeric/engine/MCEngineTestCsv.h"
 #include "numeric/engine/MCEngineTestDesign.h"
 #include "numeric/engine/MCEngineTestFixture.h"
@@ -228,6 +229,47 @@ TEST(MCEngineFit, InformationCriteria) {
   ASSERT_TRUE(fitter.Fit(d->Build(), ml).IsOK());
   EXPECT_NEAR(fitter.GetResult().GetAIC(), fitter.GetResult().GetMinus2LogLik() + 12.0, 1e-9);
   EXPECT_NEAR(fitter.GetResult().GetAICC(), fitter.GetResult().GetMinus2LogLik() + 12.0 * 180.0 / 173.0, 1e-9);
+}
+
+TEST(MCEngineFit, NullModelAndCovarianceParameterTable) {
+  MCEngineTestCsv csv;
+  auto d = SleepstudyDesign(csv);
+  MCEngineFitter fitter;
+  ASSERT_TRUE(fitter.Fit(d->Build(), MCEngineSettings()).IsOK());
+  const MCEngineResult& r = fitter.GetResult();
+  // Independent residuals only (R: -2 logLik of gls(Reaction ~ Days), REML).
+  EXPECT_NEAR(r.GetNullMinus2LogLik(), 1893.66366347, 1e-6);
+  // A variance: one-sided p and Satterthwaite chi-square limits with 2 Z^2 df.
+  const MCEngineCovParam& v = r.GetCovParams()[0];
+  const double z = v.GetEstimate() / v.GetStdError();
+  EXPECT_NEAR(v.GetWaldZ(), z, 1e-12);
+  EXPECT_NEAR(v.GetSig(), MCEngineProbability::NormalUpper(z), 1e-15);
+  const double nu = 2.0 * z * z;
+  EXPECT_NEAR(v.GetLower(), nu * v.GetEstimate() / MCEngineProbability::ChiSquareQuantile(0.975, nu), 1e-9);
+  EXPECT_NEAR(v.GetUpper(), nu * v.GetEstimate() / MCEngineProbability::ChiSquareQuantile(0.025, nu), 1e-9);
+  EXPECT_NEAR(v.GetLower(), 289.443851, 2e-3);  // R, from the same estimate and standard error
+  EXPECT_NEAR(v.GetUpper(), 2042.669145, 2e-2);
+  // A covariance: two-sided p and Wald limits.
+  const MCEngineCovParam& c = r.GetCovParams()[1];
+  EXPECT_EQ(c.GetKind(), MCEngineCovParam::kCovariance);
+  EXPECT_NEAR(c.GetSig(), 2.0 * MCEngineProbability::NormalUpper(std::fabs(c.GetWaldZ())), 1e-15);
+  EXPECT_NEAR(c.GetLower(), c.GetEstimate() - 1.959963984540054 * c.GetStdError(), 1e-9);
+  EXPECT_NEAR(c.GetUpper(), c.GetEstimate() + 1.959963984540054 * c.GetStdError(), 1e-9);
+  // The asymptotic covariance holds the squared standard errors.
+  const std::vector<double>& A = r.GetCovParamsCov();
+  ASSERT_EQ(A.size(), 16u);
+  EXPECT_NEAR(std::sqrt(A[0]), v.GetStdError(), 1e-9 * v.GetStdError());
+  EXPECT_NEAR(A[1], A[4], 1e-12 * std::fabs(A[1]));
+  // A fixed effect's interval uses t with its Satterthwaite df.
+  const MCEngineBetaStat& b = r.GetBeta()[1];
+  const double tq = MCEngineProbability::TQuantile(0.975, b.GetDF());
+  EXPECT_NEAR(b.GetLower(), b.GetEstimate() - tq * b.GetStdError(), 1e-9);
+  EXPECT_NEAR(b.GetUpper(), b.GetEstimate() + tq * b.GetStdError(), 1e-9);
+  MCEngineSettings level90;
+  level90.SetConfidenceLevel(90.0);
+  ASSERT_TRUE(fitter.Fit(d->Build(), level90).IsOK());
+  const MCEngineBetaStat& b90 = fitter.GetResult().GetBeta()[1];
+  EXPECT_NEAR(b90.GetUpper() - b90.GetEstimate(), MCEngineProbability::TQuantile(0.95, b90.GetDF()) * b90.GetStdError(), 1e-9);
 }
 
 TEST(MCEngineFit, CompoundSymmetryOnTheRandomSideEqualsTwoVarianceComponents) {

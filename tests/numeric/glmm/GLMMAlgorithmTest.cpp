@@ -96,12 +96,22 @@ TEST(GLMMAlgorithm, ValidSettingsGiveOK) {
   EXPECT_EQ(&algorithm.GetVarList(), &varList);
 }
 
-TEST(GLMMAlgorithm, FittingIsNotImplementedYet) {
+TEST(GLMMAlgorithm, NoRecordsMeansNoValidCases) {
   const GLMMSettings settings = ValidSettings();
   const MCVarList varList = FourVariables();
   GLMMAlgorithm algorithm(settings, varList);
   EmptyIterator records;
-  EXPECT_TRUE(ThrowsNotImplemented([&] { algorithm.Execute(&records, 0); }));
+  const MCCommon_850::MCStatus status = algorithm.Execute(&records, 0);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_EQ(status.GetErrorCode(), 230024);
+  EXPECT_EQ(algorithm.GetStatus().GetErrorCode(), 230024);
+  EXPECT_EQ(algorithm.GetOutputStats(), nullptr);
+}
+
+TEST(GLMMAlgorithm, ScoringAndExportsAreNotImplementedYet) {
+  const GLMMSettings settings = ValidSettings();
+  const MCVarList varList = FourVariables();
+  GLMMAlgorithm algorithm(settings, varList);
   std::vector<double> scores;
   std::vector<std::vector<double>> details;
   const double record[4] = {1, 0, 2, 0};

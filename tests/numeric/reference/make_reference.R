@@ -32,17 +32,24 @@
 #   - nlme's corSymm + varIdent gives sigma_i sigma_j rho_ij; the engine's UN
 #     entries are read off the marginal covariance matrix of one subject.
 #   - nlme's corAR1 gives sigma^2 rho^|i-j|: "AR1 rho" = rho, Residual = sigma^2.
+#   - nlme's varIdent alone (residual DIAG) gives sigma^2 delta_i^2 per
+#     position: Var(i) = sigma^2 / varWeights^2 of a record at position i.
+#   - nlme's varFixed(~ 1/w) gives sigma^2 / w: the engine's scale weight w
+#     with Residual = sigma^2.
 # * Satterthwaite degrees of freedom: for lmer fits those of lmerTest (which
 #   differentiates numerically). For nlme fits lmerTest does not apply, so they
 #   are computed here from an independent dense implementation of the
-#   (restricted) likelihood: the Hessian of -2 log L and the derivatives of
-#   C = (X'V^-1 X)^-1 by numerical differentiation (numDeriv) at nlme's
-#   estimates, A = 2 H^-1, nu = 2 (l C l')^2 / (g' A g), and for several rows
-#   the Fai-Cornelius combination. The dense criterion is checked against
-#   nlme's log likelihood before it is used.
+#   (restricted) likelihood, checked against nlme's log likelihood first: the
+#   Hessian of -2 log L and the derivatives of C = (X'V^-1 X)^-1 by numerical
+#   differentiation (numDeriv) in unconstrained coordinates (log variances,
+#   Fisher z of correlations; the df do not depend on the coordinates at the
+#   optimum), A = 2 H^-1, nu = 2 (l C l')^2 / (g' A g), and for several rows
+#   the Fai-Cornelius combination (denominator df 2E/(E - q), or 0 when E <= q).
 # * Type III tests: lmerTest's anova(type = 3) for lmer fits; for nlme fits the
 #   same coding-invariant contrasts (lmerTest's type 3 contrasts of the
-#   equivalent lm fit) tested with the nlme estimates.
+#   equivalent lm fit) tested with the estimates above. Type I tests:
+#   lmerTest's anova(type = 1), or the forward Doolittle rows of X'X (weighted
+#   by the scale weights when there are any). Contrasts: lmerTest's contest().
 # * All fits use tight optimiser tolerances, followed by Newton steps with
 #   numerical derivatives (on lme4's deviance function, or on the dense
 #   criterion for nlme fits); lme4's defaults are not accurate enough for

@@ -11,10 +11,11 @@
 
 namespace MCEngine_850 {
 
-// Ridge-stabilised Newton-Raphson on the (profiled) -2 log likelihood in the
-// working parameters, with Fisher scoring for the first steps, step halving,
-// non-negativity of variances by projection and an active set, and the
-// three convergence criteria.
+// Newton-Raphson on the (profiled) -2 log likelihood in the working
+// parameters: Fisher scoring for the first steps, a modified Hessian where it
+// is not positive definite, step halving, variances kept non-negative and
+// correlations inside (-1, 1) by projection and an active set, and the three
+// convergence criteria.
 class MCEngineOptimizer {
  public:
   MCEngineOptimizer(MCEngineEvaluator& evaluator, const MCEngineModel& model, const MCEngineData& data,

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <iosfwd>
+
+// The program: reads the command line, runs the command file and writes the
+// reports. Returns the exit status: 0 when every command ran, 1 when a
+// command had an error, 2 when the command line or the command file could
+// not be used (or a report could not be written).
+class AppMain {
+ public:
+  static int Run(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
+};

@@ -1,0 +1,347 @@
+#include "numeric/glmm/GLMMDesignBuilder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+
+#include "numeric/common/MCMV.h"
+#include "numeric/common/MCStatusCode.h"
+#include "numeric/common/RecordIterator.h"
+#include "numeric/glmm/GLMMSettings.h"
+#include "numeric/math/MCModelEffect.h"
+#include "numeric/xml/IMCVariable.h"
+#include "numeric/xml/MCVarList.h"
+
+namespace MCGLMM_850 {
+
+using MCCommon_850::MCStatus;
+using MCEngine_850::MCEngineCovType;
+using MCMath_850::MCModelEffect;
+using MCMath_850::MCRegrParameter;
+
+namespace {
+
+std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// Every variable an effect refers to.
+void CollectEffectVars(const MCModelEffect& effect, std::vector<int>& factors, std::vector<int>& covariates) {
+  for (int f : effect.GetFactors()) factors.push_back(f);
+  for (int c : effect.GetCovariates()) covariates.push_back(c);
+}
+
+}  // namespace
+
+GLMMDesignBuilder::GLMMDesignBuilder(const GLMMSettings& settings, const MCXML_850::MCVarList& varList)
+    : fpSettings(&settings), fpVarList(&varList), fRecordLength(0), fNRecordsRead(0) {
+  for (int i = 0; i < varList.Size(); ++i) {
+    fRecordLength = std::max(fRecordLength, varList.GetVarAt(i)->GetRecordIndex() + 1);
+  }
+}
+
+bool GLMMDesignBuilder::MapCovType(GLMMConst_850::CovarType type, MCEngineCovType& engineType) {
+  switch (type) {
+    case GLMMConst_850::ID: engineType = MCEngineCovType::ID; return true;
+    case GLMMConst_850::VC: engineType = MCEngineCovType::VC; return true;
+    case GLMMConst_850::DIAG: engineType = MCEngineCovType::DIAG; return true;
+    case GLMMConst_850::CS: engineType = MCEngineCovType::CS; return true;
+    case GLMMConst_850::UN: engineType = MCEngineCovType::UN; return true;
+    case GLMMConst_850::AR1: engineType = MCEngineCovType::AR1; return true;
+    default: return false;
+  }
+}
+
+double GLMMDesignBuilder::Value(int r, int var) const {
+  const MCXML_850::IMCVariable* pVar = fpVarList->GetVarAt(var);
+  if (pVar == nullptr || pVar->GetRecordIndex() < 0) return kNaN;
+  const double v = fvRecords[U(r) * U(fRecordLength) + U(pVar->GetRecordIndex())];
+  if (MCCommon_850::MCMV::IsMissing(v) || !std::isfinite(v)) return kNaN;
+  return v;
+}
+
+int GLMMDesignBuilder::NCategories(int var) const {
+  const int n = fpSettings->GetFactorNCategoriesOf(var);
+  if (n > 0) return n;
+  const MCXML_850::IMCVariable* pVar = fpVarList->GetVarAt(var);
+  return pVar == nullptr ? 0 : pVar->GetNCategories();
+}
+
+int GLMMDesignBuilder::Code(int r, int var) const {
+  const double v = Value(r, var);
+  if (std::isnan(v) || v < 0.0 || v != std::floor(v) || v >= static_cast<double>(NCategories(var))) return -1;
+  return static_cast<int>(v);
+}
+
+std::vector<int> GLMMDesignBuilder::Subjects(const std::vector<int>& vars) const {
+  std::vector<int> subjects(U(fNRecordsRead), -1);
+  std::map<std::vector<double>, int> ids;
+  std::vector<double> key(vars.size());
+  for (int r = 0; r < fNRecordsRead; ++r) {
+    bool ok = true;
+    for (std::size_t i = 0; i < vars.size(); ++i) {
+      key[i] = Value(r, vars[i]);
+      if (std::isnan(key[i])) ok = false;
+    }
+    if (!ok) continue;
+    auto it = ids.emplace(key, static_cast<int>(ids.size())).first;
+    subjects[U(r)] = it->second;
+  }
+  return subjects;
+}
+
+int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectIndex, std::vector<double>& values,
+                                     std::vector<MCRegrParameter>& params) const {
+  const int n = fNRecordsRead;
+  if (effect.IsIntercept()) {
+    values.insert(values.end(), U(n), 1.0);
+    params.emplace_back();
+    return 1;
+  }
+  MCRegrParameter proto;
+  proto.SetupFromEffect(effect, effectIndex);
+  // The parameter keeps the factors by nesting level: the outermost varies slowest.
+  const std::vector<int> factors = proto.GetFactors();
+  std::vector<int> sizes;
+  int nCols = 1;
+  for (int f : factors) {
+    sizes.push_back(std::max(NCategories(f), 0));
+    nCols *= sizes.back();
+  }
+  const std::vector<int> covariates = effect.GetCovariates();
+  const std::vector<int>& mult = effect.GetCovMultiplicities();
+
+  const std::size_t first = values.size();
+  values.resize(first + U(n) * U(nCols), 0.0);
+  for (int c = 0; c < nCols; ++c) {
+    MCRegrParameter param = proto;
+    int rest = c;
+    for (int i = static_cast<int>(factors.size()) - 1; i >= 0; --i) {
+      param.GetCategories()[U(i)] = rest % sizes[U(i)];
+      rest /= sizes[U(i)];
+    }
+    params.push_back(param);
+  }
+  for (int r = 0; r < n; ++r) {
+    int col = 0;
+    bool ok = true;
+    for (std::size_t i = 0; i < factors.size(); ++i) {
+      const int code = Code(r, factors[i]);
+      if (code < 0) {
+        ok = false;
+        break;
+      }
+      col = col * sizes[i] + code;
+    }
+    if (!ok || nCols == 0) continue;
+    double v = 1.0;
+    for (std::size_t i = 0; i < covariates.size(); ++i) {
+      const int m = i < mult.size() ? std::max(mult[i], 1) : 1;
+      v *= std::pow(Value(r, covariates[i]), m);
+    }
+    values[first + U(r) * U(nCols) + U(col)] = v;
+  }
+  return nCols;
+}
+
+MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
+  const GLMMSettings& s = *fpSettings;
+  fvRecords.clear();
+  fNRecordsRead = 0;
+  fvBetaParameters.clear();
+  fvvGammaParameters.clear();
+  fInput = MCEngine_850::MCEngineInput();
+
+  // Structures first, so an unavailable one costs no pass over the data.
+  MCEngineCovType residualType = MCEngineCovType::ID;
+  const GLMMRandomSpec& repeated = s.GetRepeated();
+  const bool hasRepeatedEffect = repeated.GetNEffects() > 0;
+  if (hasRepeatedEffect || !repeated.GetSubjectVars().empty()) {
+    if (!MapCovType(repeated.GetCovarianceType(), residualType)) {
+      return MCStatus(MCCommon_850::MC_BUILD_MODEL, MCCommon_850::STATUS_ERROR);
+    }
+  }
+  // Without a repeated index every residual has the same role: one variance.
+  if (!hasRepeatedEffect) residualType = MCEngineCovType::ID;
+  std::vector<MCEngineCovType> blockTypes;
+  for (const GLMMRandomSpec& spec : s.GetRandomSpecs()) {
+    MCEngineCovType type = MCEngineCovType::VC;
+    if (!MapCovType(spec.GetCovarianceType(), type)) {
+      return MCStatus(MCCommon_850::MC_BUILD_MODEL, MCCommon_850::STATUS_ERROR);
+    }
+    blockTypes.push_back(type);
+  }
+
+  if (pRecords != nullptr) {
+    pRecords->Rewind();
+    for (; pRecords->HasRecord(); pRecords->Next()) {
+      const double* record = pRecords->Current();
+      if (record == nullptr) continue;
+      fvRecords.insert(fvRecords.end(), record, record + fRecordLength);
+      ++fNRecordsRead;
+    }
+  }
+  const int n = fNRecordsRead;
+
+  // Every variable the model reads must be valid in a usable record.
+  std::vector<int> factorVars, covariateVars;
+  for (const MCModelEffect& effect : s.GetModelEffects()) CollectEffectVars(effect, factorVars, covariateVars);
+  for (const GLMMRandomSpec& spec : s.GetRandomSpecs()) {
+    for (const MCModelEffect& effect : spec.GetEffects()) CollectEffectVars(effect, factorVars, covariateVars);
+    covariateVars.insert(covariateVars.end(), spec.GetSubjectVars().begin(), spec.GetSubjectVars().end());
+  }
+  // Repeated-measures variables need a value only; one without categories
+  // is placed by the rank of its value.
+  std::vector<int> repeatedVars;
+  for (const MCModelEffect& effect : repeated.GetEffects()) CollectEffectVars(effect, repeatedVars, repeatedVars);
+  for (int v : repeatedVars) (NCategories(v) > 0 ? factorVars : covariateVars).push_back(v);
+  covariateVars.insert(covariateVars.end(), repeated.GetSubjectVars().begin(), repeated.GetSubjectVars().end());
+  covariateVars.push_back(s.GetDependent());
+  if (s.GetFrequencyWeightVar() >= 0) covariateVars.push_back(s.GetFrequencyWeightVar());
+  if (s.GetRegrWeightVar() >= 0) covariateVars.push_back(s.GetRegrWeightVar());
+  const bool offsetVar =
+      s.GetOffsetType() == MCMath_850::MCConst::OFFSET_VARIABLE && s.GetOffset() >= 0;
+  if (offsetVar) covariateVars.push_back(s.GetOffset());
+
+  std::vector<double> y(U(n));
+  for (int r = 0; r < n; ++r) {
+    bool ok = true;
+    for (int f : factorVars) ok = ok && Code(r, f) >= 0;
+    for (int c : covariateVars) ok = ok && !std::isnan(Value(r, c));
+    double v = ok ? Value(r, s.GetDependent()) : kNaN;
+    if (offsetVar) {
+      v -= Value(r, s.GetOffset());
+    } else if (s.GetOffsetType() == MCMath_850::MCConst::OFFSET_VALUE) {
+      v -= s.GetOffsetValue();
+    }
+    y[U(r)] = v;
+  }
+  fInput.SetY(y);
+
+  // Fixed design, term by term.
+  std::vector<std::vector<double>> termValues;
+  std::vector<int> termCols;
+  int P = 0;
+  if (s.GetInterceptUse()) {
+    termValues.emplace_back(U(n), 1.0);
+    termCols.push_back(1);
+    fvBetaParameters.emplace_back();
+    fInput.AddTerm(MCEngine_850::MCEngineTerm::Intercept(0));
+    P = 1;
+  }
+  const std::vector<MCModelEffect>& effects = s.GetModelEffects();
+  for (int e = 0; e < static_cast<int>(effects.size()); ++e) {
+    const MCModelEffect& effect = effects[U(e)];
+    if (effect.IsIntercept()) continue;
+    std::vector<double> values;
+    const int nc = EffectColumns(effect, e, values, fvBetaParameters);
+    std::vector<int> covariates;
+    const std::vector<int> distinct = effect.GetCovariates();
+    for (std::size_t i = 0; i < distinct.size(); ++i) {
+      const int m = i < effect.GetCovMultiplicities().size() ? std::max(effect.GetCovMultiplicities()[i], 1) : 1;
+      covariates.insert(covariates.end(), U(m), distinct[i]);
+    }
+    fInput.AddTerm(MCEngine_850::MCEngineTerm(P, nc, effect.GetFactors(), covariates));
+    termValues.push_back(std::move(values));
+    termCols.push_back(nc);
+    P += nc;
+  }
+  std::vector<double> X(U(n) * U(P));
+  for (int r = 0; r < n; ++r) {
+    std::size_t offset = 0;
+    for (std::size_t t = 0; t < termValues.size(); ++t) {
+      const std::size_t nc = U(termCols[t]);
+      std::copy_n(termValues[t].begin() + static_cast<std::ptrdiff_t>(U(r) * nc), nc,
+                  X.begin() + static_cast<std::ptrdiff_t>(U(r) * U(P) + offset));
+      offset += nc;
+    }
+  }
+  fInput.SetX(P, X);
+
+  if (s.GetFrequencyWeightVar() >= 0) {
+    std::vector<double> w(U(n));
+    for (int r = 0; r < n; ++r) w[U(r)] = Value(r, s.GetFrequencyWeightVar());
+    fInput.SetFrequencyWeights(w);
+  }
+  if (s.GetRegrWeightVar() >= 0) {
+    std::vector<double> w(U(n));
+    for (int r = 0; r < n; ++r) w[U(r)] = Value(r, s.GetRegrWeightVar());
+    fInput.SetScaleWeights(w);
+  }
+
+  // Random blocks: the effects side by side, a crossing of the subject
+  // variables as one subject.
+  const std::vector<GLMMRandomSpec>& specs = s.GetRandomSpecs();
+  for (std::size_t b = 0; b < specs.size(); ++b) {
+    const GLMMRandomSpec& spec = specs[b];
+    std::vector<std::vector<double>> effValues;
+    std::vector<int> effCols;
+    std::vector<int> columnEffects;
+    std::vector<MCRegrParameter> params;
+    int q = 0;
+    for (int e = 0; e < spec.GetNEffects(); ++e) {
+      std::vector<double> values;
+      const int nc = EffectColumns(spec.GetEffects()[U(e)], e, values, params);
+      columnEffects.insert(columnEffects.end(), U(nc), e);
+      effValues.push_back(std::move(values));
+      effCols.push_back(nc);
+      q += nc;
+    }
+    std::vector<double> Z(U(n) * U(q));
+    for (int r = 0; r < n; ++r) {
+      std::size_t offset = 0;
+      for (std::size_t e = 0; e < effValues.size(); ++e) {
+        const std::size_t nc = U(effCols[e]);
+        std::copy_n(effValues[e].begin() + static_cast<std::ptrdiff_t>(U(r) * nc), nc,
+                    Z.begin() + static_cast<std::ptrdiff_t>(U(r) * U(q) + offset));
+        offset += nc;
+      }
+    }
+    MCEngine_850::MCEngineRandomBlock block;
+    block.SetCovType(blockTypes[b]);
+    block.SetDenseColumns(q, Z);
+    block.SetColumnEffects(columnEffects);
+    if (!spec.GetSubjectVars().empty()) block.SetSubjects(Subjects(spec.GetSubjectVars()));
+    fInput.AddRandomBlock(block);
+    fvvGammaParameters.push_back(std::move(params));
+  }
+
+  // Residual block: the repeated effect's cell is the record's position.
+  MCEngine_850::MCEngineResidualBlock residual;
+  residual.SetCovType(residualType);
+  if (!repeated.GetSubjectVars().empty()) residual.SetSubjects(Subjects(repeated.GetSubjectVars()));
+  if (hasRepeatedEffect) {
+    std::vector<int> positions(U(n), 0);
+    int dimension = 1;
+    for (int v : repeatedVars) {
+      int size = NCategories(v);
+      std::vector<double> levels;
+      if (size <= 0) {
+        for (int r = 0; r < n; ++r) {
+          if (!std::isnan(Value(r, v))) levels.push_back(Value(r, v));
+        }
+        std::sort(levels.begin(), levels.end());
+        levels.erase(std::unique(levels.begin(), levels.end()), levels.end());
+        size = static_cast<int>(levels.size());
+      }
+      size = std::max(size, 1);
+      dimension *= size;
+      for (int r = 0; r < n; ++r) {
+        int code = 0;
+        if (levels.empty()) {
+          code = std::max(Code(r, v), 0);
+        } else if (!std::isnan(Value(r, v))) {
+          code = static_cast<int>(std::lower_bound(levels.begin(), levels.end(), Value(r, v)) - levels.begin());
+        }
+        positions[U(r)] = positions[U(r)] * size + code;
+      }
+    }
+    residual.SetPositions(positions);
+    residual.SetDimension(dimension);
+  }
+  fInput.SetResidualBlock(residual);
+  return MCStatus();
+}
+
+}  // namespace MCGLMM_850

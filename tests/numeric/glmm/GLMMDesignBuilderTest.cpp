@@ -1,0 +1,218 @@
+#include "numeric/glmm/GLMMDesignBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "numeric/common/MCMV.h"
+#include "numeric/common/RecordIterator.h"
+#include "numeric/glmm/GLMMSettings.h"
+#include "numeric/xml/IMCVariable.h"
+#include "numeric/xml/MCVarList.h"
+
+using MCGLMM_850::GLMMDesignBuilder;
+using MCGLMM_850::GLMMRandomSpec;
+using MCGLMM_850::GLMMSettings;
+using MCMath_850::MCModelEffect;
+using MCXML_850::IMCVariable;
+using MCXML_850::MCVarList;
+using namespace MCMath_850::MCConst;
+
+namespace {
+
+class RowsIterator : public MCCommon_850::RecordIterator {
+ public:
+  explicit RowsIterator(std::vector<std::vector<double>> rows) : fvvRows(std::move(rows)) {}
+  bool HasRecord() const override { return fCurrent < fvvRows.size(); }
+  void Next() override { ++fCurrent; }
+  int GetState() const override { return 0; }
+  void Rewind() override { fCurrent = 0; }
+  const double* Current() const override { return fvvRows[fCurrent].data(); }
+
+ private:
+  std::vector<std::vector<double>> fvvRows;
+  std::size_t fCurrent = 0;
+};
+
+// y 0, factor a (2 categories) 1, covariate x 2, frequency weight w 3,
+// subject s (3 categories) 4, factor b (3 categories) 5.
+MCVarList Variables() {
+  MCVarList list;
+  const char* names[] = {"y", "a", "x", "w", "s", "b"};
+  const int nCategories[] = {0, 2, 0, 0, 3, 3};
+  for (int i = 0; i < 6; ++i) {
+    IMCVariable var(names[i], i == 0 ? ROLE_TARGET : ROLE_PREDICTOR,
+                    nCategories[i] > 0 ? MEASURE_NOMINAL : MEASURE_CONTINUOUS);
+    var.SetRecordIndex(i);
+    for (int c = 0; c < nCategories[i]; ++c) var.AddCategory(c + 1.0, std::to_string(c + 1));
+    list.AddVariable(var);
+  }
+  return list;
+}
+
+const std::vector<int> kSet = {1, 5, 2};
+
+MCModelEffect Effect(const std::vector<int>& factors, int xPower, bool nested = false) {
+  MCModelEffect effect;
+  effect.Setup(2, 1, &kSet);
+  for (std::size_t i = 0; i < factors.size(); ++i) effect.AddNewFactor(factors[i], nested && i > 0);
+  for (int k = 0; k < xPower; ++k) effect.AddCovariate(2);
+  return effect;
+}
+
+GLMMSettings Settings() {
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  settings.AddFactor(1, 2);
+  settings.AddFactor(5, 3);
+  settings.AddCovariate(2);
+  return settings;
+}
+
+const double kMissing = MCCommon_850::MCMV::Missing();
+
+RowsIterator Rows() {
+  return RowsIterator({{1.0, 0, 2.0, 1, 0, 2},
+                       {2.0, 1, 3.0, 1, 0, 0},
+                       {4.0, 1, -1.0, 2, 1, 1},
+                       {kMissing, 0, 1.0, 2, 1, 0},
+                       {3.0, 2, 1.0, 1, 2, 0},
+                       {5.0, 0, kMissing, 1, 2, 1}});
+}
+
+double X(const MCEngine_850::MCEngineInput& input, int r, int c) {
+  return input.GetX()[static_cast<std::size_t>(r) * static_cast<std::size_t>(input.GetNColumns()) +
+                      static_cast<std::size_t>(c)];
+}
+
+}  // namespace
+
+TEST(GLMMDesignBuilder, CovariatePowersAndCovariatesWithinFactors) {
+  GLMMSettings settings = Settings();
+  settings.AddModelEffect(Effect({}, 2));   // x*x
+  settings.AddModelEffect(Effect({1}, 1));  // x(a)
+  const MCVarList list = Variables();
+  GLMMDesignBuilder builder(settings, list);
+  RowsIterator rows = Rows();
+  ASSERT_TRUE(builder.Build(&rows).IsOK());
+  const MCEngine_850::MCEngineInput& input = builder.GetInput();
+  ASSERT_EQ(input.GetNRecords(), 6);
+  ASSERT_EQ(input.GetNColumns(), 4);
+  EXPECT_EQ(X(input, 0, 0), 1.0);
+  EXPECT_EQ(X(input, 0, 1), 4.0);
+  EXPECT_EQ(X(input, 2, 1), 1.0);
+  EXPECT_EQ(X(input, 0, 2), 2.0);
+  EXPECT_EQ(X(input, 0, 3), 0.0);
+  EXPECT_EQ(X(input, 1, 2), 0.0);
+  EXPECT_EQ(X(input, 1, 3), 3.0);
+  ASSERT_EQ(input.GetTerms().size(), 3u);
+  EXPECT_TRUE(input.GetTerms()[0].IsIntercept());
+  EXPECT_EQ(input.GetTerms()[1].GetCovariates(), (std::vector<int>{2, 2}));
+  EXPECT_EQ(input.GetTerms()[2].GetFactors(), (std::vector<int>{1}));
+  EXPECT_EQ(input.GetTerms()[2].GetFirstColumn(), 2);
+  EXPECT_EQ(input.GetTerms()[2].GetNColumns(), 2);
+  const auto& params = builder.GetBetaParameters();
+  ASSERT_EQ(params.size(), 4u);
+  EXPECT_TRUE(params[0].IsIntercept());
+  EXPECT_EQ(params[1].GetCovariateMult(2), 2);
+  EXPECT_EQ(params[3].GetCategories(), std::vector<int>{1});
+  EXPECT_EQ(params[3].GetEffectIndex(), 1);
+  // Unusable records: a missing target, a code outside the factor, a missing covariate.
+  EXPECT_TRUE(std::isnan(input.GetY()[3]));
+  EXPECT_TRUE(std::isnan(input.GetY()[4]));
+  EXPECT_TRUE(std::isnan(input.GetY()[5]));
+  EXPECT_EQ(input.GetY()[2], 4.0);
+}
+
+TEST(GLMMDesignBuilder, CrossingWithoutInterceptAndWeights) {
+  GLMMSettings settings = Settings();
+  settings.SetInterceptUse(false);
+  settings.SetFrequencyWeightVar(3);
+  settings.SetRegrWeightVar(3);
+  settings.AddModelEffect(Effect({1, 5}, 0));
+  const MCVarList list = Variables();
+  GLMMDesignBuilder builder(settings, list);
+  RowsIterator rows = Rows();
+  ASSERT_TRUE(builder.Build(&rows).IsOK());
+  const MCEngine_850::MCEngineInput& input = builder.GetInput();
+  ASSERT_EQ(input.GetNColumns(), 6);
+  // a varies slowest: record 0 has a=0, b=2 -> column 2; record 1 a=1, b=0 -> column 3.
+  EXPECT_EQ(X(input, 0, 2), 1.0);
+  EXPECT_EQ(X(input, 1, 3), 1.0);
+  double sum = 0.0;
+  for (int c = 0; c < 6; ++c) sum += X(input, 0, c);
+  EXPECT_EQ(sum, 1.0);
+  EXPECT_EQ(input.GetTerms().size(), 1u);
+  EXPECT_EQ(input.GetFrequencyWeights(), (std::vector<double>{1, 1, 2, 2, 1, 1}));
+  EXPECT_EQ(input.GetScaleWeights(), (std::vector<double>{1, 1, 2, 2, 1, 1}));
+  EXPECT_EQ(builder.GetBetaParameters()[5].GetCategories(), (std::vector<int>{1, 2}));
+}
+
+TEST(GLMMDesignBuilder, RandomAndResidualBlocks) {
+  GLMMSettings settings = Settings();
+  GLMMRandomSpec block;
+  block.AddEffect(MCModelEffect());
+  block.AddEffect(Effect({}, 1));
+  block.AddSubjectVar(4);
+  block.AddSubjectVar(1);
+  block.SetCovarianceType(GLMMConst_850::UN);
+  settings.AddRandomSpec(block);
+  GLMMRandomSpec repeated;
+  repeated.Reset(true);
+  const std::vector<int> repeatedSet = {5};
+  MCModelEffect position;
+  position.Setup(1, 0, &repeatedSet);
+  position.AddNewFactor(5, false);
+  repeated.AddEffect(position);
+  repeated.AddSubjectVar(4);
+  repeated.SetCovarianceType(GLMMConst_850::AR1);
+  settings.SetRepeated(repeated);
+  const MCVarList list = Variables();
+  GLMMDesignBuilder builder(settings, list);
+  RowsIterator rows = Rows();
+  ASSERT_TRUE(builder.Build(&rows).IsOK());
+  const MCEngine_850::MCEngineInput& input = builder.GetInput();
+  ASSERT_EQ(input.GetRandomBlocks().size(), 1u);
+  const MCEngine_850::MCEngineRandomBlock& rb = input.GetRandomBlocks()[0];
+  EXPECT_EQ(rb.GetCovType(), MCEngine_850::MCEngineCovType::UN);
+  EXPECT_EQ(rb.GetNColumns(), 2);
+  EXPECT_EQ(rb.GetColumnEffects(), (std::vector<int>{0, 1}));
+  // The crossing s*a is one subject: records 0 (0,0), 1 (0,1), 2 (1,1), 3 (1,0), 4 (2,2), 5 (2,0).
+  const std::vector<int>& subjects = rb.GetSubjects();
+  ASSERT_EQ(subjects.size(), 6u);
+  EXPECT_NE(subjects[0], subjects[1]);
+  EXPECT_NE(subjects[2], subjects[3]);
+  EXPECT_NE(subjects[0], subjects[5]);
+  const MCEngine_850::MCEngineResidualBlock& res = input.GetResidualBlock();
+  EXPECT_EQ(res.GetCovType(), MCEngine_850::MCEngineCovType::AR1);
+  EXPECT_EQ(res.GetPositions(), (std::vector<int>{2, 0, 1, 0, 0, 1}));
+  EXPECT_EQ(res.GetDimension(), 3);
+  EXPECT_EQ(res.GetSubjects()[0], res.GetSubjects()[1]);
+  EXPECT_NE(res.GetSubjects()[1], res.GetSubjects()[2]);
+  ASSERT_EQ(builder.GetGammaParameters().size(), 1u);
+  EXPECT_EQ(builder.GetGammaParameters()[0].size(), 2u);
+}
+
+TEST(GLMMDesignBuilder, CovarianceTypes) {
+  MCEngine_850::MCEngineCovType type = MCEngine_850::MCEngineCovType::ID;
+  EXPECT_TRUE(GLMMDesignBuilder::MapCovType(GLMMConst_850::CS, type));
+  EXPECT_EQ(type, MCEngine_850::MCEngineCovType::CS);
+  EXPECT_TRUE(GLMMDesignBuilder::MapCovType(GLMMConst_850::DIAG, type));
+  EXPECT_EQ(type, MCEngine_850::MCEngineCovType::DIAG);
+  EXPECT_FALSE(GLMMDesignBuilder::MapCovType(GLMMConst_850::ARH1, type));
+  EXPECT_FALSE(GLMMDesignBuilder::MapCovType(GLMMConst_850::SP_POW, type));
+
+  GLMMSettings settings = Settings();
+  GLMMRandomSpec repeated;
+  repeated.Reset(true);
+  repeated.AddSubjectVar(4);
+  repeated.SetCovarianceType(GLMMConst_850::TP);
+  settings.SetRepeated(repeated);
+  const MCVarList list = Variables();
+  GLMMDesignBuilder builder(settings, list);
+  RowsIterator rows = Rows();
+  const MCCommon_850::MCStatus status = builder.Build(&rows);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_EQ(status.GetErrorCode(), 130018);
+}
