@@ -25,7 +25,7 @@ std::string AppHelp::Text() {
          "    /ESTIMATION [METHOD=REML|ML] [CONFIDENCE=95] [ITERATIONS=100] [HALVING=5]\n"
          "              [SCORING=1] [SINGULAR=1E-12]\n"
          "              [CONVERGENCE=PARAMETERS(1E-6 [RELATIVE|ABSOLUTE])\n"
-         "                           LOGLIKELIHOOD(0 [kind]) HESSIAN(0 [kind])]\n"
+         "                           LOGLIKELIHOOD(0 [ABSOLUTE]) HESSIAN(0 [ABSOLUTE])]\n"
          "    /MISSING USERMISSING=EXCLUDE|INCLUDE\n"
          "    /TESTS TYPE=3|1\n"
          "    /DISPLAY ESTIMATES ESTIMATECOVARIANCES ESTIMATECORRELATIONS CASES\n"

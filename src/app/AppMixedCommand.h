@@ -97,10 +97,10 @@ struct AppMixedCommand {
   double fParameterConvergence = 1e-6;
   double fLogLikelihoodConvergence = 0.0;
   double fHessianConvergence = 0.0;
-  // 0 not given (relative), 1 relative, 2 absolute.
-  int fParameterKind = 0;
-  int fLogLikelihoodKind = 0;
-  int fHessianKind = 0;
+  // 1 relative, 2 absolute.
+  int fParameterKind = 1;
+  int fLogLikelihoodKind = 2;
+  int fHessianKind = 2;
 
   bool fbIncludeUserMissing = false;
   int fTestType = 3;  // 1 or 3

@@ -13,7 +13,7 @@ struct AppMixedLayout {
     TARGET = 104,                  // dictionary position
     CRITERIA_FORMAT = 128,         // packed format word
     ESTIMATES_FORMAT = 136,        // packed format word
-    HESSIAN_KIND = 144,            // 0 not given, 1 relative, 2 absolute
+    HESSIAN_KIND = 144,            // 1 relative, 2 absolute
     HISTORY_STEP = 232,
     SCORING = 240,
     LOGLIKELIHOOD_KIND = 272,

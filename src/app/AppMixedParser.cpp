@@ -575,7 +575,8 @@ void AppMixedParser::ParseEstimation(AppCommandReader& reader) {
         const AppToken& v = reader.Peek();
         double value = reader.ExpectNumber("a criterion of 0 or more");
         if (!(value >= 0.0)) reader.Fail(v, "a criterion of 0 or more");
-        int kind = 0;
+        // Parameters change relatively by default, the others absolutely.
+        int kind = which == 0 ? 1 : 2;
         if (!reader.IsSymbol(')')) kind = 1 + ReadChoice(reader, {"RELATIVE", "ABSOLUTE"}, "RELATIVE, ABSOLUTE or ')'");
         reader.ExpectSymbol(')', "')'");
         if (which == 0) {

@@ -2,8 +2,12 @@
 
 #include <filesystem>
 
+#include <sstream>
+
+#include "app/AppProcedureHook.h"
 #include "app/AppSession.h"
 #include "host/data/ZORV_Dataset.h"
+#include "specs/MIXValidSpecs.h"
 
 namespace fs = std::filesystem;
 
@@ -39,4 +43,50 @@ TEST(AppExamples, ExampleDataHaveDictionaries) {
     fs::path dictionary = fs::path(GLMIX_SOURCE_DIR) / "examples" / "data" / (std::string(name) + ".dictionary.json");
     EXPECT_TRUE(fs::is_regular_file(dictionary)) << dictionary;
   }
+}
+
+namespace {
+
+struct ReadBack {
+  int fCommands = 0;
+  int fRead = 0;
+  std::string fDisplay;
+};
+ReadBack gReadBack;
+
+// Reads the published command into the procedure's specification record.
+void ReadSpecification(void* command, BpProcedure&, ProcedureDataSource& data) {
+  ++gReadBack.fCommands;
+  MIXValidSpecs specs(command, data);
+  if (specs.SetMixedSpecs()) ++gReadBack.fRead;
+  specs.CompleteSpecs();
+  std::ostringstream text;
+  specs.Display(text);
+  gReadBack.fDisplay = text.str();
+}
+
+}  // namespace
+
+// The procedure's own reader takes every example command as it is laid out.
+TEST(AppExamples, TheSpecificationRecordReadsEveryExample) {
+  struct Hook {
+    Hook() { AppProcedureHook::Set(ReadSpecification); }
+    ~Hook() { AppProcedureHook::Set(nullptr); }
+  } hook;
+  const fs::path output = fs::temp_directory_path() / "glmixfit-examples-test";
+  for (const char* name : {"sleepstudy", "orthodont", "oats", "machines", "pastes", "penicillin", "dyestuff",
+                           "bodyweight"}) {
+    gReadBack = ReadBack();
+    AppOptions options;
+    options.fOutputDir = output.string();
+    AppSession session(options);
+    ASSERT_TRUE(session.RunFile((fs::path(GLMIX_SOURCE_DIR) / "examples" / (std::string(name) + ".gmx")).string()));
+    EXPECT_EQ(session.ExitStatus(), 0) << name;
+    EXPECT_EQ(gReadBack.fCommands, 1) << name;
+    EXPECT_EQ(gReadBack.fRead, 1) << name;
+    EXPECT_NE(gReadBack.fDisplay.find("MIXValidSpecs display start"), std::string::npos) << name;
+    EXPECT_NE(gReadBack.fDisplay.find((output / "model-1.xml").lexically_normal().string()), std::string::npos)
+        << name;
+  }
+  fs::remove_all(output);
 }

@@ -58,14 +58,15 @@ TEST(AppMixedMemory, ACommandWithoutSettingsCarriesTheDefaults) {
   EXPECT_EQ(N(memory, 104), 1);
   EXPECT_EQ(N(memory, 128), Packed(5, 40, 3));
   EXPECT_EQ(N(memory, 136), Packed(5, 40, 4));
-  EXPECT_EQ(N(memory, 144), 0);
+  EXPECT_EQ(N(memory, 144), 2);
   EXPECT_EQ(N(memory, 232), 1);
   EXPECT_EQ(N(memory, 240), 1);
-  EXPECT_EQ(N(memory, 272), 0);
+  EXPECT_EQ(N(memory, 272), 2);
   EXPECT_EQ(N(memory, 312), 2);
   EXPECT_EQ(N(memory, 336), 100);
   EXPECT_EQ(N(memory, 344), 5);
-  for (int offset : {360, 376, 384, 392, 480, 504, 512, 520, 528, 544, 552, 584, 1536, 1560}) {
+  EXPECT_EQ(N(memory, 584), 1);
+  for (int offset : {360, 376, 384, 392, 480, 504, 512, 520, 528, 544, 552, 1536, 1560}) {
     EXPECT_EQ(N(memory, offset), 0) << offset;
   }
   EXPECT_EQ(N(memory, 368), 1);  // the intercept's row, of no words
@@ -128,14 +129,15 @@ TEST(AppMixedMemory, EachDisplayItemSetsItsOwnSlot) {
   }
 }
 
-TEST(AppMixedMemory, ConvergenceKindsAreLeftOpenUnlessGiven) {
+TEST(AppMixedMemory, ConvergenceKindsHaveDefaults) {
   ParserMemory memory;
-  Lay("GLMIXFIT y /ESTIMATION CONVERGENCE=LOGLIKELIHOOD(0.5) PARAMETERS(0)", memory);
+  Lay("GLMIXFIT y /ESTIMATION CONVERGENCE=LOGLIKELIHOOD(0.5) PARAMETERS(0) HESSIAN(1 RELATIVE)", memory);
   EXPECT_EQ(R(memory, 16), 0.5);
-  EXPECT_EQ(N(memory, 272), 0);
+  EXPECT_EQ(N(memory, 272), 2);
   EXPECT_EQ(R(memory, 64), 0.0);
-  EXPECT_EQ(N(memory, 584), 0);
-  EXPECT_EQ(N(memory, 144), 0);
+  EXPECT_EQ(N(memory, 584), 1);
+  EXPECT_EQ(R(memory, 8), 1.0);
+  EXPECT_EQ(N(memory, 144), 1);
 }
 
 TEST(AppMixedMemory, TermsAreRowsOfLevelsAndPowers) {

@@ -6,17 +6,13 @@
 ACAInpAdaptMsg::ACAInpAdaptMsg(ProcedureDataSource& dataSource) : fpDataSource(&dataSource) {}
 
 void ACAInpAdaptMsg::NoValidCases() const {
-  BpError(BpString("There are no valid cases for this analysis.", false), BpErrorShowOutput, BpErrorLevelError);
+  BpError(BpString("No valid cases", true), BpErrorShowOutput, BpErrorLevelError);
 }
 
 void ACAInpAdaptMsg::NoValidCasesSplit() const {
-  BpError(BpString("There are no valid cases in this split file group. The analysis of the group is skipped.",
-                   false),
-          BpErrorShowOutput, BpErrorLevelWarning);
+  BpError(BpString("No valid cases in split", true), BpErrorShowOutput, BpErrorLevelWarning);
 }
 
 void ACAInpAdaptMsg::NoValidCasesForSelect() const {
-  BpError(BpString("The current selection of the active dataset has no variables, so no cases can be analyzed.",
-                   false),
-          BpErrorShowOutput, BpErrorLevelWarning);
+  BpError(BpString("No variables selected", true), BpErrorShowOutput, BpErrorLevelWarning);
 }

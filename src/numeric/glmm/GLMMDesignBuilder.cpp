@@ -85,17 +85,21 @@ std::vector<int> GLMMDesignBuilder::Subjects(const std::vector<int>& vars) const
       if (std::isnan(key[i])) ok = false;
     }
     if (!ok) continue;
-    auto it = ids.emplace(key, static_cast<int>(ids.size())).first;
+    auto it = ids.find(key);
+    if (it == ids.end()) it = ids.emplace(key, static_cast<int>(ids.size())).first;
     subjects[U(r)] = it->second;
   }
   return subjects;
 }
 
-int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectIndex, std::vector<double>& values,
-                                     std::vector<MCRegrParameter>& params) const {
+int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectIndex, std::vector<int>& cols,
+                                     std::vector<double>& vals, std::vector<MCRegrParameter>& params) const {
   const int n = fNRecordsRead;
+  cols.assign(U(n), -1);
+  vals.assign(U(n), 0.0);
   if (effect.IsIntercept()) {
-    values.insert(values.end(), U(n), 1.0);
+    cols.assign(U(n), 0);
+    vals.assign(U(n), 1.0);
     params.emplace_back();
     return 1;
   }
@@ -112,8 +116,6 @@ int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectInde
   const std::vector<int> covariates = effect.GetCovariates();
   const std::vector<int>& mult = effect.GetCovMultiplicities();
 
-  const std::size_t first = values.size();
-  values.resize(first + U(n) * U(nCols), 0.0);
   for (int c = 0; c < nCols; ++c) {
     MCRegrParameter param = proto;
     int rest = c;
@@ -123,7 +125,7 @@ int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectInde
     }
     params.push_back(param);
   }
-  for (int r = 0; r < n; ++r) {
+  for (int r = 0; r < n && nCols > 0; ++r) {
     int col = 0;
     bool ok = true;
     for (std::size_t i = 0; i < factors.size(); ++i) {
@@ -134,13 +136,14 @@ int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectInde
       }
       col = col * sizes[i] + code;
     }
-    if (!ok || nCols == 0) continue;
+    if (!ok) continue;
     double v = 1.0;
     for (std::size_t i = 0; i < covariates.size(); ++i) {
       const int m = i < mult.size() ? std::max(mult[i], 1) : 1;
       v *= std::pow(Value(r, covariates[i]), m);
     }
-    values[first + U(r) * U(nCols) + U(col)] = v;
+    cols[U(r)] = col;
+    vals[U(r)] = v;
   }
   return nCols;
 }
@@ -162,8 +165,11 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
       return MCStatus(MCCommon_850::MC_BUILD_MODEL, MCCommon_850::STATUS_ERROR);
     }
   }
-  // Without a repeated index every residual has the same role: one variance.
-  if (!hasRepeatedEffect) residualType = MCEngineCovType::ID;
+  // Without a repeated index no record has a position of its own, so a
+  // variance per position means one variance.
+  if (!hasRepeatedEffect && (residualType == MCEngineCovType::DIAG || residualType == MCEngineCovType::VC)) {
+    residualType = MCEngineCovType::ID;
+  }
   std::vector<MCEngineCovType> blockTypes;
   for (const GLMMRandomSpec& spec : s.GetRandomSpecs()) {
     MCEngineCovType type = MCEngineCovType::VC;
@@ -220,22 +226,24 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   fInput.SetY(y);
 
   // Fixed design, term by term.
-  std::vector<std::vector<double>> termValues;
-  std::vector<int> termCols;
+  std::vector<std::vector<int>> termCol;
+  std::vector<std::vector<double>> termVal;
   int P = 0;
   if (s.GetInterceptUse()) {
-    termValues.emplace_back(U(n), 1.0);
-    termCols.push_back(1);
+    termCol.emplace_back(U(n), 0);
+    termVal.emplace_back(U(n), 1.0);
     fvBetaParameters.emplace_back();
     fInput.AddTerm(MCEngine_850::MCEngineTerm::Intercept(0));
     P = 1;
   }
+  std::vector<int> termFirst(termCol.size(), 0);
   const std::vector<MCModelEffect>& effects = s.GetModelEffects();
   for (int e = 0; e < static_cast<int>(effects.size()); ++e) {
     const MCModelEffect& effect = effects[U(e)];
     if (effect.IsIntercept()) continue;
-    std::vector<double> values;
-    const int nc = EffectColumns(effect, e, values, fvBetaParameters);
+    std::vector<int> cols;
+    std::vector<double> vals;
+    const int nc = EffectColumns(effect, e, cols, vals, fvBetaParameters);
     std::vector<int> covariates;
     const std::vector<int> distinct = effect.GetCovariates();
     for (std::size_t i = 0; i < distinct.size(); ++i) {
@@ -243,18 +251,16 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
       covariates.insert(covariates.end(), U(m), distinct[i]);
     }
     fInput.AddTerm(MCEngine_850::MCEngineTerm(P, nc, effect.GetFactors(), covariates));
-    termValues.push_back(std::move(values));
-    termCols.push_back(nc);
+    termCol.push_back(std::move(cols));
+    termVal.push_back(std::move(vals));
+    termFirst.push_back(P);
     P += nc;
   }
-  std::vector<double> X(U(n) * U(P));
-  for (int r = 0; r < n; ++r) {
-    std::size_t offset = 0;
-    for (std::size_t t = 0; t < termValues.size(); ++t) {
-      const std::size_t nc = U(termCols[t]);
-      std::copy_n(termValues[t].begin() + static_cast<std::ptrdiff_t>(U(r) * nc), nc,
-                  X.begin() + static_cast<std::ptrdiff_t>(U(r) * U(P) + offset));
-      offset += nc;
+  std::vector<double> X(U(n) * U(P), 0.0);
+  for (std::size_t t = 0; t < termCol.size(); ++t) {
+    for (int r = 0; r < n; ++r) {
+      const int c = termCol[t][U(r)];
+      if (c >= 0) X[U(r) * U(P) + U(termFirst[t] + c)] = termVal[t][U(r)];
     }
   }
   fInput.SetX(P, X);
@@ -275,32 +281,38 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   const std::vector<GLMMRandomSpec>& specs = s.GetRandomSpecs();
   for (std::size_t b = 0; b < specs.size(); ++b) {
     const GLMMRandomSpec& spec = specs[b];
-    std::vector<std::vector<double>> effValues;
-    std::vector<int> effCols;
+    // Sparse rows: each effect puts at most one entry in a record's row.
+    std::vector<std::vector<int>> effCol;
+    std::vector<std::vector<double>> effVal;
+    std::vector<int> effFirst;
     std::vector<int> columnEffects;
     std::vector<MCRegrParameter> params;
     int q = 0;
     for (int e = 0; e < spec.GetNEffects(); ++e) {
-      std::vector<double> values;
-      const int nc = EffectColumns(spec.GetEffects()[U(e)], e, values, params);
+      std::vector<int> cols;
+      std::vector<double> vals;
+      const int nc = EffectColumns(spec.GetEffects()[U(e)], e, cols, vals, params);
       columnEffects.insert(columnEffects.end(), U(nc), e);
-      effValues.push_back(std::move(values));
-      effCols.push_back(nc);
+      effCol.push_back(std::move(cols));
+      effVal.push_back(std::move(vals));
+      effFirst.push_back(q);
       q += nc;
     }
-    std::vector<double> Z(U(n) * U(q));
+    std::vector<int> rowStart(1, 0);
+    std::vector<int> colIndex;
+    std::vector<double> values;
     for (int r = 0; r < n; ++r) {
-      std::size_t offset = 0;
-      for (std::size_t e = 0; e < effValues.size(); ++e) {
-        const std::size_t nc = U(effCols[e]);
-        std::copy_n(effValues[e].begin() + static_cast<std::ptrdiff_t>(U(r) * nc), nc,
-                    Z.begin() + static_cast<std::ptrdiff_t>(U(r) * U(q) + offset));
-        offset += nc;
+      for (std::size_t e = 0; e < effCol.size(); ++e) {
+        const int c = effCol[e][U(r)];
+        if (c < 0 || effVal[e][U(r)] == 0.0) continue;
+        colIndex.push_back(effFirst[e] + c);
+        values.push_back(effVal[e][U(r)]);
       }
+      rowStart.push_back(static_cast<int>(colIndex.size()));
     }
     MCEngine_850::MCEngineRandomBlock block;
     block.SetCovType(blockTypes[b]);
-    block.SetDenseColumns(q, Z);
+    block.SetColumns(q, rowStart, colIndex, values);
     block.SetColumnEffects(columnEffects);
     if (!spec.GetSubjectVars().empty()) block.SetSubjects(Subjects(spec.GetSubjectVars()));
     fInput.AddRandomBlock(block);

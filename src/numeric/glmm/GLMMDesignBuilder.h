@@ -53,11 +53,11 @@ class GLMMDesignBuilder {
   static bool MapCovType(GLMMConst_850::CovarType type, MCEngine_850::MCEngineCovType& engineType);
 
  private:
-  // Columns of one effect for every record (row-major), appended to
-  // values; their parameters are appended to params. Returns the number of
-  // columns.
-  int EffectColumns(const MCMath_850::MCModelEffect& effect, int effectIndex, std::vector<double>& values,
-                    std::vector<MCMath_850::MCRegrParameter>& params) const;
+  // Columns of one effect: a record has at most one non-zero among them, at
+  // column cols[r] (-1 for none) with value vals[r]. Their parameters are
+  // appended to params. Returns the number of columns.
+  int EffectColumns(const MCMath_850::MCModelEffect& effect, int effectIndex, std::vector<int>& cols,
+                    std::vector<double>& vals, std::vector<MCMath_850::MCRegrParameter>& params) const;
   // The value of a variable (a list position) in record r; NaN when missing.
   double Value(int r, int var) const;
   // The category code of a factor in record r; -1 when missing or out of range.

@@ -186,7 +186,7 @@ void FitSleepstudy(const std::string& fixture, GLMMConst_850::ThetaEstType metho
 }
 
 void FitOrthodontResidual(const std::string& fixture, GLMMConst_850::CovarType type,
-                          GLMMConst_850::ThetaEstType method) {
+                          GLMMConst_850::ThetaEstType method, bool withPositions = true) {
   SCOPED_TRACE(fixture);
   // distance 0, age 1, Subject 2, Sex 3.
   GLMMTestRecords records;
@@ -208,7 +208,7 @@ void FitOrthodontResidual(const std::string& fixture, GLMMConst_850::CovarType t
   position.Setup(1, 0, &repeatedSet);
   position.AddNewFactor(1, false);
   position.SetVarsIndicesForTheEffectInSetting(repeatedSet);
-  repeated.AddEffect(position);
+  if (withPositions) repeated.AddEffect(position);
   repeated.AddSubjectVar(2);
   repeated.SetCovarianceType(type);
   settings.SetRepeated(repeated);
@@ -342,6 +342,10 @@ TEST(GLMMAlgorithmFit, OrthodontResidualCompoundSymmetry) {
   FitOrthodontResidual("orthodont_cs", GLMMConst_850::CS, GLMMConst_850::REML);
 }
 
+TEST(GLMMAlgorithmFit, OrthodontResidualCompoundSymmetryWithoutRepeatedIndex) {
+  FitOrthodontResidual("orthodont_cs", GLMMConst_850::CS, GLMMConst_850::REML, false);
+}
+
 TEST(GLMMAlgorithmFit, OrthodontResidualCompoundSymmetryML) {
   FitOrthodontResidual("orthodont_cs_ml", GLMMConst_850::CS, GLMMConst_850::ML);
 }
@@ -413,6 +417,45 @@ TEST(GLMMAlgorithmFit, IterationLimitIsAWarningWithResults) {
   ASSERT_NE(algorithm.GetOutputStats(), nullptr);
   EXPECT_EQ(algorithm.GetOutputStats()->GetBuildModelWarnings().back().GetErrorCode(), 230036);
   EXPECT_EQ(algorithm.GetOutputStats()->GetBetaParamStats().size(), 2u);
+}
+
+TEST(GLMMAlgorithmFit, MachinesFixedFactorWithRandomInteraction) {
+  // score 0, Worker 1, Machine 2.
+  GLMMTestRecords records;
+  ASSERT_TRUE(records.Load(DataPath("machines.csv"), {"score", "Worker", "Machine"}, {"Worker", "Machine"}));
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  AddFactors(settings, records, {1, 2});
+  const std::vector<int> set = {1, 2};
+  settings.AddModelEffect(Effect(set, 2, {2}, {}, {2}));
+  settings.AddRandomSpec(
+      Block({Effect(set, 2, {1}, {}, {1}), Effect(set, 2, {1, 2}, {}, {1, 2})}, {}, GLMMConst_850::VC, 0));
+  Fit(settings, records, "machines", {"Machine"}, {{2}});
+}
+
+TEST(GLMMAlgorithmFit, BodyweightResidualAutoregressive) {
+  // weight 0, Time 1, Rat 2, Diet 3.
+  GLMMTestRecords records;
+  ASSERT_TRUE(records.Load(DataPath("bodyweight.csv"), {"weight", "Time", "Rat", "Diet"}, {"Rat", "Diet"}));
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  AddFactors(settings, records, {3});
+  settings.AddCovariate(1);
+  const std::vector<int> set = {3, 1};
+  settings.AddModelEffect(Effect(set, 1, {3}, {}, {3}));
+  settings.AddModelEffect(Effect(set, 1, {}, {1}, {1}));
+  settings.AddModelEffect(Effect(set, 1, {3}, {1}, {3, 1}));
+  GLMMRandomSpec repeated;
+  repeated.Reset(true);
+  const std::vector<int> repeatedSet = {1};
+  MCModelEffect position;
+  position.Setup(1, 0, &repeatedSet);
+  position.AddNewFactor(1, false);
+  repeated.AddEffect(position);
+  repeated.AddSubjectVar(2);
+  repeated.SetCovarianceType(GLMMConst_850::AR1);
+  settings.SetRepeated(repeated);
+  Fit(settings, records, "bodyweight_ar1", {"Diet", "Time", "Diet*Time"}, {{3}, {1}, {3, 1}});
 }
 
 TEST(GLMMAlgorithmFit, StructureNotAvailable) {
