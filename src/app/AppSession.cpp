@@ -118,6 +118,9 @@ void AppSession::RunText(const std::string& text, const std::string& origin, con
 
 void AppSession::RunCommand(const AppCommandText& command, const std::string& origin, const std::string& baseDir) {
   ZORV_Session::Current().BeginCommand();
+  // Files that the host opens for the command (ExtNameStr) are found where
+  // the names the parser resolved are.
+  ZORV_Session::Current().SetCommandDir(baseDir);
   std::string title = Title(command.fName);
   OmHeading& heading = fDocument.fRoot.AddHeading(title);
   BpProcedure procedure(heading, title, command.fName == "GLMIXFIT" ? "Mixed" : "Global");

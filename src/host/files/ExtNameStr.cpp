@@ -25,7 +25,7 @@ std::string ExtNameStr::GetPath() const {
   std::filesystem::path path(fGeneric);
   const std::string& base = ZORV_Session::Current().GetCommandDir();
   if (path.is_absolute() || base.empty()) return fGeneric;
-  return (std::filesystem::path(base) / path).string();
+  return (std::filesystem::path(base) / path).lexically_normal().string();
 }
 
 bool ExtNameStr::Open(std::ofstream& stream, std::ios_base::openmode mode) const {
