@@ -56,3 +56,27 @@ OmMessage& OmHeading::AddMessage(OmMessage::Level level, const std::string& text
 OmFrontEndText& OmHeading::AddText() { return Append(fvItems, OmItem::TEXT, &OmItem::fpText); }
 
 OmChart& OmHeading::AddChart() { return Append(fvItems, OmItem::CHART, &OmItem::fpChart); }
+
+const char* OmMessage::LevelWord(Level level) {
+  switch (level) {
+    case NOTE:
+      return "Note";
+    case ERROR:
+      return "Error";
+    case WARNING:
+      break;
+  }
+  return "Warning";
+}
+
+const char* OmMessage::LevelName(Level level) {
+  switch (level) {
+    case NOTE:
+      return "note";
+    case ERROR:
+      return "error";
+    case WARNING:
+      break;
+  }
+  return "warning";
+}

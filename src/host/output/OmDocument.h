@@ -68,6 +68,11 @@ struct OmMessage {
   enum Level { NOTE = 1, WARNING = 2, ERROR = 3 };
   Level fLevel = WARNING;
   std::string fText;
+
+  // "Note", "Warning" or "Error": the word a reader sees before the text.
+  static const char* LevelWord(Level level);
+  // The same in lower case, for style classes and JSON.
+  static const char* LevelName(Level level);
 };
 
 // Text sent to the front end line by line; a line may be continued.

@@ -55,30 +55,6 @@ figure.chart figcaption { font-weight: bold; margin-bottom: 0.4em; }
 }
 )";
 
-const char* LevelClass(OmMessage::Level level) {
-  switch (level) {
-    case OmMessage::NOTE:
-      return "note";
-    case OmMessage::ERROR:
-      return "error";
-    case OmMessage::WARNING:
-      break;
-  }
-  return "warning";
-}
-
-const char* LevelWord(OmMessage::Level level) {
-  switch (level) {
-    case OmMessage::NOTE:
-      return "Note";
-    case OmMessage::ERROR:
-      return "Error";
-    case OmMessage::WARNING:
-      break;
-  }
-  return "Warning";
-}
-
 // Text with line breaks shown as such.
 std::string Lines(const std::string& text) {
   std::string escaped = OmHtmlRenderer::Escape(text);
@@ -273,8 +249,8 @@ class Writer {
   }
 
   void Message(const OmMessage& message) {
-    fMain += std::string("<div class=\"message ") + LevelClass(message.fLevel) + "\"><span class=\"level\">" +
-             LevelWord(message.fLevel) + "</span> " + OmHtmlRenderer::Escape(message.fText) + "</div>\n";
+    fMain += std::string("<div class=\"message ") + OmMessage::LevelName(message.fLevel) + "\"><span class=\"level\">" +
+             OmMessage::LevelWord(message.fLevel) + "</span> " + OmHtmlRenderer::Escape(message.fText) + "</div>\n";
   }
 
   void FrontEndText(const OmFrontEndText& text) {

@@ -31,18 +31,6 @@ const char* PlaceName(OmDimension::Place place) {
   return "row";
 }
 
-const char* LevelName(OmMessage::Level level) {
-  switch (level) {
-    case OmMessage::NOTE:
-      return "note";
-    case OmMessage::ERROR:
-      return "error";
-    case OmMessage::WARNING:
-      break;
-  }
-  return "warning";
-}
-
 Json NodesJson(const OmDimensionNode& parent, const OmFootnoteMarkers& markers, int& leaf) {
   Json out = Json::array();
   for (const OmDimensionNode& node : parent.fvChildren) {
@@ -140,7 +128,7 @@ Json ItemsJson(const OmHeading& heading) {
       case OmItem::MESSAGE:
         if (!item.fpMessage) continue;
         j["kind"] = "message";
-        j["level"] = LevelName(item.fpMessage->fLevel);
+        j["level"] = OmMessage::LevelName(item.fpMessage->fLevel);
         j["text"] = item.fpMessage->fText;
         break;
       case OmItem::TEXT:

@@ -7,22 +7,6 @@
 #include "host/render/OmTextWrap.h"
 #include "host/render/OmUtf8.h"
 
-namespace {
-
-const char* LevelWord(OmMessage::Level level) {
-  switch (level) {
-    case OmMessage::NOTE:
-      return "Note";
-    case OmMessage::ERROR:
-      return "Error";
-    case OmMessage::WARNING:
-      break;
-  }
-  return "Warning";
-}
-
-}  // namespace
-
 OmTextRenderer::OmTextRenderer(int width) : fWidth(kDefaultWidth) { SetWidth(width); }
 
 void OmTextRenderer::SetWidth(int width) { fWidth = std::max(width, OmTextTable::kMinPageWidth); }
@@ -43,7 +27,7 @@ std::string OmTextRenderer::RenderHeadingTitle(const std::string& text, int dept
 std::string OmTextRenderer::RenderTable(const OmTable& table) const { return OmTextTable(table, fWidth).Render(); }
 
 std::string OmTextRenderer::RenderMessage(const OmMessage& message) const {
-  const std::string prefix = std::string(LevelWord(message.fLevel)) + ": ";
+  const std::string prefix = std::string(OmMessage::LevelWord(message.fLevel)) + ": ";
   const int indent = OmUtf8::Width(prefix);
   const std::vector<std::string> lines = OmTextWrap::Wrap(message.fText, fWidth - indent);
   if (lines.empty()) return OmTextWrap::TrimRight(prefix) + "\n";
