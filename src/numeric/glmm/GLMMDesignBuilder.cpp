@@ -41,15 +41,20 @@ GLMMDesignBuilder::GLMMDesignBuilder(const GLMMSettings& settings, const MCXML_8
   }
 }
 
+// The engine uses the component's type codes; this is where the structures
+// it can fit so far are chosen.
 bool GLMMDesignBuilder::MapCovType(GLMMConst_850::CovarType type, MCEngineCovType& engineType) {
   switch (type) {
-    case GLMMConst_850::ID: engineType = MCEngineCovType::ID; return true;
-    case GLMMConst_850::VC: engineType = MCEngineCovType::VC; return true;
-    case GLMMConst_850::DIAG: engineType = MCEngineCovType::DIAG; return true;
-    case GLMMConst_850::CS: engineType = MCEngineCovType::CS; return true;
-    case GLMMConst_850::UN: engineType = MCEngineCovType::UN; return true;
-    case GLMMConst_850::AR1: engineType = MCEngineCovType::AR1; return true;
-    default: return false;
+    case GLMMConst_850::ID:
+    case GLMMConst_850::VC:
+    case GLMMConst_850::DIAG:
+    case GLMMConst_850::CS:
+    case GLMMConst_850::UN:
+    case GLMMConst_850::AR1:
+      engineType = type;
+      return true;
+    default:
+      return false;
   }
 }
 

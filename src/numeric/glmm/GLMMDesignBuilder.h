@@ -48,8 +48,8 @@ class GLMMDesignBuilder {
     return fvvGammaParameters;
   }
 
-  // The engine's structure for a covariance type; false for one the engine
-  // does not offer.
+  // The engine's structure for a covariance type (the same code); false for
+  // one the engine does not offer yet.
   static bool MapCovType(GLMMConst_850::CovarType type, MCEngine_850::MCEngineCovType& engineType);
 
  private:
