@@ -9,6 +9,7 @@
 #include "host/data/ZORV_Session.h"
 #include "host/io/DataFileError.h"
 #include "host/io/DataFileLoader.h"
+#include "run/MixExports.h"
 
 namespace {
 
@@ -29,6 +30,21 @@ int ReadVariable(AppCommandReader& reader, const ZORV_Dataset& data, const std::
   reader.Next();
   return column;
 }
+
+struct DebugSwitch {
+  const char* fName;
+  bool* fpValue;
+};
+
+// In the order the help and the messages list them.
+const DebugSwitch kDebugSwitches[] = {
+    {"display_settings", &display_settings},   {"display_metadata", &display_metadata},
+    {"display_component", &display_component}, {"display_output", &display_output},
+    {"write_text_data", &write_text_data},     {"aggreg_random", &aggreg_random},
+};
+
+const char* const kDebugSwitchList =
+    "display_settings, display_metadata, display_component, display_output, write_text_data or aggreg_random";
 
 }  // namespace
 
@@ -182,4 +198,60 @@ void AppHostCommands::Weight(AppCommandReader& reader, ZORV_Dataset* data) {
     }
   }
   if (!data->SetWeightVar(column)) reader.FailAt(at, "the weight variable cannot be used");
+}
+
+void AppHostCommands::ResetDebugSwitches() {
+  for (const DebugSwitch& item : kDebugSwitches) *item.fpValue = false;
+}
+
+void AppHostCommands::Debug(AppCommandReader& reader, std::string& summary) {
+  reader.ExpectKeyword("DEBUG", "DEBUG");
+  const std::string expectFirst = std::string("a debug switch (") + kDebugSwitchList + ") or ALL";
+  const std::string expectMore = std::string("a debug switch (") + kDebugSwitchList + "), ON or OFF";
+  std::vector<const DebugSwitch*> chosen;
+  bool all = false;
+  bool on = false;
+  while (true) {
+    const AppToken& at = reader.Peek();
+    if (!chosen.empty() || all) {
+      if (reader.IsKeyword("ON") || reader.IsKeyword("OFF")) {
+        on = reader.IsKeyword("ON");
+        reader.Next();
+        reader.ExpectEnd("the end of the command");
+        break;
+      }
+      if (all) reader.Fail(at, "ON or OFF");
+    }
+    if (chosen.empty() && reader.IsKeyword("ALL")) {
+      all = true;
+      reader.Next();
+      continue;
+    }
+    const std::string& expected = chosen.empty() ? expectFirst : expectMore;
+    if (at.fKind != AppToken::WORD) reader.Fail(at, expected);
+    const DebugSwitch* found = nullptr;
+    const std::string name = AppCommandReader::Upper(at.fText);
+    for (const DebugSwitch& item : kDebugSwitches) {
+      if (AppCommandReader::Upper(item.fName) == name) found = &item;
+    }
+    if (found == nullptr) {
+      reader.FailAt(at, "expected " + expected + ", found '" + at.fText + "'");
+    }
+    if (std::find(chosen.begin(), chosen.end(), found) != chosen.end()) {
+      reader.FailAt(at, "expected each debug switch once, found '" + at.fText + "' again");
+    }
+    chosen.push_back(found);
+    reader.Next();
+  }
+  if (all) {
+    for (const DebugSwitch& item : kDebugSwitches) chosen.push_back(&item);
+  }
+  for (const DebugSwitch* item : chosen) *item->fpValue = on;
+
+  std::string names;
+  for (const DebugSwitch& item : kDebugSwitches) {
+    if (!*item.fpValue) continue;
+    names += (names.empty() ? "" : ", ") + std::string(item.fName);
+  }
+  summary = names.empty() ? std::string("All debug switches are off.") : "Debug switches on: " + names + ".";
 }

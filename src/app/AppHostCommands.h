@@ -6,7 +6,7 @@
 class AppCommandReader;
 class ZORV_Dataset;
 
-// The commands of the host itself: LOAD, SET, SPLIT and WEIGHT. Each reads
+// The commands of the host itself: LOAD, SET, SPLIT, WEIGHT and DEBUG. Each reads
 // its whole command before it changes anything, so a command with a mistake
 // leaves the session as it was.
 class AppHostCommands {
@@ -22,6 +22,11 @@ class AppHostCommands {
   static void Split(AppCommandReader& reader, ZORV_Dataset* data);
   // WEIGHT BY v, WEIGHT OFF.
   static void Weight(AppCommandReader& reader, ZORV_Dataset* data);
+  // DEBUG switch... ON|OFF, DEBUG ALL ON|OFF: the procedure's debug
+  // switches. `summary` names the switches that are on afterwards.
+  static void Debug(AppCommandReader& reader, std::string& summary);
+  // Every debug switch off, as at the start of a run.
+  static void ResetDebugSwitches();
 
   // A file name of a command, taken from `baseDir` unless it is absolute.
   static std::string ResolvePath(const std::string& baseDir, const std::string& name);

@@ -33,6 +33,7 @@ std::string Title(const std::string& name) {
   if (name == "SET") return "Set";
   if (name == "SPLIT") return "Split File";
   if (name == "WEIGHT") return "Weight";
+  if (name == "DEBUG") return "Debug";
   if (name == "GLMIXFIT") return "Mixed Model";
   return name.empty() ? std::string("Command") : name;
 }
@@ -68,9 +69,13 @@ AppSession::AppSession(const AppOptions& options) : fOptions(options) {
   ZORV_Session& session = ZORV_Session::Current();
   session.SetVariableDisplay(ZORV_Session::LABELS, ZORV_Session::LABELS);
   session.SetValueDisplay(ZORV_Session::LABELS, ZORV_Session::LABELS);
+  // Scratch and debug files of the procedure go beside the reports.
+  session.SetWritableDir(fOptions.fOutputDir.empty() ? std::string(".") : fOptions.fOutputDir);
+  AppHostCommands::ResetDebugSwitches();
 }
 
-AppSession::~AppSession() = default;
+// The switches are the process's; a run leaves them as it found them.
+AppSession::~AppSession() { AppHostCommands::ResetDebugSwitches(); }
 
 bool AppSession::RunFile(const std::string& path) {
   std::string text;
@@ -152,6 +157,10 @@ void AppSession::Dispatch(AppCommandReader& reader, BpProcedure& procedure, cons
     AppHostCommands::Split(reader, fpData.get());
   } else if (name == "WEIGHT") {
     AppHostCommands::Weight(reader, fpData.get());
+  } else if (name == "DEBUG") {
+    std::string summary;
+    AppHostCommands::Debug(reader, summary);
+    BP_ToFront(1, BP_Character(summary));
   } else if (name == "GLMIXFIT") {
     RunMixed(reader, procedure, baseDir);
   } else {

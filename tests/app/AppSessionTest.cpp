@@ -1,5 +1,7 @@
 #include "app/AppSession.h"
 
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -57,7 +59,12 @@ class AppSessionTest : public ::testing::Test {
     gSeen = Seen();
     AppProcedureHook::Set(nullptr);
     ZORV_StopFlag::Clear();
-    fOptions.fOutputDir = (std::filesystem::temp_directory_path() / "glmixfit-session-test").string();
+    // Tests run in parallel processes: each gets a folder of its own.
+    fOptions.fOutputDir = (std::filesystem::temp_directory_path() /
+                           ("glmixfit-session-" +
+                            std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + "-" +
+                            std::to_string(::getpid())))
+                              .string();
     std::filesystem::remove_all(fOptions.fOutputDir);
   }
   void TearDown() override {

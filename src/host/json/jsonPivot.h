@@ -11,6 +11,11 @@ class dataDictionary;
 // Builds one pivot table from a table object of a result document. The
 // document, the table object, the data source and the dictionary are
 // borrowed and must outlive the builder.
+//
+// A table object holds "name", "captions", "notes", "dimensions" and
+// "cells" (docs/design.md, "Result tables in JSON"). The whole object is
+// read and checked before anything is written: a table that breaks a rule
+// of the format is refused and leaves no trace in the output.
 class jsonPivot {
  public:
   jsonPivot(JNIJSONObject& document, JNIJSONArtifact& table, const ProcedureDataSource* dataSource,
@@ -25,10 +30,15 @@ class jsonPivot {
   bool getSupportSplits() const { return fbSupportSplits; }
 
   // Writes the table under the heading. The title is a final text, or a
-  // key of the translation tables when bTitleIsKey is set; the sub-type is
-  // the name by which the table is found in the output. True when the table
-  // was written.
+  // key of the translation tables when bTitleIsKey is set; an empty title
+  // takes the table's own name. The sub-type is the name by which the table
+  // is found in the output. True when the table was written; false, with
+  // nothing written, for a missing heading or a table the builder refuses.
   bool createPivotTable(BpHeading* heading, const std::string& title, bool bTitleIsKey, const std::string& subType);
+
+  // Why the last createPivotTable wrote nothing; empty after a table was
+  // written. For diagnostics only: the text is not translated.
+  const std::string& getProblem() const { return fProblem; }
 
   JNIJSONObject& getDocument() const { return fDocument; }
   JNIJSONArtifact& getTable() const { return fTable; }
@@ -42,4 +52,5 @@ class jsonPivot {
   const dataDictionary& fDictionary;
   bool fbTranslateStrings = false;
   bool fbSupportSplits = true;
+  std::string fProblem;
 };

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/render/OmOutline.h"
 #include "host/render/OmOutputFile.h"
 #include "host/render/OmTableLayout.h"
 #include "host/render/OmUtf8.h"
@@ -81,38 +82,43 @@ class Writer {
   int fTables = 0;
   int fCharts = 0;
 
-  void Items(const OmHeading& heading, int depth) {
-    for (const OmItem& item : heading.fvItems) {
+  void Items(const std::vector<const OmItem*>& items, int depth) {
+    // The top level holds one heading per command, each kept apart.
+    for (const OmOutline::Entry& entry : OmOutline::Entries(items, depth > 1)) {
+      if (entry.fpItem == nullptr) {
+        Heading(entry, depth);
+        continue;
+      }
+      const OmItem& item = *entry.fpItem;
       switch (item.fKind) {
         case OmItem::HEADING:
-          if (item.fpHeading) Heading(*item.fpHeading, depth);
           break;
         case OmItem::TABLE:
-          if (item.fpTable) Table(*item.fpTable);
+          Table(*item.fpTable);
           break;
         case OmItem::MESSAGE:
-          if (item.fpMessage) Message(*item.fpMessage);
+          Message(*item.fpMessage);
           break;
         case OmItem::TEXT:
-          if (item.fpText) FrontEndText(*item.fpText);
+          FrontEndText(*item.fpText);
           break;
         case OmItem::CHART:
-          if (item.fpChart) Chart(*item.fpChart);
+          Chart(*item.fpChart);
           break;
       }
     }
   }
 
  private:
-  void Heading(const OmHeading& heading, int depth) {
+  void Heading(const OmOutline::Entry& heading, int depth) {
     const std::string id = "s" + std::to_string(++fSections);
     const std::string tag = "h" + std::to_string(std::min(depth + 1, 6));
-    fNav += "<li><a href=\"#" + id + "\">" + Lines(heading.fText) + "</a>";
+    fNav += "<li><a href=\"#" + id + "\">" + Lines(heading.fHeading) + "</a>";
     const std::size_t navMark = fNav.size();
     fNav += "\n<ul>\n";
     const std::size_t navInner = fNav.size();
-    fMain += "<section id=\"" + id + "\">\n<" + tag + ">" + Lines(heading.fText) + "</" + tag + ">\n";
-    Items(heading, depth + 1);
+    fMain += "<section id=\"" + id + "\">\n<" + tag + ">" + Lines(heading.fHeading) + "</" + tag + ">\n";
+    Items(heading.fvContents, depth + 1);
     fMain += "</section>\n";
     if (fNav.size() == navInner) {
       fNav.resize(navMark);
@@ -317,7 +323,7 @@ std::string OmHtmlRenderer::Escape(const std::string& text) {
 
 std::string OmHtmlRenderer::Render(const OmDocument& document) const {
   Writer writer;
-  writer.Items(document.fRoot, 1);
+  writer.Items(OmOutline::ItemsOf(document.fRoot), 1);
   const std::string title = Escape(document.fTitle);
   std::string out;
   out += "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";

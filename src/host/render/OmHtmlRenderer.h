@@ -5,8 +5,9 @@
 #include "host/output/OmDocument.h"
 
 // The output document as one self-contained HTML5 page: inline style, no
-// script and nothing fetched from elsewhere; an outline of links to headings,
-// tables and charts; tables with a caption, a header of spanning column
+// script and nothing fetched from elsewhere; an outline of links to headings
+// (a heading that follows itself within a command shown once, see
+// OmOutline), tables and charts; tables with a caption, a header of spanning column
 // labels and a stub of row labels; messages as boxes by level.
 class OmHtmlRenderer {
  public:

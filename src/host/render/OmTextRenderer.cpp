@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/render/OmOutline.h"
 #include "host/render/OmOutputFile.h"
 #include "host/render/OmTextTable.h"
 #include "host/render/OmTextWrap.h"
@@ -51,28 +52,31 @@ std::string OmTextRenderer::RenderChart(const OmChart& chart) const {
   return out;
 }
 
-void OmTextRenderer::RenderItems(const OmHeading& heading, int depth, std::string& out) const {
-  for (const OmItem& item : heading.fvItems) {
+void OmTextRenderer::RenderItems(const std::vector<const OmItem*>& items, int depth, std::string& out) const {
+  // The top level holds one heading per command, each kept apart.
+  for (const OmOutline::Entry& entry : OmOutline::Entries(items, depth > 1)) {
+    if (entry.fpItem == nullptr) {
+      if (!out.empty()) out += "\n";
+      out += RenderHeadingTitle(entry.fHeading, depth);
+      RenderItems(entry.fvContents, depth + 1, out);
+      continue;
+    }
+    const OmItem& item = *entry.fpItem;
     std::string block;
     switch (item.fKind) {
       case OmItem::HEADING:
-        if (item.fpHeading) {
-          if (!out.empty()) out += "\n";
-          out += RenderHeadingTitle(item.fpHeading->fText, depth);
-          RenderItems(*item.fpHeading, depth + 1, out);
-        }
-        continue;
+        break;
       case OmItem::TABLE:
-        if (item.fpTable) block = RenderTable(*item.fpTable);
+        block = RenderTable(*item.fpTable);
         break;
       case OmItem::MESSAGE:
-        if (item.fpMessage) block = RenderMessage(*item.fpMessage);
+        block = RenderMessage(*item.fpMessage);
         break;
       case OmItem::TEXT:
-        if (item.fpText) block = RenderText(*item.fpText);
+        block = RenderText(*item.fpText);
         break;
       case OmItem::CHART:
-        if (item.fpChart) block = RenderChart(*item.fpChart);
+        block = RenderChart(*item.fpChart);
         break;
     }
     if (block.empty()) continue;
@@ -83,7 +87,7 @@ void OmTextRenderer::RenderItems(const OmHeading& heading, int depth, std::strin
 
 std::string OmTextRenderer::Render(const OmDocument& document) const {
   std::string out;
-  RenderItems(document.fRoot, 1, out);
+  RenderItems(OmOutline::ItemsOf(document.fRoot), 1, out);
   return out;
 }
 

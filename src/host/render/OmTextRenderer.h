@@ -1,11 +1,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/output/OmDocument.h"
 
 // The output document as terminal text of a chosen width: the outline's
-// headings underlined, pivot tables, messages with their level, front-end
+// headings underlined (a heading that follows itself within a command shown
+// once, see OmOutline), pivot tables, messages with their level, front-end
 // text as it came, and charts by their title and kind.
 class OmTextRenderer {
  public:
@@ -29,7 +31,7 @@ class OmTextRenderer {
   bool WriteFile(const OmDocument& document, const std::string& path, std::string& error) const;
 
  private:
-  void RenderItems(const OmHeading& heading, int depth, std::string& out) const;
+  void RenderItems(const std::vector<const OmItem*>& items, int depth, std::string& out) const;
 
   int fWidth;
 };

@@ -10,7 +10,10 @@ namespace MCEngine_850 {
 // not ratios; correlations as correlations).
 class MCEngineCovParam {
  public:
-  enum Kind { kVariance = 0, kCovariance = 1, kCorrelation = 2 };
+  // A loading is a factor-analytic coefficient (a covariance is a product of
+  // two); a range is a positive spatial range or decay rate, in the units of
+  // the coordinates.
+  enum Kind { kVariance = 0, kCovariance = 1, kCorrelation = 2, kLoading = 3, kRange = 4 };
 
   MCEngineCovParam() = default;
 
@@ -27,7 +30,8 @@ class MCEngineCovParam {
 
   double GetEstimate() const { return fEstimate; }
   void SetEstimate(double v) { fEstimate = v; }
-  // A variance estimated at its bound of 0; it has no standard error.
+  // Estimated on a bound (a variance at 0, a correlation at the end of its
+  // interval); it has no standard error.
   bool IsOnBoundary() const { return fbOnBoundary; }
   void SetOnBoundary(bool b) { fbOnBoundary = b; }
   double GetStdError() const { return fStdError; }

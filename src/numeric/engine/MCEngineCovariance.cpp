@@ -1,6 +1,9 @@
 #include "numeric/engine/MCEngineCovariance.h"
 
+#include <limits>
+
 #include "numeric/engine/detail/MCCovStructureFactory.h"
+#include "numeric/glmm/GLMMConst.h"
 
 namespace MCEngine_850 {
 
@@ -18,10 +21,18 @@ Eigen::VectorXd ToVector(const std::vector<double>& v) {
   return Eigen::Map<const Eigen::VectorXd>(v.data(), static_cast<Eigen::Index>(v.size()));
 }
 
+std::vector<double> PointsOnALine(MCEngineCovType type, int dimension, const std::vector<double>& points) {
+  if (!points.empty() || !GLMMConst_850::IsSpatial(type) || dimension < 1) return points;
+  std::vector<double> line(static_cast<std::size_t>(dimension));
+  for (int i = 0; i < dimension; ++i) line[static_cast<std::size_t>(i)] = i;
+  return line;
+}
+
 }  // namespace
 
-MCEngineCovariance::MCEngineCovariance(MCEngineCovType type, int dimension, const std::vector<int>& columnEffects)
-    : fpStructure(MCCovStructureFactory::Create(type, dimension, columnEffects)) {}
+MCEngineCovariance::MCEngineCovariance(MCEngineCovType type, int dimension, const std::vector<int>& columnEffects,
+                                       const std::vector<double>& points)
+    : fpStructure(MCCovStructureFactory::Create(type, dimension, columnEffects, PointsOnALine(type, dimension, points))) {}
 
 MCEngineCovariance::~MCEngineCovariance() = default;
 
@@ -38,6 +49,12 @@ MCEngineCovParam::Kind MCEngineCovariance::GetParamKind(int k) const {
 }
 
 int MCEngineCovariance::GetScaleParam() const { return fpStructure ? fpStructure->GetScaleParam() : -1; }
+
+void MCEngineCovariance::GetParamBounds(int k, double& lower, double& upper) const {
+  lower = -std::numeric_limits<double>::infinity();
+  upper = std::numeric_limits<double>::infinity();
+  if (fpStructure && k >= 0 && k < GetNParams()) fpStructure->GetBounds(k, lower, upper);
+}
 
 std::vector<double> MCEngineCovariance::Matrix(const std::vector<double>& theta) const {
   if (!fpStructure || static_cast<int>(theta.size()) != GetNParams()) return {};

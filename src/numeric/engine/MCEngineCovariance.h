@@ -16,8 +16,11 @@ class MCCovStructure;
 // row-major t x t vectors.
 class MCEngineCovariance {
  public:
-  // columnEffects is used by VC only (the effect of each column).
-  MCEngineCovariance(MCEngineCovType type, int dimension, const std::vector<int>& columnEffects = {});
+  // columnEffects is used by VC only (the effect of each column). A spatial
+  // structure places its dimension points at points (row-major, one or more
+  // coordinates each); without them, point i lies at coordinate i on a line.
+  MCEngineCovariance(MCEngineCovType type, int dimension, const std::vector<int>& columnEffects = {},
+                     const std::vector<double>& points = {});
   ~MCEngineCovariance();
   MCEngineCovariance(const MCEngineCovariance&) = delete;
   MCEngineCovariance& operator=(const MCEngineCovariance&) = delete;
@@ -30,6 +33,8 @@ class MCEngineCovariance {
   MCEngineCovParam::Kind GetParamKind(int k) const;
   // Index of the overall variance that is profiled on the residual side, or -1.
   int GetScaleParam() const;
+  // The admissible interval of parameter k (infinite ends where unbounded).
+  void GetParamBounds(int k, double& lower, double& upper) const;
 
   std::vector<double> Matrix(const std::vector<double>& theta) const;
   std::vector<double> Derivative(const std::vector<double>& theta, int k) const;

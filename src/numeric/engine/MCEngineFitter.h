@@ -41,6 +41,9 @@ class MCEngineFitter {
                   std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;
 
  private:
+  // Takes the fitted model's data and structures when it is set up.
+  friend class MCEnginePredictor;
+
   std::unique_ptr<MCEngineFitterImpl> fpImpl;
 };
 

@@ -11,6 +11,9 @@ namespace MCEngine_850 {
 // of the residual covariance over positions. Without subjects all records are
 // one subject; without positions a record's position is its order within its
 // subject. The default is independent residuals with a common variance.
+// A spatial structure places the records by their coordinates instead: its
+// covariance depends on the Euclidean distances between the records of a
+// subject, and positions are not used.
 class MCEngineResidualBlock {
  public:
   MCEngineResidualBlock() = default;
@@ -24,12 +27,22 @@ class MCEngineResidualBlock {
   // Number of positions; 0 takes the largest position found plus one.
   int GetDimension() const { return fDimension; }
   void SetDimension(int dimension) { fDimension = dimension; }
+  // Coordinates of every record, row-major with GetNCoordinates() values per
+  // record; read by the spatial structures only.
+  int GetNCoordinates() const { return fNCoordinates; }
+  const std::vector<double>& GetCoordinates() const { return fvCoordinates; }
+  void SetCoordinates(int nCoordinates, const std::vector<double>& rowMajor) {
+    fNCoordinates = nCoordinates;
+    fvCoordinates = rowMajor;
+  }
 
  private:
   MCEngineCovType fCovType = MCEngineCovType::ID;
   std::vector<int> fvSubjects;
   std::vector<int> fvPositions;
   int fDimension = 0;
+  int fNCoordinates = 0;
+  std::vector<double> fvCoordinates;
 };
 
 }  // namespace MCEngine_850

@@ -68,9 +68,26 @@ class MCEngineResult {
 
   const std::vector<MCEngineBetaStat>& GetBeta() const { return fvBeta; }
   void SetBeta(const std::vector<MCEngineBetaStat>& beta) { fvBeta = beta; }
-  // P x P covariance of the estimates; rows and columns of redundant parameters are 0.
+  // P x P covariance of the estimates; rows and columns of redundant
+  // parameters are 0. It is the robust covariance when IsCovBetaRobust.
   const std::vector<double>& GetCovBeta() const { return fvCovBeta; }
   void SetCovBeta(const std::vector<double>& v) { fvCovBeta = v; }
+  // The model-based covariance (X'V^-1 X)^-, whichever one GetCovBeta holds.
+  const std::vector<double>& GetModelCovBeta() const { return fvModelCovBeta; }
+  void SetModelCovBeta(const std::vector<double>& v) { fvModelCovBeta = v; }
+  // The robust covariance was asked for and could be computed: it needs at
+  // least two independent groups of records.
+  bool IsCovBetaRobust() const { return fbCovBetaRobust; }
+  void SetCovBetaRobust(bool b) { fbCovBetaRobust = b; }
+  // Independent groups of records, weighted by their frequency weights.
+  double GetNGroups() const { return fNGroups; }
+  void SetNGroups(double v) { fNGroups = v; }
+  // The denominator degrees of freedom of every test and interval of the
+  // fixed effects: n - rank(X) with residual df, G - 1 for G groups with the
+  // robust covariance and Satterthwaite's method; missing when each has its
+  // own Satterthwaite df.
+  double GetFixedDF() const { return fFixedDF; }
+  void SetFixedDF(double v) { fFixedDF = v; }
 
   const std::vector<MCEngineCovParam>& GetCovParams() const { return fvCovParams; }
   void SetCovParams(const std::vector<MCEngineCovParam>& v) { fvCovParams = v; }
@@ -106,6 +123,10 @@ class MCEngineResult {
   int fNCovParamsFree = 0;
   std::vector<MCEngineBetaStat> fvBeta;
   std::vector<double> fvCovBeta;
+  std::vector<double> fvModelCovBeta;
+  bool fbCovBetaRobust = false;
+  double fNGroups = 0.0;
+  double fFixedDF = MCEngineMissing::Value();
   std::vector<MCEngineCovParam> fvCovParams;
   std::vector<double> fvCovParamsCov;
   std::vector<MCEngineTest> fvTypeI;

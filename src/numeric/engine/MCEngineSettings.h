@@ -1,5 +1,9 @@
 #pragma once
 
+namespace MCCommon_850 {
+class MCQueryCancel;
+}
+
 namespace MCEngine_850 {
 
 // How the engine estimates and when it stops. A convergence criterion with a
@@ -11,6 +15,9 @@ class MCEngineSettings {
   // Which evaluation of the likelihood to use: chosen from the design, by
   // independent groups of records, or by the mixed-model equations.
   enum SolverPath { kAutomatic = 0, kBySubject = 1, kMixedModelEquations = 2 };
+  // Denominator degrees of freedom of the tests and intervals of the fixed
+  // effects: Satterthwaite's approximation, or n - rank(X) throughout.
+  enum DFMethod { kSatterthwaite = 0, kResidual = 1 };
 
   MCEngineSettings() = default;
 
@@ -50,6 +57,18 @@ class MCEngineSettings {
   SolverPath GetSolverPath() const { return fSolverPath; }
   void SetSolverPath(SolverPath path) { fSolverPath = path; }
 
+  DFMethod GetDFMethod() const { return fDFMethod; }
+  void SetDFMethod(DFMethod method) { fDFMethod = method; }
+  // The covariance of the fixed estimates: model-based, or the empirical
+  // (sandwich) estimator over the independent groups of records.
+  bool GetRobustCovariance() const { return fbRobustCovariance; }
+  void SetRobustCovariance(bool robust) { fbRobustCovariance = robust; }
+
+  // Asked once per iteration; a fit that is cancelled ends with the error
+  // kCancelled. Not owned; may be null.
+  const MCCommon_850::MCQueryCancel* GetCancel() const { return fpCancel; }
+  void SetCancel(const MCCommon_850::MCQueryCancel* pCancel) { fpCancel = pCancel; }
+
  private:
   bool fbREML = true;
   int fMaxIterations = 50;
@@ -64,6 +83,9 @@ class MCEngineSettings {
   double fSingularTolerance = 1e-12;
   double fConfidenceLevel = 95.0;
   SolverPath fSolverPath = kAutomatic;
+  DFMethod fDFMethod = kSatterthwaite;
+  bool fbRobustCovariance = false;
+  const MCCommon_850::MCQueryCancel* fpCancel = nullptr;
 };
 
 }  // namespace MCEngine_850

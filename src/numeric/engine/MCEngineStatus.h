@@ -16,6 +16,8 @@ class MCEngineStatus {
   static constexpr long kStepHalvingExhausted = 130024;
   // No admissible starting point was found.
   static constexpr long kInitialValueFailed = 130025;
+  // The caller asked the fit to stop.
+  static constexpr long kCancelled = 130032;
   // The Hessian could not be made positive definite during the iterations.
   static constexpr long kHessianSingularity = 130069;
   // Converged, but the final Hessian has a negative eigenvalue.
@@ -24,6 +26,9 @@ class MCEngineStatus {
   static constexpr long kScaleZero = 130074;
   // Frequency weights differ within one independent group of records.
   static constexpr long kDifferentWeightsInSubject = 130077;
+  // The evaluation at the final estimates, from which every statistic is
+  // computed, failed.
+  static constexpr long kPostEstimationFailed = 130090;
   // Nothing left to fit after removing unusable records.
   static constexpr long kNoValidCases = 230024;
   // Two records of one residual subject share a repeated-measures position.

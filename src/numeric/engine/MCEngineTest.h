@@ -6,7 +6,8 @@
 
 namespace MCEngine_850 {
 
-// A test of H0: L beta = 0 with Satterthwaite denominator degrees of freedom.
+// A test of H0: L beta = 0 with the fit's denominator degrees of freedom
+// (Satterthwaite's unless the fit fixes one value for all tests).
 // L has one row per hypothesis row over the overparameterized columns. For a
 // single-row L the estimate, its standard error and t are filled as well.
 class MCEngineTest {

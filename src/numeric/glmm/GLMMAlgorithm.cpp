@@ -4,12 +4,19 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "numeric/common/MCMV.h"
+#include "numeric/common/MCStatusCode.h"
 #include "numeric/common/RecordIterator.h"
 #include "numeric/display/MCDisplay.h"
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/glmm/GLMMComponentDisplay.h"
 #include "numeric/glmm/GLMMDesignBuilder.h"
+#include "numeric/glmm/GLMMEmmeansBuilder.h"
+#include "numeric/glmm/GLMMPredictor.h"
 #include "numeric/glmm/GLMMSettings.h"
+#include "numeric/glmm/GLMMPMMLWriter.h"
+#include "numeric/glmm/GLMMStatJSONWriter.h"
+#include "numeric/glmm/GLMMStatXMLWriter.h"
 #include "numeric/xml/MCApplicInfo4XML.h"
 #include "numeric/xml/MCVarList.h"
 
@@ -80,6 +87,10 @@ MCEngine_850::MCEngineSettings EngineSettings(const GLMMSettings& s) {
   e.SetParamRelative(s.GetPConvergeType() == CONV_RELATIVE);
   e.SetSingularTolerance(s.GetTolerance());
   e.SetConfidenceLevel(100.0 * s.GetConfidenceLevel());
+  e.SetDFMethod(s.GetDegreesFreedomType() == GLMMConst_850::DF_RESIDUAL ? MCEngine_850::MCEngineSettings::kResidual
+                                                                        : MCEngine_850::MCEngineSettings::kSatterthwaite);
+  e.SetRobustCovariance(s.GetCovbType() == MCMath_850::MCConst::COVB_ROBUST);
+  e.SetCancel(s.GetCancelPointer());
   return e;
 }
 
@@ -94,6 +105,44 @@ MCMath_850::MCModelTestStats ToTestStats(const std::vector<MCEngine_850::MCEngin
   return stats;
 }
 
+// The covariance parameters' statistics and their asymptotic covariance,
+// when any parameter has one.
+void SetThetaStatistics(const MCEngine_850::MCEngineResult& result, GLMMOutputStats& out) {
+  const std::vector<MCEngine_850::MCEngineCovParam>& params = result.GetCovParams();
+  std::vector<GLMMThetaParamStat> stats(params.size());
+  for (std::size_t k = 0; k < params.size(); ++k) {
+    const MCEngine_850::MCEngineCovParam& cp = params[k];
+    GLMMThetaParamStat& st = stats[k];
+    st.SetBlockIndex(cp.GetBlock() < 0 ? GLMMThetaParamStat::kResidualBlock : cp.GetBlock());
+    st.SetEffectIndex(cp.GetEffect());
+    st.SetLabel(cp.GetLabel());
+    st.SetKind(static_cast<GLMMThetaParamStat::ParamKind>(cp.GetKind()));
+    st.SetEstimate(cp.GetEstimate());
+    st.SetRedundant(cp.IsOnBoundary());
+    st.SetStdError(cp.GetStdError());
+    st.SetWaldZ(cp.GetWaldZ());
+    st.SetSig(cp.GetSig());
+    st.SetLowerBound(cp.GetLower());
+    st.SetUpperBound(cp.GetUpper());
+  }
+  out.SetThetaParamStats(stats);
+
+  const int K = static_cast<int>(params.size());
+  const std::vector<double>& asy = result.GetCovParamsCov();
+  if (K == 0 || asy.size() != static_cast<std::size_t>(K) * static_cast<std::size_t>(K)) return;
+  bool any = false;
+  for (double v : asy) any = any || !MCCommon_850::MCMV::IsMissing(v);
+  if (!any) return;
+  MCMath_850::MCSymMatrix matrix({K});
+  for (int i = 0; i < K; ++i) {
+    for (int j = 0; j <= i; ++j) {
+      // The engine's missing value is the component's.
+      matrix.SetElem(0, 0, i, j, asy[static_cast<std::size_t>(i) * static_cast<std::size_t>(K) + static_cast<std::size_t>(j)]);
+    }
+  }
+  out.SetCovarianceMatrixTheta(matrix);
+}
+
 }  // namespace
 
 MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
@@ -101,6 +150,7 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
   fvWarnings.clear();
   fOutputStats = GLMMOutputStats();
   fbOutputAvailable = false;
+  fpPredictor.reset();
 
   GLMMDesignBuilder builder(*fpSettings, *fpVarList);
   MCStatus built = builder.Build(pRecords);
@@ -173,24 +223,46 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
   std::vector<double> theta;
   for (const MCEngine_850::MCEngineCovParam& cp : result.GetCovParams()) theta.push_back(cp.GetEstimate());
   out.SetThetaParamEtimates(theta);
+  SetThetaStatistics(result, out);
+  GLMMEmmeansBuilder(*fpSettings, *fpVarList)
+      .Build(fitter, builder.GetInput(), builder.GetBetaParameters(), pRecords, out, fvWarnings);
+  bool wantEBLUPs = false;
+  for (const GLMMRandomSpec& spec : fpSettings->GetRandomSpecs()) wantEBLUPs = wantEBLUPs || spec.GetComputeEBLUPs();
+  if (wantEBLUPs || !fvScoreTypes.empty()) {
+    fpPredictor = std::make_unique<GLMMPredictor>(*fpSettings, *fpVarList);
+    if (fpPredictor->Setup(builder, fitter, pRecords)) out.SetEBLUPStats(fpPredictor->ComputeEBLUPs());
+  }
   fbOutputAvailable = true;
   return fStatus;
 }
 
-MCStatus GLMMAlgorithm::ScoreRecord(const double*, std::vector<double>&, std::vector<std::vector<double>>&) {
-  throw std::logic_error("GLMMAlgorithm::ScoreRecord: not implemented yet");
+MCStatus GLMMAlgorithm::ScoreRecord(const double* record, std::vector<double>& scores,
+                                    std::vector<std::vector<double>>& details) {
+  details.clear();
+  scores.assign(fvScoreTypes.size(), MCCommon_850::MCMV::Missing());
+  if (fStatus.IsError()) return fStatus;
+  if (!fbOutputAvailable || !fpPredictor || !fpPredictor->IsReady()) {
+    return MCStatus(MCCommon_850::MC_SETTINGS_INVALID, false);
+  }
+  return fpPredictor->ScoreRecord(record, fvScoreTypes, scores);
 }
 
-MCStatus GLMMAlgorithm::ExportPMML(std::ostream&, const MCXML_850::MCApplicInfo4XML*) {
-  throw std::logic_error("GLMMAlgorithm::ExportPMML: not implemented yet");
+MCStatus GLMMAlgorithm::ExportPMML(std::ostream& os, const MCXML_850::MCApplicInfo4XML* pInfo) {
+  if (fStatus.IsError()) return fStatus;
+  if (!fbOutputAvailable) return MCStatus(MCCommon_850::MC_OUTPUT_FILE_ERROR, false);
+  return GLMMPMMLWriter(*fpSettings, *fpVarList, fOutputStats).Write(os, pInfo);
 }
 
-MCStatus GLMMAlgorithm::ExportStatXML(std::ostream&) {
-  throw std::logic_error("GLMMAlgorithm::ExportStatXML: not implemented yet");
+MCStatus GLMMAlgorithm::ExportStatXML(std::ostream& os) {
+  if (fStatus.IsError()) return fStatus;
+  if (!fbOutputAvailable) return MCStatus(MCCommon_850::MC_OUTPUT_FILE_ERROR, false);
+  return GLMMStatXMLWriter(*fpSettings, *fpVarList, fOutputStats).Write(os);
 }
 
-MCStatus GLMMAlgorithm::ExportStatJSON(std::ostream&) {
-  throw std::logic_error("GLMMAlgorithm::ExportStatJSON: not implemented yet");
+MCStatus GLMMAlgorithm::ExportStatJSON(std::ostream& os) {
+  if (fStatus.IsError()) return fStatus;
+  if (!fbOutputAvailable) return MCStatus(MCCommon_850::MC_OUTPUT_FILE_ERROR, false);
+  return GLMMStatJSONWriter(*fpSettings, *fpVarList, fOutputStats).Write(os);
 }
 
 MCStatus GLMMAlgorithm::GetStatus() const { return fStatus; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <memory>
 #include <vector>
 
 #include "numeric/common/MCStatus.h"
@@ -18,6 +19,7 @@ class MCVarList;
 
 namespace MCGLMM_850 {
 
+class GLMMPredictor;
 class GLMMSettings;
 
 // Fits a mixed model to the records of one split and answers for the fit.
@@ -35,11 +37,15 @@ class GLMMAlgorithm {
   // Fits the model to the records, which must come sorted by the settings'
   // sort variables. The second argument is reserved and must be 0.
   virtual MCCommon_850::MCStatus Execute(MCCommon_850::RecordIterator* pRecords, int reserved);
-  // Computes the score types set by SetCompScoreTypes for one record, in
-  // that order, into scores.
+  // Computes the score types set by SetCompScoreTypes (before Execute) for
+  // one record, in that order, into scores; a score whose input is missing
+  // is the system-missing value. details is left empty. Before a fit the
+  // status is MC_SETTINGS_INVALID; after a failed fit, the fit's error.
   virtual MCCommon_850::MCStatus ScoreRecord(const double* record, std::vector<double>& scores,
                                              std::vector<std::vector<double>>& details);
-  // Writes the fitted model as PMML.
+  // Writes the fitted model as PMML. Before a fit the status is
+  // MC_OUTPUT_FILE_ERROR, after a failed fit the fit's error, and nothing is
+  // written; a stream that fails gives MC_OUTPUT_FILE_ERROR.
   virtual MCCommon_850::MCStatus ExportPMML(std::ostream& os, const MCXML_850::MCApplicInfo4XML* pInfo);
   virtual MCCommon_850::MCStatus GetStatus() const;
   // Warnings gathered while building and fitting the model, in order.
@@ -51,7 +57,11 @@ class GLMMAlgorithm {
   // The statistics of the fit, owned by the algorithm; null until a fit has
   // produced them.
   const GLMMOutputStats* GetOutputStats() const;
+  // Writes the StatXML document of the fit; statuses as for ExportPMML.
   MCCommon_850::MCStatus ExportStatXML(std::ostream& os);
+  // The tables of the random-effect predictions. Before a fit the status is
+  // MC_OUTPUT_FILE_ERROR, after a failed fit the fit's error, and nothing is
+  // written.
   MCCommon_850::MCStatus ExportStatJSON(std::ostream& os);
 
   const GLMMSettings& GetSettings() const { return *fpSettings; }
@@ -75,6 +85,9 @@ class GLMMAlgorithm {
   std::vector<GLMMConst_850::ScoreType> fvScoreTypes;
   GLMMOutputStats fOutputStats;
   bool fbOutputAvailable;
+  // Predictions from the fit, made when a block asks for its EBLUPs or when
+  // scores are asked for (SetCompScoreTypes before Execute).
+  std::unique_ptr<GLMMPredictor> fpPredictor;
 };
 
 }  // namespace MCGLMM_850

@@ -41,21 +41,14 @@ GLMMDesignBuilder::GLMMDesignBuilder(const GLMMSettings& settings, const MCXML_8
   }
 }
 
-// The engine uses the component's type codes; this is where the structures
-// it can fit so far are chosen.
+// The engine uses the component's type codes and fits every structure; the
+// reserved code, and anything outside the enumeration, is none.
 bool GLMMDesignBuilder::MapCovType(GLMMConst_850::CovarType type, MCEngineCovType& engineType) {
-  switch (type) {
-    case GLMMConst_850::ID:
-    case GLMMConst_850::VC:
-    case GLMMConst_850::DIAG:
-    case GLMMConst_850::CS:
-    case GLMMConst_850::UN:
-    case GLMMConst_850::AR1:
-      engineType = type;
-      return true;
-    default:
-      return false;
+  if (type < GLMMConst_850::ARH1 || type > GLMMConst_850::SP_SPH || type == GLMMConst_850::COVAR_RESERVED) {
+    return false;
   }
+  engineType = type;
+  return true;
 }
 
 double GLMMDesignBuilder::Value(int r, int var) const {
@@ -105,7 +98,10 @@ int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectInde
   if (effect.IsIntercept()) {
     cols.assign(U(n), 0);
     vals.assign(U(n), 1.0);
+    // Only a random block lists the intercept among its effects; its
+    // parameter keeps the position so that labels find their effect.
     params.emplace_back();
+    params.back().SetEffectIndex(effectIndex);
     return 1;
   }
   MCRegrParameter proto;
@@ -165,7 +161,8 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   MCEngineCovType residualType = MCEngineCovType::ID;
   const GLMMRandomSpec& repeated = s.GetRepeated();
   const bool hasRepeatedEffect = repeated.GetNEffects() > 0;
-  if (hasRepeatedEffect || !repeated.GetSubjectVars().empty()) {
+  const bool spatial = GLMMConst_850::IsSpatial(repeated.GetCovarianceType()) && !s.GetSpatialVars().empty();
+  if (hasRepeatedEffect || !repeated.GetSubjectVars().empty() || spatial) {
     if (!MapCovType(repeated.GetCovarianceType(), residualType)) {
       return MCStatus(MCCommon_850::MC_BUILD_MODEL, MCCommon_850::STATUS_ERROR);
     }
@@ -178,7 +175,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   std::vector<MCEngineCovType> blockTypes;
   for (const GLMMRandomSpec& spec : s.GetRandomSpecs()) {
     MCEngineCovType type = MCEngineCovType::VC;
-    if (!MapCovType(spec.GetCovarianceType(), type)) {
+    if (!MapCovType(spec.GetCovarianceType(), type) || GLMMConst_850::IsSpatial(type)) {
       return MCStatus(MCCommon_850::MC_BUILD_MODEL, MCCommon_850::STATUS_ERROR);
     }
     blockTypes.push_back(type);
@@ -208,6 +205,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   for (const MCModelEffect& effect : repeated.GetEffects()) CollectEffectVars(effect, repeatedVars, repeatedVars);
   for (int v : repeatedVars) (NCategories(v) > 0 ? factorVars : covariateVars).push_back(v);
   covariateVars.insert(covariateVars.end(), repeated.GetSubjectVars().begin(), repeated.GetSubjectVars().end());
+  if (spatial) covariateVars.insert(covariateVars.end(), s.GetSpatialVars().begin(), s.GetSpatialVars().end());
   covariateVars.push_back(s.GetDependent());
   if (s.GetFrequencyWeightVar() >= 0) covariateVars.push_back(s.GetFrequencyWeightVar());
   if (s.GetRegrWeightVar() >= 0) covariateVars.push_back(s.GetRegrWeightVar());
@@ -356,6 +354,16 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
     }
     residual.SetPositions(positions);
     residual.SetDimension(dimension);
+  }
+  // A spatial structure places each record by its coordinates.
+  if (spatial) {
+    const std::vector<int>& coordinateVars = s.GetSpatialVars();
+    std::vector<double> coordinates;
+    coordinates.reserve(U(n) * coordinateVars.size());
+    for (int r = 0; r < n; ++r) {
+      for (int v : coordinateVars) coordinates.push_back(Value(r, v));
+    }
+    residual.SetCoordinates(static_cast<int>(coordinateVars.size()), coordinates);
   }
   fInput.SetResidualBlock(residual);
   return MCStatus();

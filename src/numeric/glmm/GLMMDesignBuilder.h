@@ -49,7 +49,7 @@ class GLMMDesignBuilder {
   }
 
   // The engine's structure for a covariance type (the same code); false for
-  // one the engine does not offer yet.
+  // the reserved code. The spatial structures serve the residual block only.
   static bool MapCovType(GLMMConst_850::CovarType type, MCEngine_850::MCEngineCovType& engineType);
 
  private:

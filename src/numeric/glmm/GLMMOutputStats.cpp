@@ -19,6 +19,10 @@ const MCMath_850::MCSymMatrix* GLMMOutputStats::GetCovarianceMatrixBeta() const 
   return fCovarianceMatrixBeta ? &*fCovarianceMatrixBeta : nullptr;
 }
 
+const MCMath_850::MCSymMatrix* GLMMOutputStats::GetCovarianceMatrixTheta() const {
+  return fCovarianceMatrixTheta ? &*fCovarianceMatrixTheta : nullptr;
+}
+
 const MCMath_850::MCModelTestStats* GLMMOutputStats::GetTypeITestStats() const {
   return fTypeITestStats ? &*fTypeITestStats : nullptr;
 }
@@ -26,6 +30,14 @@ const MCMath_850::MCModelTestStats* GLMMOutputStats::GetTypeITestStats() const {
 const MCMath_850::MCModelTestStats* GLMMOutputStats::GetTypeIIITestStats() const {
   return fTypeIIITestStats ? &*fTypeIIITestStats : nullptr;
 }
+
+int GLMMOutputStats::GetNEmmeansRequests() const {
+  int n = 0;
+  for (const GLMMEmmeansStat& stat : fvEmmeansStats) n += stat.GetRequestIndex() >= 0 ? 1 : 0;
+  return n;
+}
+
+const GLMMEmmeansMean* GLMMOutputStats::GetGrandMean() const { return fGrandMean ? &*fGrandMean : nullptr; }
 
 void GLMMOutputStats::Display() const { Display(*MCDisplay_850::GetOutStream()); }
 
@@ -52,6 +64,14 @@ void GLMMOutputStats::Display(std::ostream& os) const {
     for (const MCMath_850::MCRegrParameter& param : block) param.Display(os);
   }
   DisplayDV(os, "Covariance parameter estimates:", fvThetaParamEstimates);
+  DisplayI(os, "Covariance parameters:", static_cast<long>(fvThetaParamStats.size()));
+  for (const GLMMThetaParamStat& stat : fvThetaParamStats) stat.Display(os);
+  if (fCovarianceMatrixTheta) {
+    DisplayText(os, "Covariance of the covariance parameters:");
+    fCovarianceMatrixTheta->Display(os);
+  } else {
+    DisplayText(os, "Covariance of the covariance parameters is not available.");
+  }
   if (fTypeITestStats) {
     DisplayText(os, "Type I tests:");
     fTypeITestStats->Display(os);
@@ -66,6 +86,14 @@ void GLMMOutputStats::Display(std::ostream& os) const {
   }
   DisplayI(os, "Build warnings:", static_cast<long>(fvBuildModelWarnings.size()));
   for (const MCCommon_850::MCStatus& status : fvBuildModelWarnings) status.Display(os);
+  DisplayI(os, "Marginal means tables:", static_cast<long>(fvEmmeansStats.size()));
+  for (const GLMMEmmeansStat& stat : fvEmmeansStats) stat.Display(os);
+  if (fGrandMean) {
+    DisplayText(os, "Grand mean:");
+    fGrandMean->Display(os);
+  }
+  DisplayI(os, "Random effect predictions:", static_cast<long>(fvEBLUPStats.size()));
+  for (const GLMMEBLUPStat& stat : fvEBLUPStats) stat.Display(os);
   DisplayText(os, "End GLMMOutputStats display.");
 }
 

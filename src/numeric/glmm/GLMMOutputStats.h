@@ -5,6 +5,10 @@
 #include <vector>
 
 #include "numeric/common/MCStatus.h"
+#include "numeric/glmm/GLMMEBLUPStat.h"
+#include "numeric/glmm/GLMMEmmeansMean.h"
+#include "numeric/glmm/GLMMEmmeansStat.h"
+#include "numeric/glmm/GLMMThetaParamStat.h"
 #include "numeric/math/BetaParamStat.h"
 #include "numeric/math/MCBitSet.h"
 #include "numeric/math/MCModelTestStats.h"
@@ -51,9 +55,20 @@ class GLMMOutputStats {
   void SetGammaBasicParameters(const std::vector<std::vector<MCMath_850::MCRegrParameter>>& params) {
     fvvGammaBasicParameters = params;
   }
-  // Estimates of the covariance parameters.
+  // Estimates of the covariance parameters: the random blocks' in block
+  // order, then the residual block's.
   const std::vector<double>& GetThetaParamEtimates() const { return fvThetaParamEstimates; }
   void SetThetaParamEtimates(const std::vector<double>& estimates) { fvThetaParamEstimates = estimates; }
+  // The covariance parameters with their statistics, in the same order.
+  const std::vector<GLMMThetaParamStat>& GetThetaParamStats() const { return fvThetaParamStats; }
+  void SetThetaParamStats(const std::vector<GLMMThetaParamStat>& stats) { fvThetaParamStats = stats; }
+  // Asymptotic covariance of the covariance parameters (twice the inverse of
+  // the observed Hessian of -2 log likelihood), one block in the same order;
+  // the rows and columns of redundant parameters hold the system-missing
+  // value. Null when it could not be computed.
+  const MCMath_850::MCSymMatrix* GetCovarianceMatrixTheta() const;
+  void SetCovarianceMatrixTheta(const MCMath_850::MCSymMatrix& matrix) { fCovarianceMatrixTheta = matrix; }
+  void ClearCovarianceMatrixTheta() { fCovarianceMatrixTheta.reset(); }
 
   // Tests of the fixed effects; null when not computed.
   const MCMath_850::MCModelTestStats* GetTypeITestStats() const;
@@ -64,6 +79,23 @@ class GLMMOutputStats {
   // Warnings and errors met while the model was built.
   const std::vector<MCCommon_850::MCStatus>& GetBuildModelWarnings() const { return fvBuildModelWarnings; }
   void AddBuildModelWarning(const MCCommon_850::MCStatus& status) { fvBuildModelWarnings.push_back(status); }
+
+  // Estimated marginal means. One table per request of the settings, in
+  // request order (GetNEmmeansRequests of them), then the component's own
+  // tables of the fixed effects made of factors, most significant first.
+  const std::vector<GLMMEmmeansStat>& GetEmmeansStats() const { return fvEmmeansStats; }
+  void SetEmmeansStats(const std::vector<GLMMEmmeansStat>& stats) { fvEmmeansStats = stats; }
+  int GetNEmmeansRequests() const;
+  // The mean over all cells of the fixed effects, covariates at their means;
+  // null when not computed.
+  const GLMMEmmeansMean* GetGrandMean() const;
+  void SetGrandMean(const GLMMEmmeansMean& mean) { fGrandMean = mean; }
+
+  // Predictions of the random effects of the blocks that ask for them:
+  // block by block, subjects in ascending order of their values, and within
+  // a subject the block's columns in order.
+  const std::vector<GLMMEBLUPStat>& GetEBLUPStats() const { return fvEBLUPStats; }
+  void SetEBLUPStats(const std::vector<GLMMEBLUPStat>& stats) { fvEBLUPStats = stats; }
 
   void Display() const;
   void Display(std::ostream& os) const;
@@ -79,9 +111,14 @@ class GLMMOutputStats {
   std::optional<MCMath_850::MCSymMatrix> fCovarianceMatrixBeta;
   std::vector<std::vector<MCMath_850::MCRegrParameter>> fvvGammaBasicParameters;
   std::vector<double> fvThetaParamEstimates;
+  std::vector<GLMMThetaParamStat> fvThetaParamStats;
+  std::optional<MCMath_850::MCSymMatrix> fCovarianceMatrixTheta;
   std::optional<MCMath_850::MCModelTestStats> fTypeITestStats;
   std::optional<MCMath_850::MCModelTestStats> fTypeIIITestStats;
   std::vector<MCCommon_850::MCStatus> fvBuildModelWarnings;
+  std::vector<GLMMEmmeansStat> fvEmmeansStats;
+  std::optional<GLMMEmmeansMean> fGrandMean;
+  std::vector<GLMMEBLUPStat> fvEBLUPStats;
 };
 
 }  // namespace MCGLMM_850

@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <string>
 
 #include "host/json/JNIJSONObject.h"
 #include "host/json/dataDictionary.h"
+#include "host/output/BpHeading.h"
 
 TEST(jsonPivot, KeepsWhatItIsBuiltOnAndItsOptions) {
   JNIJSONObject doc(R"({"tables":[{"title":"t"}]})");
@@ -28,14 +28,14 @@ TEST(jsonPivot, KeepsWhatItIsBuiltOnAndItsOptions) {
   EXPECT_FALSE(pivot.getSupportSplits());
 }
 
-TEST(jsonPivot, MakingTheTableIsNotAvailableYet) {
-  JNIJSONObject doc("{}");
+TEST(jsonPivot, WithoutAHeadingNothingIsWritten) {
+  JNIJSONObject doc(R"({"dimensions":[{"name":"d","categories":[{"label":"a"}]}]})");
+  ASSERT_TRUE(doc.isGood());
   dataDictionary dictionary;
   jsonPivot pivot(doc, *doc.getTop(), nullptr, dictionary);
-  try {
-    pivot.createPivotTable(nullptr, "Title", false, "Sub type");
-    FAIL() << "createPivotTable returned";
-  } catch (const std::logic_error& e) {
-    EXPECT_EQ(std::string(e.what()), "jsonPivot::createPivotTable: not implemented yet");
-  }
+  EXPECT_FALSE(pivot.createPivotTable(nullptr, "Title", false, "Sub type"));
+  EXPECT_FALSE(pivot.getProblem().empty());
+  BpHeading unbound;
+  EXPECT_FALSE(pivot.createPivotTable(&unbound, "Title", false, "Sub type"));
+  EXPECT_FALSE(pivot.getProblem().empty());
 }

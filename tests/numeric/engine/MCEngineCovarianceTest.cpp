@@ -102,10 +102,11 @@ TEST(MCEngineCovariance, Autoregressive) {
 }
 
 TEST(MCEngineCovariance, UnavailableTypes) {
-  EXPECT_FALSE(MCEngineCovariance(MCEngineCovType::TP, 3).IsAvailable());
-  EXPECT_FALSE(MCEngineCovariance(MCEngineCovType::SP_EXP, 3).IsAvailable());
+  EXPECT_FALSE(MCEngineCovariance(MCEngineCovType::COVAR_RESERVED, 3).IsAvailable());
+  // Coordinates that do not divide among the points.
+  EXPECT_FALSE(MCEngineCovariance(MCEngineCovType::SP_EXP, 3, {}, {0.0, 1.0}).IsAvailable());
   EXPECT_FALSE(MCEngineCovariance(MCEngineCovType::UN, 0).IsAvailable());
-  MCEngineCovariance cov(MCEngineCovType::FA1, 3);
+  MCEngineCovariance cov(MCEngineCovType::COVAR_RESERVED, 3);
   EXPECT_EQ(cov.GetNParams(), 0);
   EXPECT_TRUE(cov.Matrix({}).empty());
 }

@@ -72,6 +72,12 @@ std::vector<double> EvaluationPoint(const MCEngineResult& r) {
       case MCEngineCovParam::kCorrelation:
         v = 0.8 * v + 0.05;
         break;
+      case MCEngineCovParam::kLoading:
+        v *= 0.9;
+        break;
+      case MCEngineCovParam::kRange:
+        v *= 1.1;
+        break;
     }
     theta.push_back(v);
     ++k;

@@ -93,7 +93,8 @@ TEST(MCEngineStatus, InvalidInput) {
 TEST(MCEngineStatus, StructureNotAvailable) {
   const MCEngineTestSimulation sim(8);
   MCEngineInput in = sim.BaseInput();
-  in.SetResidualBlock(sim.Residual(MCEngineCovType::TP));
+  // Spatial structures are for the residual block only.
+  in.AddRandomBlock(sim.Positions(MCEngineCovType::SP_EXP));
   MCEngineFitter fitter;
   const MCEngineStatus st = fitter.Fit(in, MCEngineSettings());
   EXPECT_EQ(st.GetCode(), MCEngineStatus::kBuildModel);
@@ -269,4 +270,22 @@ TEST(MCEngineStatus, ConvergedWithIndefiniteHessian) {
   EXPECT_TRUE(st.IsWarning());
   EXPECT_TRUE(fitter.GetResult().IsConverged());
   EXPECT_TRUE(HasWarning(fitter.GetResult(), MCEngineStatus::kFinalHessianNotPD));
+}
+
+TEST(MCEngineStatus, PostEstimationFailed) {
+  // Scale weights so far apart that the residual variance, estimated from
+  // the heavy records, overflows the variance of the light ones at the
+  // estimates: every evaluation while fitting is on a scale-free V, the one
+  // after it on V in the response's units, which is not finite.
+  const MCEngineTestSimulation sim(6, 2);
+  MCEngineInput in = sim.BaseInput();
+  std::vector<double> w(static_cast<std::size_t>(sim.GetNRecords()));
+  for (std::size_t r = 0; r < w.size(); ++r) w[r] = r % 2 == 0 ? 1e300 : 1e-300;
+  in.SetScaleWeights(w);
+  MCEngineFitter fitter;
+  const MCEngineStatus st = fitter.Fit(in, MCEngineSettings());
+  EXPECT_EQ(st.GetCode(), MCEngineStatus::kPostEstimationFailed);
+  EXPECT_TRUE(st.IsError());
+  EXPECT_EQ(fitter.GetResult().GetStatus().GetCode(), 130090);
+  EXPECT_TRUE(fitter.GetResult().GetBeta().empty());
 }

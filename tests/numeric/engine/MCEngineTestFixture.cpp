@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <vector>
 
 using MCEngine_850::MCEngineResult;
 
@@ -27,8 +29,39 @@ std::string MCEngineTestFixture::FixturePath(const std::string& name) {
   return std::string(GLMIX_TEST_DATA_DIR) + "/numeric/reference/" + name + ".json";
 }
 
+void MCEngineTestFixture::CompareCovParamStats(const nlohmann::json& ref, const MCEngineResult& result,
+                                               double tol) {
+  const auto& cps = ref["covparams"];
+  ASSERT_EQ(result.GetCovParams().size(), cps.size());
+  const std::size_t K = cps.size();
+  for (std::size_t i = 0; i < K; ++i) {
+    const MCEngine_850::MCEngineCovParam& cp = result.GetCovParams()[i];
+    SCOPED_TRACE(cps[i]["label"].get<std::string>());
+    ASSERT_TRUE(cps[i].contains("se"));
+    EXPECT_FALSE(cp.IsOnBoundary());
+    EXPECT_TRUE(NearRelative(cp.GetStdError(), cps[i]["se"].get<double>(), tol, 0.0)) << "standard error";
+    EXPECT_TRUE(NearRelative(cp.GetWaldZ(), cps[i]["z"].get<double>(), tol, 0.0)) << "Wald Z";
+    EXPECT_TRUE(NearRelative(cp.GetSig(), cps[i]["p"].get<double>(), 10.0 * tol, 1e-12)) << "significance";
+    const double width = cps[i]["upper"].get<double>() - cps[i]["lower"].get<double>();
+    EXPECT_TRUE(NearRelative(cp.GetLower(), cps[i]["lower"].get<double>(), 0.0, tol * width)) << "lower bound";
+    EXPECT_TRUE(NearRelative(cp.GetUpper(), cps[i]["upper"].get<double>(), 0.0, tol * width)) << "upper bound";
+  }
+  const auto& cov = ref["covparams_cov"];
+  const std::vector<double>& asy = result.GetCovParamsCov();
+  ASSERT_EQ(asy.size(), K * K);
+  for (std::size_t i = 0; i < K; ++i) {
+    for (std::size_t j = 0; j < K; ++j) {
+      // Relative to the geometric mean of the two variances.
+      const double scale = std::sqrt(cov[i][i].get<double>() * cov[j][j].get<double>());
+      EXPECT_TRUE(NearRelative(asy[i * K + j], cov[i][j].get<double>(), 0.0, tol * scale))
+          << "asymptotic covariance (" << i << ", " << j << ")";
+    }
+  }
+}
+
 void MCEngineTestFixture::Compare(const std::string& fixture, const MCEngine_850::MCEngineFitter& fitter,
-                                  const MCEngineTestDesign& design, double tolEstimates, double tolDF) {
+                                  const MCEngineTestDesign& design, double tolEstimates, double tolDF,
+                                  double tolCovStats) {
   const MCEngineResult& result = fitter.GetResult();
   std::ifstream in(FixturePath(fixture));
   ASSERT_TRUE(in.good()) << "missing reference file " << fixture;
@@ -71,6 +104,7 @@ void MCEngineTestFixture::Compare(const std::string& fixture, const MCEngine_850
                              1e-9 * cscale))
         << "covariance parameter";
   }
+  CompareCovParamStats(ref, result, tolCovStats);
 
   // Type III and Type I tests by term; the references have no intercept row.
   auto compareTests = [&](const nlohmann::json& refTests, const std::vector<MCEngine_850::MCEngineTest>& tests,
@@ -130,5 +164,72 @@ void MCEngineTestFixture::Compare(const std::string& fixture, const MCEngine_850
       EXPECT_TRUE(NearRelative(t.GetDenDF(), j["denDF"].get<double>(), tolDF, 0.0)) << "joint df";
       EXPECT_TRUE(NearRelative(t.GetSig(), j["p"].get<double>(), tolDF, 1e-12)) << "joint p";
     }
+  }
+}
+
+void MCEngineTestFixture::CompareSection(const std::string& fixture, const std::string& section,
+                                         const MCEngine_850::MCEngineFitter& fitter, const MCEngineTestDesign& design,
+                                         double tol) {
+  const MCEngineResult& result = fitter.GetResult();
+  std::ifstream in(FixturePath(fixture));
+  ASSERT_TRUE(in.good()) << "missing reference file " << fixture;
+  const nlohmann::json ref = nlohmann::json::parse(in);
+  SCOPED_TRACE(fixture + " " + section);
+  ASSERT_TRUE(ref.contains(section));
+  const nlohmann::json& sec = ref[section];
+  ASSERT_FALSE(result.GetStatus().IsError()) << "status " << result.GetStatus().GetCode();
+  const bool robust = section == "robust";
+  EXPECT_EQ(result.IsCovBetaRobust(), robust);
+
+  const std::size_t P = result.GetBeta().size();
+  std::vector<int> cols;
+  for (const auto& b : ref["beta"]) {
+    const int col = design.FindColumnName(b["name"].get<std::string>());
+    ASSERT_GE(col, 0);
+    cols.push_back(col);
+  }
+  for (std::size_t i = 0; i < cols.size(); ++i) {
+    const auto& b = sec["beta"][i];
+    ASSERT_EQ(b["name"].get<std::string>(), ref["beta"][i]["name"].get<std::string>());
+    SCOPED_TRACE(b["name"].get<std::string>());
+    const std::size_t c = static_cast<std::size_t>(cols[i]);
+    const MCEngine_850::MCEngineBetaStat& bs = result.GetBeta()[c];
+    const double se = robust ? b["se"].get<double>() : ref["beta"][i]["se"].get<double>();
+    EXPECT_TRUE(NearRelative(bs.GetStdError(), se, tol, 0.0)) << "standard error";
+    EXPECT_EQ(bs.GetDF(), b["df"].get<double>()) << "df";
+    EXPECT_TRUE(NearRelative(bs.GetSig(), b["p"].get<double>(), 1e-3, 1e-12)) << "p";
+    // The model-based covariance stays available.
+    EXPECT_TRUE(NearRelative(std::sqrt(result.GetModelCovBeta()[c * P + c]), ref["beta"][i]["se"].get<double>(), tol,
+                             0.0))
+        << "model-based standard error";
+  }
+  if (robust) {
+    EXPECT_EQ(result.GetFixedDF(), sec["clusters"].get<double>() - 1.0);
+    double scale = 0.0;
+    for (std::size_t i = 0; i < cols.size(); ++i) scale = std::max(scale, sec["cov"][i][i].get<double>());
+    for (std::size_t i = 0; i < cols.size(); ++i) {
+      for (std::size_t j = 0; j < cols.size(); ++j) {
+        const double v = result.GetCovBeta()[static_cast<std::size_t>(cols[i]) * P + static_cast<std::size_t>(cols[j])];
+        EXPECT_TRUE(NearRelative(v, sec["cov"][i][j].get<double>(), 0.0, tol * scale)) << "robust covariance";
+      }
+    }
+  } else {
+    EXPECT_EQ(result.GetFixedDF(), sec["df"].get<double>());
+  }
+  for (const auto& t : sec["typeIII"]) {
+    const std::string term = t["term"].get<std::string>();
+    SCOPED_TRACE(term);
+    const MCEngine_850::MCEngineTest* found = nullptr;
+    for (const auto& test : result.GetTypeIIITests()) {
+      if (static_cast<std::size_t>(test.GetTerm()) < design.GetTermNames().size() &&
+          design.GetTermNames()[static_cast<std::size_t>(test.GetTerm())] == term) {
+        found = &test;
+      }
+    }
+    ASSERT_NE(found, nullptr) << "no test of " << term;
+    EXPECT_TRUE(NearRelative(found->GetF(), t["F"].get<double>(), tol, 0.0)) << "F";
+    EXPECT_EQ(found->GetNumDF(), t["numDF"].get<double>());
+    EXPECT_EQ(found->GetDenDF(), t["denDF"].get<double>());
+    EXPECT_TRUE(NearRelative(found->GetSig(), t["p"].get<double>(), 1e-3, 1e-12)) << "p";
   }
 }

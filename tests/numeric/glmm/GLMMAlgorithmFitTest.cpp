@@ -117,6 +117,34 @@ void Compare(const std::string& fixture, const GLMMAlgorithm& algorithm, const s
     EXPECT_TRUE(NearRelative(theta[i], cps[i]["estimate"].get<double>(), tol, 1e-9 * cscale))
         << cps[i]["label"].get<std::string>();
   }
+  // Their statistics, from a numerical Hessian in the reference.
+  const double tolCov = 1e-4;
+  const std::vector<MCGLMM_850::GLMMThetaParamStat>& thetaStats = pStats->GetThetaParamStats();
+  ASSERT_EQ(thetaStats.size(), cps.size());
+  const MCMath_850::MCSymMatrix* pThetaCov = pStats->GetCovarianceMatrixTheta();
+  ASSERT_NE(pThetaCov, nullptr);
+  ASSERT_EQ(pThetaCov->GetDimension(), static_cast<int>(cps.size()));
+  for (std::size_t i = 0; i < cps.size(); ++i) {
+    const MCGLMM_850::GLMMThetaParamStat& st = thetaStats[i];
+    SCOPED_TRACE(cps[i]["label"].get<std::string>());
+    EXPECT_EQ(st.GetLabel(), cps[i]["label"].get<std::string>());
+    EXPECT_EQ(st.GetEstimate(), theta[i]);
+    EXPECT_FALSE(st.GetRedundant());
+    EXPECT_TRUE(NearRelative(st.GetStdError(), cps[i]["se"].get<double>(), tolCov, 0.0)) << "standard error";
+    EXPECT_TRUE(NearRelative(st.GetWaldZ(), cps[i]["z"].get<double>(), tolCov, 0.0)) << "Wald Z";
+    EXPECT_TRUE(NearRelative(st.GetSig(), cps[i]["p"].get<double>(), 10.0 * tolCov, 1e-12)) << "significance";
+    const double width = cps[i]["upper"].get<double>() - cps[i]["lower"].get<double>();
+    EXPECT_TRUE(NearRelative(st.GetLowerBound(), cps[i]["lower"].get<double>(), 0.0, tolCov * width)) << "lower";
+    EXPECT_TRUE(NearRelative(st.GetUpperBound(), cps[i]["upper"].get<double>(), 0.0, tolCov * width)) << "upper";
+    EXPECT_NEAR(pThetaCov->GetElem(0, 0, static_cast<int>(i), static_cast<int>(i)), st.GetStdError() * st.GetStdError(),
+                1e-9 * st.GetStdError() * st.GetStdError());
+    for (std::size_t j = 0; j < cps.size(); ++j) {
+      const auto& cov = ref["covparams_cov"];
+      const double scale = std::sqrt(cov[i][i].get<double>() * cov[j][j].get<double>());
+      EXPECT_TRUE(NearRelative(pThetaCov->GetElem(0, 0, static_cast<int>(i), static_cast<int>(j)),
+                               cov[i][j].get<double>(), 0.0, tolCov * scale));
+    }
+  }
 
   // Test 0 is the intercept's; test i the model effect i - 1.
   auto compareTests = [&](const nlohmann::json& refTests, const MCMath_850::MCModelTestStats* pTests) {
@@ -183,6 +211,16 @@ void FitSleepstudy(const std::string& fixture, GLMMConst_850::ThetaEstType metho
   EXPECT_NE(pStats->GetAICC(), MCCommon_850::MCMV::Missing());
   EXPECT_NE(pStats->GetBIC(), MCCommon_850::MCMV::Missing());
   EXPECT_EQ(pStats->GetBetaParameters()[1].GetEffectIndex(), 0);
+  // UN(1,1), UN(2,1), UN(2,2) of block 0, then the residual.
+  const auto& thetaStats = pStats->GetThetaParamStats();
+  ASSERT_EQ(thetaStats.size(), 4u);
+  EXPECT_EQ(thetaStats[1].GetKind(), MCGLMM_850::GLMMThetaParamStat::COVARIANCE);
+  EXPECT_EQ(thetaStats[2].GetKind(), MCGLMM_850::GLMMThetaParamStat::VARIANCE);
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_EQ(thetaStats[U(k)].GetBlockIndex(), 0);
+    EXPECT_EQ(thetaStats[U(k)].GetEffectIndex(), -1);
+  }
+  EXPECT_EQ(thetaStats[3].GetBlockIndex(), MCGLMM_850::GLMMThetaParamStat::kResidualBlock);
 }
 
 void FitOrthodontResidual(const std::string& fixture, GLMMConst_850::CovarType type,
@@ -287,6 +325,16 @@ TEST(GLMMAlgorithmFit, OatsCrossedFactorsWithRandomBlockAndPlot) {
       Block({Effect(set, 3, {1}, {}, {1}), Effect(set, 3, {1, 2}, {}, {1, 2})}, {}, GLMMConst_850::VC, 0));
   const GLMMOutputStats stats =
       Fit(settings, records, "oats", {"Variety", "nitro", "Variety*nitro"}, {{2}, {3}, {2, 3}});
+  // Block and Block*Variety are variance components of random block 0.
+  const auto& thetaStats = stats.GetThetaParamStats();
+  ASSERT_EQ(thetaStats.size(), 3u);
+  EXPECT_EQ(thetaStats[0].GetBlockIndex(), 0);
+  EXPECT_EQ(thetaStats[0].GetEffectIndex(), 0);
+  EXPECT_EQ(thetaStats[1].GetBlockIndex(), 0);
+  EXPECT_EQ(thetaStats[1].GetEffectIndex(), 1);
+  EXPECT_EQ(thetaStats[2].GetBlockIndex(), MCGLMM_850::GLMMThetaParamStat::kResidualBlock);
+  EXPECT_EQ(thetaStats[2].GetEffectIndex(), -1);
+  for (const auto& st : thetaStats) EXPECT_EQ(st.GetKind(), MCGLMM_850::GLMMThetaParamStat::VARIANCE);
   // Intercept, 3 + 4 + 12 columns; Block 6 and Block*Variety 18 random columns.
   EXPECT_EQ(stats.GetBetaParameters().size(), 20u);
   ASSERT_EQ(stats.GetGammaBasicParameters().size(), 1u);
@@ -327,6 +375,11 @@ TEST(GLMMAlgorithmFit, PenicillinCrossedRandomBlocks) {
   settings.AddRandomSpec(Block({Effect(set, 2, {2}, {}, {2})}, {}, GLMMConst_850::VC, 1));
   const GLMMOutputStats stats = Fit(settings, records, "penicillin", {}, {});
   EXPECT_EQ(stats.GetGammaBasicParameters().size(), 2u);
+  const auto& thetaStats = stats.GetThetaParamStats();
+  ASSERT_EQ(thetaStats.size(), 3u);
+  EXPECT_EQ(thetaStats[0].GetBlockIndex(), 0);
+  EXPECT_EQ(thetaStats[1].GetBlockIndex(), 1);
+  EXPECT_EQ(thetaStats[2].GetBlockIndex(), MCGLMM_850::GLMMThetaParamStat::kResidualBlock);
 }
 
 
@@ -466,7 +519,8 @@ TEST(GLMMAlgorithmFit, StructureNotAvailable) {
   GLMMRandomSpec block;
   block.AddEffect(MCModelEffect());
   block.AddSubjectVar(2);
-  block.SetCovarianceType(GLMMConst_850::FA1);
+  // Spatial structures serve the residual block only.
+  block.SetCovarianceType(GLMMConst_850::SP_GAU);
   settings.AddRandomSpec(block);
   GLMMAlgorithm algorithm(settings, records.GetVarList());
   const MCCommon_850::MCStatus status = algorithm.Execute(&records, 0);

@@ -192,6 +192,10 @@ TEST(GLMMDesignBuilder, RandomAndResidualBlocks) {
   EXPECT_NE(res.GetSubjects()[1], res.GetSubjects()[2]);
   ASSERT_EQ(builder.GetGammaParameters().size(), 1u);
   EXPECT_EQ(builder.GetGammaParameters()[0].size(), 2u);
+  // The block's intercept is an effect of the block, at position 0.
+  EXPECT_TRUE(builder.GetGammaParameters()[0][0].IsIntercept());
+  EXPECT_EQ(builder.GetGammaParameters()[0][0].GetEffectIndex(), 0);
+  EXPECT_EQ(builder.GetGammaParameters()[0][1].GetEffectIndex(), 1);
 }
 
 TEST(GLMMDesignBuilder, CovarianceTypes) {
@@ -200,15 +204,19 @@ TEST(GLMMDesignBuilder, CovarianceTypes) {
   EXPECT_EQ(type, MCEngine_850::MCEngineCovType::CS);
   EXPECT_TRUE(GLMMDesignBuilder::MapCovType(GLMMConst_850::DIAG, type));
   EXPECT_EQ(type, MCEngine_850::MCEngineCovType::DIAG);
-  EXPECT_FALSE(GLMMDesignBuilder::MapCovType(GLMMConst_850::ARH1, type));
-  EXPECT_FALSE(GLMMDesignBuilder::MapCovType(GLMMConst_850::SP_POW, type));
+  EXPECT_TRUE(GLMMDesignBuilder::MapCovType(GLMMConst_850::ARH1, type));
+  EXPECT_EQ(type, MCEngine_850::MCEngineCovType::ARH1);
+  EXPECT_TRUE(GLMMDesignBuilder::MapCovType(GLMMConst_850::SP_POW, type));
+  EXPECT_EQ(type, MCEngine_850::MCEngineCovType::SP_POW);
+  EXPECT_FALSE(GLMMDesignBuilder::MapCovType(GLMMConst_850::COVAR_RESERVED, type));
 
+  // The spatial structures serve the residual block only.
   GLMMSettings settings = Settings();
-  GLMMRandomSpec repeated;
-  repeated.Reset(true);
-  repeated.AddSubjectVar(4);
-  repeated.SetCovarianceType(GLMMConst_850::TP);
-  settings.SetRepeated(repeated);
+  GLMMRandomSpec block;
+  block.AddEffect(MCModelEffect());
+  block.AddSubjectVar(4);
+  block.SetCovarianceType(GLMMConst_850::SP_EXP);
+  settings.AddRandomSpec(block);
   const MCVarList list = Variables();
   GLMMDesignBuilder builder(settings, list);
   RowsIterator rows = Rows();

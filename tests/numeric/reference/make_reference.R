@@ -7,7 +7,8 @@
 #
 #   Rscript tests/numeric/reference/make_reference.R            (from the repository root)
 #
-# Checked with R 4.2, lme4 1.1-31, lmerTest 3.1-3, nlme 3.1-162, numDeriv.
+# Checked with R 4.2, lme4 1.1-31, lmerTest 3.1-3, nlme 3.1-162, numDeriv,
+# clubSandwich 0.5.8.
 #
 # Conventions, so that R's numbers are comparable with the engine's:
 #
@@ -45,6 +46,26 @@
 #   Fisher z of correlations; the df do not depend on the coordinates at the
 #   optimum), A = 2 H^-1, nu = 2 (l C l')^2 / (g' A g), and for several rows
 #   the Fai-Cornelius combination (denominator df 2E/(E - q), or 0 when E <= q).
+# * Covariance parameter statistics: the asymptotic covariance of the
+#   covariance parameters is A = 2 H^-1, H the Hessian of -2 log L in the
+#   natural parameters at the estimates (written as "covparams_cov", rows in
+#   the order of "covparams"). lme4 reports no such thing, so for lmer fits
+#   -2 log L is evaluated densely from V = sum_k theta_k V_k (every lmer model
+#   here is linear in its natural parameters; V_k from lme4's Z matrices),
+#   checked against lme4's criterion, and differentiated numerically
+#   (numDeriv). For nlme fits the Hessian of the Satterthwaite set-up below
+#   (unconstrained coordinates phi) is carried over by the chain rule:
+#   A = J A_phi J', J = d theta / d phi. Standard error sqrt(A_kk), Wald
+#   Z = estimate / SE; a variance (label "Variance", "Residual", "Var(i)",
+#   "UN(i,i)") has the one-sided p-value P(Z > z) and the interval
+#   [nu est / chi2_{1-a/2,nu}, nu est / chi2_{a/2,nu}] with nu = 2 Z^2; any
+#   other parameter the two-sided p-value and est -/+ z_{1-a/2} SE (95%).
+# * "robust": the empirical (sandwich) covariance of the fixed estimates,
+#   C (sum_g X_g' V_g^-1 e_g e_g' V_g^-1 X_g) C with e = y - X beta, one term
+#   per cluster g (the model's independent groups), checked against
+#   clubSandwich::vcovCR(type = "CR0"); tests and intervals with it use
+#   G - 1 degrees of freedom (G clusters). "residual_df": the same fit with
+#   every degrees of freedom n - rank(X).
 # * Type III tests: lmerTest's anova(type = 3) for lmer fits; for nlme fits the
 #   same coding-invariant contrasts (lmerTest's type 3 contrasts of the
 #   equivalent lm fit) tested with the estimates above. Type I tests:
@@ -56,6 +77,7 @@
 #   comparisons at 1e-5.
 
 suppressPackageStartupMessages({
+  library(clubSandwich)
   library(lme4)
   library(lmerTest)
   library(nlme)
@@ -143,8 +165,10 @@ write_fixture <- function(name, fixture) {
 # `contrasts` is a list of single-row L written as named lists over the
 # engine's column names (columns that R does not have, the aliased ones,
 # multiply an estimate of 0 and are left out); `joint` a list of lists of rows.
-lmer_fixture <- function(model, data_file, formula, factors, data, reml, covparams_fun, notes,
-                         contrasts = list(), joint = list()) {
+# `vk` describes V_k of each covariance parameter (see lmer_vk); `robust`
+# names the cluster variable of a robust section, `residual_df` adds one.
+lmer_fixture <- function(model, data_file, formula, factors, data, reml, covparams_fun, notes, vk,
+                         contrasts = list(), joint = list(), robust = NULL, residual_df = FALSE) {
   m0 <- lme4::lmer(formula, data = data, REML = reml, control = lmer_control)
   # A few Newton steps on lme4's own deviance function remove what is left
   # of the optimiser's stopping error; the model is then rebuilt at that point.
@@ -185,9 +209,34 @@ lmer_fixture <- function(model, data_file, formula, factors, data, reml, covpara
     ct <- contest(m, Lm, joint = TRUE)
     list(rows = rows, F = ct[["F value"]], numDF = ct[["NumDF"]], denDF = ct[["DenDF"]], p = ct[["Pr(>F)"]])
   })
-  list(model = model, data = data_file, method = if (reml) "REML" else "ML", notes = notes,
-       minus2ll = if (reml) REMLcrit(m) else deviance(m), beta = beta,
-       covparams = covparams_fun(m), typeIII = type3, typeI = type1, contrasts = contrasts_out, joint = joint_out)
+  # Covariance parameter statistics from the dense criterion.
+  cp <- covparams_fun(m)
+  labels <- vapply(cp, function(x) x$label, "")
+  theta <- vapply(cp, function(x) x$estimate, 0)
+  Vk <- lmer_vk(m, vk)
+  stopifnot(length(Vk) == length(theta))
+  y <- getME(m, "y")
+  vfun <- function(t, g) Reduce(`+`, Map(`*`, t, Vk))[g, g, drop = FALSE]
+  all_rows <- list(seq_along(y))
+  crit <- function(t) dense_criterion(t, vfun, X, y, all_rows, reml)$f
+  m2ll <- if (reml) REMLcrit(m) else deviance(m)
+  if (abs(crit(theta) - m2ll) > 1e-8 * abs(m2ll)) stop(sprintf("%s: dense criterion differs from lme4", model))
+  # Steps of 1% (with Richardson extrapolation): smaller ones lose the
+  # Hessian to the rounding error of the criterion.
+  hess_args <- list(eps = 1e-4, d = 0.01, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
+  A <- 2 * solve(numDeriv::hessian(crit, theta, method.args = hess_args))
+  out <- list(model = model, data = data_file, method = if (reml) "REML" else "ML", notes = notes,
+              minus2ll = m2ll, beta = beta, covparams = covparam_stats(labels, theta, A),
+              covparams_cov = matrix_rows(A), typeIII = type3, typeI = type1, contrasts = contrasts_out,
+              joint = joint_out)
+  if (!is.null(robust)) {
+    dense <- dense_criterion(theta, vfun, X, y, all_rows, reml)
+    out$robust <- robust_section(X, y, vfun(theta, seq_along(y)), dense$beta, dense$C, data[[robust]], names_ours,
+                                 type3_contrasts(nobars(formula), data, X),
+                                 check_vcov = clubSandwich::vcovCR(m, type = "CR0"))
+  }
+  if (residual_df) out$residual_df <- residual_df_section(beta, type3, length(y), ncol(X))
+  out
 }
 
 # Newton steps with numerical derivatives while they decrease f.
@@ -286,7 +335,8 @@ f_test <- function(L, beta, s) {
 }
 
 nlme_fixture <- function(model, data_file, fixed_formula, factors, data, fit, theta, covparam_labels, vfun,
-                         groups, reml, notes, to_phi, from_phi, xtx_weights = NULL) {
+                         groups, reml, notes, to_phi, from_phi, xtx_weights = NULL, robust = NULL,
+                         residual_df = FALSE) {
   X <- fixed_design(fixed_formula[-2], data, factors)
   y <- data[[all.vars(fixed_formula)[1]]]
   names_ours <- attr(X, "names_ours")
@@ -333,9 +383,21 @@ nlme_fixture <- function(model, data_file, fixed_formula, factors, data, fit, th
     t <- f_test(L1s[[term]], dense$beta, s)
     list(term = gsub(":", "*", term, fixed = TRUE), F = t$F, numDF = t$numDF, denDF = t$denDF, p = t$p)
   })
-  list(model = model, data = data_file, method = if (reml) "REML" else "ML", notes = notes,
-       minus2ll = m2ll, max_abs_gradient = max(abs(s$grad)), beta = beta,
-       covparams = vc_list(covparam_labels, theta), typeIII = type3, typeI = type1)
+  # The asymptotic covariance in the natural parameters.
+  J <- numDeriv::jacobian(from_phi, to_phi(theta))
+  A <- J %*% s$A %*% t(J)
+  out <- list(model = model, data = data_file, method = if (reml) "REML" else "ML", notes = notes,
+              minus2ll = m2ll, max_abs_gradient = max(abs(s$grad)), beta = beta,
+              covparams = covparam_stats(covparam_labels, theta, A), covparams_cov = matrix_rows(A),
+              typeIII = type3, typeI = type1)
+  if (!is.null(robust)) {
+    V <- matrix(0, length(y), length(y))
+    for (g in groups) V[g, g] <- vfun(theta, g)
+    out$robust <- robust_section(X, y, V, dense$beta, dense$C, data[[robust]], names_ours, Ls[names(Ls) != "(Intercept)"],
+                                 check_vcov = clubSandwich::vcovCR(fit, type = "CR0"))
+  }
+  if (residual_df) out$residual_df <- residual_df_section(beta, type3, length(y), ncol(X))
+  out
 }
 
 fixef_or_coef <- function(fit) if (inherits(fit, "lme")) fixef(fit) else coef(fit)
@@ -343,23 +405,125 @@ fixef_or_coef <- function(fit) if (inherits(fit, "lme")) fixef(fit) else coef(fi
 groups_by <- function(subject) split(seq_along(subject), subject)
 
 # ---------------------------------------------------------------------------
+# Covariance parameter statistics, the robust covariance and residual df.
+
+is_variance_label <- function(label) {
+  label %in% c("Variance", "Residual") || grepl("^Var\\(", label) || grepl("^UN\\((\\d+),\\1\\)$", label)
+}
+
+# Entries of "covparams" with their statistics from the asymptotic covariance A.
+covparam_stats <- function(labels, theta, A, level = 0.95) {
+  alpha <- 1 - level
+  lapply(seq_along(labels), function(k) {
+    est <- unname(theta[k])
+    se <- sqrt(A[k, k])
+    z <- est / se
+    if (is_variance_label(labels[k])) {
+      nu <- 2 * z^2
+      p <- pnorm(z, lower.tail = FALSE)
+      lower <- nu * est / qchisq(1 - alpha / 2, nu)
+      upper <- nu * est / qchisq(alpha / 2, nu)
+    } else {
+      p <- 2 * pnorm(-abs(z))
+      lower <- est - qnorm(1 - alpha / 2) * se
+      upper <- est + qnorm(1 - alpha / 2) * se
+    }
+    list(label = labels[k], estimate = est, se = se, z = z, p = p, lower = lower, upper = upper)
+  })
+}
+
+matrix_rows <- function(A) lapply(seq_len(nrow(A)), function(i) unname(A[i, ]))
+
+# V_k of an lmer model that is linear in its natural parameters: each entry
+# of `vk` names two columns of lme4's Z ("group.column" as in Ztlist), the
+# same name twice for a variance, or is "residual".
+lmer_vk <- function(m, vk) {
+  Zt <- getME(m, "Ztlist")
+  n <- ncol(Zt[[1]])
+  lapply(vk, function(e) {
+    if (identical(e, "residual")) return(diag(n))
+    Zi <- t(as.matrix(Zt[[e[1]]]))
+    Zj <- t(as.matrix(Zt[[e[2]]]))
+    if (e[1] == e[2]) tcrossprod(Zi) else tcrossprod(Zi, Zj) + tcrossprod(Zj, Zi)
+  })
+}
+
+# The empirical covariance of the fixed estimates over clusters, and tests
+# with G - 1 degrees of freedom.
+robust_section <- function(X, y, V, beta, C, clusters, names_ours, type3_L, check_vcov = NULL) {
+  e <- drop(y - X %*% beta)
+  meat <- matrix(0, ncol(X), ncol(X))
+  for (g in split(seq_along(y), clusters)) {
+    u <- crossprod(X[g, , drop = FALSE], solve(V[g, g, drop = FALSE], e[g]))
+    meat <- meat + tcrossprod(u)
+  }
+  CR <- C %*% meat %*% C
+  if (!is.null(check_vcov)) {
+    ref <- as.matrix(check_vcov)
+    if (max(abs(ref - CR)) > 1e-6 * max(abs(CR))) stop("robust covariance differs from clubSandwich")
+  }
+  G <- length(unique(clusters))
+  df <- G - 1
+  se <- sqrt(diag(CR))
+  b <- lapply(seq_along(beta), function(i)
+    list(name = names_ours[i], estimate = unname(beta[i]), se = unname(se[i]), df = df,
+         p = 2 * pt(abs(beta[i] / se[i]), df, lower.tail = FALSE)))
+  t3 <- lapply(names(type3_L), function(term) {
+    L <- type3_L[[term]]
+    Lb <- L %*% beta
+    q <- qr(L)$rank
+    Fv <- drop(t(Lb) %*% solve(L %*% CR %*% t(L), Lb)) / q
+    list(term = gsub(":", "*", term, fixed = TRUE), F = Fv, numDF = q, denDF = df,
+         p = pf(Fv, q, df, lower.tail = FALSE))
+  })
+  list(clusters = G, cov = matrix_rows(CR), beta = b, typeIII = t3)
+}
+
+# Every degrees of freedom n - rank(X); estimates, standard errors and F as
+# with Satterthwaite's df.
+residual_df_section <- function(beta_entries, type3_entries, n, p) {
+  df <- n - p
+  list(df = df,
+       beta = lapply(beta_entries, function(b)
+         list(name = b$name, df = df, p = 2 * pt(abs(b$estimate / b$se), df, lower.tail = FALSE))),
+       typeIII = lapply(type3_entries, function(t)
+         list(term = t$term, F = t$F, numDF = t$numDF, denDF = df, p = pf(t$F, t$numDF, df, lower.tail = FALSE))))
+}
+
+type3_contrasts <- function(fixed_formula, data, X) {
+  lmfit <- lm(fixed_formula, data = data)
+  stopifnot(all(names(coef(lmfit)) == colnames(X)))
+  Ls <- lmerTest:::get_contrasts_type3(lmfit)
+  Ls[names(Ls) != "(Intercept)"]
+}
+
+# ---------------------------------------------------------------------------
 # The models.
+
+# V_k of a random intercept and slope b by group g, unstructured; and of one
+# variance per named column of Z.
+vk_un <- function(g, b) list(c(paste0(g, ".(Intercept)"), paste0(g, ".(Intercept)")),
+                             c(paste0(g, ".(Intercept)"), paste0(g, ".", b)), c(paste0(g, ".", b), paste0(g, ".", b)),
+                             "residual")
+vk_vc <- function(...) c(lapply(c(...), function(z) c(z, z)), list("residual"))
 
 # sleepstudy: random intercept and slope by subject, unstructured and VC.
 sleep <- read_data("sleepstudy.csv", c("Subject"))
 write_fixture("sleepstudy_un", lmer_fixture(
   "sleepstudy_un", "sleepstudy.csv", Reaction ~ Days + (Days | Subject), c("Subject"), sleep, TRUE,
   function(m) { v <- VarCorr(m)$Subject; vc_list(c("UN(1,1)", "UN(2,1)", "UN(2,2)", "Residual"), c(un2(v), sigma(m)^2)) },
-  "RANDOM intercept Days / SUBJECT=Subject TYPE=UN"))
+  "RANDOM intercept Days / SUBJECT=Subject TYPE=UN", vk_un("Subject", "Days"), robust = "Subject",
+  residual_df = TRUE))
 write_fixture("sleepstudy_un_ml", lmer_fixture(
   "sleepstudy_un_ml", "sleepstudy.csv", Reaction ~ Days + (Days | Subject), c("Subject"), sleep, FALSE,
   function(m) { v <- VarCorr(m)$Subject; vc_list(c("UN(1,1)", "UN(2,1)", "UN(2,2)", "Residual"), c(un2(v), sigma(m)^2)) },
-  "ML; RANDOM intercept Days / SUBJECT=Subject TYPE=UN"))
+  "ML; RANDOM intercept Days / SUBJECT=Subject TYPE=UN", vk_un("Subject", "Days")))
 write_fixture("sleepstudy_vc", lmer_fixture(
   "sleepstudy_vc", "sleepstudy.csv", Reaction ~ Days + (1 | Subject) + (0 + Days | Subject), c("Subject"), sleep, TRUE,
   function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
                 c(v[[1]][1, 1], v[[2]][1, 1], sigma(m)^2)) },
-  "RANDOM intercept Days / SUBJECT=Subject TYPE=VC (intercept variance first)"))
+  "RANDOM intercept Days / SUBJECT=Subject TYPE=VC (intercept variance first)",
+  vk_vc("Subject.(Intercept)", "Subject.Days")))
 
 # Orthodont: Sex, age and their interaction; random intercept, random
 # intercept and slope, and residual CS, UN and AR1 by Subject over age.
@@ -367,11 +531,11 @@ ortho <- read_data("orthodont.csv", c("Sex", "Subject"))
 write_fixture("orthodont_ri", lmer_fixture(
   "orthodont_ri", "orthodont.csv", distance ~ age * Sex + (1 | Subject), c("Sex", "Subject"), ortho, TRUE,
   function(m) vc_list(c("Variance", "Residual"), c(VarCorr(m)$Subject[1, 1], sigma(m)^2)),
-  "RANDOM intercept / SUBJECT=Subject"))
+  "RANDOM intercept / SUBJECT=Subject", vk_vc("Subject.(Intercept)")))
 write_fixture("orthodont_un_g", lmer_fixture(
   "orthodont_un_g", "orthodont.csv", distance ~ age * Sex + (age | Subject), c("Sex", "Subject"), ortho, TRUE,
   function(m) { v <- VarCorr(m)$Subject; vc_list(c("UN(1,1)", "UN(2,1)", "UN(2,2)", "Residual"), c(un2(v), sigma(m)^2)) },
-  "RANDOM intercept age / SUBJECT=Subject TYPE=UN"))
+  "RANDOM intercept age / SUBJECT=Subject TYPE=UN", vk_un("Subject", "age")))
 
 ortho_groups <- groups_by(ortho$Subject)
 ortho_pos <- match(ortho$age, sort(unique(ortho$age)))
@@ -386,7 +550,8 @@ cs_to_phi <- function(theta) c(theta[1], log(theta[2]))
 cs_from_phi <- function(phi) c(phi[1], exp(phi[2]))
 write_fixture("orthodont_cs", nlme_fixture(
   "orthodont_cs", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_cs, c(s2 * rho, s2 * (1 - rho)),
-  c("CS", "Residual"), vfun_cs, ortho_groups, TRUE, "residual CS by Subject", cs_to_phi, cs_from_phi))
+  c("CS", "Residual"), vfun_cs, ortho_groups, TRUE, "residual CS by Subject", cs_to_phi, cs_from_phi,
+  robust = "Subject"))
 
 fit_cs_ml <- gls(distance ~ age * Sex, data = ortho, correlation = corCompSymm(form = ~ 1 | Subject),
                  method = "ML", control = gls_control)
@@ -425,7 +590,8 @@ un_to_phi <- function(theta) { theta[un_diag] <- log(theta[un_diag]); theta }
 un_from_phi <- function(phi) { phi[un_diag] <- exp(phi[un_diag]); phi }
 write_fixture("orthodont_un", nlme_fixture(
   "orthodont_un", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_un, un_params(S_un),
-  un_labels(4), vfun_un, ortho_groups, TRUE, "residual UN by Subject over age", un_to_phi, un_from_phi))
+  un_labels(4), vfun_un, ortho_groups, TRUE, "residual UN by Subject over age", un_to_phi, un_from_phi,
+  residual_df = TRUE))
 
 ar1_matrix <- function(rho, s2, t) s2 * rho^abs(outer(1:t, 1:t, "-"))
 ar1_to_phi <- function(theta) c(atanh(theta[1]), log(theta[2]))
@@ -484,9 +650,10 @@ write_fixture("oats", lmer_fixture(
   "oats", "oats.csv", yield ~ Variety * nitro + (1 | Block) + (1 | Block:Variety), c("Variety", "nitro"), oats, TRUE,
   function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
                 c(v[["Block"]][1, 1], v[["Block:Variety"]][1, 1], sigma(m)^2)) },
-  "RANDOM Block Block*Variety (VC, Block first)",
+  "RANDOM Block Block*Variety (VC, Block first)", vk_vc("Block.(Intercept)", "Block:Variety.(Intercept)"),
   contrasts = list(variety_contrast("Golden Rain", "Marvellous"), variety_contrast("Marvellous", "Victory")),
-  joint = list(list(variety_contrast("Golden Rain", "Marvellous"), variety_contrast("Marvellous", "Victory")))))
+  joint = list(list(variety_contrast("Golden Rain", "Marvellous"), variety_contrast("Marvellous", "Victory"))),
+  residual_df = TRUE))
 
 # Machines: Machine fixed; Worker and Worker*Machine random.
 machines <- read_data("machines.csv", c("Worker", "Machine"))
@@ -494,7 +661,8 @@ write_fixture("machines", lmer_fixture(
   "machines", "machines.csv", score ~ Machine + (1 | Worker) + (1 | Worker:Machine), c("Machine"), machines, TRUE,
   function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
                 c(v[["Worker"]][1, 1], v[["Worker:Machine"]][1, 1], sigma(m)^2)) },
-  "RANDOM Worker Worker*Machine (VC, Worker first)"))
+  "RANDOM Worker Worker*Machine (VC, Worker first)", vk_vc("Worker.(Intercept)", "Worker:Machine.(Intercept)"),
+  robust = "Worker"))
 
 # Pastes: cask nested in batch.
 pastes <- read_data("pastes.csv", c("batch", "cask"))
@@ -502,14 +670,14 @@ write_fixture("pastes", lmer_fixture(
   "pastes", "pastes.csv", strength ~ 1 + (1 | batch) + (1 | batch:cask), character(0), pastes, TRUE,
   function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
                 c(v[["batch"]][1, 1], v[["batch:cask"]][1, 1], sigma(m)^2)) },
-  "RANDOM batch cask(batch) (VC, batch first)"))
+  "RANDOM batch cask(batch) (VC, batch first)", vk_vc("batch.(Intercept)", "batch:cask.(Intercept)")))
 
 # Dyestuff: one random factor.
 dyestuff <- read_data("dyestuff.csv", c("Batch"))
 write_fixture("dyestuff", lmer_fixture(
   "dyestuff", "dyestuff.csv", Yield ~ 1 + (1 | Batch), character(0), dyestuff, TRUE,
   function(m) vc_list(c("Variance", "Residual"), c(VarCorr(m)$Batch[1, 1], sigma(m)^2)),
-  "RANDOM Batch"))
+  "RANDOM Batch", vk_vc("Batch.(Intercept)")))
 
 # Penicillin: crossed random factors.
 penicillin <- read_data("penicillin.csv", c("plate", "sample"))
@@ -517,7 +685,7 @@ write_fixture("penicillin", lmer_fixture(
   "penicillin", "penicillin.csv", diameter ~ 1 + (1 | plate) + (1 | sample), character(0), penicillin, TRUE,
   function(m) { v <- VarCorr(m); vc_list(c("Variance", "Variance", "Residual"),
                 c(v[["plate"]][1, 1], v[["sample"]][1, 1], sigma(m)^2)) },
-  "RANDOM plate sample (two blocks, crossed; plate first)"))
+  "RANDOM plate sample (two blocks, crossed; plate first)", vk_vc("plate.(Intercept)", "sample.(Intercept)")))
 
 # BodyWeight: Diet*Time with Time a covariate; residual AR1 by Rat over the
 # time points.

@@ -3,6 +3,7 @@
 // Private to the engine's implementation files: includes Eigen.
 #include <Eigen/Dense>
 #include <string>
+#include <vector>
 
 #include "numeric/engine/MCEngineCovParam.h"
 #include "numeric/engine/MCEngineCovType.h"
@@ -10,8 +11,9 @@
 namespace MCEngine_850 {
 
 // A covariance structure Sigma(theta) over t positions (random side: the t
-// columns of one subject; residual side: the t repeated-measures positions),
-// with its analytic first and second derivatives.
+// columns of one subject; residual side: the t repeated-measures positions,
+// or the t distinct points of a spatial structure), with its analytic first
+// and second derivatives.
 class MCCovStructure {
  public:
   explicit MCCovStructure(int dimension) : fDimension(dimension) {}
@@ -47,10 +49,31 @@ class MCCovStructure {
   // Moves starting values into the admissible region: variances at least
   // smallVariance, correlations inside (-1, 1), Sigma positive definite.
   virtual void Repair(Eigen::VectorXd& theta, double smallVariance) const;
-  // Bounds: variances non-negative, correlations strictly inside (-1, 1).
+  // Values worth trying, one parameter at a time, as the start of a
+  // parameter that enters non-linearly; empty when there are none.
+  virtual std::vector<double> GetStartCandidates(int k) const;
+  // Among parameters that give the same Sigma, moves theta to the one that
+  // is reported (the sign of a factor-analytic loading vector).
+  virtual void Canonicalize(Eigen::VectorXd& theta) const;
+
+  // Admissible interval of parameter k; infinite where there is no bound.
+  // A variance may sit on its lower bound 0; the ends of the other intervals
+  // are not attainable (correlations (-1, 1), ranges (0, inf)).
+  virtual void GetBounds(int k, double& lower, double& upper) const;
+  // Bounds: variances non-negative, every other parameter strictly inside
+  // its interval.
   bool InBounds(const Eigen::VectorXd& theta) const;
 
+  // The power of c^2 by which a parameter of this kind follows a change of
+  // the response's units by the factor c: 1 for variances and covariances,
+  // 1/2 for loadings, 0 for correlations and ranges.
+  static double ScalePower(MCEngineCovParam::Kind kind);
+
  protected:
+  // Sigma at theta has a Cholesky factor whose smallest diagonal entry is not
+  // negligible against the largest standard deviation.
+  bool IsClearlyPositiveDefinite(const Eigen::VectorXd& theta) const;
+
   int fDimension;
 };
 

@@ -39,6 +39,10 @@ struct MCEngineData {
   int fResDimension = 1;
   std::vector<int> fvResSubject;
   std::vector<int> fvResPosition;
+  // A spatial residual structure's positions are the distinct points of the
+  // records' coordinates, in ascending order: fResDimension rows of
+  // coordinates, row-major. Empty for other structures.
+  std::vector<double> fvResPoints;
 
   int GetNComponents() const { return static_cast<int>(fvComponentStart.size()) - 1; }
 };

@@ -6,6 +6,8 @@
 #include <numeric>
 #include <unordered_map>
 
+#include "numeric/glmm/GLMMConst.h"
+
 namespace MCEngine_850 {
 
 namespace {
@@ -120,7 +122,12 @@ MCEngineStatus MCEngineDataBuilder::Build(const MCEngineInput& input, double sin
   }
   const MCEngineResidualBlock& res = input.GetResidualBlock();
   if (!ValidSubjects(res.GetSubjects(), n) || !ValidSubjects(res.GetPositions(), n)) return Invalid();
-  const bool positionsGiven = !res.GetPositions().empty();
+  const bool spatial = GLMMConst_850::IsSpatial(res.GetCovType());
+  const int nCoord = spatial ? res.GetNCoordinates() : 0;
+  if (spatial && (nCoord < 1 || res.GetCoordinates().size() != static_cast<std::size_t>(n) * static_cast<std::size_t>(nCoord))) {
+    return Invalid();
+  }
+  const bool positionsGiven = !res.GetPositions().empty() && !spatial;
 
   // Usable records.
   const std::vector<double>& y = input.GetY();
@@ -141,6 +148,7 @@ MCEngineStatus MCEngineDataBuilder::Build(const MCEngineInput& input, double sin
     }
     if (ok && !res.GetSubjects().empty() && res.GetSubjects()[static_cast<std::size_t>(r)] < 0) ok = false;
     if (ok && positionsGiven && res.GetPositions()[static_cast<std::size_t>(r)] < 0) ok = false;
+    for (int c = 0; ok && c < nCoord; ++c) ok = std::isfinite(res.GetCoordinates()[static_cast<std::size_t>(r) * static_cast<std::size_t>(nCoord) + static_cast<std::size_t>(c)]);
     if (ok) used.push_back(r);
   }
   if (used.empty()) return MCEngineStatus(MCEngineStatus::kNoValidCases, MCEngineStatus::kError);
@@ -359,10 +367,25 @@ MCEngineStatus MCEngineDataBuilder::Build(const MCEngineInput& input, double sin
       ++counts[static_cast<std::size_t>(code)];
     }
     data.fNResSubjects = static_cast<int>(subjectCode.size());
+    if (spatial) {
+      // The distinct points, in ascending order, are the positions.
+      auto point = [&](int k) {
+        const double* c = &res.GetCoordinates()[static_cast<std::size_t>(data.fvOriginalIndex[static_cast<std::size_t>(k)]) * static_cast<std::size_t>(nCoord)];
+        return std::vector<double>(c, c + nCoord);
+      };
+      std::map<std::vector<double>, int> points;
+      for (int k = 0; k < nu; ++k) points.emplace(point(k), 0);
+      int index = 0;
+      for (auto& entry : points) {
+        entry.second = index++;
+        data.fvResPoints.insert(data.fvResPoints.end(), entry.first.begin(), entry.first.end());
+      }
+      for (int k = 0; k < nu; ++k) data.fvResPosition[static_cast<std::size_t>(k)] = points[point(k)];
+    }
     int dim = 1;
     for (int k = 0; k < nu; ++k) dim = std::max(dim, data.fvResPosition[static_cast<std::size_t>(k)] + 1);
-    data.fResDimension = std::max(dim, res.GetDimension());
-    if (positionsGiven) {
+    data.fResDimension = spatial ? dim : std::max(dim, res.GetDimension());
+    if (positionsGiven || spatial) {
       std::vector<std::pair<int, int>> seen;
       seen.reserve(static_cast<std::size_t>(nu));
       for (int k = 0; k < nu; ++k) seen.emplace_back(data.fvResSubject[static_cast<std::size_t>(k)], data.fvResPosition[static_cast<std::size_t>(k)]);

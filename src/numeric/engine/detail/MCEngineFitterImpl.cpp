@@ -43,7 +43,8 @@ bool MCEngineFitterImpl::BuildModel() {
   }
   // On the residual side VC is one common variance.
   const MCEngineCovType resType = fData.fResidualType == MCEngineCovType::VC ? MCEngineCovType::ID : fData.fResidualType;
-  std::unique_ptr<MCCovStructure> residual = MCCovStructureFactory::Create(resType, fData.fResDimension, {});
+  std::unique_ptr<MCCovStructure> residual =
+      MCCovStructureFactory::Create(resType, fData.fResDimension, {}, fData.fvResPoints);
   if (!residual) return false;
   fModel.Setup(std::move(blocks), std::move(residual));
   return true;
@@ -142,12 +143,14 @@ MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngin
   MCEngineStatus runStatus = optimizer.Run(psi);
   fResult.SetIterations(optimizer.GetIterations());
   fResult.SetConverged(optimizer.IsConverged());
+  if (runStatus.IsError()) return Finish(runStatus);
   if (!runStatus.IsOK()) fResult.AddWarning(runStatus);
   const double scale = optimizer.GetScale();
   if (fModel.IsProfiled() && !(scale > 1e-10 * s2)) {
     return Finish(MCEngineStatus(MCEngineStatus::kScaleZero, MCEngineStatus::kError));
   }
-  const Eigen::VectorXd theta = fModel.ToNatural(psi, scale);
+  Eigen::VectorXd theta = fModel.ToNatural(psi, scale);
+  fModel.Canonicalize(theta);
   Statistics(input, theta);
   if (fResult.GetStatus().IsError()) return fResult.GetStatus();
   MCEngineStatus final;
@@ -163,7 +166,7 @@ bool MCEngineFitterImpl::EvaluateAt(const std::vector<double>& theta, double& mi
   // To the engine's scaled response and back.
   const double c2 = fData.fYScale * fData.fYScale;
   Eigen::VectorXd factor(K);
-  for (int k = 0; k < K; ++k) factor[k] = fModel.IsScaleLike(k) ? c2 : 1.0;
+  for (int k = 0; k < K; ++k) factor[k] = std::pow(c2, fModel.GetScalePower(k));
   const Eigen::VectorXd t = Eigen::Map<const Eigen::VectorXd>(theta.data(), K).cwiseQuotient(factor);
   if (!fModel.InBounds(t)) return false;
   MCEngineEvaluation ev;
@@ -229,11 +232,11 @@ bool MCEngineFitterImpl::StartValues(MCEngineOptimizer& optimizer, const MCEngin
     return optimizer.Objective(fModel.ToWorking(t), &sc);
   };
   double best = objectiveAt(theta);
-  // Correlations: a coarse search, one parameter at a time.
-  static const double kGrid[] = {-0.5, -0.2, 0.2, 0.5, 0.8, 0.95};
+  // Correlations and spatial ranges: a coarse search, one parameter at a time.
   for (int k = 0; k < K; ++k) {
-    if (fModel.GetKind(k) != MCEngineCovParam::kCorrelation) continue;
-    for (double r : kGrid) {
+    const int b = fModel.GetBlockOf(k);
+    const MCCovStructure& s = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
+    for (double r : s.GetStartCandidates(fModel.GetLocalIndex(k))) {
       Eigen::VectorXd t = theta;
       t[k] = r;
       const double f = objectiveAt(t);
@@ -259,7 +262,7 @@ bool MCEngineFitterImpl::StartValues(MCEngineOptimizer& optimizer, const MCEngin
       if (b >= 0) {
         if (fModel.GetKind(k) == MCEngineCovParam::kVariance) theta[k] = 0.1 * s2;
       } else if (fModel.IsScaleLike(k)) {
-        theta[k] *= s2;
+        theta[k] *= std::pow(s2, fModel.GetScalePower(k));
       }
     }
     best = objectiveAt(theta);
@@ -277,7 +280,7 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   const double N = fData.fTotalWeight;
   MCEngineEvaluation ev;
   if (!fpEvaluator->Evaluate(theta, MCEngineEvaluator::kHessian, reml, ev)) {
-    fResult.SetStatus(MCEngineStatus(130090, MCEngineStatus::kError));
+    fResult.SetStatus(MCEngineStatus(MCEngineStatus::kPostEstimationFailed, MCEngineStatus::kError));
     return;
   }
   const double dof = reml ? N - p : N;
@@ -285,13 +288,12 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
       ev.fLogDetV + (reml ? ev.fLogDetXVX : 0.0) + ev.fRVR + dof * kLog2Pi + 2.0 * dof * std::log(fData.fYScale);
   fResult.SetMinus2LogLik(m2ll);
 
-  // Free parameters: those not held at a bound (variances at 0, correlations at +-1).
+  // Free parameters: those not held at a bound (variances at 0, correlations
+  // at an end of their interval).
   std::vector<int> freeSet;
   std::vector<bool> onBound(U(K), false);
   for (int k = 0; k < K; ++k) {
-    const MCEngineCovParam::Kind kind = fModel.GetKind(k);
-    if ((kind == MCEngineCovParam::kVariance && theta[k] <= 0.0) ||
-        (kind == MCEngineCovParam::kCorrelation && std::fabs(theta[k]) >= 1.0 - 1e-6)) {
+    if (fModel.IsAtBound(k, theta[k])) {
       onBound[U(k)] = true;
     } else {
       freeSet.push_back(k);
@@ -393,8 +395,34 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   for (int i = 0; i < P; ++i) {
     for (int j = 0; j < P; ++j) xtx(i, j) = fData.fvXtX[U(i) * U(P) + U(j)];
   }
+  fResult.SetModelCovBeta(ToRowMajor(C));
+  double nGroups = 0.0;
+  for (double w : fData.fvComponentWeight) nGroups += w;
+  fResult.SetNGroups(nGroups);
+  if (fSettings.GetRobustCovariance()) {
+    Eigen::MatrixXd robust;
+    if (!RobustCovariance(theta, ev, robust)) {
+      fResult.SetStatus(MCEngineStatus(MCEngineStatus::kPostEstimationFailed, MCEngineStatus::kError));
+      return;
+    }
+    if (robust.rows() == p) {
+      C.setZero();
+      for (int i = 0; i < p; ++i) {
+        for (int j = 0; j < p; ++j) C(fData.fvKept[U(i)], fData.fvKept[U(j)]) = robust(i, j);
+      }
+      fResult.SetCovBetaRobust(true);
+    }
+  }
+  double fixedDF = MCEngineMissing::Value();
+  if (fSettings.GetDFMethod() == MCEngineSettings::kResidual) {
+    fixedDF = N - p;
+  } else if (fResult.IsCovBetaRobust()) {
+    fixedDF = nGroups - 1.0;
+  }
+  fResult.SetFixedDF(fixedDF);
   fpHypothesis = std::make_unique<MCEngineHypothesis>(xtx, fData.fvAliased);
   fpHypothesis->SetEstimates(beta, C, dC, haveAsy ? asy : Eigen::MatrixXd());
+  fpHypothesis->SetFixedDF(fixedDF);
 
   std::vector<MCEngineBetaStat> betas(U(P));
   for (int j = 0; j < P; ++j) {
@@ -412,7 +440,7 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
     bs.SetT(beta[j] / se);
     Eigen::RowVectorXd l = Eigen::RowVectorXd::Zero(P);
     l[j] = 1.0;
-    const double df = fpHypothesis->SatterthwaiteDF(l, var);
+    const double df = fpHypothesis->DF(l, var);
     bs.SetDF(df);
     if (!MCEngineMissing::Is(df)) {
       bs.SetSig(MCEngineProbability::TTwoSided(beta[j] / se, df));
@@ -468,13 +496,33 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   Unscale();
 }
 
+bool MCEngineFitterImpl::RobustCovariance(const Eigen::VectorXd& theta, const MCEngineEvaluation& ev,
+                                          Eigen::MatrixXd& robust) const {
+  robust.resize(0, 0);
+  const int nComp = fData.GetNComponents();
+  if (nComp < 2) return true;
+  int largest = 0;
+  for (int c = 0; c < nComp; ++c) largest = std::max(largest, fData.fvComponentStart[U(c) + 1] - fData.fvComponentStart[U(c)]);
+  const MCEngineSubjectEvaluator* bySubject = dynamic_cast<const MCEngineSubjectEvaluator*>(fpEvaluator.get());
+  std::unique_ptr<MCEngineSubjectEvaluator> own;
+  if (bySubject == nullptr) {
+    if (largest > kMaxRobustGroupSize) return true;
+    own = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
+    bySubject = own.get();
+  }
+  Eigen::MatrixXd meat;
+  if (!bySubject->EmpiricalMeat(theta, ev.fBeta, meat)) return false;
+  robust = ev.fC * meat * ev.fC;
+  return robust.allFinite();
+}
+
 void MCEngineFitterImpl::Unscale() {
   const double c = fData.fYScale;
   if (c == 1.0) return;
   auto scaled = [](double v, double factor) { return MCEngineMissing::Is(v) ? v : v * factor; };
   const int K = fModel.GetNParams();
   std::vector<double> factor(U(K));
-  for (int k = 0; k < K; ++k) factor[U(k)] = fModel.IsScaleLike(k) ? c * c : 1.0;
+  for (int k = 0; k < K; ++k) factor[U(k)] = std::pow(c * c, fModel.GetScalePower(k));
   std::vector<MCEngineCovParam> params = fResult.GetCovParams();
   for (int k = 0; k < K; ++k) {
     MCEngineCovParam& cp = params[U(k)];
@@ -501,6 +549,9 @@ void MCEngineFitterImpl::Unscale() {
   std::vector<double> covBeta = fResult.GetCovBeta();
   for (double& v : covBeta) v *= c * c;
   fResult.SetCovBeta(covBeta);
+  std::vector<double> modelCovBeta = fResult.GetModelCovBeta();
+  for (double& v : modelCovBeta) v *= c * c;
+  fResult.SetModelCovBeta(modelCovBeta);
   std::vector<MCEngineTest> typeI = fResult.GetTypeITests(), typeIII = fResult.GetTypeIIITests();
   for (MCEngineTest& t : typeI) UnscaleTest(t);
   for (MCEngineTest& t : typeIII) UnscaleTest(t);

@@ -23,17 +23,28 @@ class MCEngineFitterImpl {
   const MCEngineResult& GetResult() const { return fResult; }
   const MCEngineHypothesis* GetHypothesis() const { return fpHypothesis.get(); }
   int GetNColumns() const { return fData.fNColumns; }
+  const MCEngineData& GetData() const { return fData; }
+  const MCEngineModel& GetModel() const { return fModel; }
   void UnscaleTest(MCEngineTest& test) const;
   bool EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
                   std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;
 
  private:
+  // Groups larger than this (in records) are not given a dense V_i for the
+  // robust covariance when the fit went through the mixed-model equations.
+  static constexpr int kMaxRobustGroupSize = 5000;
+
   MCEngineStatus Finish(const MCEngineStatus& status);
   bool BuildModel();
   MCEngineSettings::SolverPath ChoosePath() const;
   bool StartValues(MCEngineOptimizer& optimizer, const MCEngineEvaluation& nullEval,
                    const Eigen::VectorXd& thetaNull, double s2, Eigen::VectorXd& psi);
   void Statistics(const MCEngineInput& input, const Eigen::VectorXd& theta);
+  // The empirical covariance of the fixed estimates over the kept columns,
+  // C (sum_i f_i X_i' V_i^-1 e_i e_i' V_i^-1 X_i) C over the independent
+  // groups i. Left empty when it is not available: fewer than two groups, or
+  // a group too large to form its V_i. False when the computation fails.
+  bool RobustCovariance(const Eigen::VectorXd& theta, const MCEngineEvaluation& ev, Eigen::MatrixXd& robust) const;
   // Statistics are computed on the scaled response; this returns them to its units.
   void Unscale();
 

@@ -170,6 +170,11 @@ double MCEngineHypothesis::SatterthwaiteDF(const Eigen::RowVectorXd& l, double v
   return 2.0 * variance * variance / denom;
 }
 
+double MCEngineHypothesis::DF(const Eigen::RowVectorXd& l, double variance) const {
+  if (!MCEngineMissing::Is(fFixedDF)) return fFixedDF;
+  return SatterthwaiteDF(l, variance);
+}
+
 MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L) const {
   MCEngineTest test;
   std::vector<std::vector<double>> rows(U(static_cast<int>(L.rows())));
@@ -203,7 +208,7 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L) const {
     const double est = u.dot(Lb);
     F += est * est / d;
     const Eigen::RowVectorXd bm = u.transpose() * L;
-    const double nu = SatterthwaiteDF(bm, d);
+    const double nu = DF(bm, d);
     if (MCEngineMissing::Is(nu)) {
       dfOK = false;
     } else {
@@ -216,7 +221,9 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L) const {
   test.SetF(F);
   test.SetNumDF(q);
   double ddf = MCEngineMissing::Value();
-  if (dfOK) {
+  if (!MCEngineMissing::Is(fFixedDF)) {
+    ddf = fFixedDF;
+  } else if (dfOK) {
     if (q == 1) {
       ddf = nu1;
     } else {

@@ -3,6 +3,7 @@
 #include <Eigen/Dense>
 #include <vector>
 
+#include "numeric/engine/MCEngineMissing.h"
 #include "numeric/engine/MCEngineTerm.h"
 #include "numeric/engine/MCEngineTest.h"
 
@@ -22,6 +23,10 @@ class MCEngineHypothesis {
   // not be computed), all over the P columns.
   void SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, const std::vector<Eigen::MatrixXd>& dC,
                     const Eigen::MatrixXd& asyCov);
+  // One denominator degrees of freedom for every test instead of
+  // Satterthwaite's; missing (the default) restores Satterthwaite's.
+  void SetFixedDF(double df) { fFixedDF = df; }
+  double GetFixedDF() const { return fFixedDF; }
 
   const Eigen::MatrixXd& GetHermite() const { return fH; }
   bool IsEstimable(const Eigen::RowVectorXd& l) const;
@@ -37,6 +42,8 @@ class MCEngineHypothesis {
   MCEngineTest Test(const Eigen::MatrixXd& L) const;
   // Satterthwaite degrees of freedom of l beta; missing when not available.
   double SatterthwaiteDF(const Eigen::RowVectorXd& l, double variance) const;
+  // The degrees of freedom of l beta: the fixed ones when set, else Satterthwaite's.
+  double DF(const Eigen::RowVectorXd& l, double variance) const;
 
  private:
   Eigen::MatrixXd fXtX;
@@ -47,6 +54,7 @@ class MCEngineHypothesis {
   Eigen::MatrixXd fC;
   std::vector<Eigen::MatrixXd> fvDC;
   Eigen::MatrixXd fAsyCov;
+  double fFixedDF = MCEngineMissing::Value();
 };
 
 }  // namespace MCEngine_850

@@ -1,6 +1,16 @@
 #include "numeric/engine/detail/MCEngineModel.h"
 
+#include <cmath>
+
 namespace MCEngine_850 {
+
+namespace {
+
+// A correlation this close to an end of its interval counts as being at its
+// bound.
+constexpr double kCorrelationBound = 1e-6;
+
+}  // namespace
 
 void MCEngineModel::Setup(std::vector<std::unique_ptr<MCCovStructure>> blocks,
                           std::unique_ptr<MCCovStructure> residual) {
@@ -41,11 +51,41 @@ MCEngineCovParam::Kind MCEngineModel::GetKind(int k) const {
   return s.GetParamKind(GetLocalIndex(k));
 }
 
+void MCEngineModel::GetBounds(int k, double& lower, double& upper) const {
+  const int b = GetBlockOf(k);
+  const MCCovStructure& s = b < 0 ? *fpResidual : *fvBlocks[static_cast<std::size_t>(b)];
+  s.GetBounds(GetLocalIndex(k), lower, upper);
+}
+
+bool MCEngineModel::IsAtBound(int k, double value) const {
+  const MCEngineCovParam::Kind kind = GetKind(k);
+  if (kind == MCEngineCovParam::kVariance) return value <= 0.0;
+  if (kind != MCEngineCovParam::kCorrelation) return false;
+  double lower = -1.0, upper = 1.0;
+  GetBounds(k, lower, upper);
+  return value >= upper - kCorrelationBound || value <= lower + kCorrelationBound;
+}
+
+bool MCEngineModel::IsHeldAtBound(int k, double value, double gradient) const {
+  if (GetKind(k) != MCEngineCovParam::kCorrelation) return false;
+  double lower = -1.0, upper = 1.0;
+  GetBounds(k, lower, upper);
+  return (value >= upper - kCorrelationBound && gradient < 0.0) || (value <= lower + kCorrelationBound && gradient > 0.0);
+}
+
+void MCEngineModel::Canonicalize(Eigen::VectorXd& theta) const {
+  for (int b = -1; b < GetNBlocks(); ++b) {
+    Eigen::VectorXd seg = Segment(theta, b);
+    (b < 0 ? *fpResidual : *fvBlocks[static_cast<std::size_t>(b)]).Canonicalize(seg);
+    theta.segment(b < 0 ? GetResidualOffset() : GetBlockOffset(b), seg.size()) = seg;
+  }
+}
+
 Eigen::VectorXd MCEngineModel::ToNatural(const Eigen::VectorXd& psi, double scale) const {
   Eigen::VectorXd theta(fNParams);
   for (int w = 0; w < GetNWorking(); ++w) {
     const int k = fvWorkingToNatural[static_cast<std::size_t>(w)];
-    theta[k] = (IsProfiled() && IsScaleLike(k)) ? psi[w] * scale : psi[w];
+    theta[k] = (IsProfiled() && IsScaleLike(k)) ? psi[w] * std::pow(scale, GetScalePower(k)) : psi[w];
   }
   if (IsProfiled()) theta[fScaleIndex] = scale;
   return theta;
@@ -56,7 +96,7 @@ Eigen::VectorXd MCEngineModel::ToWorking(const Eigen::VectorXd& theta) const {
   const double scale = IsProfiled() ? theta[fScaleIndex] : 1.0;
   for (int w = 0; w < GetNWorking(); ++w) {
     const int k = fvWorkingToNatural[static_cast<std::size_t>(w)];
-    psi[w] = (IsProfiled() && IsScaleLike(k)) ? theta[k] / scale : theta[k];
+    psi[w] = (IsProfiled() && IsScaleLike(k)) ? theta[k] / std::pow(scale, GetScalePower(k)) : theta[k];
   }
   return psi;
 }
@@ -82,13 +122,15 @@ void MCEngineModel::ToWorkingDerivatives(const Eigen::VectorXd& psi, double scal
     Hw = H;
     return;
   }
-  // Coordinates (psi, s): column nw is s.
+  // Coordinates (psi, s): column nw is s. A parameter of scale power a is
+  // theta = psi s^a.
   Eigen::MatrixXd J = Eigen::MatrixXd::Zero(fNParams, nw + 1);
   for (int w = 0; w < nw; ++w) {
     const int k = fvWorkingToNatural[static_cast<std::size_t>(w)];
-    if (IsScaleLike(k)) {
-      J(k, w) = scale;
-      J(k, nw) = psi[w];
+    const double a = GetScalePower(k);
+    if (a != 0.0) {
+      J(k, w) = std::pow(scale, a);
+      J(k, nw) = a * psi[w] * std::pow(scale, a - 1.0);
     } else {
       J(k, w) = 1.0;
     }
@@ -99,9 +141,12 @@ void MCEngineModel::ToWorkingDerivatives(const Eigen::VectorXd& psi, double scal
   if (observed) {
     for (int w = 0; w < nw; ++w) {
       const int k = fvWorkingToNatural[static_cast<std::size_t>(w)];
-      if (IsScaleLike(k)) {
-        Ht(w, nw) += g[k];
-        Ht(nw, w) += g[k];
+      const double a = GetScalePower(k);
+      if (a != 0.0) {
+        const double cross = g[k] * a * std::pow(scale, a - 1.0);
+        Ht(w, nw) += cross;
+        Ht(nw, w) += cross;
+        Ht(nw, nw) += g[k] * a * (a - 1.0) * psi[w] * std::pow(scale, a - 2.0);
       }
     }
   }

@@ -30,7 +30,21 @@ class MCEngineModel {
   int GetBlockOf(int k) const { return fvBlockOf[static_cast<std::size_t>(k)]; }
   int GetLocalIndex(int k) const { return fvLocal[static_cast<std::size_t>(k)]; }
   MCEngineCovParam::Kind GetKind(int k) const;
-  bool IsScaleLike(int k) const { return GetKind(k) != MCEngineCovParam::kCorrelation; }
+  // The power of the residual scale (and of c^2 for a response in units
+  // times c) that parameter k carries: 1 for variances and covariances, 1/2
+  // for loadings, 0 for correlations and ranges.
+  double GetScalePower(int k) const { return MCCovStructure::ScalePower(GetKind(k)); }
+  bool IsScaleLike(int k) const { return GetScalePower(k) != 0.0; }
+  // The admissible interval of parameter k, the same in the working
+  // coordinates: scaled parameters have bounds of 0 or none.
+  void GetBounds(int k, double& lower, double& upper) const;
+  // A variance at 0, or a correlation within 1e-6 of an end of its interval.
+  bool IsAtBound(int k, double value) const;
+  // A correlation at an end of its interval with the gradient of -2 log L
+  // pushing it outwards.
+  bool IsHeldAtBound(int k, double value, double gradient) const;
+  // Moves theta to the reported one of equivalent parameter vectors.
+  void Canonicalize(Eigen::VectorXd& theta) const;
 
   bool IsProfiled() const { return fScaleIndex >= 0; }
   // Natural index of the residual scale when profiled, else -1.

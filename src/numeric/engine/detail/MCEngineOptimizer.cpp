@@ -3,14 +3,14 @@
 #include <cmath>
 #include <limits>
 
+#include "numeric/common/MCQueryCancel.h"
+
 namespace MCEngine_850 {
 
 namespace {
 
 constexpr double kLog2Pi = 1.8378770664093454836;
 constexpr double kInf = std::numeric_limits<double>::infinity();
-// A correlation this close to +-1 counts as being at its bound.
-constexpr double kCorrelationBound = 1e-6;
 
 inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
@@ -94,6 +94,9 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
   double fPrev = f;
   bool lastObservedPD = false;
   for (;;) {
+    if (fSettings.GetCancel() != nullptr && fSettings.GetCancel()->IsCancelled()) {
+      return MCEngineStatus(MCEngineStatus::kCancelled, MCEngineStatus::kError);
+    }
     const bool observed = fIterations >= fSettings.GetFisherSteps();
     lastObservedPD = false;
     if (!Derivatives(psi, s, observed, g, H)) {
@@ -105,10 +108,7 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
     freeSet.clear();
     for (int w = 0; w < nw; ++w) {
       if (IsVarianceWorking(w) && psi[w] <= 0.0 && g[w] >= 0.0) continue;
-      if (fModel.GetKind(fModel.GetWorkingToNatural(w)) == MCEngineCovParam::kCorrelation &&
-          std::fabs(psi[w]) >= 1.0 - kCorrelationBound && psi[w] * g[w] < 0.0) {
-        continue;
-      }
+      if (fModel.IsHeldAtBound(fModel.GetWorkingToNatural(w), psi[w], g[w])) continue;
       freeSet.push_back(w);
     }
     const int nf = static_cast<int>(freeSet.size());
@@ -187,14 +187,16 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
       for (int a = 0; a < n; ++a) d[set[U(a)]] = ds[a];
       return d.allFinite();
     };
-    // Correlations stay inside (-1, 1): the step goes at most 95% of the
-    // way to the bound.
+    // Correlations stay inside their interval and ranges positive: the step
+    // goes at most 95% of the way to the bound.
     auto limitToBounds = [&](const Eigen::VectorXd& from, Eigen::VectorXd& d) {
       double lambdaMax = 1.0;
       for (int w = 0; w < nw; ++w) {
-        if (fModel.GetKind(fModel.GetWorkingToNatural(w)) != MCEngineCovParam::kCorrelation || d[w] == 0.0) continue;
-        const double room = (d[w] > 0.0 ? 1.0 - from[w] : 1.0 + from[w]) / std::fabs(d[w]);
-        lambdaMax = std::min(lambdaMax, 0.95 * room);
+        if (IsVarianceWorking(w) || d[w] == 0.0) continue;
+        double lower = 0.0, upper = 0.0;
+        fModel.GetBounds(fModel.GetWorkingToNatural(w), lower, upper);
+        const double room = (d[w] > 0.0 ? upper - from[w] : from[w] - lower) / std::fabs(d[w]);
+        if (std::isfinite(room)) lambdaMax = std::min(lambdaMax, 0.95 * room);
       }
       d *= lambdaMax;
     };

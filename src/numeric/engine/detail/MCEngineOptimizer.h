@@ -28,7 +28,9 @@ class MCEngineOptimizer {
   double ObjectiveOf(const MCEngineEvaluation& ev, double* scale) const;
 
   // Iterates from psi (which must be admissible) until convergence or a
-  // stop; returns OK or the warning that ended the iterations.
+  // stop; returns OK, the warning that ended the iterations, or the error
+  // kCancelled when the settings' cancel query says so at the start of an
+  // iteration.
   MCEngineStatus Run(Eigen::VectorXd& psi);
 
   int GetIterations() const { return fIterations; }

@@ -123,6 +123,38 @@ void MCEngineSubjectEvaluator::AddResidual(const Component& c, const Eigen::Matr
   }
 }
 
+bool MCEngineSubjectEvaluator::EmpiricalMeat(const Eigen::VectorXd& theta, const Eigen::VectorXd& beta,
+                                             Eigen::MatrixXd& meat) const {
+  const int p = fData.fRank;
+  const int nb = fModel.GetNBlocks();
+  std::vector<Eigen::MatrixXd> G(U(nb));
+  for (int b = 0; b < nb; ++b) fModel.GetBlock(b).Build(fModel.Segment(theta, b), G[U(b)]);
+  Eigen::MatrixXd SR;
+  fModel.GetResidual().Build(fModel.Segment(theta, -1), SR);
+  meat = Eigen::MatrixXd::Zero(p, p);
+  Eigen::MatrixXd V, X;
+  Eigen::VectorXd e;
+  Eigen::LLT<Eigen::MatrixXd> llt;
+  for (const Component& c : fvComponents) {
+    const int m = c.fM;
+    X.resize(m, p);
+    e.resize(m);
+    for (int i = 0; i < m; ++i) {
+      const double* xr = p > 0 ? &fData.fvXr[U(c.fStart + i) * U(p)] : nullptr;
+      for (int j = 0; j < p; ++j) X(i, j) = xr[j];
+      e[i] = fData.fvY[U(c.fStart + i)] - (p > 0 ? X.row(i).dot(beta) : 0.0);
+    }
+    V.setZero(m, m);
+    for (int g = c.fGroup0; g < c.fGroup1; ++g) AddRandom(fvGroups[U(g)], G[U(fvGroups[U(g)].fBlock)], V);
+    AddResidual(c, SR, V);
+    llt.compute(V);
+    if (llt.info() != Eigen::Success) return false;
+    const Eigen::VectorXd u = X.transpose() * llt.solve(e);
+    meat.noalias() += c.fWeight * (u * u.transpose());
+  }
+  return meat.allFinite();
+}
+
 bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, bool reml,
                                         MCEngineEvaluation& out) {
   out.fbOK = false;

@@ -18,6 +18,11 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
 
   bool Evaluate(const Eigen::VectorXd& theta, Level level, bool reml, MCEngineEvaluation& out) override;
 
+  // The middle of the empirical covariance of the fixed estimates:
+  // sum over groups of f_i X_i' V_i^-1 e_i e_i' V_i^-1 X_i, with e = y - X beta,
+  // over the kept columns. False when a V_i is not positive definite.
+  bool EmpiricalMeat(const Eigen::VectorXd& theta, const Eigen::VectorXd& beta, Eigen::MatrixXd& meat) const;
+
  private:
   // The records of one random subject inside a group, with the columns of
   // the block that are not zero on them.

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <vector>
+
+#include "numeric/engine/MCEngineMissing.h"
+
+namespace MCEngine_850 {
+
+// One estimated marginal mean: its levels (one per factor of the table), the
+// estimate, its standard error, Satterthwaite degrees of freedom and
+// confidence bounds. A mean that is not estimable has missing statistics.
+class MCEngineMeansCell {
+ public:
+  MCEngineMeansCell() = default;
+
+  const std::vector<int>& GetLevels() const { return fvLevels; }
+  void SetLevels(const std::vector<int>& levels) { fvLevels = levels; }
+  bool IsEstimable() const { return fbEstimable; }
+  void SetEstimable(bool estimable) { fbEstimable = estimable; }
+  double GetEstimate() const { return fEstimate; }
+  void SetEstimate(double v) { fEstimate = v; }
+  double GetStdError() const { return fStdError; }
+  void SetStdError(double v) { fStdError = v; }
+  double GetDF() const { return fDF; }
+  void SetDF(double v) { fDF = v; }
+  double GetLower() const { return fLower; }
+  void SetLower(double v) { fLower = v; }
+  double GetUpper() const { return fUpper; }
+  void SetUpper(double v) { fUpper = v; }
+
+ private:
+  std::vector<int> fvLevels;
+  bool fbEstimable = false;
+  double fEstimate = MCEngineMissing::Value();
+  double fStdError = MCEngineMissing::Value();
+  double fDF = MCEngineMissing::Value();
+  double fLower = MCEngineMissing::Value();
+  double fUpper = MCEngineMissing::Value();
+};
+
+}  // namespace MCEngine_850

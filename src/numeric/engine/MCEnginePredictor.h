@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "numeric/engine/MCEnginePrediction.h"
+#include "numeric/engine/MCEngineRandomEntry.h"
+
+namespace MCEngine_850 {
+
+class MCEngineFitter;
+class MCEngineInput;
+class MCEnginePredictorImpl;
+
+// Predictions from a fitted model: of the random effects (EBLUPs), of the
+// fixed part x'beta, and of x'beta + z'u, each with the standard error of
+// its prediction error, taken from the inverse of the mixed-model equations
+// and so including the uncertainty of the fixed estimates, and with
+// Satterthwaite's degrees of freedom. Once set up, the predictor holds all
+// it needs and no longer refers to the fitter or the input.
+class MCEnginePredictor {
+ public:
+  MCEnginePredictor();
+  ~MCEnginePredictor();
+  MCEnginePredictor(const MCEnginePredictor&) = delete;
+  MCEnginePredictor& operator=(const MCEnginePredictor&) = delete;
+
+  // Takes what the predictions need from a fit of that input; false when the
+  // fit produced no estimates.
+  bool Setup(const MCEngineFitter& fitter, const MCEngineInput& input);
+  bool IsReady() const;
+
+  // Degrees of freedom n - rank(X) for every prediction instead of
+  // Satterthwaite's (n the records' total frequency weight).
+  void SetResidualDF(bool residual);
+  bool GetResidualDF() const;
+
+  // Whether any record of the fit belongs to that subject of the input's
+  // random block.
+  bool HasSubject(int block, int subject) const;
+
+  // x'beta + z'u for x over all columns of the fixed design and the random
+  // part given by its nonzero coefficients. Missing throughout when x'beta
+  // is not estimable or an entry lies outside the input's blocks or columns.
+  MCEnginePrediction Predict(const std::vector<double>& x, const std::vector<MCEngineRandomEntry>& z) const;
+
+ private:
+  std::unique_ptr<MCEnginePredictorImpl> fpImpl;
+};
+
+}  // namespace MCEngine_850

@@ -1,0 +1,512 @@
+#include "numeric/engine/detail/MCEnginePredictorImpl.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "numeric/engine/MCEngineInput.h"
+#include "numeric/engine/MCEngineMissing.h"
+#include "numeric/engine/detail/MCEngineDataBuilder.h"
+#include "numeric/engine/detail/MCEngineFitterImpl.h"
+
+namespace MCEngine_850 {
+
+namespace {
+
+inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+// Element (i, j), records in engine order, of a residual matrix over
+// positions, scaled by the records' scale weights.
+double ResidualEntry(const MCEngineData& data, const Eigen::MatrixXd& S, int i, int j) {
+  const int pi = data.fvResPosition[U(i)];
+  const int pj = data.fvResPosition[U(j)];
+  const double wi = data.fvScaleWeight[U(i)];
+  const double wj = data.fvScaleWeight[U(j)];
+  return i == j ? S(pi, pi) / wi : S(pi, pj) / std::sqrt(wi * wj);
+}
+
+// The rows and columns of M at those indices.
+Eigen::MatrixXd Restrict(const Eigen::MatrixXd& M, const std::vector<int>& index) {
+  const int n = static_cast<int>(index.size());
+  Eigen::MatrixXd out(n, n);
+  for (int a = 0; a < n; ++a) {
+    for (int b = 0; b < n; ++b) out(a, b) = M(index[U(a)], index[U(b)]);
+  }
+  return out;
+}
+
+// Adds M' A M over the index set to the symmetric matrix T.
+void AddAt(Eigen::MatrixXd& T, const std::vector<int>& index, const Eigen::MatrixXd& product) {
+  const int n = static_cast<int>(index.size());
+  for (int a = 0; a < n; ++a) {
+    for (int b = 0; b < n; ++b) T(index[U(a)], index[U(b)]) += product(a, b);
+  }
+}
+
+}  // namespace
+
+bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngineInput& input) {
+  const bool residualDF = fbResidualDF;
+  *this = MCEnginePredictorImpl();
+  fbResidualDF = residualDF;
+  const MCEngineResult& result = fitter.GetResult();
+  const MCEngineData& data = fitter.GetData();
+  const MCEngineModel& model = fitter.GetModel();
+  const MCEngineHypothesis* pHypothesis = fitter.GetHypothesis();
+  if (result.GetStatus().IsError() || pHypothesis == nullptr || data.fNRecords == 0) return false;
+  const int K = model.GetNParams();
+  const int p = data.fRank;
+  const int nb = model.GetNBlocks();
+  const std::vector<MCEngineCovParam>& params = result.GetCovParams();
+  if (static_cast<int>(params.size()) != K || input.GetNRecords() <= 0) return false;
+
+  // Everything is computed on the engine's scaled response, as the fit was.
+  fYScale = data.fYScale;
+  const double c2 = fYScale * fYScale;
+  Eigen::VectorXd factor(K), theta(K);
+  for (int k = 0; k < K; ++k) {
+    factor[k] = model.IsScaleLike(k) ? c2 : 1.0;
+    theta[k] = params[U(k)].GetEstimate() / factor[k];
+  }
+  std::vector<int> freeSet;
+  const std::vector<double>& asy = result.GetCovParamsCov();
+  if (asy.size() == U(K) * U(K)) {
+    for (int k = 0; k < K; ++k) {
+      if (!MCEngineMissing::Is(asy[U(k) * U(K) + U(k)])) freeSet.push_back(k);
+    }
+  }
+  const int nf = static_cast<int>(freeSet.size());
+  fAsy.resize(nf, nf);
+  fbHaveAsy = nf > 0;
+  for (int a = 0; a < nf; ++a) {
+    for (int b = 0; b < nf; ++b) {
+      const double v = asy[U(freeSet[U(a)]) * U(K) + U(freeSet[U(b)])];
+      if (MCEngineMissing::Is(v) || !std::isfinite(v)) fbHaveAsy = false;
+      fAsy(a, b) = v / (factor[freeSet[U(a)]] * factor[freeSet[U(b)]]);
+    }
+  }
+
+  fvG.resize(U(nb));
+  fvEngineBlockDiagonal.resize(U(nb));
+  for (int e = 0; e < nb; ++e) {
+    model.GetBlock(e).Build(model.Segment(theta, e), fvG[U(e)]);
+    fvEngineBlockDiagonal[U(e)] = MCEngineDataBuilder::IsDiagonalType(data.fvBlocks[U(e)].fType) ? 1 : 0;
+  }
+  Eigen::MatrixXd SR;
+  model.GetResidual().Build(model.Segment(theta, -1), SR);
+  fvFreeBlock.resize(U(nf));
+  fvFreeDG.resize(U(nf));
+  fvA.assign(U(nf), Eigen::MatrixXd::Zero(p, p));
+  for (int a = 0; a < nf; ++a) {
+    const int k = freeSet[U(a)];
+    const int e = model.GetBlockOf(k);
+    const MCCovStructure& s = e < 0 ? model.GetResidual() : model.GetBlock(e);
+    s.Derivative(model.Segment(theta, e), model.GetLocalIndex(k), fvFreeDG[U(a)]);
+    fvFreeBlock[U(a)] = e;
+  }
+
+  // The input's blocks and the engine blocks made from them.
+  const std::vector<MCEngineRandomBlock>& inBlocks = input.GetRandomBlocks();
+  fvInputBlocks.resize(inBlocks.size());
+  for (std::size_t b = 0; b < inBlocks.size(); ++b) {
+    InputBlock& ib = fvInputBlocks[b];
+    const MCEngineRandomBlock& block = inBlocks[b];
+    ib.fNColumns = block.GetNColumns();
+    ib.fvColumnEffects.assign(U(ib.fNColumns), 0);
+    if (block.GetCovType() == MCEngineCovType::VC) {
+      for (int j = 0; j < ib.fNColumns; ++j) {
+        ib.fvColumnEffects[U(j)] = block.GetColumnEffects().empty() ? j : block.GetColumnEffects()[U(j)];
+      }
+    }
+  }
+  for (int e = 0; e < nb; ++e) {
+    const int origin = data.fvBlocks[U(e)].fOrigin;
+    if (origin < 0 || origin >= static_cast<int>(fvInputBlocks.size())) return false;
+    fvInputBlocks[U(origin)].fvEngineBlocks.push_back(e);
+  }
+  for (InputBlock& ib : fvInputBlocks) {
+    if (ib.fvEngineBlocks.empty()) return false;
+    ib.fbSplit = data.fvBlocks[U(ib.fvEngineBlocks.front())].fNColumns != ib.fNColumns;
+    for (int effect : ib.fvColumnEffects) {
+      if (ib.fbSplit && (effect < 0 || effect >= static_cast<int>(ib.fvEngineBlocks.size()))) return false;
+    }
+  }
+  for (int k = 0; k < data.fNRecords; ++k) {
+    const int r = data.fvOriginalIndex[U(k)];
+    for (std::size_t b = 0; b < inBlocks.size(); ++b) {
+      const std::vector<int>& subjects = inBlocks[b].GetSubjects();
+      fvInputBlocks[b].fsSeen.insert(subjects.empty() ? 0 : subjects[U(r)]);
+    }
+    for (int e = 0; e < nb; ++e) {
+      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+      if (bd.fvRowStart[U(k) + 1] == bd.fvRowStart[U(k)]) continue;
+      const MCEngineRandomBlock& block = inBlocks[U(bd.fOrigin)];
+      InputBlock& ib = fvInputBlocks[U(bd.fOrigin)];
+      const int subject = block.GetSubjects().empty() ? 0 : block.GetSubjects()[U(r)];
+      if (!ib.fbSplit) {
+        ib.fmSubjects[subject] = bd.fvSubject[U(k)];
+        continue;
+      }
+      const int part = static_cast<int>(std::find(ib.fvEngineBlocks.begin(), ib.fvEngineBlocks.end(), e) -
+                                        ib.fvEngineBlocks.begin());
+      for (int i = block.GetRowStart()[U(r)]; i < block.GetRowStart()[U(r) + 1]; ++i) {
+        const int col = block.GetColIndex()[U(i)];
+        if (block.GetValues()[U(i)] != 0.0 && ib.fvColumnEffects[U(col)] == part) {
+          ib.fmSplitSubjects[std::make_pair(subject, col)] = bd.fvSubject[U(k)];
+        }
+      }
+    }
+  }
+
+  // Group by group.
+  const bool residualDiagonal = MCEngineDataBuilder::IsDiagonalType(data.fResidualType);
+  Eigen::MatrixXd XVX = Eigen::MatrixXd::Zero(p, p);
+  Eigen::VectorXd XVy = Eigen::VectorXd::Zero(p);
+  for (int comp = 0; comp < data.GetNComponents(); ++comp) {
+    const int k0 = data.fvComponentStart[U(comp)];
+    const int m = data.fvComponentStart[U(comp) + 1] - k0;
+    const double weight = data.fvComponentWeight[U(comp)];
+    const int groupIndex = static_cast<int>(fvGroups.size());
+
+    Group group;
+    int q = 0;
+    for (int e = 0; e < nb; ++e) {
+      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+      std::map<int, std::set<int>> columns;
+      for (int k = k0; k < k0 + m; ++k) {
+        for (int i = bd.fvRowStart[U(k)]; i < bd.fvRowStart[U(k) + 1]; ++i) {
+          if (bd.fvValues[U(i)] == 0.0) continue;
+          std::set<int>& cols = columns[bd.fvSubject[U(k)]];
+          if (fvEngineBlockDiagonal[U(e)]) {
+            cols.insert(bd.fvColIndex[U(i)]);
+          } else {
+            for (int j = 0; j < bd.fNColumns; ++j) cols.insert(j);
+          }
+        }
+      }
+      for (const auto& entry : columns) {
+        Segment segment;
+        segment.fBlock = e;
+        segment.fOffset = q;
+        segment.fvColumns.assign(entry.second.begin(), entry.second.end());
+        for (std::size_t i = 0; i < segment.fvColumns.size(); ++i) {
+          fmLocal[std::make_tuple(e, entry.first, segment.fvColumns[i])] =
+              std::make_pair(groupIndex, q + static_cast<int>(i));
+        }
+        q += static_cast<int>(segment.fvColumns.size());
+        group.fvSegments.push_back(std::move(segment));
+      }
+    }
+    group.fNColumns = q;
+
+    // Q = W'R^-1 W and, per residual parameter, S_k = W'R^-1 R_k R^-1 W for
+    // W = [Z X y], summed over the residual's blocks of records, each with
+    // only the random columns its records reach.
+    const int nw = q + p + 1;
+    Eigen::MatrixXd Q = Eigen::MatrixXd::Zero(nw, nw);
+    std::vector<Eigen::MatrixXd> Sk(U(nf));
+    for (int a = 0; a < nf; ++a) {
+      if (fvFreeBlock[U(a)] < 0) Sk[U(a)] = Eigen::MatrixXd::Zero(nw, nw);
+    }
+    std::vector<std::vector<int>> residualBlocks;
+    if (residualDiagonal) {
+      for (int k = k0; k < k0 + m; ++k) residualBlocks.push_back(std::vector<int>(1, k));
+    } else {
+      std::map<int, std::vector<int>> bySubject;
+      for (int k = k0; k < k0 + m; ++k) bySubject[data.fvResSubject[U(k)]].push_back(k);
+      for (auto& entry : bySubject) residualBlocks.push_back(std::move(entry.second));
+    }
+    for (const std::vector<int>& rows : residualBlocks) {
+      const int mr = static_cast<int>(rows.size());
+      std::vector<int> index;
+      for (int k : rows) {
+        for (int e = 0; e < nb && q > 0; ++e) {
+          const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+          for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
+            if (bd.fvValues[U(j)] == 0.0) continue;
+            index.push_back(fmLocal.find(std::make_tuple(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]))->second.second);
+          }
+        }
+      }
+      std::sort(index.begin(), index.end());
+      index.erase(std::unique(index.begin(), index.end()), index.end());
+      const int nz = static_cast<int>(index.size());
+      for (int j = 0; j <= p; ++j) index.push_back(q + j);
+      Eigen::MatrixXd Wr = Eigen::MatrixXd::Zero(mr, nz + p + 1);
+      for (int i = 0; i < mr; ++i) {
+        const int k = rows[U(i)];
+        for (int e = 0; e < nb && q > 0; ++e) {
+          const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+          for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
+            if (bd.fvValues[U(j)] == 0.0) continue;
+            const int col = fmLocal.find(std::make_tuple(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]))->second.second;
+            const int at = static_cast<int>(std::lower_bound(index.begin(), index.begin() + nz, col) - index.begin());
+            Wr(i, at) += bd.fvValues[U(j)];
+          }
+        }
+        for (int j = 0; j < p; ++j) Wr(i, nz + j) = data.fvXr[U(k) * U(p) + U(j)];
+        Wr(i, nz + p) = data.fvY[U(k)];
+      }
+      Eigen::MatrixXd R(mr, mr);
+      for (int i = 0; i < mr; ++i) {
+        for (int j = 0; j < mr; ++j) R(i, j) = ResidualEntry(data, SR, rows[U(i)], rows[U(j)]);
+      }
+      const Eigen::LLT<Eigen::MatrixXd> llt(R);
+      if (llt.info() != Eigen::Success) return false;
+      const Eigen::MatrixXd RiW = llt.solve(Wr);
+      AddAt(Q, index, Wr.transpose() * RiW);
+      for (int a = 0; a < nf; ++a) {
+        if (fvFreeBlock[U(a)] >= 0) continue;
+        Eigen::MatrixXd dR(mr, mr);
+        for (int i = 0; i < mr; ++i) {
+          for (int j = 0; j < mr; ++j) dR(i, j) = ResidualEntry(data, fvFreeDG[U(a)], rows[U(i)], rows[U(j)]);
+        }
+        AddAt(Sk[U(a)], index, RiW.transpose() * dR * RiW);
+      }
+    }
+
+    // With K = G (I + Z'R^-1 Z G)^-1 Z'R^-1 W: W'V^-1 W = Q - Z'R^-1 W' K, and
+    // W'V^-1 R_k V^-1 W = S_k - K'S_k(Z, .) - S_k(., Z)K + K'S_k(Z, Z)K.
+    Eigen::MatrixXd K;
+    Eigen::MatrixXd N = Q;
+    if (q > 0) {
+      // G is block diagonal over the segments.
+      Eigen::MatrixXd H = Eigen::MatrixXd::Identity(q, q);
+      for (const Segment& sg : group.fvSegments) {
+        const int n = static_cast<int>(sg.fvColumns.size());
+        H.middleCols(sg.fOffset, n).noalias() +=
+            Q.topLeftCorner(q, q).middleCols(sg.fOffset, n) * Restrict(fvG[U(sg.fBlock)], sg.fvColumns);
+      }
+      const Eigen::PartialPivLU<Eigen::MatrixXd> lu(H);
+      const Eigen::MatrixXd Y = lu.solve(Q.topRows(q));
+      K.resize(q, nw);
+      for (const Segment& sg : group.fvSegments) {
+        const int n = static_cast<int>(sg.fvColumns.size());
+        K.middleRows(sg.fOffset, n).noalias() = Restrict(fvG[U(sg.fBlock)], sg.fvColumns) * Y.middleRows(sg.fOffset, n);
+      }
+      N.noalias() -= Q.topRows(q).transpose() * K;
+    }
+    XVX += weight * N.block(q, q, p, p);
+    XVy += weight * N.block(q, q + p, p, 1);
+    group.fZVZ = N.topLeftCorner(q, q);
+    group.fZVX = N.block(0, q, q, p);
+    group.fZVr = N.block(0, q + p, q, 1);
+    group.fvZVkZ.resize(U(nf));
+    group.fvZVkX.resize(U(nf));
+    for (int a = 0; a < nf; ++a) {
+      const int e = fvFreeBlock[U(a)];
+      if (e >= 0) {
+        // A_k = X'V^-1 Z G_k Z'V^-1 X; the random parameters' other terms
+        // come from Z'V^-1 Z when predicting.
+        for (const Segment& sg : group.fvSegments) {
+          if (sg.fBlock != e) continue;
+          const int n = static_cast<int>(sg.fvColumns.size());
+          const Eigen::MatrixXd ZVXs = group.fZVX.middleRows(sg.fOffset, n);
+          fvA[U(a)].noalias() += weight * (ZVXs.transpose() * Restrict(fvFreeDG[U(a)], sg.fvColumns) * ZVXs);
+        }
+      } else {
+        Eigen::MatrixXd T = Sk[U(a)];
+        if (q > 0) {
+          const Eigen::MatrixXd KtSZ = K.transpose() * Sk[U(a)].topRows(q);
+          T -= KtSZ + KtSZ.transpose();
+          T.noalias() += K.transpose() * Sk[U(a)].topLeftCorner(q, q) * K;
+        }
+        group.fvZVkZ[U(a)] = T.topLeftCorner(q, q);
+        group.fvZVkX[U(a)] = T.block(0, q, q, p);
+        fvA[U(a)] += weight * T.block(q, q, p, p);
+      }
+    }
+    if (q > 0) fvGroups.push_back(std::move(group));
+  }
+
+  fC = Eigen::MatrixXd::Zero(p, p);
+  fBeta = Eigen::VectorXd::Zero(p);
+  if (p > 0) {
+    const Eigen::LLT<Eigen::MatrixXd> llt(XVX);
+    if (llt.info() != Eigen::Success) return false;
+    fC = llt.solve(Eigen::MatrixXd::Identity(p, p));
+    fBeta = fC * XVy;
+  }
+  for (Group& group : fvGroups) group.fZVr -= group.fZVX * fBeta;
+
+  fResidualDF = data.fTotalWeight - p;
+  fNColumns = data.fNColumns;
+  fvKept = data.fvKept;
+  fvAliased = data.fvAliased;
+  fHermite = pHypothesis->GetHermite();
+  fbReady = true;
+  return true;
+}
+
+bool MCEnginePredictorImpl::HasSubject(int block, int subject) const {
+  if (!fbReady || block < 0 || block >= static_cast<int>(fvInputBlocks.size())) return false;
+  return fvInputBlocks[U(block)].fsSeen.count(subject) > 0;
+}
+
+void MCEnginePredictorImpl::MultiplyRestricted(const Eigen::MatrixXd& M, const Segment& segment,
+                                               const Eigen::VectorXd& x, int offset, Eigen::VectorXd& out) {
+  const int n = static_cast<int>(segment.fvColumns.size());
+  out.resize(n);
+  for (int i = 0; i < n; ++i) {
+    double sum = 0.0;
+    for (int j = 0; j < n; ++j) sum += M(segment.fvColumns[U(i)], segment.fvColumns[U(j)]) * x[offset + j];
+    out[i] = sum;
+  }
+}
+
+MCEnginePrediction MCEnginePredictorImpl::Predict(const std::vector<double>& x,
+                                                  const std::vector<MCEngineRandomEntry>& z) const {
+  MCEnginePrediction out;
+  if (!fbReady || static_cast<int>(x.size()) != fNColumns) return out;
+  const int p = static_cast<int>(fvKept.size());
+  const int nf = static_cast<int>(fvFreeBlock.size());
+  bool onAliased = false;
+  for (int j = 0; j < fNColumns; ++j) {
+    if (!std::isfinite(x[U(j)])) return out;
+    if (fvAliased[U(j)] && x[U(j)] != 0.0) onAliased = true;
+  }
+  if (onAliased) {
+    // The same test of estimability as for the hypotheses.
+    const Eigen::RowVectorXd l = Eigen::Map<const Eigen::RowVectorXd>(x.data(), fNColumns);
+    const double c = l.cwiseAbs().maxCoeff();
+    if ((l - l * fHermite).cwiseAbs().maxCoeff() > (c > 0.0 ? c : 1.0) * 1e-4) return out;
+  }
+  Eigen::VectorXd xk(p);
+  for (int j = 0; j < p; ++j) xk[j] = x[U(fvKept[U(j)])];
+
+  // The random part: columns of groups, and columns that no record reaches.
+  std::map<int, Eigen::VectorXd> byGroup;
+  std::map<VirtualKey, Eigen::VectorXd> unreached;
+  for (const MCEngineRandomEntry& entry : z) {
+    const int b = entry.GetBlock();
+    if (b < 0 || b >= static_cast<int>(fvInputBlocks.size())) return out;
+    const InputBlock& ib = fvInputBlocks[U(b)];
+    const int col = entry.GetColumn();
+    const double v = entry.GetValue();
+    if (col < 0 || col >= ib.fNColumns || !std::isfinite(v)) return out;
+    if (v == 0.0) continue;
+    const int subject = entry.GetSubject();
+    int e = ib.fvEngineBlocks.front();
+    int engineColumn = col;
+    int engineSubject = -1;
+    if (!ib.fbSplit) {
+      const auto it = ib.fmSubjects.find(subject);
+      if (it != ib.fmSubjects.end()) engineSubject = it->second;
+    } else {
+      e = ib.fvEngineBlocks[U(ib.fvColumnEffects[U(col)])];
+      engineColumn = 0;
+      const auto it = ib.fmSplitSubjects.find(std::make_pair(subject, col));
+      if (it != ib.fmSplitSubjects.end()) engineSubject = it->second;
+    }
+    VirtualKey key;
+    if (engineSubject >= 0) {
+      const auto loc = fmLocal.find(std::make_tuple(e, engineSubject, engineColumn));
+      if (loc != fmLocal.end()) {
+        Eigen::VectorXd& zg = byGroup[loc->second.first];
+        if (zg.size() == 0) zg = Eigen::VectorXd::Zero(fvGroups[U(loc->second.first)].fNColumns);
+        zg[loc->second.second] += v;
+        continue;
+      }
+      key = VirtualKey(e, 0, engineSubject);
+    } else {
+      const long long id = ib.fbSplit ? static_cast<long long>(subject) * ib.fNColumns + col : subject;
+      key = VirtualKey(e, 1, id);
+    }
+    Eigen::VectorXd& zv = unreached[key];
+    if (zv.size() == 0) zv = Eigen::VectorXd::Zero(fvG[U(e)].rows());
+    zv[engineColumn] += v;
+  }
+
+  double estimate = xk.dot(fBeta);
+  double zGz = 0.0, mVm = 0.0;
+  Eigen::VectorXd XVm = Eigen::VectorXd::Zero(p);
+  std::vector<double> zGkz(U(nf), 0.0), mkVm(U(nf), 0.0), mVkVm(U(nf), 0.0);
+  std::vector<Eigen::VectorXd> XVkVm(U(nf), Eigen::VectorXd::Zero(p)), XVmk(U(nf), Eigen::VectorXd::Zero(p));
+  Eigen::VectorXd zs, gs, w;
+  for (const auto& entry : byGroup) {
+    const Group& group = fvGroups[U(entry.first)];
+    const Eigen::VectorXd& zg = entry.second;
+    // G and its derivatives keep within a segment, so only the segments that
+    // z reaches carry G z.
+    std::vector<const Segment*> reached;
+    for (const Segment& sg : group.fvSegments) {
+      if (zg.segment(sg.fOffset, static_cast<int>(sg.fvColumns.size())).cwiseAbs().maxCoeff() > 0.0) {
+        reached.push_back(&sg);
+      }
+    }
+    Eigen::VectorXd ZVZgz = Eigen::VectorXd::Zero(group.fNColumns);
+    std::vector<Eigen::VectorXd> gz(reached.size());
+    for (std::size_t i = 0; i < reached.size(); ++i) {
+      const Segment& sg = *reached[i];
+      const int n = static_cast<int>(sg.fvColumns.size());
+      MultiplyRestricted(fvG[U(sg.fBlock)], sg, zg, sg.fOffset, gz[i]);
+      zGz += zg.segment(sg.fOffset, n).dot(gz[i]);
+      ZVZgz.noalias() += group.fZVZ.middleCols(sg.fOffset, n) * gz[i];
+      XVm.noalias() += group.fZVX.middleRows(sg.fOffset, n).transpose() * gz[i];
+      estimate += gz[i].dot(group.fZVr.segment(sg.fOffset, n));
+    }
+    for (std::size_t i = 0; i < reached.size(); ++i) {
+      mVm += gz[i].dot(ZVZgz.segment(reached[i]->fOffset, static_cast<int>(gz[i].size())));
+    }
+    for (int a = 0; a < nf; ++a) {
+      const int e = fvFreeBlock[U(a)];
+      if (e >= 0) {
+        for (const Segment* pSg : reached) {
+          if (pSg->fBlock != e) continue;
+          const int n = static_cast<int>(pSg->fvColumns.size());
+          MultiplyRestricted(fvFreeDG[U(a)], *pSg, zg, pSg->fOffset, gs);
+          zGkz[U(a)] += zg.segment(pSg->fOffset, n).dot(gs);
+          mkVm[U(a)] += gs.dot(ZVZgz.segment(pSg->fOffset, n));
+          XVmk[U(a)].noalias() += group.fZVX.middleRows(pSg->fOffset, n).transpose() * gs;
+        }
+        // m'V^-1 V_k V^-1 m = (Z'V^-1 m)' G_k (Z'V^-1 m) over the block's segments.
+        for (const Segment& sg : group.fvSegments) {
+          if (sg.fBlock != e) continue;
+          const int n = static_cast<int>(sg.fvColumns.size());
+          MultiplyRestricted(fvFreeDG[U(a)], sg, ZVZgz, sg.fOffset, w);
+          mVkVm[U(a)] += ZVZgz.segment(sg.fOffset, n).dot(w);
+          XVkVm[U(a)].noalias() += group.fZVX.middleRows(sg.fOffset, n).transpose() * w;
+        }
+      } else if (group.fvZVkZ[U(a)].size() > 0) {
+        Eigen::VectorXd v = Eigen::VectorXd::Zero(group.fNColumns);
+        for (std::size_t i = 0; i < reached.size(); ++i) {
+          const int n = static_cast<int>(gz[i].size());
+          v.noalias() += group.fvZVkZ[U(a)].middleCols(reached[i]->fOffset, n) * gz[i];
+          XVkVm[U(a)].noalias() += group.fvZVkX[U(a)].middleRows(reached[i]->fOffset, n).transpose() * gz[i];
+        }
+        for (std::size_t i = 0; i < reached.size(); ++i) {
+          mVkVm[U(a)] += gz[i].dot(v.segment(reached[i]->fOffset, static_cast<int>(gz[i].size())));
+        }
+      }
+    }
+  }
+  for (const auto& entry : unreached) {
+    const int e = std::get<0>(entry.first);
+    const Eigen::VectorXd& zv = entry.second;
+    zGz += zv.dot(fvG[U(e)] * zv);
+    for (int a = 0; a < nf; ++a) {
+      if (fvFreeBlock[U(a)] == e) zGkz[U(a)] += zv.dot(fvFreeDG[U(a)] * zv);
+    }
+  }
+
+  const Eigen::VectorXd kvec = xk - XVm;
+  const Eigen::VectorXd Ck = fC * kvec;
+  double pev = zGz - mVm + kvec.dot(Ck);
+  // What rounding leaves of a prediction error that is exactly zero.
+  if (pev < 0.0) pev = 0.0;
+  out.SetEstimate(estimate * fYScale);
+  out.SetStdError(std::sqrt(pev) * fYScale);
+  if (fbResidualDF) {
+    if (fResidualDF > 0.0) out.SetDF(fResidualDF);
+  } else if (fbHaveAsy && pev > 0.0) {
+    Eigen::VectorXd g(nf);
+    for (int a = 0; a < nf; ++a) {
+      g[a] = zGkz[U(a)] - 2.0 * mkVm[U(a)] + mVkVm[U(a)] + 2.0 * (XVkVm[U(a)] - XVmk[U(a)]).dot(Ck) +
+             Ck.dot(fvA[U(a)] * Ck);
+    }
+    const double denom = g.dot(fAsy * g);
+    if (denom > 0.0 && std::isfinite(denom)) out.SetDF(2.0 * pev * pev / denom);
+  }
+  return out;
+}
+
+}  // namespace MCEngine_850

@@ -1,0 +1,108 @@
+#pragma once
+
+// Private to the engine's implementation files: includes Eigen.
+#include <Eigen/Dense>
+#include <map>
+#include <set>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "numeric/engine/MCEnginePrediction.h"
+#include "numeric/engine/MCEngineRandomEntry.h"
+
+namespace MCEngine_850 {
+
+class MCEngineFitterImpl;
+class MCEngineInput;
+
+// The state behind MCEnginePredictor.
+//
+// A predictable function x'beta + z'u is predicted by k'beta + m'V^-1 y with
+// m = Z G z and k = x - X'V^-1 m; its prediction error variance is
+//   PEV = z'Gz - m'V^-1 m + k'C k,      C = (X'V^-1 X)^-1,
+// which equals l C_mme l' for l = [x, z] and the inverse C_mme of the
+// mixed-model equations, without needing G^-1. With V_k = dV/dtheta_k,
+// G_k = dG/dtheta_k, m_k = Z G_k z and A_k = X'V^-1 V_k V^-1 X:
+//   dPEV/dtheta_k = z'G_k z - 2 m_k'V^-1 m + m'V^-1 V_k V^-1 m
+//                   + 2 (X'V^-1 V_k V^-1 m - X'V^-1 m_k)'C k + k'C A_k C k.
+// V is block diagonal over the independent groups of records, and m lives on
+// the groups of z's subjects, so every term is a sum over groups of products
+// with Z'V^-1 Z, Z'V^-1 X and, for the residual's parameters,
+// Z'V^-1 R_k V^-1 [Z X] over the group's random columns (for a random
+// block's parameters V_k = Z G_k Z'). These are computed once per group from
+// W'R^-1 W and W'R^-1 R_k R^-1 W, W = [Z X y], through
+// V^-1 = R^-1 - R^-1 Z G (I + Z'R^-1 Z G)^-1 Z'R^-1: no matrix over all of a
+// group's records is formed, only those of R's blocks.
+class MCEnginePredictorImpl {
+ public:
+  bool Setup(const MCEngineFitterImpl& fitter, const MCEngineInput& input);
+  bool IsReady() const { return fbReady; }
+  void SetResidualDF(bool residual) { fbResidualDF = residual; }
+  bool GetResidualDF() const { return fbResidualDF; }
+  bool HasSubject(int block, int subject) const;
+  MCEnginePrediction Predict(const std::vector<double>& x, const std::vector<MCEngineRandomEntry>& z) const;
+
+ private:
+  // The columns of one random subject of one engine block within a group.
+  struct Segment {
+    int fBlock = 0;
+    int fOffset = 0;
+    std::vector<int> fvColumns;
+  };
+  // What a group of records contributes; only groups with random columns
+  // are kept.
+  struct Group {
+    std::vector<Segment> fvSegments;
+    int fNColumns = 0;
+    Eigen::MatrixXd fZVZ;
+    Eigen::MatrixXd fZVX;
+    Eigen::VectorXd fZVr;
+    // Per free covariance parameter of the residual: Z'V^-1 R_k V^-1 [Z X];
+    // empty for the random blocks' parameters.
+    std::vector<Eigen::MatrixXd> fvZVkZ;
+    std::vector<Eigen::MatrixXd> fvZVkX;
+  };
+  // An input block's link to the engine's blocks: one engine block, or one
+  // per effect when the engine split the block.
+  struct InputBlock {
+    int fNColumns = 0;
+    std::vector<int> fvColumnEffects;
+    std::vector<int> fvEngineBlocks;
+    bool fbSplit = false;
+    std::map<int, int> fmSubjects;                     // input subject -> engine subject
+    std::map<std::pair<int, int>, int> fmSplitSubjects;  // (input subject, column) -> engine subject
+    std::set<int> fsSeen;
+  };
+  using VirtualKey = std::tuple<int, int, long long>;
+
+  // out = M x over the segment's columns of M, x read from offset on.
+  static void MultiplyRestricted(const Eigen::MatrixXd& M, const Segment& segment, const Eigen::VectorXd& x,
+                                 int offset, Eigen::VectorXd& out);
+
+  bool fbReady = false;
+  bool fbResidualDF = false;
+  double fResidualDF = 0.0;
+  double fYScale = 1.0;
+  int fNColumns = 0;
+  std::vector<int> fvKept;
+  std::vector<bool> fvAliased;
+  Eigen::MatrixXd fHermite;
+  Eigen::VectorXd fBeta;
+  Eigen::MatrixXd fC;
+  // Free covariance parameters: their engine block (-1 residual), dG per
+  // engine block parameter, A_k and their asymptotic covariance.
+  std::vector<int> fvFreeBlock;
+  std::vector<Eigen::MatrixXd> fvFreeDG;
+  std::vector<Eigen::MatrixXd> fvA;
+  Eigen::MatrixXd fAsy;
+  bool fbHaveAsy = false;
+  std::vector<Eigen::MatrixXd> fvG;  // per engine block
+  std::vector<int> fvEngineBlockDiagonal;
+  std::vector<Group> fvGroups;
+  // (engine block, engine subject, column) -> (group, position in the group)
+  std::map<std::tuple<int, int, int>, std::pair<int, int>> fmLocal;
+  std::vector<InputBlock> fvInputBlocks;
+};
+
+}  // namespace MCEngine_850

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "numeric/glmm/GLMMConst.h"
+
+namespace MCMath_850 {
+class MCModelEffect;
+class MCRegrParameter;
+}  // namespace MCMath_850
+
+namespace MCXML_850 {
+class MCVarList;
+}
+
+namespace MCGLMM_850 {
+
+// How the model and result documents name variables, categories, effects,
+// parameters and covariance structures.
+class GLMMDocumentLabels {
+ public:
+  // One field of an effect as the documents list it: the variable and its
+  // nesting depth, where a rise from one field to the next opens a nested
+  // part, as in B(A).
+  struct EffectField {
+    int fVar;
+    int fNestingLevel;
+  };
+
+  // The variable's name; "#<position>" for a position outside the list.
+  static std::string VarName(const MCXML_850::MCVarList& varList, int var);
+  // A category as a value that reads back into the variable: the number for
+  // a numeric variable, the text for a string variable. Empty when the code
+  // is not a category of the variable.
+  static std::string CategoryValue(const MCXML_850::MCVarList& varList, int var, int code);
+  // The category's text as it is displayed.
+  static std::string CategoryText(const MCXML_850::MCVarList& varList, int var, int code);
+  // The fields of an effect in display order. A crossed effect keeps the
+  // order in which it was written; in a nested one the innermost factors
+  // come first and each enclosing level is one deeper, and covariates that
+  // stand before their factors open the list.
+  static std::vector<EffectField> EffectFields(const MCMath_850::MCModelEffect& effect);
+  // The display label of a parameter: "Intercept"; covariates joined by
+  // "*", each as often as its power; then its factors as [name=category],
+  // joined by "*", a nested factor in parentheses.
+  static std::string ParameterLabel(const MCMath_850::MCRegrParameter& param,
+                                    const MCXML_850::MCVarList& varList);
+  // The token of a covariance structure: VC, AR1, ARMA11, CS, DIAG, ID, TP,
+  // UNSTRUCTURED, SPPOW, SPEXP, SPGAU, SPLIN, SPLINLOG, SPSPH, and for the
+  // other structures their own names (ARH1, AD1, CSH, CSR, FA1, FAH1, HF,
+  // TPH, UNR).
+  static std::string CovarianceToken(GLMMConst_850::CovarType type);
+};
+
+}  // namespace MCGLMM_850

@@ -1,0 +1,33 @@
+#include "numeric/glmm/GLMMEmmeansMean.h"
+
+#include <ostream>
+
+#include "numeric/common/MCMV.h"
+#include "numeric/display/MCDisplay.h"
+
+namespace MCGLMM_850 {
+
+using MCCommon_850::MCMV;
+
+GLMMEmmeansMean::GLMMEmmeansMean()
+    : fbEstimable(false),
+      fMean(MCMV::Missing()),
+      fStdError(MCMV::Missing()),
+      fDF(MCMV::Missing()),
+      fLowerBound(MCMV::Missing()),
+      fUpperBound(MCMV::Missing()) {}
+
+void GLMMEmmeansMean::Display() const { Display(*MCDisplay_850::GetOutStream()); }
+
+void GLMMEmmeansMean::Display(std::ostream& os) const {
+  using namespace MCDisplay_850;
+  DisplayIV(os, "Mean of categories:", fvCategories);
+  DisplayB(os, "Estimable:", fbEstimable);
+  DisplayD(os, "Mean:", fMean);
+  DisplayD(os, "Standard error:", fStdError);
+  DisplayD(os, "Degrees of freedom:", fDF);
+  DisplayD(os, "Lower bound:", fLowerBound);
+  DisplayD(os, "Upper bound:", fUpperBound);
+}
+
+}  // namespace MCGLMM_850

@@ -1,0 +1,285 @@
+#include "numeric/glmm/GLMMPMMLWriter.h"
+
+#include <cstdio>
+#include <ctime>
+#include <ios>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "numeric/common/MCMV.h"
+#include "numeric/common/MCStatusCode.h"
+#include "numeric/glmm/GLMMDocumentLabels.h"
+#include "numeric/glmm/GLMMOutputStats.h"
+#include "numeric/glmm/GLMMSettings.h"
+#include "numeric/glmm/GLMMXMLWriter.h"
+#include "numeric/xml/IMCVariable.h"
+#include "numeric/xml/MCApplicInfo4XML.h"
+#include "numeric/xml/MCVarList.h"
+
+namespace MCGLMM_850 {
+
+using MCCommon_850::MCStatus;
+using MCMath_850::MCConst::MCMeasureLevel;
+using MCMath_850::MCConst::MCVarRole;
+
+namespace {
+
+std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+const char* OpType(MCMeasureLevel level) {
+  switch (level) {
+    case MCMath_850::MCConst::MEASURE_NOMINAL:
+      return "categorical";
+    case MCMath_850::MCConst::MEASURE_ORDINAL:
+      return "ordinal";
+    default:
+      return "continuous";
+  }
+}
+
+const char* UsageType(MCVarRole role) {
+  switch (role) {
+    case MCMath_850::MCConst::ROLE_TARGET:
+      return "target";
+    case MCMath_850::MCConst::ROLE_REGRESSION_WEIGHT:
+      return "analysisWeight";
+    case MCMath_850::MCConst::ROLE_FREQUENCY_WEIGHT:
+      return "frequencyWeight";
+    case MCMath_850::MCConst::ROLE_PREDICTOR:
+      return "active";
+    default:
+      return "supplementary";
+  }
+}
+
+std::string ParameterName(std::size_t i) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "P%07zu", i);
+  return buffer;
+}
+
+std::string UTCTimestamp() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  if (gmtime_r(&now, &parts) == nullptr) return std::string();
+  char buffer[32];
+  std::strftime(buffer, sizeof buffer, "%Y-%m-%dT%H:%M:%SZ", &parts);
+  return buffer;
+}
+
+void WriteExtension(GLMMXMLWriter& xml, const std::string& name, const std::string& value) {
+  xml.Open("Extension");
+  xml.Attribute("extender", "glmixfit");
+  xml.Attribute("name", name);
+  xml.Attribute("value", value);
+  xml.Close();
+}
+
+void WriteBlock(GLMMXMLWriter& xml, const MCXML_850::MCVarList& varList, const GLMMRandomSpec& spec,
+                GLMMConst_850::CovarType type, int block, const std::vector<GLMMThetaParamStat>& theta) {
+  const bool residual = block == GLMMThetaParamStat::kResidualBlock;
+  xml.Open(residual ? "ResidualBlock" : "RandomBlock");
+  if (!residual) xml.Attribute("index", block);
+  xml.Attribute("covarianceType", GLMMDocumentLabels::CovarianceToken(type));
+  for (int var : spec.GetSubjectVars()) {
+    xml.Open("Subject");
+    xml.Attribute("field", GLMMDocumentLabels::VarName(varList, var));
+    xml.Close();
+  }
+  for (const MCMath_850::MCModelEffect& effect : spec.GetEffects()) {
+    xml.Open("Effect");
+    xml.Attribute("isIntercept", effect.IsIntercept());
+    for (const GLMMDocumentLabels::EffectField& field : GLMMDocumentLabels::EffectFields(effect)) {
+      xml.Open("EffectField");
+      xml.Attribute("field", GLMMDocumentLabels::VarName(varList, field.fVar));
+      xml.Attribute("nestingLevel", field.fNestingLevel);
+      xml.Close();
+    }
+    xml.Close();
+  }
+  for (const GLMMThetaParamStat& st : theta) {
+    if (st.GetBlockIndex() != block) continue;
+    xml.Open("CovarianceParameter");
+    xml.Attribute("name", st.GetLabel());
+    xml.Attribute("kind", GLMMThetaParamStat::GetName(st.GetKind()));
+    if (st.GetEffectIndex() >= 0) xml.Attribute("effect", st.GetEffectIndex());
+    xml.Attribute("estimate", st.GetEstimate());
+    xml.Attribute("isRedundant", st.GetRedundant());
+    xml.Close();
+  }
+  xml.Close();
+}
+
+}  // namespace
+
+GLMMPMMLWriter::GLMMPMMLWriter(const GLMMSettings& settings, const MCXML_850::MCVarList& varList,
+                               const GLMMOutputStats& stats)
+    : fpSettings(&settings), fpVarList(&varList), fpStats(&stats) {}
+
+MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4XML* pInfo) const {
+  const MCStatus failed(MCCommon_850::MC_OUTPUT_FILE_ERROR, false);
+  if (!os) return failed;
+  const GLMMSettings& s = *fpSettings;
+  const MCXML_850::MCVarList& varList = *fpVarList;
+  const GLMMOutputStats& stats = *fpStats;
+  try {
+    GLMMXMLWriter xml(os);
+    xml.Declaration();
+    xml.Open("PMML");
+    xml.Attribute("xmlns", "http://www.dmg.org/PMML-4_4");
+    xml.Attribute("version", "4.4");
+
+    xml.Open("Header");
+    xml.Attribute("copyright", pInfo != nullptr ? pInfo->GetCopyright() : std::string());
+    xml.Open("Application");
+    xml.Attribute("name", pInfo != nullptr ? pInfo->GetApplicationName() : std::string());
+    xml.Attribute("version", pInfo != nullptr ? pInfo->GetApplicationVersion() : std::string());
+    xml.Close();
+    if (pInfo != nullptr && pInfo->GetIncludeTimestamp()) {
+      xml.Open("Timestamp");
+      xml.Text(UTCTimestamp());
+      xml.Close();
+    }
+    xml.Close();
+
+    xml.Open("DataDictionary");
+    xml.Attribute("numberOfFields", varList.Size());
+    for (int i = 0; i < varList.Size(); ++i) {
+      const MCXML_850::IMCVariable& var = *varList.GetVarAt(i);
+      xml.Open("DataField");
+      xml.Attribute("name", var.GetName());
+      if (!var.GetLabel().empty()) xml.Attribute("displayName", var.GetLabel());
+      xml.Attribute("optype", OpType(var.GetMeasurementLevel()));
+      xml.Attribute("dataType", var.GetStringWidth() > 0 ? "string" : "double");
+      WriteExtension(xml, "recordIndex", std::to_string(var.GetRecordIndex()));
+      if (var.GetStringWidth() > 0) WriteExtension(xml, "stringWidth", std::to_string(var.GetStringWidth()));
+      for (int code = 0; code < var.GetNCategories(); ++code) {
+        xml.Open("Value");
+        xml.Attribute("value", GLMMDocumentLabels::CategoryValue(varList, i, code));
+        xml.Attribute("displayValue", var.GetCategoryTexts()[U(code)]);
+        xml.Close();
+      }
+      xml.Close();
+    }
+    xml.Close();
+
+    xml.Open("GeneralRegressionModel");
+    xml.Attribute("targetVariableName", GLMMDocumentLabels::VarName(varList, s.GetDependent()));
+    xml.Attribute("modelType", "generalLinear");
+    xml.Attribute("functionName", "regression");
+    xml.Attribute("algorithmName", "GLMM");
+    xml.Attribute("distribution", "normal");
+    xml.Attribute("linkFunction", "identity");
+
+    // The random and residual blocks, which the standard model has no
+    // element for.
+    xml.Open("Extension");
+    xml.Attribute("extender", "glmixfit");
+    xml.Attribute("name", "covarianceStructures");
+    const std::vector<GLMMThetaParamStat>& theta = stats.GetThetaParamStats();
+    for (int b = 0; b < s.GetNRandomSpecs(); ++b) {
+      const GLMMRandomSpec& spec = s.GetRandomSpecs()[U(b)];
+      WriteBlock(xml, varList, spec, spec.GetCovarianceType(), b, theta);
+    }
+    WriteBlock(xml, varList, s.GetRepeated(), s.GetRepeated().GetCovarianceType(), GLMMThetaParamStat::kResidualBlock,
+               theta);
+    xml.Close();
+
+    xml.Open("MiningSchema");
+    for (int i = 0; i < varList.Size(); ++i) {
+      const MCXML_850::IMCVariable& var = *varList.GetVarAt(i);
+      xml.Open("MiningField");
+      xml.Attribute("name", var.GetName());
+      xml.Attribute("usageType", UsageType(var.GetRole()));
+      xml.Close();
+    }
+    xml.Close();
+
+    const std::vector<MCMath_850::MCRegrParameter>& params = stats.GetBetaParameters();
+    const std::vector<MCMath_850::BetaParamStat>& beta = stats.GetBetaParamStats();
+    xml.Open("ParameterList");
+    for (std::size_t i = 0; i < params.size(); ++i) {
+      xml.Open("Parameter");
+      xml.Attribute("name", ParameterName(i));
+      xml.Attribute("label", GLMMDocumentLabels::ParameterLabel(params[i], varList));
+      xml.Close();
+    }
+    xml.Close();
+
+    if (!s.GetFactors().empty()) {
+      xml.Open("FactorList");
+      for (int var : s.GetFactors()) {
+        xml.Open("Predictor");
+        xml.Attribute("name", GLMMDocumentLabels::VarName(varList, var));
+        xml.Close();
+      }
+      xml.Close();
+    }
+    if (!s.GetCovariates().empty()) {
+      xml.Open("CovariateList");
+      for (int var : s.GetCovariates()) {
+        xml.Open("Predictor");
+        xml.Attribute("name", GLMMDocumentLabels::VarName(varList, var));
+        xml.Close();
+      }
+      xml.Close();
+    }
+
+    xml.Open("PPMatrix");
+    for (std::size_t i = 0; i < params.size(); ++i) {
+      const MCMath_850::MCRegrParameter& p = params[i];
+      for (int f = 0; f < p.GetNFactors(); ++f) {
+        xml.Open("PPCell");
+        xml.Attribute("value", GLMMDocumentLabels::CategoryValue(varList, p.GetFactors()[U(f)], p.GetCategories()[U(f)]));
+        xml.Attribute("predictorName", GLMMDocumentLabels::VarName(varList, p.GetFactors()[U(f)]));
+        xml.Attribute("parameterName", ParameterName(i));
+        xml.Close();
+      }
+      for (int c = 0; c < p.GetNCovariates(); ++c) {
+        xml.Open("PPCell");
+        xml.Attribute("value", p.GetCovMultiplicities()[U(c)]);
+        xml.Attribute("predictorName", GLMMDocumentLabels::VarName(varList, p.GetCovariates()[U(c)]));
+        xml.Attribute("parameterName", ParameterName(i));
+        xml.Close();
+      }
+    }
+    xml.Close();
+
+    const MCMath_850::MCSymMatrix* pCov = stats.GetCovarianceMatrixBeta();
+    if (pCov != nullptr) {
+      xml.Open("PCovMatrix");
+      for (int i = 0; i < static_cast<int>(params.size()); ++i) {
+        for (int j = 0; j <= i; ++j) {
+          const double value = pCov->GetElem(0, 0, i, j);
+          if (MCCommon_850::MCMV::IsMissing(value)) continue;
+          xml.Open("PCovCell");
+          xml.Attribute("pRow", ParameterName(U(i)));
+          xml.Attribute("pCol", ParameterName(U(j)));
+          xml.Attribute("value", value);
+          xml.Close();
+        }
+      }
+      xml.Close();
+    }
+
+    xml.Open("ParamMatrix");
+    for (std::size_t i = 0; i < params.size() && i < beta.size(); ++i) {
+      if (GLMMXMLWriter::NumberText(beta[i].GetEstimate()).empty()) continue;
+      xml.Open("PCell");
+      xml.Attribute("parameterName", ParameterName(i));
+      xml.Attribute("beta", beta[i].GetEstimate());
+      if (!GLMMXMLWriter::NumberText(beta[i].GetDF()).empty()) xml.Attribute("df", beta[i].GetDF());
+      xml.Close();
+    }
+    xml.Close();
+    xml.Finish();
+    os.flush();
+  } catch (const std::ios_base::failure&) {
+    return failed;
+  }
+  if (!os) return failed;
+  return MCStatus();
+}
+
+}  // namespace MCGLMM_850

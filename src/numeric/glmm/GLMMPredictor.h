@@ -1,0 +1,78 @@
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include "numeric/common/MCStatus.h"
+#include "numeric/engine/MCEnginePredictor.h"
+#include "numeric/glmm/GLMMConst.h"
+#include "numeric/glmm/GLMMEBLUPStat.h"
+#include "numeric/math/MCModelEffect.h"
+
+namespace MCCommon_850 {
+class RecordIterator;
+}
+
+namespace MCEngine_850 {
+class MCEngineFitter;
+}
+
+namespace MCXML_850 {
+class MCVarList;
+}
+
+namespace MCGLMM_850 {
+
+class GLMMDesignBuilder;
+class GLMMSettings;
+
+// What the component predicts from a fitted model: the random effects of
+// the blocks that ask for them (EBLUPs), and the scores of single records.
+// It refers to the settings and the variable list, which must outlive it,
+// and keeps everything else it needs from the fit.
+class GLMMPredictor {
+ public:
+  GLMMPredictor(const GLMMSettings& settings, const MCXML_850::MCVarList& varList);
+  GLMMPredictor(const GLMMPredictor&) = delete;
+  GLMMPredictor& operator=(const GLMMPredictor&) = delete;
+
+  // After a fit without error: takes the fit's predictions, and the subjects
+  // of the random blocks from the records the builder read (it reads them
+  // again from the start). False when the fit has no predictions.
+  bool Setup(const GLMMDesignBuilder& builder, const MCEngine_850::MCEngineFitter& fitter,
+             MCCommon_850::RecordIterator* pRecords);
+  bool IsReady() const { return fbReady; }
+
+  // The predictions of every random block that asks for them, in the order
+  // GLMMOutputStats::GetEBLUPStats describes.
+  std::vector<GLMMEBLUPStat> ComputeEBLUPs() const;
+
+  // The scores of one record in the order of the types. A score whose input
+  // is missing, or that cannot be estimated, is the system-missing value. A
+  // subject that the fit did not see has random effects 0. The residual is
+  // the response minus the prediction with the random effects.
+  MCCommon_850::MCStatus ScoreRecord(const double* record, const std::vector<GLMMConst_850::ScoreType>& types,
+                                     std::vector<double>& scores) const;
+
+ private:
+  // A variable's value in a record; NaN when missing or not finite.
+  double Value(const double* record, int var) const;
+  // A factor's category code in a record; -1 when missing or out of range.
+  int Code(const double* record, int var) const;
+  // Whether every variable of the effects has a value in the record.
+  bool EffectsValid(const double* record, const std::vector<MCMath_850::MCModelEffect>& effects) const;
+  // The subject's values in the block's subject variables; false when one is missing.
+  bool SubjectKey(const double* record, int block, std::vector<double>& key) const;
+
+  const GLMMSettings* fpSettings;
+  const MCXML_850::MCVarList* fpVarList;
+  int fNFixedColumns;
+  MCEngine_850::MCEnginePredictor fPredictor;
+  bool fbReady;
+  // Per random block: subject values -> the subject's number in the fit.
+  std::vector<std::map<std::vector<double>, int>> fvSubjects;
+  // Per random block: its columns in the fit's design.
+  std::vector<int> fvBlockColumns;
+};
+
+}  // namespace MCGLMM_850

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/data/OBS.h"
+#include "host/data/ZORV_Format.h"
+
+class ACAVarValidSpecs;
+class BpPivotTable;
+class BpProcedure;
+class MIXFactory;
+class MIXParameterMap;
+class MIXValidSpecs;
+class ProcedureDataSource;
+namespace MCGLMM_850 {
+class GLMMSettings;
+}
+
+// What the table writers of one split share: the run's objects, the
+// parameter maps of the split, captions, and the rules that turn values into
+// display text. MIXOutput makes a new one for every split it shows, since
+// each split has parameters of its own.
+class MIXComOutputData {
+ public:
+  MIXComOutputData(MIXValidSpecs* pValidSpecs, MIXFactory* pFactory, ProcedureDataSource& dataSource,
+                   BpProcedure* pProcedure);
+  ~MIXComOutputData();
+  MIXComOutputData(const MIXComOutputData&) = delete;
+  MIXComOutputData& operator=(const MIXComOutputData&) = delete;
+
+  MIXValidSpecs* GetValidSpecs() const { return fpValidSpecs; }
+  MIXFactory* GetFactory() const { return fpFactory; }
+  BpProcedure* GetProcedure() const { return fpProcedure; }
+  ProcedureDataSource* GetProcDS() const { return fpProcDS; }
+  ACAVarValidSpecs* GetVarSpecs() const { return fpVarSpecs; }
+  MCGLMM_850::GLMMSettings* GetCompSettings() const { return fpCompSettings; }
+
+  MIXParameterMap* GetFixParamMap() const { return fpFixParamMap; }
+  const std::vector<MIXParameterMap*>* GetRandParamMaps() const { return &fvpRandParamMaps; }
+
+  // The parser's blocks as the host published them.
+  static std::intptr_t GetCmnMixMap();
+  static std::intptr_t GetCmaMixMap();
+
+  // The number format kept in the word at `byteOffset` of the numeric
+  // block: 128 for the information criteria, 136 for the estimates and the
+  // covariance matrix. Widths above 40 become 40, except for string types;
+  // a type 1 format carries its decimals in the width's high byte.
+  static ZORV_Format GetTableFormat(long byteOffset);
+
+  // Fills the fixed parameter map from the current split's fit.
+  void GenerateMaps();
+
+  // The host's display setting for variables (`forValues` false) or values,
+  // in captions (`second`) or in tables, less 1: 0 or less names or values
+  // alone, 1 labels alone, 2 or more both.
+  static int GlobalDisplayOption(bool forValues, bool second);
+
+  void AddTableCaptionFromPattern(BpPivotTable& table, const std::string& pattern, bool listEffects) const;
+  void AddTableCaption(BpPivotTable& table, bool listEffects) const;
+
+  // A value as text: "." for the system-missing value, 17 significant
+  // digits without a format.
+  static std::string EncodeDouble(double value, const ZORV_Format* pFormat);
+
+  // "A = 1, B = 2" for the split variables and the given values; empty for
+  // an unsplit file. `second` takes the caption settings.
+  std::string GetSplitName(const std::vector<OBS*>& values, bool second) const;
+
+ private:
+  bool HasEffects() const;
+
+  BpProcedure* fpProcedure;
+  MIXFactory* fpFactory;
+  MIXValidSpecs* fpValidSpecs;
+  ACAVarValidSpecs* fpVarSpecs;
+  MCGLMM_850::GLMMSettings* fpCompSettings;
+  ProcedureDataSource* fpProcDS;
+  MIXParameterMap* fpFixParamMap;
+  std::vector<MIXParameterMap*> fvpRandParamMaps;
+};

@@ -1,0 +1,310 @@
+#include "output/MIXParamEstimateOutput.h"
+
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/output/BpAnnotation.h"
+#include "host/output/BpCategory.h"
+#include "host/output/BpComposite.h"
+#include "host/output/BpDimension.h"
+#include "host/output/BpFormatSpec.h"
+#include "host/output/BpGroup.h"
+#include "host/output/BpHeading.h"
+#include "host/output/BpNumber.h"
+#include "host/output/BpPivotTable.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpString.h"
+#include "numeric/common/MCMV.h"
+#include "numeric/common/MCStatus.h"
+#include "numeric/glmm/GLMMAlgorithm.h"
+#include "numeric/glmm/GLMMOutputStats.h"
+#include "numeric/math/BetaParamStat.h"
+#include "numeric/math/MCConst.h"
+#include "numeric/math/MCModelTestStats.h"
+#include "numeric/math/MCRegrParameter.h"
+#include "numeric/math/MCSymMatrix.h"
+#include "output/MIXComOutputData.h"
+#include "params/MIXParameterAggregator.h"
+#include "params/MIXParameterMap.h"
+#include "run/MIXAssert.h"
+#include "run/MIXFactory.h"
+#include "specs/MIXValidSpecs.h"
+
+namespace {
+
+// Byte offset of the estimates' format word in the numeric block.
+const long kEstimatesFormatOffset = 136;
+// The component's mark of a standard error it could not compute.
+const double kUnsetValue = -1.7976931348623157e308;
+// Build warnings after which an unset standard error is explained.
+const long kHessianSingularCode = 230038;
+const long kHessianNotPositiveCode = 130070;
+
+typedef std::unique_ptr<BpCellText> CellTextPtr;
+
+CellTextPtr Label(const std::vector<std::string>& labels, std::size_t i) {
+  return CellTextPtr(MIXParameterAggregator::LongStrToComposite(labels.empty() ? std::string() : labels[i]));
+}
+
+// Degrees of freedom that are whole go in the count format.
+BpFormatSpec DFFormat(double df, double missing) {
+  if (df != missing && df >= 1.0 && df == std::floor(df)) return BpProcedure::Count();
+  return BpProcedure::GeneralStat();
+}
+
+BpAnnotation Footnote(const char* key) { return BpAnnotation(BpString(key, true).Replicate()); }
+
+}  // namespace
+
+MIXParamEstimateOutput::MIXParamEstimateOutput(const MIXComOutputData* pComOutputData)
+    : fpComOutputData(pComOutputData) {}
+
+MIXParamEstimateOutput::~MIXParamEstimateOutput() = default;
+
+const MCGLMM_850::GLMMOutputStats* MIXParamEstimateOutput::CurrentStats() const {
+  if (fpComOutputData == nullptr || fpComOutputData->GetFactory() == nullptr) return nullptr;
+  const MCGLMM_850::GLMMAlgorithm* pAlgorithm = fpComOutputData->GetFactory()->GetGLMMAlgorithm();
+  return pAlgorithm ? pAlgorithm->GetOutputStats() : nullptr;
+}
+
+void MIXParamEstimateOutput::DisplayFixedEffectsTable() { DisplayFixedEffectsTable(CurrentStats()); }
+
+void MIXParamEstimateOutput::DisplayParamEstimates() { DisplayParamEstimates(CurrentStats()); }
+
+void MIXParamEstimateOutput::DisplayCorrParamEst() { DisplayCorrParamEst(CurrentStats()); }
+
+void MIXParamEstimateOutput::DisplayCovarParamEst() { DisplayCovarParamEst(CurrentStats()); }
+
+void MIXParamEstimateOutput::DisplayFixedEffectsTable(const MCGLMM_850::GLMMOutputStats* pStats) {
+  if (fpComOutputData == nullptr) return;
+  const MIXValidSpecs* pSpecs = fpComOutputData->GetValidSpecs();
+  BpProcedure* pProcedure = fpComOutputData->GetProcedure();
+  if (pSpecs == nullptr || pProcedure == nullptr) return;
+
+  const bool typeI = pSpecs->GetEffectAnalysisType() == MCMath_850::MCConst::EFFECT_TYPE_I;
+  const bool intercept = pSpecs->GetInterceptInModel();
+  if (pSpecs->GetNModelEffect() <= 0 && !intercept) return;
+  // A split without a fit has no tests to show.
+  if (pStats == nullptr) return;
+  const MCMath_850::MCModelTestStats* pModelTestStats =
+      typeI ? pStats->GetTypeITestStats() : pStats->GetTypeIIITestStats();
+
+  BpHeading heading = pProcedure->Heading(BpString("Fixed Effects", true));
+  BpPivotTable table =
+      typeI ? heading.PivotTable(BpString("Type I Tests of Fixed Effects", true),
+                                 BpString("Tests of Fixed Effects", true), true)
+            : heading.PivotTable(BpString("Type III Tests of Fixed Effects", true),
+                                 BpString("Tests of Fixed Effects", true), true);
+  fpComOutputData->AddTableCaption(table, false);
+  BpDimension sources = table.Dimension(BpString("Source", true), 2);
+  sources.Position(0, 1, false, false);
+  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
+  statistics.Position(1, 1, true, false);
+
+  MIX_ASSERT(pModelTestStats != 0, "pModelTestStats != 0");
+  const MCMath_850::MCModelTestStats& tests = *pModelTestStats;
+  const std::vector<std::string>* pEffectMap = &fpComOutputData->GetFixParamMap()->GetEffectMap(false);
+  MIX_ASSERT(pEffectMap != 0, "pEffectMap != 0");
+  const double missing = MCCommon_850::MCMV::Missing();
+
+  for (int i = 0; i < tests.GetNTests(); ++i) {
+    const MCMath_850::MCTestStats& stats = tests.GetTestStats(i);
+    static_cast<void>(tests.GetLMatrix(i));
+    static_cast<void>(tests.GetRowIndices(i));
+    static_cast<void>(tests.GetStatus(i));
+
+    if (intercept && i == 0) {
+      sources.Category(BpString("(Intercept)", true));
+    } else {
+      const std::size_t effect = static_cast<std::size_t>(intercept ? i - 1 : i);
+      MIX_ASSERT(effect < pEffectMap->size(), "effect < pEffectMap->size()");
+      sources.Category(BpString((*pEffectMap)[effect], false));
+    }
+    statistics.Category(BpString("Numerator DF", true)).Cell(BpNumber(stats.GetDF(), BpProcedure::Count()));
+    statistics.Category(BpString("Denominator DF", true))
+        .Cell(BpNumber(stats.GetDF2(), DFFormat(stats.GetDF2(), missing)));
+    statistics.Category(BpString("F Value", true)).Cell(BpNumber(stats.GetWald(), BpProcedure::GeneralStat()));
+    statistics.Category(BpString("Significance", true)).Cell(BpNumber(stats.GetSig(), BpProcedure::Significance()));
+  }
+}
+
+void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputStats* pStats) {
+  if (fpComOutputData == nullptr) return;
+  const MIXValidSpecs* pSpecs = fpComOutputData->GetValidSpecs();
+  BpProcedure* pProcedure = fpComOutputData->GetProcedure();
+  const MIXFactory* pFactory = fpComOutputData->GetFactory();
+  if (pSpecs == nullptr || pProcedure == nullptr) return;
+  if (pSpecs->GetPrintOptionNONE()) return;
+
+  BpHeading heading = pProcedure->Heading(BpString("Fixed Effects", true));
+  BpPivotTable table =
+      heading.PivotTable(BpString("Fixed Parameter Estimates", true), BpString("Parameter Estimates", true), true);
+  fpComOutputData->AddTableCaption(table, false);
+  BpDimension parameters = table.Dimension(BpString("Parameter", true), 2);
+  parameters.Position(0, 1, false, false);
+  const MIXParameterAggregator* pAggregator = pFactory ? pFactory->GetFixParamAggr() : nullptr;
+  if (pAggregator != nullptr) pAggregator->SetParamBagpipeCats(&parameters, -1, false);
+  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
+  statistics.Position(1, 1, true, false);
+
+  const std::vector<std::string>& labels = fpComOutputData->GetFixParamMap()->GetParameterMap(false);
+  if (pStats == nullptr) return;
+
+  const std::vector<MCMath_850::MCRegrParameter>& params = pStats->GetBetaParameters();
+  const std::vector<MCMath_850::BetaParamStat>& paramStats = pStats->GetBetaParamStats();
+  const double missing = MCCommon_850::MCMV::Missing();
+  const BpFormatSpec estimateFormat(MIXComOutputData::GetTableFormat(kEstimatesFormatOffset));
+
+  bool hessianFlag = false;
+  for (const MCCommon_850::MCStatus& status : pStats->GetBuildModelWarnings()) {
+    if ((status.IsError() || status.IsWarning()) && (status.GetErrorCode() == kHessianSingularCode ||
+                                                     status.GetErrorCode() == kHessianNotPositiveCode)) {
+      hessianFlag = true;
+      break;
+    }
+  }
+
+  const double level = pSpecs->GetCILevelPct();
+  const std::size_t nParams = params.size() < paramStats.size() ? params.size() : paramStats.size();
+  for (std::size_t i = 0; i < nParams; ++i) {
+    static_cast<void>(params[i].IsIntercept());
+    const MCMath_850::BetaParamStat& stat = paramStats[i];
+    const bool redundant = stat.GetRedundant();
+    const double stdError = stat.GetStdError();
+
+    {
+      CellTextPtr label = Label(labels, labels.empty() ? 0 : i % labels.size());
+      parameters.Category(*label);
+    }
+
+    if (pSpecs->GetPrintOptionSOLUTION()) {
+      BpCategory estimate = statistics.Category(BpString("B0", true));
+      if (redundant) {
+        estimate.Cell(BpNumber(0.0, BpProcedure::Count()));
+        estimate.CellNote(Footnote("Redundant parameter ..."));
+      } else {
+        estimate.Cell(BpNumber(stat.GetEstimate(), estimateFormat));
+        if (hessianFlag && stdError == kUnsetValue) estimate.CellNote(Footnote("Parameter caused Hessian singularity ..."));
+      }
+    }
+
+    if (redundant) {
+      statistics.Category(BpString("Standard Error", true)).Cell(BpNumber(0.0, BpProcedure::Count()));
+    } else {
+      statistics.Category(BpString("Standard Error", true)).Cell(BpNumber(stdError, estimateFormat));
+    }
+
+    if (redundant || stdError == 0.0) {
+      statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(missing, BpProcedure::GeneralStat()));
+      statistics.Category(BpString("t Statistic", true)).Cell(BpNumber(missing, BpProcedure::GeneralStat()));
+      statistics.Category(BpString("Significance", true)).Cell(BpNumber(missing, BpProcedure::Significance()));
+    } else {
+      const double df = stat.GetDF() > 0.0 ? stat.GetDF() : kUnsetValue;
+      statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(df, DFFormat(df, missing)));
+      statistics.Category(BpString("t Statistic", true)).Cell(BpNumber(stat.GetTStat(), BpProcedure::GeneralStat()));
+      statistics.Category(BpString("Significance", true)).Cell(BpNumber(stat.GetSig(), BpProcedure::Significance()));
+    }
+
+    BpComposite interval("^1 Confidence Interval", true);
+    interval.Add(BpNumber(level, BpProcedure::SigDigit(level)));
+    interval.Finish();
+    BpGroup bounds = statistics.Group(interval, true, 2);
+    bounds.Category(BpString("Lower Bound", true))
+        .Cell(BpNumber(redundant ? missing : stat.GetLowerBound(), estimateFormat));
+    bounds.Category(BpString("Upper Bound", true))
+        .Cell(BpNumber(redundant ? missing : stat.GetUpperBound(), estimateFormat));
+  }
+}
+
+void MIXParamEstimateOutput::DisplayCorrParamEst(const MCGLMM_850::GLMMOutputStats* pStats) {
+  DisplayMatrix(pStats, true);
+}
+
+void MIXParamEstimateOutput::DisplayCovarParamEst(const MCGLMM_850::GLMMOutputStats* pStats) {
+  DisplayMatrix(pStats, false);
+}
+
+void MIXParamEstimateOutput::DisplayMatrix(const MCGLMM_850::GLMMOutputStats* pStats, bool correlation) {
+  if (fpComOutputData == nullptr || pStats == nullptr) return;
+  BpProcedure* pProcedure = fpComOutputData->GetProcedure();
+  const MIXFactory* pFactory = fpComOutputData->GetFactory();
+  if (pProcedure == nullptr) return;
+
+  static_cast<void>(pStats->GetBetaParameters());
+  const MCMath_850::MCSymMatrix* pMatrix = pStats->GetCovarianceMatrixBeta();
+  const std::vector<std::string>& labels = fpComOutputData->GetFixParamMap()->GetParameterMap(false);
+  const int p = static_cast<int>(labels.size());
+  if (pMatrix == nullptr || p <= 0) return;
+
+  BpHeading heading = pProcedure->Heading(BpString("Fixed Effects", true));
+  BpPivotTable table =
+      correlation
+          ? heading.PivotTable(BpString("Fixed Correlation Matrix", true), BpString("Correlation Matrix", true), true)
+          : heading.PivotTable(BpString("Fixed Covariance Matrix", true), BpString("Covariance Matrix", true), true);
+  fpComOutputData->AddTableCaption(table, false);
+
+  const MIXParameterAggregator* pAggregator = pFactory ? pFactory->GetFixParamAggr() : nullptr;
+  BpDimension rows = table.Dimension(BpString("Parameter", true), 2);
+  rows.Position(0, 1, true, false);
+  if (pAggregator != nullptr) pAggregator->SetParamBagpipeCats(&rows, -1, false);
+  BpDimension columns = table.Dimension(BpString("Parameter2", true), 2);
+  columns.Position(1, 1, true, false);
+  if (pAggregator != nullptr) pAggregator->SetParamBagpipeCats(&columns, -1, false);
+
+  const std::vector<MCMath_850::BetaParamStat>& paramStats = pStats->GetBetaParamStats();
+  const double missing = MCCommon_850::MCMV::Missing();
+  const BpFormatSpec estimateFormat(MIXComOutputData::GetTableFormat(kEstimatesFormatOffset));
+  auto isRedundant = [&paramStats](int k) {
+    return static_cast<std::size_t>(k) < paramStats.size() && paramStats[static_cast<std::size_t>(k)].GetRedundant();
+  };
+
+  for (int i = 0; i < p; ++i) {
+    {
+      CellTextPtr rowLabel = Label(labels, static_cast<std::size_t>(i));
+      rows.Category(*rowLabel);
+    }
+    for (int j = 0; j < p; ++j) {
+      CellTextPtr columnLabel = Label(labels, static_cast<std::size_t>(j));
+      BpCategory cell = columns.Category(*columnLabel);
+      const bool redundant = isRedundant(i) || isRedundant(j);
+      if (correlation) {
+        if (redundant) {
+          cell.Cell(BpNumber(missing, BpProcedure::Correlation()));
+          cell.CellNote(Footnote("Redundant correlation ..."));
+        } else {
+          const double r = FindCorrelation(0, 0, i, j, pMatrix);
+          if (r != missing && i == j) {
+            cell.Cell(BpNumber(1.0, BpProcedure::Count()));
+          } else {
+            cell.Cell(BpNumber(r, BpProcedure::Correlation()));
+          }
+        }
+      } else {
+        if (redundant) {
+          cell.Cell(BpNumber(0.0, BpProcedure::Count()));
+          cell.CellNote(Footnote("Redundant covariance ..."));
+        } else {
+          cell.Cell(BpNumber(pMatrix->GetElem(0, 0, i, j), estimateFormat));
+        }
+      }
+    }
+  }
+}
+
+double MIXParamEstimateOutput::FindCorrelation(int a, int b, int c, int d, const MCMath_850::MCSymMatrix* pMatrix) {
+  const double missing = MCCommon_850::MCMV::Missing();
+  if (pMatrix == nullptr) return missing;
+  const double va = pMatrix->GetElem(a, a, c, c);
+  if (!(va > 0.0)) return missing;
+  if (a == b && c == d) return 1.0;
+  const double vb = pMatrix->GetElem(b, b, d, d);
+  if (!(vb > 0.0)) return missing;
+  const double vab = pMatrix->GetElem(a, b, c, d);
+  // A covariance of exactly 0 reads as a missing correlation, not as 0.
+  if (vab == 0.0) return missing;
+  const double r2 = (vab / va) * (vab / vb);
+  const double r = std::sqrt(r2);
+  return vab < 0.0 ? -r : r;
+}

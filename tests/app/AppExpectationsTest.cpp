@@ -1,0 +1,573 @@
+// Runs every example command file through the session, end to end, and
+// compares the JSON report with its expectation in tests/data/app/expected:
+// texts exactly, numbers to a relative 1e-6 (1e-9 absolute near zero). The
+// output folder and the source folder, which differ from machine to machine,
+// stand as "<output>" and "<source>" in the expectations.
+//
+// To accept a deliberate change of the output, run the tests with the
+// environment variable GLMIX_UPDATE_GOLDEN=1: the expectations are then
+// rewritten instead of compared, and the diff can be reviewed.
+//
+// Beside the comparison, each test states the behaviour its example stands
+// for in explicit assertions, and the fitted numbers are held against the
+// reference fits in tests/data/numeric/reference where one exists for the
+// example's model.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/AppProcedureHook.h"
+#include "app/AppSession.h"
+#include "run/MixDriver.h"
+#include "run/MixExports.h"
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+namespace {
+
+bool Updating() {
+  const char* value = std::getenv("GLMIX_UPDATE_GOLDEN");
+  return value != nullptr && std::string(value) == "1";
+}
+
+json ReadJson(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return json::parse(text.str());
+}
+
+void ReplaceAll(std::string& text, const std::string& from, const std::string& to) {
+  if (from.empty()) return;
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+}
+
+// Every string of `value` with the machine's folders replaced by names.
+void Normalise(json& value, const std::vector<std::pair<std::string, std::string>>& folders) {
+  if (value.is_string()) {
+    std::string text = value.get<std::string>();
+    for (const auto& folder : folders) ReplaceAll(text, folder.first, folder.second);
+    value = text;
+  } else if (value.is_array() || value.is_object()) {
+    for (json& inner : value) Normalise(inner, folders);
+  }
+}
+
+bool Close(double actual, double expected) {
+  const double scale = std::max(std::fabs(actual), std::fabs(expected));
+  return std::fabs(actual - expected) <= std::max(1e-6 * scale, 1e-9);
+}
+
+std::string Show(const json& value) {
+  std::string text = value.dump();
+  return text.size() > 120 ? text.substr(0, 117) + "..." : text;
+}
+
+// The places where `actual` differs from `expected`, at most `limit` of them.
+void Compare(const json& expected, const json& actual, const std::string& path, std::vector<std::string>& out,
+             std::size_t limit = 20) {
+  if (out.size() >= limit) return;
+  if (expected.is_number() && actual.is_number()) {
+    if (!Close(actual.get<double>(), expected.get<double>())) {
+      out.push_back(path + ": expected " + Show(expected) + ", found " + Show(actual));
+    }
+    return;
+  }
+  if (expected.type() != actual.type()) {
+    out.push_back(path + ": expected " + Show(expected) + ", found " + Show(actual));
+    return;
+  }
+  if (expected.is_object()) {
+    for (auto it = expected.begin(); it != expected.end(); ++it) {
+      if (!actual.contains(it.key())) {
+        out.push_back(path + "/" + it.key() + ": missing");
+      } else {
+        Compare(it.value(), actual[it.key()], path + "/" + it.key(), out, limit);
+      }
+    }
+    for (auto it = actual.begin(); it != actual.end(); ++it) {
+      if (!expected.contains(it.key())) out.push_back(path + "/" + it.key() + ": not expected");
+    }
+    return;
+  }
+  if (expected.is_array()) {
+    if (expected.size() != actual.size()) {
+      out.push_back(path + ": expected " + std::to_string(expected.size()) + " elements, found " +
+                    std::to_string(actual.size()));
+    }
+    const std::size_t common = std::min(expected.size(), actual.size());
+    for (std::size_t i = 0; i < common; ++i) Compare(expected[i], actual[i], path + "/" + std::to_string(i), out, limit);
+    return;
+  }
+  if (expected != actual) out.push_back(path + ": expected " + Show(expected) + ", found " + Show(actual));
+}
+
+// --- Reading the report ----------------------------------------------------
+
+// The top-level headings with the given text (the commands of that kind), in
+// order.
+std::vector<json> Commands(const json& report, const std::string& title) {
+  std::vector<json> commands;
+  for (const json& item : report["items"]) {
+    if (item["kind"] == "heading" && item["text"] == title) commands.push_back(item);
+  }
+  return commands;
+}
+
+void CollectTables(const json& items, const std::string& subtype, std::vector<json>& out) {
+  for (const json& item : items) {
+    if (item["kind"] == "heading") CollectTables(item["items"], subtype, out);
+    if (item["kind"] == "table" && item["subtype"] == subtype) out.push_back(item);
+  }
+}
+
+// The tables of a command with the given sub-type, in the order written.
+std::vector<json> Tables(const json& command, const std::string& subtype) {
+  std::vector<json> tables;
+  CollectTables(command["items"], subtype, tables);
+  return tables;
+}
+
+void CollectMessages(const json& items, std::vector<std::string>& out) {
+  for (const json& item : items) {
+    if (item["kind"] == "heading") CollectMessages(item["items"], out);
+    if (item["kind"] == "message") out.push_back(item["level"].get<std::string>() + ": " + item["text"].get<std::string>());
+  }
+}
+
+// "level: text" of each message of a command, in order.
+std::vector<std::string> Messages(const json& command) {
+  std::vector<std::string> messages;
+  CollectMessages(command["items"], messages);
+  return messages;
+}
+
+// The front-end lines of a command, one string.
+std::string FrontEndText(const json& command) {
+  std::string text;
+  for (const json& item : command["items"]) {
+    if (item["kind"] != "text") continue;
+    for (const json& line : item["lines"]) text += line.get<std::string>() + "\n";
+  }
+  return text;
+}
+
+std::vector<std::string> Labels(const json& nodes) {
+  std::vector<std::string> labels;
+  for (const json& node : nodes) {
+    if (node["kind"] == "category") {
+      labels.push_back(node["label"]["text"].get<std::string>());
+    } else {
+      std::vector<std::string> inner = Labels(node["children"]);
+      labels.insert(labels.end(), inner.begin(), inner.end());
+    }
+  }
+  return labels;
+}
+
+// The leaf labels of a table's dimension.
+std::vector<std::string> Labels(const json& table, std::size_t dimension) {
+  return Labels(table["dimensions"][dimension]["children"]);
+}
+
+double Value(const json& table, const std::vector<int>& coordinates) {
+  for (const json& cell : table["cells"]) {
+    if (cell["coordinates"].get<std::vector<int>>() == coordinates) {
+      return cell["value"].is_number() ? cell["value"].get<double>() : std::nan("");
+    }
+  }
+  return std::nan("");
+}
+
+std::vector<std::string> Captions(const json& table) {
+  std::vector<std::string> captions;
+  for (const json& caption : table["captions"]) captions.push_back(caption["text"].get<std::string>());
+  return captions;
+}
+
+// The value of a row of the notes table, by its name.
+std::string NotesValue(const json& command, const std::string& name) {
+  const std::vector<json> notes = Tables(command, "Notes");
+  if (notes.size() != 1) return "<no notes table>";
+  const json& table = notes[0];
+  const std::vector<std::string> rows = Labels(table, 0);
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    if (rows[row] != name) continue;
+    for (const json& cell : table["cells"]) {
+      if (cell["coordinates"][0] == static_cast<int>(row)) return cell["text"].get<std::string>();
+    }
+  }
+  return "<no row " + name + ">";
+}
+
+// A parameter or effect label in one form for the tables and the reference
+// fits: "[Sex=Female] * age" and "age*Sex=Female" are both "Sex=Female*age".
+std::string Key(const std::string& label) {
+  std::vector<std::string> parts;
+  std::string part;
+  for (char c : label + "*") {
+    if (c == '*') {
+      parts.push_back(part);
+      part.clear();
+    } else if (c != '[' && c != ']' && c != ' ') {
+      part += c;
+    }
+  }
+  std::sort(parts.begin(), parts.end());
+  std::string key;
+  for (const std::string& p : parts) key += (key.empty() ? "" : "*") + p;
+  return key;
+}
+
+void ExpectRelative(double actual, double expected, double relative, const std::string& what) {
+  EXPECT_NEAR(actual, expected, relative * std::max(std::fabs(expected), 1e-12)) << what;
+}
+
+// Holds the fitted numbers of one split of a command (the `split`-th table
+// of each kind) against a reference fit: the -2 log likelihood, the tests of
+// the fixed effects and, when the command shows them, the estimates.
+void ExpectReferenceFit(const json& command, const std::string& fixture, std::size_t split = 0) {
+  SCOPED_TRACE("reference fit " + fixture);
+  const json reference = ReadJson(fs::path(GLMIX_TEST_DATA_DIR) / "numeric" / "reference" / (fixture + ".json"));
+
+  const std::vector<json> criteria = Tables(command, "Information Criteria");
+  ASSERT_GT(criteria.size(), split);
+  const std::string label = Labels(criteria[split], 0).at(0);
+  EXPECT_EQ(label, reference["method"] == "ML" ? "-2 Log Likelihood" : "-2 Restricted Log Likelihood");
+  ExpectRelative(Value(criteria[split], {0}), reference["minus2ll"].get<double>(), 1e-6, label);
+
+  const std::vector<json> tests = Tables(command, "Tests of Fixed Effects");
+  ASSERT_GT(tests.size(), split);
+  const std::vector<std::string> sources = Labels(tests[split], 0);
+  for (const json& test : reference["typeIII"]) {
+    const std::string term = test["term"].get<std::string>();
+    int row = -1;
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+      if (Key(sources[i]) == Key(term)) row = static_cast<int>(i);
+    }
+    ASSERT_GE(row, 0) << "no test of " << term;
+    EXPECT_EQ(Value(tests[split], {row, 0}), test["numDF"].get<double>()) << term;
+    ExpectRelative(Value(tests[split], {row, 1}), test["denDF"].get<double>(), 1e-5, term + " denominator df");
+    ExpectRelative(Value(tests[split], {row, 2}), test["F"].get<double>(), 1e-5, term + " F");
+    EXPECT_NEAR(Value(tests[split], {row, 3}), test["p"].get<double>(), 1e-6) << term + " significance";
+  }
+
+  const std::vector<json> estimates = Tables(command, "Parameter Estimates");
+  if (estimates.size() <= split) return;
+  const std::vector<std::string> parameters = Labels(estimates[split], 0);
+  for (const json& beta : reference["beta"]) {
+    const std::string name = beta["name"].get<std::string>();
+    int row = -1;
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+      if (Key(parameters[i]) == Key(name)) row = static_cast<int>(i);
+    }
+    ASSERT_GE(row, 0) << "no estimate of " << name;
+    ExpectRelative(Value(estimates[split], {row, 0}), beta["estimate"].get<double>(), 1e-6, name + " estimate");
+    ExpectRelative(Value(estimates[split], {row, 1}), beta["se"].get<double>(), 1e-5, name + " standard error");
+    ExpectRelative(Value(estimates[split], {row, 2}), beta["df"].get<double>(), 1e-5, name + " df");
+  }
+}
+
+// --- The fixture -----------------------------------------------------------
+
+class AppExpectationsTest : public ::testing::Test {
+ protected:
+  void SetUp() override { AppProcedureHook::Set(MixDriver); }
+  void TearDown() override {
+    AppProcedureHook::Set(nullptr);
+    if (!fOutput.empty()) fs::remove_all(fOutput);
+  }
+
+  // Runs examples/<name>.gmx with JSON output, compares the report with its
+  // expectation, and returns the report as compared.
+  json RunExample(const std::string& name) {
+    fOutput = fs::temp_directory_path() / ("glmixfit-expected-" + name);
+    fs::remove_all(fOutput);
+    AppOptions options;
+    options.fOutputDir = fOutput.string();
+    options.fbText = false;
+    options.fbJson = true;
+    json report;
+    {
+      AppSession session(options);
+      EXPECT_TRUE(session.RunFile((fs::path(GLMIX_SOURCE_DIR) / "examples" / (name + ".gmx")).string()));
+      std::ostringstream terminal;
+      std::string error;
+      EXPECT_TRUE(session.WriteReports(terminal, error)) << error;
+      fExitStatus = session.ExitStatus();
+    }
+    report = ReadJson(fOutput / "report.json");
+    const std::string source = fs::path(GLMIX_SOURCE_DIR).lexically_normal().string();
+    Normalise(report, {{fOutput.string(), "<output>"},
+                       {fOutput.lexically_normal().string(), "<output>"},
+                       {source, "<source>"}});
+    CheckExpectation(name, report);
+    return report;
+  }
+
+  void CheckExpectation(const std::string& name, const json& report) {
+    const fs::path path = fs::path(GLMIX_TEST_DATA_DIR) / "app" / "expected" / (name + ".json");
+    if (Updating()) {
+      fs::create_directories(path.parent_path());
+      std::ofstream out(path, std::ios::binary);
+      out << report.dump(2) << "\n";
+      ASSERT_TRUE(out.good()) << "cannot write " << path;
+      return;
+    }
+    ASSERT_TRUE(fs::is_regular_file(path)) << "missing expectation " << path
+                                           << " (run with GLMIX_UPDATE_GOLDEN=1 to create it)";
+    std::vector<std::string> differences;
+    Compare(ReadJson(path), report, "", differences);
+    std::string listed;
+    for (const std::string& difference : differences) listed += "\n  " + difference;
+    EXPECT_TRUE(differences.empty()) << "the report of examples/" << name << ".gmx differs from " << path << ":"
+                                     << listed;
+  }
+
+  fs::path fOutput;
+  int fExitStatus = -1;
+};
+
+// --- One test per example --------------------------------------------------
+
+// Random intercept and slope, unstructured: the fit agrees with the
+// reference, and the predictions of the random effects are shown.
+TEST_F(AppExpectationsTest, SleepStudyFitsARandomSlopeModelAndPredictsTheSubjects) {
+  const json report = RunExample("sleepstudy");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  EXPECT_TRUE(Messages(commands[0]).empty());
+  ExpectReferenceFit(commands[0], "sleepstudy_un");
+  const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
+  ASSERT_EQ(criteria.size(), 1u);
+  EXPECT_EQ(criteria[0]["cells"][0]["text"], "1743.628");
+  const std::vector<json> estimates = Tables(commands[0], "Parameter Estimates");
+  ASSERT_EQ(estimates.size(), 1u);
+  EXPECT_EQ(Labels(estimates[0], 0), (std::vector<std::string>{"Intercept", "Days"}));
+  EXPECT_NEAR(Value(estimates[0], {1, 0}), 10.4673, 5e-5);
+  EXPECT_EQ(Tables(commands[0], "Empirical Best Linear Unbiased Predictions").size(), 1u);
+  EXPECT_EQ(NotesValue(commands[0], "Model File"), "<output>/model-1.xml");
+}
+
+// A factor crossed with a covariate, random intercept and slope per child.
+TEST_F(AppExpectationsTest, OrthodontFitsGrowthLinesBySex) {
+  const json report = RunExample("orthodont");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  ExpectReferenceFit(commands[0], "orthodont_un_g");
+  const std::vector<json> tests = Tables(commands[0], "Tests of Fixed Effects");
+  ASSERT_EQ(tests.size(), 1u);
+  EXPECT_EQ(Labels(tests[0], 0), (std::vector<std::string>{"Intercept", "Sex", "age", "Sex * age"}));
+  // The redundant parameters of the last category are set to zero.
+  const std::vector<json> estimates = Tables(commands[0], "Parameter Estimates");
+  ASSERT_EQ(estimates.size(), 1u);
+  ASSERT_EQ(estimates[0]["footnotes"].size(), 1u);
+  EXPECT_EQ(estimates[0]["footnotes"][0]["text"], "This parameter is set to zero because it is redundant.");
+}
+
+// Split plot with two random blocks (no reference fit of this model: the
+// reference treats nitrogen as a factor).
+TEST_F(AppExpectationsTest, OatsFitsTwoRandomBlocks) {
+  const json report = RunExample("oats");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  EXPECT_TRUE(Messages(commands[0]).empty());
+  const std::vector<json> tests = Tables(commands[0], "Tests of Fixed Effects");
+  ASSERT_EQ(tests.size(), 1u);
+  EXPECT_EQ(Labels(tests[0], 0), (std::vector<std::string>{"Intercept", "Variety", "nitro"}));
+  EXPECT_EQ(Value(tests[0], {1, 0}), 2.0);
+  // The whole plots give the Variety test 10 denominator degrees of freedom.
+  EXPECT_NEAR(Value(tests[0], {1, 1}), 10.0, 1e-3);
+  const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
+  ASSERT_EQ(criteria.size(), 1u);
+  EXPECT_EQ(criteria[0]["cells"][0]["text"], "578.892");
+}
+
+// Crossed subjects: workers, and workers by machines.
+TEST_F(AppExpectationsTest, MachinesFitsCrossedSubjects) {
+  const json report = RunExample("machines");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  ExpectReferenceFit(commands[0], "machines");
+}
+
+// A nested random term.
+TEST_F(AppExpectationsTest, PastesFitsANestedRandomTerm) {
+  const json report = RunExample("pastes");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  ExpectReferenceFit(commands[0], "pastes");
+}
+
+// Two crossed random intercepts.
+TEST_F(AppExpectationsTest, PenicillinFitsCrossedRandomIntercepts) {
+  const json report = RunExample("penicillin");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  ExpectReferenceFit(commands[0], "penicillin");
+}
+
+// Maximum likelihood: the criteria count the fixed parameters too.
+TEST_F(AppExpectationsTest, DyestuffFitsByMaximumLikelihood) {
+  const json report = RunExample("dyestuff");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
+  ASSERT_EQ(criteria.size(), 1u);
+  EXPECT_EQ(Labels(criteria[0], 0).at(0), "-2 Log Likelihood");
+  // One fixed parameter and two variances.
+  EXPECT_NEAR(Value(criteria[0], {1}) - Value(criteria[0], {0}), 6.0, 1e-9);
+  const std::vector<json> estimates = Tables(commands[0], "Parameter Estimates");
+  ASSERT_EQ(estimates.size(), 1u);
+  EXPECT_NEAR(Value(estimates[0], {0, 0}), 1527.5, 1e-6);
+}
+
+// Random slopes with autoregressive residuals (the reference fit has no
+// random effects, so only the form is checked here).
+TEST_F(AppExpectationsTest, BodyweightFitsRandomSlopesWithAutoregressiveResiduals) {
+  const json report = RunExample("bodyweight");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  const std::vector<json> tests = Tables(commands[0], "Tests of Fixed Effects");
+  ASSERT_EQ(tests.size(), 1u);
+  EXPECT_EQ(Labels(tests[0], 0), (std::vector<std::string>{"Intercept", "Diet", "Time", "Diet * Time"}));
+}
+
+// LAYERED: every split is fitted, and all splits are reported in the same
+// command, each split's table marked with its split.
+TEST_F(AppExpectationsTest, OrthodontSplitLayeredReportsBothSplits) {
+  const json report = RunExample("orthodont-split");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  EXPECT_TRUE(Messages(commands[0]).empty());
+  const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
+  ASSERT_EQ(criteria.size(), 2u);
+  EXPECT_EQ(Captions(criteria[0]).at(0), "Split file: Sex of the child = Female");
+  EXPECT_EQ(Captions(criteria[1]).at(0), "Split file: Sex of the child = Male");
+  EXPECT_EQ(criteria[0]["cells"][0]["text"], "141.218");
+  EXPECT_EQ(criteria[1]["cells"][0]["text"], "273.448");
+  EXPECT_EQ(Tables(commands[0], "Correlation Matrix").size(), 2u);
+  EXPECT_EQ(Tables(commands[0], "Covariance Matrix").size(), 2u);
+}
+
+// SEPARATE: each split with tables of its own.
+TEST_F(AppExpectationsTest, OrthodontSplitSeparateGivesEachSplitItsTables) {
+  const json report = RunExample("orthodont-split-separate");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  for (const char* subtype : {"Information Criteria", "Tests of Fixed Effects", "Parameter Estimates"}) {
+    const std::vector<json> tables = Tables(commands[0], subtype);
+    ASSERT_EQ(tables.size(), 2u) << subtype;
+    EXPECT_EQ(Captions(tables[0]).at(0), "Split file: Sex of the child = Female") << subtype;
+    EXPECT_EQ(Captions(tables[1]).at(0), "Split file: Sex of the child = Male") << subtype;
+  }
+  // The same fits as the layered run.
+  const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
+  EXPECT_EQ(criteria[0]["cells"][0]["text"], "141.218");
+  EXPECT_EQ(criteria[1]["cells"][0]["text"], "273.448");
+}
+
+// A scale weight, then a frequency weight: the notes say how weights are
+// handled.
+TEST_F(AppExpectationsTest, CbppWeightedFitsWithAScaleAndAFrequencyWeight) {
+  const json report = RunExample("cbpp-weighted");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 2u);
+  EXPECT_EQ(NotesValue(commands[0], "Weight Handling"), "Not applicable");
+  EXPECT_EQ(NotesValue(commands[1], "Weight Handling"), "Weight values are rounded to the nearest whole number.");
+  EXPECT_EQ(NotesValue(commands[1], "Model File"), "<output>/model-2.xml");
+  const std::vector<json> first = Tables(commands[0], "Information Criteria");
+  const std::vector<json> second = Tables(commands[1], "Information Criteria");
+  ASSERT_EQ(first.size(), 1u);
+  ASSERT_EQ(second.size(), 1u);
+  EXPECT_NE(Value(first[0], {0}), Value(second[0], {0}));
+}
+
+// No valid case on the whole file: an error, which ends the command. A split
+// without cases: a warning, and the other split is fitted.
+TEST_F(AppExpectationsTest, FailuresReportNoValidCasesAsAnErrorAndAnEmptySplitAsAWarning) {
+  const json report = RunExample("failures");
+  EXPECT_EQ(fExitStatus, 1);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 2u);
+
+  EXPECT_EQ(Messages(commands[0]), (std::vector<std::string>{"error: There are no valid cases for this analysis."}));
+  EXPECT_TRUE(Tables(commands[0], "Information Criteria").empty());
+  EXPECT_EQ(Tables(commands[0], "Notes").size(), 1u);
+
+  EXPECT_EQ(Messages(commands[1]),
+            (std::vector<std::string>{
+                "warning: There are no valid cases in this split file group. The analysis of the group is skipped."}));
+  const std::vector<json> criteria = Tables(commands[1], "Information Criteria");
+  ASSERT_EQ(criteria.size(), 1u);
+  EXPECT_EQ(Captions(criteria[0]).at(0), "Split file: Sex of the child = Male");
+  const std::vector<json> estimates = Tables(commands[1], "Parameter Estimates");
+  ASSERT_EQ(estimates.size(), 1u);
+  EXPECT_EQ(Captions(estimates[0]).at(0), "Split file: Sex of the child = Male");
+}
+
+// DEBUG switches: the specification is shown after the data pass, the sorted
+// records are written to the output folder, and the switches are off again
+// after the run.
+TEST_F(AppExpectationsTest, DebugSwitchesShowTheSettingsAndWriteTheRecords) {
+  const json report = RunExample("debug");
+  EXPECT_EQ(fExitStatus, 0);
+  const std::vector<json> debug = Commands(report, "Debug");
+  ASSERT_EQ(debug.size(), 2u);
+  EXPECT_NE(FrontEndText(debug[0]).find("Debug switches on: display_settings, write_text_data."), std::string::npos);
+  EXPECT_NE(FrontEndText(debug[1]).find("All debug switches are off."), std::string::npos);
+  const std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  const std::string text = FrontEndText(commands[0]);
+  EXPECT_NE(text.find("MIXValidSpecs display start"), std::string::npos);
+  EXPECT_NE(text.find("OUTFILE MODEL: <output>/model-1.xml"), std::string::npos);
+  ExpectReferenceFit(commands[0], "dyestuff");
+
+  std::ifstream records(fOutput / "mixed_sorted_encoded_records.txt");
+  ASSERT_TRUE(records.good());
+  std::string line;
+  int lines = 0;
+  while (std::getline(records, line)) ++lines;
+  EXPECT_EQ(lines, 31);  // the names, then the 30 cases
+  EXPECT_FALSE(display_settings);
+  EXPECT_FALSE(write_text_data);
+}
+
+// Every example command file has its test above.
+TEST(AppExpectationsCoverage, EveryExampleHasAnExpectation) {
+  int files = 0;
+  for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(GLMIX_SOURCE_DIR) / "examples")) {
+    if (entry.path().extension() != ".gmx") continue;
+    ++files;
+    const fs::path expected =
+        fs::path(GLMIX_TEST_DATA_DIR) / "app" / "expected" / (entry.path().stem().string() + ".json");
+    EXPECT_TRUE(fs::is_regular_file(expected)) << "no expectation for " << entry.path();
+  }
+  EXPECT_EQ(files, 13);
+}
+
+}  // namespace

@@ -1,0 +1,211 @@
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "app/AppProcedureHook.h"
+#include "app/AppSession.h"
+#include "host/data/ZORV_Session.h"
+#include "run/MixDriver.h"
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+namespace {
+
+json ReadJson(const fs::path& path) {
+  std::ifstream in(path);
+  std::stringstream text;
+  text << in.rdbuf();
+  return json::parse(text.str());
+}
+
+// The tables of a rendered report, by sub-type, in the order written.
+void CollectTables(const json& items, std::multimap<std::string, json>& tables) {
+  for (const json& item : items) {
+    if (item["kind"] == "heading") CollectTables(item["items"], tables);
+    if (item["kind"] == "table") tables.emplace(item["subtype"].get<std::string>(), item);
+  }
+}
+
+void CollectMessages(const json& items, std::vector<std::string>& messages) {
+  for (const json& item : items) {
+    if (item["kind"] == "heading") CollectMessages(item["items"], messages);
+    if (item["kind"] == "message") {
+      messages.push_back(item["level"].get<std::string>() + ": " + item["text"].get<std::string>());
+    }
+  }
+}
+
+// The leaves of a dimension, in index order.
+std::vector<std::string> Labels(const json& nodes) {
+  std::vector<std::string> labels;
+  for (const json& node : nodes) {
+    if (node["kind"] == "category") {
+      labels.push_back(node["label"]["text"].get<std::string>());
+    } else {
+      std::vector<std::string> inner = Labels(node["children"]);
+      labels.insert(labels.end(), inner.begin(), inner.end());
+    }
+  }
+  return labels;
+}
+
+// The raw value of the cell at row `row` and column `column` of a table with
+// a row and a column dimension, or NaN.
+double Value(const json& table, int row, int column) {
+  for (const json& cell : table["cells"]) {
+    if (cell["coordinates"] == json::array({row, column})) {
+      return cell["value"].is_number() ? cell["value"].get<double>() : std::nan("");
+    }
+  }
+  return std::nan("");
+}
+
+void ExpectNear(double actual, double expected, double relative, const std::string& what) {
+  EXPECT_NEAR(actual, expected, relative * std::fabs(expected)) << what;
+}
+
+class AppFittingTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    AppProcedureHook::Set(MixDriver);
+    // Tests run in parallel processes: each gets a folder of its own.
+    fOutput = fs::temp_directory_path() /
+              ("glmixfit-fitting-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
+               "-" + std::to_string(::getpid()));
+    fs::remove_all(fOutput);
+  }
+  void TearDown() override {
+    AppProcedureHook::Set(nullptr);
+    fs::remove_all(fOutput);
+  }
+
+  json RunExample(const std::string& name, int& exitStatus) {
+    AppOptions options;
+    options.fOutputDir = fOutput.string();
+    options.fbText = false;
+    options.fbJson = true;
+    AppSession session(options);
+    EXPECT_TRUE(session.RunFile((fs::path(GLMIX_SOURCE_DIR) / "examples" / (name + ".gmx")).string()));
+    std::ostringstream terminal;
+    std::string error;
+    EXPECT_TRUE(session.WriteReports(terminal, error)) << error;
+    exitStatus = session.ExitStatus();
+    return ReadJson(fOutput / "report.json");
+  }
+
+  fs::path fOutput;
+};
+
+TEST_F(AppFittingTest, TheSleepStudyExampleIsFittedAndReported) {
+  int exitStatus = -1;
+  json report = RunExample("sleepstudy", exitStatus);
+  EXPECT_EQ(exitStatus, 0);
+  std::vector<std::string> messages;
+  CollectMessages(report["items"], messages);
+  EXPECT_TRUE(messages.empty()) << messages.front();
+
+  std::multimap<std::string, json> tables;
+  CollectTables(report["items"], tables);
+  const json reference = ReadJson(fs::path(GLMIX_TEST_DATA_DIR) / "numeric" / "reference" / "sleepstudy_un.json");
+  const double minus2ll = reference["minus2ll"].get<double>();
+
+  // Information criteria: REML counts the four covariance parameters.
+  ASSERT_EQ(tables.count("Information Criteria"), 1u);
+  const json& criteria = tables.find("Information Criteria")->second;
+  ASSERT_EQ(criteria["dimensions"].size(), 1u);
+  const std::vector<std::string> criteriaRows = Labels(criteria["dimensions"][0]["children"]);
+  ASSERT_EQ(criteriaRows.size(), 5u);
+  EXPECT_EQ(criteriaRows[0], "-2 Restricted Log Likelihood");
+  std::vector<double> values;
+  for (const json& cell : criteria["cells"]) values.push_back(cell["value"].get<double>());
+  ASSERT_EQ(values.size(), 5u);
+  ExpectNear(values[0], minus2ll, 1e-6, "-2 restricted log likelihood");
+  ExpectNear(values[1], minus2ll + 2.0 * 4.0, 1e-6, "AIC");
+  const double n = 180.0 - 2.0;
+  ExpectNear(values[3], minus2ll + 4.0 * (std::log(n) + 1.0), 1e-6, "CAIC");
+
+  // Tests of fixed effects.
+  ASSERT_EQ(tables.count("Tests of Fixed Effects"), 1u);
+  const json& tests = tables.find("Tests of Fixed Effects")->second;
+  EXPECT_EQ(tests["title"]["text"], "Type III Tests of Fixed Effects");
+  ASSERT_EQ(tests["dimensions"].size(), 2u);
+  EXPECT_EQ(Labels(tests["dimensions"][0]["children"]), (std::vector<std::string>{"Intercept", "Days"}));
+  EXPECT_EQ(Labels(tests["dimensions"][1]["children"]),
+            (std::vector<std::string>{"Numerator df", "Denominator df", "F", "Sig."}));
+  const json& days = reference["typeIII"][0];
+  EXPECT_EQ(Value(tests, 1, 0), days["numDF"].get<double>());
+  ExpectNear(Value(tests, 1, 1), days["denDF"].get<double>(), 1e-5, "denominator df");
+  ExpectNear(Value(tests, 1, 2), days["F"].get<double>(), 1e-5, "F");
+  ExpectNear(Value(tests, 1, 3), days["p"].get<double>(), 1e-4, "significance");
+
+  // Estimates of fixed effects.
+  ASSERT_EQ(tables.count("Parameter Estimates"), 1u);
+  const json& estimates = tables.find("Parameter Estimates")->second;
+  ASSERT_EQ(estimates["dimensions"].size(), 2u);
+  EXPECT_EQ(Labels(estimates["dimensions"][0]["children"]), (std::vector<std::string>{"Intercept", "Days"}));
+  const std::vector<std::string> statistics = Labels(estimates["dimensions"][1]["children"]);
+  ASSERT_GE(statistics.size(), 5u);
+  EXPECT_EQ(statistics[0], "Estimate");
+  EXPECT_EQ(statistics[1], "Std. Error");
+  EXPECT_EQ(statistics[2], "df");
+  EXPECT_EQ(statistics[4], "Sig.");
+  for (int row = 0; row < 2; ++row) {
+    const json& beta = reference["beta"][static_cast<std::size_t>(row)];
+    const std::string name = beta["name"].get<std::string>();
+    ExpectNear(Value(estimates, row, 0), beta["estimate"].get<double>(), 1e-6, name + " estimate");
+    ExpectNear(Value(estimates, row, 1), beta["se"].get<double>(), 1e-5, name + " standard error");
+    ExpectNear(Value(estimates, row, 2), beta["df"].get<double>(), 1e-5, name + " df");
+    ExpectNear(Value(estimates, row, 4), beta["p"].get<double>(), 1e-4, name + " significance");
+  }
+
+  // The command's documents were saved in the output folder.
+  EXPECT_TRUE(fs::exists(fOutput / "statjson-1.json"));
+  EXPECT_GT(fs::file_size(fOutput / "statjson-1.json"), 0u);
+}
+
+TEST_F(AppFittingTest, AFitErrorEndsTheCommandWithAnErrorAndTheNextCommandRuns) {
+  const fs::path dir = fOutput.string() + "-data";
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  {
+    std::ofstream data(dir / "one.csv");
+    data << "y,x,s\n1.5,1,1\n";
+    std::ofstream commands(dir / "run.gmx");
+    commands << "LOAD 'one.csv'.\nGLMIXFIT y WITH x /FIXED x /RANDOM INTERCEPT SUBJECTS=s.\n"
+                "GLMIXFIT y WITH x /FIXED x /RANDOM INTERCEPT SUBJECTS=s.\n";
+  }
+  AppOptions options;
+  options.fOutputDir = fOutput.string();
+  options.fbText = false;
+  AppSession session(options);
+  ASSERT_TRUE(session.RunFile((dir / "run.gmx").string()));
+  EXPECT_EQ(session.ExitStatus(), 1);
+  int errors = 0;
+  int fitted = 0;
+  for (const OmItem& item : session.GetDocument().fRoot.fvItems) {
+    if (item.fKind != OmItem::HEADING || item.fpHeading->fText != "Mixed Model") continue;
+    ++fitted;
+    int errorsHere = 0;
+    for (const OmItem& inner : item.fpHeading->fvItems) {
+      if (inner.fKind == OmItem::MESSAGE && inner.fpMessage->fLevel == OmMessage::ERROR) ++errorsHere;
+      EXPECT_NE(inner.fKind == OmItem::TABLE ? inner.fpTable->fSubType : std::string(), "Information Criteria");
+    }
+    EXPECT_EQ(errorsHere, 1);
+    errors += errorsHere;
+  }
+  EXPECT_EQ(fitted, 2);
+  EXPECT_EQ(errors, 2);
+  fs::remove_all(dir);
+}
+
+}  // namespace

@@ -1,0 +1,613 @@
+// The model and result documents of fits, read back as the model viewer
+// reads them.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ios>
+#include <memory>
+#include <sstream>
+#include <streambuf>
+#include <string>
+#include <vector>
+
+#include "host/documents/DocumentTestRecords.h"
+#include "host/documents/SDOMXMLIterator.h"
+#include "host/documents/SDOMXMLWrapper.h"
+#include "numeric/common/MCMV.h"
+#include "numeric/glmm/GLMMAlgorithm.h"
+#include "numeric/glmm/GLMMSettings.h"
+#include "numeric/glmm/GLMMXMLWriter.h"
+#include "numeric/math/MCEmmeansSpec.h"
+#include "numeric/xml/IMCVariable.h"
+#include "numeric/xml/MCApplicInfo4XML.h"
+
+using MCGLMM_850::GLMMAlgorithm;
+using MCGLMM_850::GLMMOutputStats;
+using MCGLMM_850::GLMMRandomSpec;
+using MCGLMM_850::GLMMSettings;
+using MCGLMM_850::GLMMThetaParamStat;
+using MCGLMM_850::GLMMXMLWriter;
+using MCMath_850::MCModelEffect;
+
+namespace {
+
+std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+std::string DataPath(const std::string& file) { return std::string(GLMIX_SOURCE_DIR) + "/examples/data/" + file; }
+
+MCModelEffect Effect(const std::vector<int>& set, int nFactors, const std::vector<int>& factors,
+                     const std::vector<int>& covariates, const std::vector<int>& written) {
+  MCModelEffect effect;
+  effect.Setup(nFactors, static_cast<int>(set.size()) - nFactors, &set);
+  for (int f : factors) effect.AddNewFactor(f, false);
+  for (int c : covariates) effect.AddCovariate(c);
+  effect.SetVarsIndicesForTheEffectInSetting(written);
+  return effect;
+}
+
+std::string Attr(const SDOMXMLWrapper* element, const std::string& name) {
+  std::string value = "<absent>";
+  if (element != nullptr) element->GetAttribute(name, value);
+  return value;
+}
+
+double Number(const SDOMXMLWrapper* element, const std::string& name) {
+  const std::string text = Attr(element, name);
+  if (text.empty()) return MCCommon_850::MCMV::Missing();
+  return std::strtod(text.c_str(), nullptr);
+}
+
+std::vector<SDOMXMLWrapper*> Children(SDOMXMLWrapper* parent, const std::string& name) {
+  std::vector<SDOMXMLWrapper*> out;
+  SDOMXMLIterator* it = nullptr;
+  if (parent == nullptr || !parent->GetElementIterator(name, &it)) return out;
+  SDOMXMLWrapper* element = nullptr;
+  while (it->Next(&element)) out.push_back(element);
+  return out;
+}
+
+SDOMXMLWrapper* First(SDOMXMLWrapper* parent, const std::string& path) {
+  SDOMXMLWrapper* element = nullptr;
+  if (parent == nullptr || !parent->GetFirstElement(path, &element)) return nullptr;
+  return element;
+}
+
+SDOMXMLWrapper* WithAttr(SDOMXMLWrapper* parent, const std::string& name, const std::string& attribute,
+                         const std::string& value) {
+  for (SDOMXMLWrapper* element : Children(parent, name)) {
+    if (Attr(element, attribute) == value) return element;
+  }
+  return nullptr;
+}
+
+std::vector<double> Numbers(SDOMXMLWrapper* array) {
+  std::vector<double> out;
+  std::vector<std::string> items;
+  if (array == nullptr || !array->GetSimpleArray(items)) return out;
+  for (const std::string& item : items) {
+    out.push_back(item == "__MISSING__" ? MCCommon_850::MCMV::Missing() : std::strtod(item.c_str(), nullptr));
+  }
+  return out;
+}
+
+std::vector<std::string> ListValues(SDOMXMLWrapper* structured, const std::string& attributeName) {
+  std::vector<std::string> out;
+  SDOMXMLWrapper* list = First(WithAttr(structured, "Attribute", "name", attributeName), "ListValue");
+  for (SDOMXMLWrapper* value : Children(list, "Value")) out.push_back(Attr(value, "value"));
+  return out;
+}
+
+// A stream buffer on which every write fails.
+class FailingBuffer : public std::streambuf {
+ protected:
+  int_type overflow(int_type) override { return traits_type::eof(); }
+};
+
+class NoRecords : public MCCommon_850::RecordIterator {
+ public:
+  bool HasRecord() const override { return false; }
+  void Next() override {}
+  int GetState() const override { return 3; }
+  void Rewind() override {}
+  const double* Current() const override { return nullptr; }
+};
+
+struct Documents {
+  std::string fPMML;
+  std::string fStatXML;
+  SDOMXMLWrapper fPMMLDoc;
+  SDOMXMLWrapper fStatDoc;
+};
+
+// Exports both documents of a fit and parses them.
+void Export(GLMMAlgorithm& algorithm, Documents& docs) {
+  MCXML_850::MCApplicInfo4XML info("glmixfit", "1.0 \xCE\xB2", "(c) A & B <test>");
+  std::ostringstream pmml;
+  std::ostringstream statXML;
+  ASSERT_FALSE(algorithm.ExportPMML(pmml, &info).IsError());
+  ASSERT_FALSE(algorithm.ExportStatXML(statXML).IsError());
+  docs.fPMML = pmml.str();
+  docs.fStatXML = statXML.str();
+  ASSERT_TRUE(docs.fPMMLDoc.LoadFromString(docs.fPMML)) << docs.fPMMLDoc.GetLastError();
+  ASSERT_TRUE(docs.fStatDoc.LoadFromString(docs.fStatXML)) << docs.fStatDoc.GetLastError();
+}
+
+// Sleepstudy: Reaction 0, Days 1, Subject 2; Days fixed; intercept and Days
+// random by Subject, unstructured.
+struct Sleepstudy {
+  DocumentTestRecords fRecords;
+  GLMMSettings fSettings;
+  std::vector<int> fSet{1};
+  bool Load() {
+    if (!fRecords.Load(DataPath("sleepstudy.csv"), {"Reaction", "Days", "Subject"}, {"Subject"})) return false;
+    fSettings.SetSingleDependent(0);
+    fSettings.AddCovariate(1);
+    fSettings.AddModelEffect(Effect(fSet, 0, {}, {1}, {1}));
+    GLMMRandomSpec block;
+    block.AddEffect(MCModelEffect());
+    block.AddEffect(Effect(fSet, 0, {}, {1}, {1}));
+    block.AddSubjectVar(2);
+    block.SetCovarianceType(GLMMConst_850::UN);
+    block.SetIndex(0);
+    fSettings.AddRandomSpec(block);
+    return true;
+  }
+};
+
+}  // namespace
+
+TEST(GLMMDocumentExport, SleepstudyStatXMLHoldsSettingsEstimatesAndCovariances) {
+  Sleepstudy model;
+  ASSERT_TRUE(model.Load());
+  GLMMAlgorithm algorithm(model.fSettings, model.fRecords.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
+  const GLMMOutputStats* pStats = algorithm.GetOutputStats();
+  ASSERT_NE(pStats, nullptr);
+  Documents docs;
+  Export(algorithm, docs);
+  SDOMXMLWrapper* root = &docs.fStatDoc;
+
+  EXPECT_EQ(Attr(First(root, "PMMLModel/PredictiveSummary"), "algorithmName"), "GLMM");
+  SDOMXMLWrapper* build = First(root, "BuildSettings");
+  ASSERT_NE(build, nullptr);
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "TargetField"), "value"), "Reaction");
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "DistributionOfTarget"), "value"), "NORMAL");
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "LinkFunctionType"), "value"), "IDENTITY");
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "Intercept"), "value"), "true");
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "CIn"), "value"), "0.95");
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "ResidualCovarianceType"), "value"), "ID");
+  SDOMXMLWrapper* fixedList = First(WithAttr(build, "Parameter", "name", "FixedEffectList"), "ListValue");
+  const std::vector<SDOMXMLWrapper*> fixedEffects = Children(fixedList, "StructuredValue");
+  ASSERT_EQ(fixedEffects.size(), 1u);
+  EXPECT_EQ(ListValues(fixedEffects[0], "Fields"), std::vector<std::string>{"Days"});
+  EXPECT_EQ(ListValues(fixedEffects[0], "NestingLevels"), std::vector<std::string>{"0"});
+  const std::vector<SDOMXMLWrapper*> blocks =
+      Children(First(WithAttr(build, "Parameter", "name", "RandomSpecs"), "ListValue"), "StructuredValue");
+  ASSERT_EQ(blocks.size(), 1u);
+  EXPECT_EQ(Attr(WithAttr(blocks[0], "Attribute", "name", "Intercept"), "value"), "true");
+  EXPECT_EQ(Attr(WithAttr(blocks[0], "Attribute", "name", "CovarianceType"), "value"), "UNSTRUCTURED");
+  EXPECT_EQ(ListValues(First(WithAttr(blocks[0], "Attribute", "name", "SubjectSpec"), "StructuredValue"), "Fields"),
+            std::vector<std::string>{"Subject"});
+  const std::vector<SDOMXMLWrapper*> randomEffects =
+      Children(First(WithAttr(blocks[0], "Attribute", "name", "EffectList"), "ListValue"), "StructuredValue");
+  ASSERT_EQ(randomEffects.size(), 1u);
+  EXPECT_EQ(ListValues(randomEffects[0], "Fields"), std::vector<std::string>{"Days"});
+
+  SDOMXMLWrapper* diagnostics = First(root, "PMMLModel/ModelDiagnostics");
+  ASSERT_NE(diagnostics, nullptr);
+  EXPECT_EQ(Number(WithAttr(diagnostics, "Statistic", "name", "minus2LogLikelihood"), "value"),
+            pStats->GetLogLikehood());
+  EXPECT_EQ(Number(WithAttr(diagnostics, "Statistic", "name", "AICC"), "value"), pStats->GetAICC());
+  EXPECT_EQ(Number(WithAttr(diagnostics, "Statistic", "name", "BIC"), "value"), pStats->GetBIC());
+  EXPECT_EQ(Attr(WithAttr(diagnostics, "Statistic", "name", "numOfColsOfFixed"), "value"), "2");
+  EXPECT_EQ(Attr(WithAttr(diagnostics, "Statistic", "name", "numOfColsOfRandom"), "value"), "2");
+  EXPECT_EQ(Attr(WithAttr(diagnostics, "Statistic", "name", "numOfCovParamOfRandom"), "value"), "3");
+  EXPECT_EQ(Attr(WithAttr(diagnostics, "Statistic", "name", "numOfCovParamOfRepeated"), "value"), "1");
+
+  // One effect: the corrected model is its test, which is Type III.
+  const MCMath_850::MCTestStats& daysTest = pStats->GetTypeIIITestStats()->GetTestStats(1);
+  SDOMXMLWrapper* fixedTest = WithAttr(diagnostics, "ModelTestStats", "description", "fixedEffect");
+  EXPECT_EQ(Attr(fixedTest, "testID"), "0");
+  EXPECT_EQ(Attr(fixedTest, "testType"), "III");
+  EXPECT_EQ(Number(First(fixedTest, "FTest"), "fStatistic"), daysTest.GetWald());
+  EXPECT_EQ(Number(First(fixedTest, "FTest"), "df2"), daysTest.GetDF2());
+  EXPECT_EQ(Number(First(fixedTest, "FTest"), "sig"), daysTest.GetSig());
+  SDOMXMLWrapper* corrected = WithAttr(diagnostics, "ModelTestStats", "description", "correctedModel");
+  EXPECT_EQ(Number(First(corrected, "FTest"), "fStatistic"), daysTest.GetWald());
+
+  // Fixed coefficients, number for number.
+  SDOMXMLWrapper* summary = First(root, "PMMLModel/TrainingSummary");
+  SDOMXMLWrapper* fixed = WithAttr(summary, "ParameterEstimates", "parameterType", "fixed");
+  const std::vector<SDOMXMLWrapper*> fixedStats = Children(fixed, "ParameterStats");
+  ASSERT_EQ(fixedStats.size(), 2u);
+  EXPECT_EQ(Attr(fixedStats[0], "paramLabel"), "Intercept");
+  EXPECT_EQ(Attr(First(fixedStats[0], "RegressionParameter"), "isIntercept"), "true");
+  EXPECT_EQ(Attr(fixedStats[1], "paramLabel"), "Days");
+  EXPECT_EQ(Attr(First(fixedStats[1], "RegressionParameter/Covariate"), "field"), "Days");
+  EXPECT_EQ(Attr(First(fixedStats[1], "RegressionParameter/Covariate"), "power"), "1");
+  for (std::size_t i = 0; i < 2; ++i) {
+    const MCMath_850::BetaParamStat& b = pStats->GetBetaParamStats()[i];
+    EXPECT_EQ(Number(fixedStats[i], "estimate"), b.GetEstimate());
+    EXPECT_EQ(Number(fixedStats[i], "stdError"), b.GetStdError());
+    EXPECT_EQ(Number(fixedStats[i], "tTest"), b.GetTStat());
+    EXPECT_EQ(Number(fixedStats[i], "df"), b.GetDF());
+    EXPECT_EQ(Number(fixedStats[i], "sig"), b.GetSig());
+    EXPECT_EQ(Number(fixedStats[i], "confIntervalLower"), b.GetLowerBound());
+    EXPECT_EQ(Number(fixedStats[i], "confIntervalUpper"), b.GetUpperBound());
+    EXPECT_EQ(Attr(fixedStats[i], "zTest"), "");
+    EXPECT_EQ(Attr(fixedStats[i], "expEstimate"), "");
+    EXPECT_EQ(Attr(fixedStats[i], "isRedundant"), "false");
+  }
+
+  // Covariance parameters: the residual's scale, then the block's UN.
+  const std::vector<GLMMThetaParamStat>& theta = pStats->GetThetaParamStats();
+  SDOMXMLWrapper* residual = WithAttr(summary, "ParameterEstimates", "parameterType", "repeated");
+  const std::vector<SDOMXMLWrapper*> residualStats = Children(residual, "ParameterStats");
+  ASSERT_EQ(residualStats.size(), 1u);
+  EXPECT_EQ(Attr(First(residualStats[0], "PrintableList"), "pattern"), "Variance ");
+  SDOMXMLWrapper* random = WithAttr(summary, "ParameterEstimates", "parameterType", "random");
+  EXPECT_EQ(Attr(random, "block"), "0");
+  const std::vector<SDOMXMLWrapper*> randomStats = Children(random, "ParameterStats");
+  ASSERT_EQ(randomStats.size(), 3u);
+  std::size_t r = 0;
+  for (const GLMMThetaParamStat& st : theta) {
+    SDOMXMLWrapper* element = st.GetBlockIndex() == 0 ? randomStats[r++] : residualStats[0];
+    EXPECT_EQ(Attr(element, "paramName"), st.GetLabel());
+    EXPECT_EQ(Number(element, "estimate"), st.GetEstimate());
+    EXPECT_EQ(Number(element, "stdError"), st.GetStdError());
+    EXPECT_EQ(Number(element, "zTest"), st.GetWaldZ());
+    EXPECT_EQ(Number(element, "sig"), st.GetSig());
+    EXPECT_EQ(Number(element, "confIntervalLower"), st.GetLowerBound());
+    EXPECT_EQ(Number(element, "confIntervalUpper"), st.GetUpperBound());
+  }
+  EXPECT_EQ(Attr(First(randomStats[0], "PrintableList"), "pattern"), theta[0].GetLabel());
+  EXPECT_EQ(Children(summary, "Message").size(), 0u);
+
+  // The block's covariance matrix, a packed triangle that holds the UN
+  // estimates, and its labels through the random map.
+  SDOMXMLWrapper* covariances =
+      WithAttr(diagnostics, "StructuredData", "description", "randomEffectCovariances");
+  ASSERT_NE(covariances, nullptr);
+  const std::vector<SDOMXMLWrapper*> labels = Children(First(covariances, "MatrixLabels/RowColLabels"), "Label");
+  ASSERT_EQ(labels.size(), 2u);
+  SDOMXMLWrapper* label1 = First(labels[1], "PrintableList");
+  EXPECT_EQ(Attr(label1, "mapId"), "1");
+  SDOMXMLWrapper* randomMap = WithAttr(First(root, "PMMLModel"), "StringMap", "mapId", "1");
+  SDOMXMLWrapper* entry = WithAttr(randomMap, "MapEntry", "name", Attr(label1, "pattern"));
+  EXPECT_EQ(Attr(First(entry, "Label/RegressionParameter/Covariate"), "field"), "Days");
+  SDOMXMLWrapper* matrix = First(covariances, "SegmentData/Matrix");
+  EXPECT_EQ(Attr(matrix, "kind"), "symmetric");
+  EXPECT_EQ(Attr(matrix, "nbRows"), "2");
+  ASSERT_NE(First(covariances, "SegmentData/SegmentInfo"), nullptr);
+  const std::vector<double> packed = Numbers(First(matrix, "Array"));
+  ASSERT_EQ(packed.size(), 3u);
+  std::vector<double> un;
+  for (const GLMMThetaParamStat& st : theta) {
+    if (st.GetBlockIndex() == 0) un.push_back(st.GetEstimate());
+  }
+  ASSERT_EQ(un.size(), 3u);
+  // Two variances and a covariance; the matrix holds them, in some order.
+  std::vector<double> diag = {packed[0], packed[2]};
+  for (double d : diag) EXPECT_TRUE(d == un[0] || d == un[1] || d == un[2]) << d;
+  EXPECT_TRUE(packed[1] == un[0] || packed[1] == un[1] || packed[1] == un[2]) << packed[1];
+  EXPECT_GT(packed[0], 0.0);
+  EXPECT_GT(packed[2], 0.0);
+}
+
+TEST(GLMMDocumentExport, SleepstudyPMMLHoldsDictionarySchemaAndModel) {
+  Sleepstudy model;
+  ASSERT_TRUE(model.Load());
+  GLMMAlgorithm algorithm(model.fSettings, model.fRecords.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
+  const GLMMOutputStats* pStats = algorithm.GetOutputStats();
+  ASSERT_NE(pStats, nullptr);
+  Documents docs;
+  Export(algorithm, docs);
+  SDOMXMLWrapper* root = &docs.fPMMLDoc;
+  EXPECT_EQ(root->GetName(), "PMML");
+  EXPECT_EQ(Attr(First(root, "Header"), "copyright"), "(c) A & B <test>");
+  EXPECT_EQ(Attr(First(root, "Header/Application"), "name"), "glmixfit");
+  EXPECT_EQ(Attr(First(root, "Header/Application"), "version"), "1.0 \xCE\xB2");
+  EXPECT_EQ(First(root, "Header/Timestamp"), nullptr);
+  EXPECT_NE(docs.fPMML.find("&amp;"), std::string::npos);
+
+  const std::vector<SDOMXMLWrapper*> fields = Children(First(root, "DataDictionary"), "DataField");
+  ASSERT_EQ(fields.size(), 3u);
+  EXPECT_EQ(Attr(fields[0], "name"), "Reaction");
+  EXPECT_EQ(Attr(fields[0], "optype"), "continuous");
+  EXPECT_EQ(Attr(fields[0], "dataType"), "double");
+  EXPECT_EQ(Attr(fields[2], "optype"), "categorical");
+  const std::vector<SDOMXMLWrapper*> values = Children(fields[2], "Value");
+  const MCXML_850::IMCVariable* pSubject = model.fRecords.GetVarList().GetVarAt(2);
+  ASSERT_EQ(values.size(), U(pSubject->GetNCategories()));
+  EXPECT_EQ(Attr(values[0], "value"), "308");
+  EXPECT_EQ(Attr(values[0], "displayValue"), pSubject->GetCategoryTexts()[0]);
+
+  SDOMXMLWrapper* grm = First(root, "GeneralRegressionModel");
+  ASSERT_NE(grm, nullptr);
+  EXPECT_EQ(Attr(grm, "targetVariableName"), "Reaction");
+  EXPECT_EQ(Attr(WithAttr(First(grm, "MiningSchema"), "MiningField", "name", "Reaction"), "usageType"), "target");
+  EXPECT_EQ(Attr(WithAttr(First(grm, "MiningSchema"), "MiningField", "name", "Days"), "usageType"), "active");
+  const std::vector<SDOMXMLWrapper*> params = Children(First(grm, "ParameterList"), "Parameter");
+  ASSERT_EQ(params.size(), 2u);
+  EXPECT_EQ(Attr(params[1], "label"), "Days");
+  SDOMXMLWrapper* cell = WithAttr(First(grm, "PPMatrix"), "PPCell", "parameterName", Attr(params[1], "name"));
+  EXPECT_EQ(Attr(cell, "predictorName"), "Days");
+  const std::vector<SDOMXMLWrapper*> betas = Children(First(grm, "ParamMatrix"), "PCell");
+  ASSERT_EQ(betas.size(), 2u);
+  for (std::size_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(Number(betas[i], "beta"), pStats->GetBetaParamStats()[i].GetEstimate());
+  }
+  EXPECT_EQ(Number(WithAttr(First(grm, "PCovMatrix"), "PCovCell", "pRow", Attr(params[1], "name")), "value"),
+            pStats->GetCovarianceMatrixBeta()->GetElem(0, 0, 1, 0));
+  SDOMXMLWrapper* structures = WithAttr(grm, "Extension", "name", "covarianceStructures");
+  SDOMXMLWrapper* block = First(structures, "RandomBlock");
+  EXPECT_EQ(Attr(block, "covarianceType"), "UNSTRUCTURED");
+  EXPECT_EQ(Attr(First(block, "Subject"), "field"), "Subject");
+  EXPECT_EQ(Children(block, "CovarianceParameter").size(), 3u);
+  EXPECT_EQ(Children(First(structures, "ResidualBlock"), "CovarianceParameter").size(), 1u);
+}
+
+TEST(GLMMDocumentExport, OrthodontResidualStructureAndFactorLabels) {
+  // distance 0, age 1, Subject 2, Sex 3; residual CS by Subject.
+  DocumentTestRecords records;
+  ASSERT_TRUE(records.Load(DataPath("orthodont.csv"), {"distance", "age", "Subject", "Sex"}, {"Subject", "Sex"}));
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  settings.AddFactor(3, 2);
+  settings.AddCovariate(1);
+  const std::vector<int> set = {3, 1};
+  settings.AddModelEffect(Effect(set, 1, {}, {1}, {1}));
+  settings.AddModelEffect(Effect(set, 1, {3}, {}, {3}));
+  settings.AddModelEffect(Effect(set, 1, {3}, {1}, {1, 3}));
+  GLMMRandomSpec repeated;
+  repeated.Reset(true);
+  repeated.AddSubjectVar(2);
+  repeated.SetCovarianceType(GLMMConst_850::CS);
+  settings.SetRepeated(repeated);
+  GLMMAlgorithm algorithm(settings, records.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  const GLMMOutputStats* pStats = algorithm.GetOutputStats();
+  ASSERT_NE(pStats, nullptr);
+  Documents docs;
+  Export(algorithm, docs);
+  SDOMXMLWrapper* root = &docs.fStatDoc;
+
+  SDOMXMLWrapper* build = First(root, "BuildSettings");
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "ResidualCovarianceType"), "value"), "CS");
+  EXPECT_EQ(ListValues(First(WithAttr(build, "Parameter", "name", "ResidualSubjectSpec"), "StructuredValue"), "Fields"),
+            std::vector<std::string>{"Subject"});
+  const std::vector<SDOMXMLWrapper*> effects =
+      Children(First(WithAttr(build, "Parameter", "name", "FixedEffectList"), "ListValue"), "StructuredValue");
+  ASSERT_EQ(effects.size(), 3u);
+  EXPECT_EQ(ListValues(effects[2], "Fields"), (std::vector<std::string>{"age", "Sex"}));
+
+  SDOMXMLWrapper* diagnostics = First(root, "PMMLModel/ModelDiagnostics");
+  EXPECT_EQ(Children(diagnostics, "ModelTestStats").size(), 4u);
+  // Three effects: the corrected model is not computed.
+  EXPECT_EQ(First(WithAttr(diagnostics, "ModelTestStats", "description", "correctedModel"), "FTest"), nullptr);
+  EXPECT_EQ(Children(diagnostics, "StructuredData").size(), 0u);
+
+  SDOMXMLWrapper* summary = First(root, "PMMLModel/TrainingSummary");
+  const std::vector<SDOMXMLWrapper*> fixedStats =
+      Children(WithAttr(summary, "ParameterEstimates", "parameterType", "fixed"), "ParameterStats");
+  const auto& beta = pStats->GetBetaParameters();
+  ASSERT_EQ(fixedStats.size(), beta.size());
+  std::vector<std::string> labels;
+  for (SDOMXMLWrapper* element : fixedStats) labels.push_back(Attr(element, "paramLabel"));
+  EXPECT_EQ(labels, (std::vector<std::string>{"Intercept", "age", "[Sex=Female]", "[Sex=Male]", "age*[Sex=Female]",
+                                              "age*[Sex=Male]"}));
+  SDOMXMLWrapper* factor = First(fixedStats[2], "RegressionParameter/Factor");
+  EXPECT_EQ(Attr(factor, "field"), "Sex");
+  EXPECT_EQ(Attr(factor, "value"), "Female");
+  EXPECT_EQ(Attr(factor, "nest"), "false");
+  for (std::size_t i = 0; i < beta.size(); ++i) {
+    const MCMath_850::BetaParamStat& b = pStats->GetBetaParamStats()[i];
+    EXPECT_EQ(Attr(fixedStats[i], "isRedundant"), b.GetRedundant() ? "true" : "false");
+    EXPECT_EQ(Number(fixedStats[i], "estimate"), b.GetEstimate());
+  }
+  const std::vector<SDOMXMLWrapper*> residualStats =
+      Children(WithAttr(summary, "ParameterEstimates", "parameterType", "repeated"), "ParameterStats");
+  const std::vector<GLMMThetaParamStat>& theta = pStats->GetThetaParamStats();
+  ASSERT_EQ(residualStats.size(), theta.size());
+  for (std::size_t i = 0; i < theta.size(); ++i) {
+    EXPECT_EQ(Number(residualStats[i], "estimate"), theta[i].GetEstimate());
+    EXPECT_EQ(Attr(residualStats[i], "paramName"), theta[i].GetLabel());
+  }
+  EXPECT_EQ(WithAttr(summary, "ParameterEstimates", "parameterType", "random"), nullptr);
+}
+
+TEST(GLMMDocumentExport, OatsVarianceComponentsMarginalMeansAndMessages) {
+  // yield 0, Block 1, Variety 2, nitro 3; Block and Block*Variety random.
+  DocumentTestRecords records;
+  ASSERT_TRUE(records.Load(DataPath("oats.csv"), {"yield", "Block", "Variety", "nitro"}, {"Block", "Variety", "nitro"}));
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  for (int f : {1, 2, 3}) settings.AddFactor(f, records.GetVarList().GetVarAt(f)->GetNCategories());
+  const std::vector<int> set = {1, 2, 3};
+  settings.AddModelEffect(Effect(set, 3, {2}, {}, {2}));
+  settings.AddModelEffect(Effect(set, 3, {3}, {}, {3}));
+  GLMMRandomSpec block;
+  block.AddEffect(Effect(set, 3, {1}, {}, {1}));
+  block.AddEffect(Effect(set, 3, {1, 2}, {}, {1, 2}));
+  block.SetCovarianceType(GLMMConst_850::VC);
+  block.SetIndex(0);
+  settings.AddRandomSpec(block);
+  MCMath_850::MCEmmeansSpec request;
+  request.AddFactor(2, 0);
+  request.AddCompareFactor(2);
+  request.SetContrastType(MCMath_850::MCConst::CONTRAST_PAIRWISE);
+  settings.SetEmmeans({request});
+  GLMMAlgorithm algorithm(settings, records.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  const GLMMOutputStats* pStats = algorithm.GetOutputStats();
+  ASSERT_NE(pStats, nullptr);
+  Documents docs;
+  Export(algorithm, docs);
+  SDOMXMLWrapper* root = &docs.fStatDoc;
+
+  SDOMXMLWrapper* build = First(root, "BuildSettings");
+  const std::vector<SDOMXMLWrapper*> blocks =
+      Children(First(WithAttr(build, "Parameter", "name", "RandomSpecs"), "ListValue"), "StructuredValue");
+  ASSERT_EQ(blocks.size(), 1u);
+  EXPECT_EQ(Attr(WithAttr(blocks[0], "Attribute", "name", "Intercept"), "value"), "false");
+  EXPECT_EQ(Attr(WithAttr(blocks[0], "Attribute", "name", "CovarianceType"), "value"), "VC");
+  const std::vector<SDOMXMLWrapper*> requests =
+      Children(First(WithAttr(build, "Parameter", "name", "EMMEANS"), "ListValue"), "StructuredValue");
+  ASSERT_EQ(requests.size(), 1u);
+  EXPECT_EQ(Attr(WithAttr(requests[0], "Attribute", "name", "CompareFactor"), "value"), "Variety");
+  EXPECT_EQ(Attr(WithAttr(requests[0], "Attribute", "name", "ContrastType"), "value"), "Pairwise");
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "pAdjustment"), "value"), "LSD");
+
+  // Variance components name their effect by its number in the block.
+  SDOMXMLWrapper* summary = First(root, "PMMLModel/TrainingSummary");
+  const std::vector<SDOMXMLWrapper*> randomStats =
+      Children(WithAttr(summary, "ParameterEstimates", "parameterType", "random"), "ParameterStats");
+  ASSERT_EQ(randomStats.size(), 2u);
+  for (std::size_t i = 0; i < 2; ++i) {
+    SDOMXMLWrapper* list = First(randomStats[i], "PrintableList");
+    EXPECT_EQ(Attr(list, "pattern"), "VarOfEffect");
+    EXPECT_EQ(Attr(First(list, "PrintableList"), "pattern"), std::to_string(i));
+  }
+  EXPECT_EQ(Attr(randomStats[1], "paramLabel"), "Var(Block * Variety)");
+  bool c26 = false;
+  for (SDOMXMLWrapper* message : Children(summary, "Message")) {
+    c26 = c26 || Attr(First(message, "PrintableList"), "pattern") == "kGLMM_C26";
+  }
+  EXPECT_TRUE(c26);
+
+  // The block's covariance matrix is diagonal: 6 Block and 18 Block*Variety
+  // columns with the two variances.
+  SDOMXMLWrapper* diagnostics = First(root, "PMMLModel/ModelDiagnostics");
+  SDOMXMLWrapper* matrix =
+      First(WithAttr(diagnostics, "StructuredData", "description", "randomEffectCovariances"), "SegmentData/Matrix");
+  const std::vector<double> packed = Numbers(First(matrix, "Array"));
+  ASSERT_EQ(packed.size(), 24u * 25u / 2u);
+  const std::vector<GLMMThetaParamStat>& theta = pStats->GetThetaParamStats();
+  EXPECT_EQ(packed[0], theta[0].GetEstimate());
+  EXPECT_EQ(packed[23 * 24 / 2 + 23], theta[1].GetEstimate());
+  EXPECT_EQ(packed[1], 0.0);
+
+  // The request's means and pairwise contrasts.
+  const MCGLMM_850::GLMMEmmeansStat& stat = pStats->GetEmmeansStats()[0];
+  SDOMXMLWrapper* custom = WithAttr(diagnostics, "DataGroup", "description", "customEmmeans");
+  ASSERT_NE(custom, nullptr);
+  EXPECT_EQ(Attr(WithAttr(custom, "Statistic", "name", "EMMEANSIndex"), "value"), "0");
+  SDOMXMLWrapper* estimates = WithAttr(custom, "MultivariateData", "description", "estimates");
+  std::vector<std::string> varieties;
+  ASSERT_TRUE(First(estimates, "CoordinatesGroup/Coordinates/Array")->GetSimpleArray(varieties));
+  EXPECT_EQ(varieties, (std::vector<std::string>{"Golden Rain", "Marvellous", "Victory"}));
+  EXPECT_EQ(Attr(First(estimates, "CoordinatesGroup/Coordinates"), "field"), "Variety");
+  const std::vector<double> means = Numbers(First(WithAttr(estimates, "Coordinates", "statistic", "mean"), "Array"));
+  ASSERT_EQ(means.size(), stat.GetMeans().size());
+  for (std::size_t i = 0; i < means.size(); ++i) EXPECT_EQ(means[i], stat.GetMeans()[i].GetMean());
+  SDOMXMLWrapper* contrasts = WithAttr(custom, "MultivariateData", "description", "contrasts");
+  SDOMXMLWrapper* group = First(contrasts, "CoordinatesGroup");
+  EXPECT_EQ(Attr(group, "description"), "pairwiseContrast");
+  EXPECT_EQ(Children(group, "Coordinates").size(), 2u);
+  const std::vector<double> estimate =
+      Numbers(First(WithAttr(contrasts, "Coordinates", "statistic", "contrastEstimate"), "Array"));
+  ASSERT_EQ(estimate.size(), stat.GetContrasts().size());
+  for (std::size_t i = 0; i < estimate.size(); ++i) EXPECT_EQ(estimate[i], stat.GetContrasts()[i].GetEstimate());
+  const std::vector<SDOMXMLWrapper*> tests = Children(custom, "ModelTestStats");
+  ASSERT_EQ(tests.size(), stat.GetTests().size());
+  EXPECT_EQ(Number(First(tests[0], "FTest"), "fStatistic"), stat.GetTests()[0].GetF());
+  // The component's own tables of the fixed effects.
+  EXPECT_FALSE(Children(diagnostics, "DataGroup").size() < 2u);
+}
+
+TEST(GLMMDocumentExport, OddLabelsAndValuesAreEscaped) {
+  Sleepstudy model;
+  ASSERT_TRUE(model.Load());
+  MCXML_850::MCVarList& varList = model.fRecords.GetVarList();
+  varList.GetVarAt(0)->SetLabel("Reaction <ms> & \"time\"\tZ\xC3\xBCrich\x01\xFF");
+  MCXML_850::IMCVariable* pSubject = varList.GetVarAt(2);
+  std::vector<double> values = pSubject->GetCategoryValues();
+  std::vector<std::string> texts = pSubject->GetCategoryTexts();
+  texts[0] = "a \"b\" \\ <c>";
+  pSubject->ClearCategories();
+  for (std::size_t i = 0; i < values.size(); ++i) pSubject->AddCategory(values[i], texts[i]);
+  pSubject->SetStringWidth(12);
+  GLMMAlgorithm algorithm(model.fSettings, varList);
+  ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
+  Documents docs;
+  Export(algorithm, docs);
+  SDOMXMLWrapper* field = WithAttr(First(&docs.fPMMLDoc, "DataDictionary"), "DataField", "name", "Reaction");
+  EXPECT_EQ(Attr(field, "displayName"), "Reaction <ms> & \"time\"\tZ\xC3\xBCrich \xEF\xBF\xBD");
+  SDOMXMLWrapper* subject = WithAttr(First(&docs.fPMMLDoc, "DataDictionary"), "DataField", "name", "Subject");
+  EXPECT_EQ(Attr(subject, "dataType"), "string");
+  EXPECT_EQ(Attr(First(subject, "Value"), "value"), "a \"b\" \\ <c>");
+}
+
+TEST(GLMMDocumentExport, XMLTextHelpers) {
+  EXPECT_EQ(GLMMXMLWriter::NumberText(0.1), "0.1");
+  EXPECT_EQ(GLMMXMLWriter::NumberText(1.0 / 3.0), "0.3333333333333333");
+  EXPECT_EQ(std::strtod(GLMMXMLWriter::NumberText(1.0 / 3.0).c_str(), nullptr), 1.0 / 3.0);
+  EXPECT_EQ(GLMMXMLWriter::NumberText(MCCommon_850::MCMV::Missing()), "");
+  EXPECT_EQ(GLMMXMLWriter::NumberText(1.0 / 0.0), "");
+  EXPECT_EQ(GLMMXMLWriter::ArrayItem("a b"), "\"a b\"");
+  EXPECT_EQ(GLMMXMLWriter::ArrayItem(""), "\"\"");
+  EXPECT_EQ(GLMMXMLWriter::ArrayItem("x\\\"y"), "\"x\\\\\\\"y\"");
+  EXPECT_EQ(GLMMXMLWriter::CleanUTF8("\xC0\xAF"), "\xEF\xBF\xBD\xEF\xBF\xBD");
+  EXPECT_EQ(GLMMXMLWriter::CleanUTF8("\xED\xA0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
+  EXPECT_EQ(GLMMXMLWriter::CleanUTF8("\xF0\x9F\x98\x80"), "\xF0\x9F\x98\x80");
+
+  std::ostringstream os;
+  GLMMXMLWriter xml(os);
+  xml.Open("a");
+  xml.Array({"1", "two words", "", "q\"uote"}, "string");
+  xml.Finish();
+  SDOMXMLWrapper doc;
+  ASSERT_TRUE(doc.LoadFromString(os.str())) << os.str();
+  std::vector<std::string> items;
+  ASSERT_TRUE(First(&doc, "Array")->GetSimpleArray(items));
+  EXPECT_EQ(items, (std::vector<std::string>{"1", "two words", "", "q\"uote"}));
+}
+
+TEST(GLMMDocumentExport, FailingStreamsAndFailedFitsGiveErrors) {
+  Sleepstudy model;
+  ASSERT_TRUE(model.Load());
+  GLMMAlgorithm algorithm(model.fSettings, model.fRecords.GetVarList());
+  std::ostringstream before;
+  EXPECT_EQ(algorithm.ExportStatXML(before).GetErrorCode(), 130093);
+  EXPECT_EQ(algorithm.ExportPMML(before, nullptr).GetErrorCode(), 130093);
+  EXPECT_TRUE(before.str().empty());
+  ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
+
+  std::ostringstream bad;
+  bad.setstate(std::ios_base::badbit);
+  EXPECT_EQ(algorithm.ExportPMML(bad, nullptr).GetErrorCode(), 130093);
+  EXPECT_EQ(algorithm.ExportStatXML(bad).GetErrorCode(), 130093);
+
+  // A stream that throws when a write fails: the failure is caught.
+  FailingBuffer buffer;
+  std::ostream throwing(&buffer);
+  throwing.exceptions(std::ios_base::badbit | std::ios_base::failbit);
+  EXPECT_NO_THROW(EXPECT_EQ(algorithm.ExportPMML(throwing, nullptr).GetErrorCode(), 130093));
+  throwing.exceptions(std::ios_base::goodbit);
+  throwing.clear();
+  throwing.exceptions(std::ios_base::badbit | std::ios_base::failbit);
+  EXPECT_NO_THROW(EXPECT_EQ(algorithm.ExportStatXML(throwing).GetErrorCode(), 130093));
+  // Without exceptions the failure shows in the status.
+  throwing.exceptions(std::ios_base::goodbit);
+  throwing.clear();
+  EXPECT_EQ(algorithm.ExportStatXML(throwing).GetErrorCode(), 130093);
+
+  // A null info writes an empty application.
+  std::ostringstream pmml;
+  ASSERT_FALSE(algorithm.ExportPMML(pmml, nullptr).IsError());
+  SDOMXMLWrapper doc;
+  ASSERT_TRUE(doc.LoadFromString(pmml.str()));
+  EXPECT_EQ(Attr(First(&doc, "Header/Application"), "name"), "");
+
+  // A failed fit answers with its error.
+  GLMMSettings settings = model.fSettings;
+  GLMMAlgorithm failing(settings, model.fRecords.GetVarList());
+  NoRecords none;
+  const MCCommon_850::MCStatus status = failing.Execute(&none, 0);
+  ASSERT_TRUE(status.IsError());
+  std::ostringstream afterFailure;
+  EXPECT_EQ(failing.ExportStatXML(afterFailure).GetErrorCode(), status.GetErrorCode());
+  EXPECT_EQ(failing.ExportPMML(afterFailure, nullptr).GetErrorCode(), status.GetErrorCode());
+  EXPECT_TRUE(afterFailure.str().empty());
+}

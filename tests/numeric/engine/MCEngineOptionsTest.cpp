@@ -1,0 +1,366 @@
+// The fit's options: residual degrees of freedom, the robust covariance of
+// the fixed estimates, and the cancel query. Reference values from
+// tests/numeric/reference/make_reference.R.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+#include "numeric/common/MCQueryCancel.h"
+#include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestCsv.h"
+#include "numeric/engine/MCEngineTestDesign.h"
+#include "numeric/engine/MCEngineTestFixture.h"
+#include "numeric/engine/MCEngineTestSimulation.h"
+
+using namespace MCEngine_850;
+
+namespace {
+
+std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+struct Model {
+  MCEngineTestCsv fCsv;
+  std::unique_ptr<MCEngineTestDesign> fpDesign;
+  MCEngineInput fInput;
+};
+
+std::unique_ptr<Model> Load(const std::string& file, const std::set<std::string>& factors) {
+  auto m = std::make_unique<Model>();
+  EXPECT_TRUE(m->fCsv.Read(MCEngineTestFixture::DataPath(file))) << file;
+  m->fpDesign = std::make_unique<MCEngineTestDesign>(m->fCsv, factors);
+  return m;
+}
+
+std::unique_ptr<Model> Sleepstudy() {
+  auto m = Load("sleepstudy.csv", {"Subject"});
+  m->fpDesign->SetResponse("Reaction");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("Days");
+  m->fpDesign->AddRandomBlock({"Intercept", "Days"}, "Subject", MCEngineCovType::UN);
+  m->fInput = m->fpDesign->Build();
+  return m;
+}
+
+std::unique_ptr<Model> Orthodont() {
+  auto m = Load("orthodont.csv", {"Subject", "Sex"});
+  m->fpDesign->SetResponse("distance");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("age");
+  m->fpDesign->AddFixedTerm("Sex");
+  m->fpDesign->AddFixedTerm("age*Sex");
+  return m;
+}
+
+std::unique_ptr<Model> Machines() {
+  auto m = Load("machines.csv", {"Worker", "Machine"});
+  m->fpDesign->SetResponse("score");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("Machine");
+  m->fpDesign->AddRandomBlock({"Worker", "Worker*Machine"}, "", MCEngineCovType::VC);
+  m->fInput = m->fpDesign->Build();
+  return m;
+}
+
+std::unique_ptr<Model> Oats() {
+  auto m = Load("oats.csv", {"Block", "Variety", "nitro"});
+  m->fpDesign->SetResponse("yield");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("Variety");
+  m->fpDesign->AddFixedTerm("nitro");
+  m->fpDesign->AddFixedTerm("Variety*nitro");
+  m->fpDesign->AddRandomBlock({"Block", "Block*Variety"}, "", MCEngineCovType::VC);
+  m->fInput = m->fpDesign->Build();
+  return m;
+}
+
+MCEngineSettings Residual() {
+  MCEngineSettings s;
+  s.SetDFMethod(MCEngineSettings::kResidual);
+  return s;
+}
+
+MCEngineSettings Robust(MCEngineSettings::SolverPath path = MCEngineSettings::kAutomatic) {
+  MCEngineSettings s;
+  s.SetRobustCovariance(true);
+  s.SetSolverPath(path);
+  return s;
+}
+
+// Says "stop" from the given poll on (0 = the first), and counts the polls.
+class CancelAfter : public MCCommon_850::MCQueryCancel {
+ public:
+  explicit CancelAfter(int polls) : fPolls(polls) {}
+  bool IsCancelled() const override { return fCount++ >= fPolls; }
+  int GetCount() const { return fCount; }
+
+ private:
+  int fPolls;
+  mutable int fCount = 0;
+};
+
+// The inverse of a small symmetric positive definite matrix by Gauss-Jordan.
+std::vector<std::vector<double>> Inverse(std::vector<std::vector<double>> a) {
+  const std::size_t n = a.size();
+  std::vector<std::vector<double>> inv(n, std::vector<double>(n, 0.0));
+  for (std::size_t i = 0; i < n; ++i) inv[i][i] = 1.0;
+  for (std::size_t k = 0; k < n; ++k) {
+    const double pivot = a[k][k];
+    for (std::size_t j = 0; j < n; ++j) {
+      a[k][j] /= pivot;
+      inv[k][j] /= pivot;
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+      if (i == k) continue;
+      const double f = a[i][k];
+      for (std::size_t j = 0; j < n; ++j) {
+        a[i][j] -= f * a[k][j];
+        inv[i][j] -= f * inv[k][j];
+      }
+    }
+  }
+  return inv;
+}
+
+}  // namespace
+
+TEST(MCEngineOptions, ResidualDegreesOfFreedom) {
+  {
+    auto m = Sleepstudy();
+    MCEngineFitter fitter;
+    fitter.Fit(m->fInput, Residual());
+    MCEngineTestFixture::CompareSection("sleepstudy_un", "residual_df", fitter, *m->fpDesign);
+  }
+  {
+    auto m = Oats();
+    MCEngineFitter fitter;
+    fitter.Fit(m->fInput, Residual());
+    MCEngineTestFixture::CompareSection("oats", "residual_df", fitter, *m->fpDesign);
+    // Free contrasts use the same df: a difference of two varieties.
+    std::vector<double> l(m->fpDesign->GetColumnNames().size(), 0.0);
+    l[U(m->fpDesign->FindColumnName("Variety=Golden Rain"))] = 1.0;
+    l[U(m->fpDesign->FindColumnName("Variety=Marvellous"))] = -1.0;
+    for (const char* n : {"0", "0.2", "0.4", "0.6"}) {
+      l[U(m->fpDesign->FindColumnName(std::string("Variety=Golden Rain*nitro=") + n))] = 0.25;
+      l[U(m->fpDesign->FindColumnName(std::string("Variety=Marvellous*nitro=") + n))] = -0.25;
+    }
+    const MCEngineTest t = fitter.TestContrast({l});
+    ASSERT_TRUE(t.IsValid());
+    EXPECT_EQ(t.GetDenDF(), 60.0);
+  }
+  {
+    auto m = Orthodont();
+    m->fpDesign->SetResidual("Subject", "age", MCEngineCovType::UN);
+    m->fInput = m->fpDesign->Build();
+    MCEngineFitter fitter;
+    fitter.Fit(m->fInput, Residual());
+    MCEngineTestFixture::CompareSection("orthodont_un", "residual_df", fitter, *m->fpDesign);
+  }
+}
+
+TEST(MCEngineOptions, SatterthwaiteByDefault) {
+  auto m = Sleepstudy();
+  MCEngineFitter fitter;
+  fitter.Fit(m->fInput, MCEngineSettings());
+  const MCEngineResult& r = fitter.GetResult();
+  EXPECT_TRUE(MCEngineMissing::Is(r.GetFixedDF()));
+  EXPECT_FALSE(r.IsCovBetaRobust());
+  EXPECT_EQ(r.GetCovBeta(), r.GetModelCovBeta());
+  EXPECT_DOUBLE_EQ(r.GetNGroups(), 18.0);
+}
+
+TEST(MCEngineOptions, RobustCovarianceBySubject) {
+  auto m = Sleepstudy();
+  MCEngineFitter fitter;
+  fitter.Fit(m->fInput, Robust());
+  MCEngineTestFixture::CompareSection("sleepstudy_un", "robust", fitter, *m->fpDesign);
+}
+
+TEST(MCEngineOptions, RobustCovarianceThroughMixedModelEquations) {
+  auto m = Sleepstudy();
+  MCEngineFitter fitter;
+  fitter.Fit(m->fInput, Robust(MCEngineSettings::kMixedModelEquations));
+  EXPECT_EQ(fitter.GetResult().GetSolverPath(), MCEngineSettings::kMixedModelEquations);
+  MCEngineTestFixture::CompareSection("sleepstudy_un", "robust", fitter, *m->fpDesign);
+}
+
+TEST(MCEngineOptions, RobustCovarianceOverCrossedBlocks) {
+  // Worker and Worker*Machine: the independent groups are the workers.
+  auto m = Machines();
+  MCEngineFitter fitter;
+  fitter.Fit(m->fInput, Robust());
+  EXPECT_DOUBLE_EQ(fitter.GetResult().GetNGroups(), 6.0);
+  MCEngineTestFixture::CompareSection("machines", "robust", fitter, *m->fpDesign);
+}
+
+TEST(MCEngineOptions, RobustCovarianceWithResidualStructure) {
+  auto m = Orthodont();
+  m->fpDesign->SetResidual("Subject", "age", MCEngineCovType::CS);
+  m->fInput = m->fpDesign->Build();
+  MCEngineFitter fitter;
+  fitter.Fit(m->fInput, Robust());
+  MCEngineTestFixture::CompareSection("orthodont_cs", "robust", fitter, *m->fpDesign);
+}
+
+TEST(MCEngineOptions, RobustCovarianceWithResidualDF) {
+  auto m = Sleepstudy();
+  MCEngineSettings settings = Robust();
+  settings.SetDFMethod(MCEngineSettings::kResidual);
+  MCEngineFitter fitter;
+  fitter.Fit(m->fInput, settings);
+  const MCEngineResult& r = fitter.GetResult();
+  EXPECT_TRUE(r.IsCovBetaRobust());
+  EXPECT_EQ(r.GetFixedDF(), 178.0);
+  for (const MCEngineBetaStat& b : r.GetBeta()) EXPECT_EQ(b.GetDF(), 178.0);
+  // The standard errors are the robust ones.
+  MCEngineFitter robustOnly;
+  robustOnly.Fit(m->fInput, Robust());
+  EXPECT_NEAR(r.GetBeta()[0].GetStdError(), robustOnly.GetResult().GetBeta()[0].GetStdError(), 1e-9);
+  EXPECT_NE(r.GetBeta()[0].GetDF(), robustOnly.GetResult().GetBeta()[0].GetDF());
+}
+
+TEST(MCEngineOptions, RobustCovarianceNeedsTwoGroups) {
+  // Crossed random factors couple every record: one group, so the
+  // model-based covariance and Satterthwaite's df stay.
+  auto m = Load("penicillin.csv", {"plate", "sample"});
+  m->fpDesign->SetResponse("diameter");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddRandomBlock({"plate"}, "", MCEngineCovType::VC);
+  m->fpDesign->AddRandomBlock({"sample"}, "", MCEngineCovType::VC);
+  m->fInput = m->fpDesign->Build();
+  MCEngineFitter fitter;
+  EXPECT_TRUE(fitter.Fit(m->fInput, Robust()).IsOK());
+  const MCEngineResult& r = fitter.GetResult();
+  EXPECT_DOUBLE_EQ(r.GetNGroups(), 1.0);
+  EXPECT_FALSE(r.IsCovBetaRobust());
+  EXPECT_EQ(r.GetCovBeta(), r.GetModelCovBeta());
+  EXPECT_TRUE(MCEngineMissing::Is(r.GetFixedDF()));
+  EXPECT_NEAR(r.GetBeta()[0].GetDF(), 5.48709, 1e-3);
+}
+
+TEST(MCEngineOptions, RobustCovarianceOfIndependentRecords) {
+  // Without random blocks or residual subjects each record is its own group:
+  // (X'X)^-1 (sum_i x_i x_i' e_i^2) (X'X)^-1 of least squares.
+  const MCEngineTestSimulation sim(20, 11);
+  const MCEngineInput in = sim.BaseInput();
+  MCEngineFitter fitter;
+  ASSERT_TRUE(fitter.Fit(in, Robust()).IsOK());
+  const MCEngineResult& r = fitter.GetResult();
+  const int n = sim.GetNRecords();
+  EXPECT_DOUBLE_EQ(r.GetNGroups(), n);
+  EXPECT_EQ(r.GetFixedDF(), n - 1.0);
+  ASSERT_TRUE(r.GetBeta()[3].IsRedundant());
+
+  // Columns 0..2 (A=2 is aliased).
+  const std::size_t k = 3;
+  std::vector<std::vector<double>> xtx(k, std::vector<double>(k, 0.0));
+  std::vector<double> xty(k, 0.0);
+  for (int i = 0; i < n; ++i) {
+    for (std::size_t a = 0; a < k; ++a) {
+      xty[a] += in.GetX()[U(i) * 4 + a] * in.GetY()[U(i)];
+      for (std::size_t b = 0; b < k; ++b) xtx[a][b] += in.GetX()[U(i) * 4 + a] * in.GetX()[U(i) * 4 + b];
+    }
+  }
+  const auto inv = Inverse(xtx);
+  std::vector<double> beta(k, 0.0);
+  for (std::size_t a = 0; a < k; ++a) {
+    for (std::size_t b = 0; b < k; ++b) beta[a] += inv[a][b] * xty[b];
+  }
+  std::vector<std::vector<double>> meat(k, std::vector<double>(k, 0.0));
+  for (int i = 0; i < n; ++i) {
+    double e = in.GetY()[U(i)];
+    for (std::size_t a = 0; a < k; ++a) e -= in.GetX()[U(i) * 4 + a] * beta[a];
+    for (std::size_t a = 0; a < k; ++a) {
+      for (std::size_t b = 0; b < k; ++b) meat[a][b] += in.GetX()[U(i) * 4 + a] * in.GetX()[U(i) * 4 + b] * e * e;
+    }
+  }
+  for (std::size_t a = 0; a < k; ++a) {
+    EXPECT_NEAR(r.GetBeta()[a].GetEstimate(), beta[a], 1e-9 * (1.0 + std::fabs(beta[a])));
+    for (std::size_t b = 0; b < k; ++b) {
+      double v = 0.0;
+      for (std::size_t c = 0; c < k; ++c) {
+        for (std::size_t d = 0; d < k; ++d) v += inv[a][c] * meat[c][d] * inv[d][b];
+      }
+      EXPECT_NEAR(r.GetCovBeta()[a * 4 + b], v, 1e-9 * std::fabs(v) + 1e-14);
+    }
+  }
+}
+
+TEST(MCEngineOptions, RobustCovarianceCountsFrequencyWeights) {
+  // A subject with frequency weight 2 contributes as two identical subjects.
+  const MCEngineTestSimulation sim(10, 5);
+  MCEngineInput weighted = sim.BaseInput();
+  weighted.AddRandomBlock(sim.Intercept());
+  std::vector<double> w(U(sim.GetNRecords()), 1.0);
+  for (int r = 0; r < sim.GetNRecords(); ++r) {
+    if (sim.GetSubjects()[U(r)] == 0) w[U(r)] = 2.0;
+  }
+  weighted.SetFrequencyWeights(w);
+
+  const MCEngineInput base = sim.BaseInput();
+  MCEngineInput copied;
+  std::vector<double> y = base.GetY(), X = base.GetX();
+  std::vector<int> subjects = sim.GetSubjects();
+  for (int r = 0; r < sim.GetNRecords(); ++r) {
+    if (sim.GetSubjects()[U(r)] != 0) continue;
+    y.push_back(base.GetY()[U(r)]);
+    X.insert(X.end(), base.GetX().begin() + r * 4, base.GetX().begin() + r * 4 + 4);
+    subjects.push_back(1000);
+  }
+  copied.SetY(y);
+  copied.SetX(4, X);
+  copied.SetTerms(base.GetTerms());
+  MCEngineRandomBlock block;
+  block.SetDenseColumns(1, std::vector<double>(y.size(), 1.0));
+  block.SetSubjects(subjects);
+  copied.AddRandomBlock(block);
+
+  MCEngineFitter a, b;
+  ASSERT_FALSE(a.Fit(weighted, Robust()).IsError());
+  ASSERT_FALSE(b.Fit(copied, Robust()).IsError());
+  EXPECT_DOUBLE_EQ(a.GetResult().GetNGroups(), 11.0);
+  EXPECT_DOUBLE_EQ(b.GetResult().GetNGroups(), 11.0);
+  ASSERT_TRUE(a.GetResult().IsCovBetaRobust());
+  for (std::size_t i = 0; i < 16; ++i) {
+    const double v = b.GetResult().GetCovBeta()[i];
+    EXPECT_NEAR(a.GetResult().GetCovBeta()[i], v, 1e-6 * std::fabs(v) + 1e-12) << i;
+  }
+}
+
+TEST(MCEngineOptions, CancelledBeforeTheFirstIteration) {
+  auto m = Sleepstudy();
+  CancelAfter cancel(0);
+  MCEngineSettings settings;
+  settings.SetCancel(&cancel);
+  MCEngineFitter fitter;
+  const MCEngineStatus st = fitter.Fit(m->fInput, settings);
+  EXPECT_EQ(st.GetCode(), MCEngineStatus::kCancelled);
+  EXPECT_TRUE(st.IsError());
+  EXPECT_EQ(fitter.GetResult().GetStatus().GetCode(), MCEngineStatus::kCancelled);
+  EXPECT_EQ(fitter.GetResult().GetIterations(), 0);
+  EXPECT_EQ(cancel.GetCount(), 1);
+  // No statistics are computed for a cancelled fit.
+  EXPECT_TRUE(fitter.GetResult().GetBeta().empty());
+  EXPECT_TRUE(MCEngineMissing::Is(fitter.GetResult().GetMinus2LogLik()));
+}
+
+TEST(MCEngineOptions, CancelPolledOncePerIteration) {
+  auto m = Orthodont();
+  m->fpDesign->SetResidual("Subject", "age", MCEngineCovType::UN);
+  m->fInput = m->fpDesign->Build();
+  CancelAfter never(1 << 30);
+  MCEngineSettings settings;
+  settings.SetCancel(&never);
+  MCEngineFitter fitter;
+  ASSERT_TRUE(fitter.Fit(m->fInput, settings).IsOK());
+  const int iterations = fitter.GetResult().GetIterations();
+  ASSERT_GE(iterations, 2);
+  // Once before each iteration and once before the convergence test that ends them.
+  EXPECT_EQ(never.GetCount(), iterations + 1);
+
+  CancelAfter later(2);
+  settings.SetCancel(&later);
+  const MCEngineStatus st = fitter.Fit(m->fInput, settings);
+  EXPECT_EQ(st.GetCode(), MCEngineStatus::kCancelled);
+  EXPECT_EQ(fitter.GetResult().GetIterations(), 2);
+}

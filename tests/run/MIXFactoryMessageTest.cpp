@@ -1,0 +1,322 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "RunTestSupport.h"
+#include "host/strings/FacSTDictionary.h"
+#include "numeric/common/MCStatus.h"
+#include "numeric/display/MCDisplay.h"
+#include "numeric/glmm/GLMMAlgorithm.h"
+#include "run/MIXFactory.h"
+
+namespace run_test {
+namespace {
+
+using MCCommon_850::MCStatus;
+
+// The user's text of each status, plain and for a split, as the procedure
+// must choose it; kept here apart from the code.
+struct ExpectedMessage {
+  long fCode;
+  const char* fpPlain;
+  const char* fpSplit;
+  bool fbContinues;
+};
+
+const ExpectedMessage kExpected[] = {
+    {130009, "Component Settings are invalid...", "Component Settings are invalid for split [%1 = %2:,^1 = ^2:]1...",
+     false},
+    {130024, "Max number of step-halving reached ...",
+     "Max number of step-halving reached for split [%1 = %2:,^1 = ^2:]1 ...", true},
+    {130025, "Initial Value Failed...", "Initial Value Failed for split [%1 = %2:,^1 = ^2:]1...", false},
+    {130044, "The log likelihood value is approaching zero.",
+     "The log likelihood value is approaching zero for split [%1 = %2:,^1 = ^2:]1 ...", true},
+    {130045, "A quasi-complete separation may exist in the data.",
+     "A quasi-complete separation may exist in the data for split [%1 = %2:,^1 = ^2:]1 ...", true},
+    {130054, "Same subject and within-subject values...",
+     "Same subject and within-subject values for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {130069, "An unexpected singularity in the Hessian matrix was encountered.",
+     "An unexpected singularity in the Hessian matrix was encountered for split [%1 = %2:,^1 = ^2:]1 ...", true},
+    {130070, "All convergence criteria are satisfied. but the final Hessian matrix is not positive definite.",
+     "All convergence criteria are satisfied, but the final Hessian matrix for split [%1 = %2:,^1 = ^2:]1 ...", true},
+    {130074, "Scale parameter is zero...", "Scale parameter is zero for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {130077, "Different weights in subject...", "Different weights in subject for split file [%1 = %2:,^1 = ^2:]1 ...",
+     false},
+    {130079, "Invalid records overflow...", "Invalid records overflow for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {130088, "Convergence was achieved, but no Hessian convergence ...",
+     "Convergence achieved, no Hessian in split [%1 = %2:,^1 = ^2:]1 ...", true},
+    {130089, "Failed to open file for new pass...", "Failed to open file for new pass for split [%1 = %2:,^1 = ^2:]1...",
+     false},
+    {130090, "Post estimation failed ...", "Post estimation failed for split [%1 = %2:,^1 = ^2:]1 ...", false},
+    {130093, "Output file error...", "Output file error for split [%1 = %2:,^1 = ^2:]1...", false},
+    {230024, "No valid cases ...", "No valid cases in split [%1=%2:,^1=^2:]1 ...", false},
+    {230025, "Duplicate repeated measure ...", "Duplicate rep. meas. split [%1=%2:,^1=^2:]1 ...", false},
+    {230036, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {230037, "Converged singular Hessian ...", "Converged singular Hessian in split [%1=%2:,^1=^2:]1 ...", false},
+    {230038, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {230087, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {230092, "Perfect fit ...", "Perfect fit [%1=%2:,^1=^2:]1 ...", false},
+    {230094, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {230095, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+};
+
+std::string Replace(std::string text, const std::string& from, const std::string& to) {
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+class MIXFactoryMessageTest : public RunFixture {
+ protected:
+  MIXFactoryMessageTest() : fDictionary(FacSTDictionary::SessionDirectory()) { fDictionary.SetProcedure("Mixed"); }
+
+  // The text a key gives, with the split pattern filled for the first split.
+  std::string Expected(const std::string& key, bool split, int number = -1) const {
+    EXPECT_TRUE(fDictionary.Contains(key)) << key;
+    std::string text = fDictionary.LookUp(key);
+    if (split) {
+      text = Replace(text, "[%1 = %2:,^1 = ^2:]1", "grp = 1");
+      text = Replace(text, "[%1=%2:,^1=^2:]1", "grp=1");
+      text = Replace(text, "[%1 = %2:,^1 = ^2:]2", "grp = 1");
+    }
+    if (number >= 0) text = Replace(text, "^1", std::to_string(number));
+    return text;
+  }
+
+  // A factory on the growth data, standing on the first split.
+  MIXFactory& Factory(bool split) {
+    MakeGrowthData(fData, {{12, false}, {12, false}});
+    if (split) fData.SetSplitVars({GRP});
+    fpFactory.reset(new MIXFactory(&Specs(CommandData()), fData, &fProcedure));
+    EXPECT_TRUE(fpFactory->StartNewSplit(true));
+    return *fpFactory;
+  }
+
+  FacSTDictionary fDictionary;
+  std::unique_ptr<MIXFactory> fpFactory;
+};
+
+TEST_F(MIXFactoryMessageTest, EveryCodeHasItsPlainTextAtItsLevelOnAnUnsplitFile) {
+  MIXFactory& factory = Factory(false);
+  for (const ExpectedMessage& message : kExpected) {
+    ZORV_Session::Current().BeginCommand();
+    const std::size_t before = Messages().size();
+    MCStatus status(message.fCode, false);
+    factory.DisplayMessage(status);
+    std::vector<MessageText> messages = Messages();
+    ASSERT_EQ(messages.size(), before + 1) << message.fCode;
+    EXPECT_EQ(messages.back().fText, Expected(message.fpPlain, false)) << message.fCode;
+    EXPECT_EQ(messages.back().fLevel, status.IsError() ? 3 : 2) << message.fCode;
+    EXPECT_EQ(Fatal(), status.IsError()) << message.fCode;
+  }
+}
+
+TEST_F(MIXFactoryMessageTest, EveryCodeHasItsSplitTextAtWarningLevelInASplit) {
+  MIXFactory& factory = Factory(true);
+  for (const ExpectedMessage& message : kExpected) {
+    const std::size_t before = Messages().size();
+    factory.DisplayMessage(MCStatus(message.fCode, false));
+    std::vector<MessageText> messages = Messages();
+    ASSERT_EQ(messages.size(), before + 1) << message.fCode;
+    EXPECT_EQ(messages.back().fText, Expected(message.fpSplit, true)) << message.fCode;
+    EXPECT_EQ(messages.back().fLevel, 2) << message.fCode;
+  }
+  EXPECT_FALSE(Fatal());
+}
+
+TEST_F(MIXFactoryMessageTest, SixWarningsLetTheProcedureContinue) {
+  Factory(false);
+  int raised = 0;
+  for (const ExpectedMessage& message : kExpected) {
+    fpFactory.reset();
+    fpFactory.reset(new MIXFactory(&*fSpecs, fData, &fProcedure));
+    ASSERT_TRUE(fpFactory->StartNewSplit(true));
+    ASSERT_FALSE(fpFactory->GetProcContinues());
+    fpFactory->DisplayMessage(MCStatus(message.fCode, false));
+    EXPECT_EQ(fpFactory->GetProcContinues(), message.fbContinues) << message.fCode;
+    raised += fpFactory->GetProcContinues() ? 1 : 0;
+  }
+  EXPECT_EQ(raised, 6);
+}
+
+TEST_F(MIXFactoryMessageTest, ANewSplitClearsTheContinueFlag) {
+  MIXFactory& factory = Factory(true);
+  factory.DisplayMessage(MCStatus(130069, false));
+  ASSERT_TRUE(factory.GetProcContinues());
+  ASSERT_TRUE(factory.StartNewSplit(true));
+  EXPECT_FALSE(factory.GetProcContinues());
+}
+
+TEST_F(MIXFactoryMessageTest, AnOkStatusSaysNothing) {
+  MIXFactory& factory = Factory(false);
+  factory.DisplayMessage(MCStatus());
+  factory.DisplayMessage(MCStatus(0, false));
+  EXPECT_TRUE(Messages().empty());
+  EXPECT_FALSE(Fatal());
+}
+
+TEST_F(MIXFactoryMessageTest, BuildModelTextFollowsTheKindNotTheCode) {
+  MIXFactory& factory = Factory(false);
+  factory.DisplayMessage(MCStatus(130018, true));
+  factory.DisplayMessage(MCStatus(130018, false));
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 2u);
+  EXPECT_EQ(messages[0].fText, Expected("Warning building model...", false));
+  EXPECT_EQ(messages[0].fLevel, 2);
+  EXPECT_EQ(messages[1].fText, Expected("Error building model...", false));
+  EXPECT_EQ(messages[1].fLevel, 3);
+}
+
+TEST_F(MIXFactoryMessageTest, BuildModelInASplitHasTheSplitForms) {
+  MIXFactory& factory = Factory(true);
+  factory.DisplayMessage(MCStatus(130018, true));
+  factory.DisplayMessage(MCStatus(130018, false));
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 2u);
+  EXPECT_EQ(messages[0].fText, Expected("Warning building model for split [%1 = %2:,^1 = ^2:]1...", true));
+  EXPECT_EQ(messages[1].fText, Expected("Error building model for split [%1 = %2:,^1 = ^2:]1...", true));
+  EXPECT_EQ(messages[1].fLevel, 2);
+}
+
+TEST_F(MIXFactoryMessageTest, SilentCodesSayNothingAndDoNotTurnTheHostFatal) {
+  MIXFactory& factory = Factory(false);
+  factory.DisplayMessage(MCStatus(130032, false));
+  factory.DisplayMessage(MCStatus(130051, false));
+  factory.DisplayMessage(MCStatus(130075, false));
+  factory.DisplayMessage(MCStatus(130032, MCCommon_850::STATUS_ERROR));
+  EXPECT_TRUE(Messages().empty());
+  EXPECT_FALSE(Fatal());
+}
+
+TEST_F(MIXFactoryMessageTest, AMarginalMeansRequestNumberFillsTheText) {
+  MIXFactory& factory = Factory(false);
+  MCStatus status(130035, false);
+  status.SetDiscreteDatum(0, 3);
+  factory.DisplayMessage(status);
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_EQ(messages[0].fText,
+            Expected("The compared factor has at most one level on estimated marginal means request number ^1...",
+                     false, 3));
+  EXPECT_EQ(messages[0].fLevel, 2);
+}
+
+TEST_F(MIXFactoryMessageTest, AMarginalMeansRequestNumberAndTheSplitFillTheSplitText) {
+  MIXFactory& factory = Factory(true);
+  MCStatus status(130035, false);
+  status.SetDiscreteDatum(0, 2);
+  factory.DisplayMessage(status);
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_EQ(messages[0].fText, Expected("The compared factor has at most one level on estimated marginal means request "
+                                        "number ^1 for split file [%1 = %2:,^1 = ^2:]2.",
+                                        true, 2));
+}
+
+TEST_F(MIXFactoryMessageTest, AnUnknownCodeIsAnInternalErrorOrWarning) {
+  MIXFactory& factory = Factory(false);
+  factory.DisplayMessage(MCStatus(999999, MCCommon_850::STATUS_WARNING));
+  factory.DisplayMessage(MCStatus(999999, MCCommon_850::STATUS_ERROR));
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 2u);
+  EXPECT_EQ(messages[0].fText, Expected("Internal warning ...", false));
+  EXPECT_EQ(messages[0].fLevel, 2);
+  EXPECT_EQ(messages[1].fText, Expected("Internal error ...", false));
+  EXPECT_EQ(messages[1].fLevel, 3);
+}
+
+TEST_F(MIXFactoryMessageTest, AnUnknownErrorInASplitStaysAWarning) {
+  MIXFactory& factory = Factory(true);
+  factory.DisplayMessage(MCStatus(999999, MCCommon_850::STATUS_ERROR));
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_EQ(messages[0].fText, Expected("Internal warning for split [%1 = %2:,^1 = ^2:]1 ...", true));
+  EXPECT_EQ(messages[0].fLevel, 2);
+  EXPECT_FALSE(Fatal());
+}
+
+TEST_F(MIXFactoryMessageTest, TheSplitFormNamesTheCurrentSplit) {
+  MIXFactory& factory = Factory(true);
+  ASSERT_TRUE(factory.StartNewSplit(true));
+  factory.DisplayMessage(MCStatus(230092, false));
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_NE(messages[0].fText.find("grp=2"), std::string::npos) << messages[0].fText;
+}
+
+TEST_F(MIXFactoryMessageTest, AllMessagesOfAnAlgorithmWithoutWarningsKeepTheContinueFlag) {
+  MakeGrowthData(fData, {{24, false}});
+  MIXFactory factory(&Specs(CommandData()), fData, &fProcedure);
+  ASSERT_TRUE(factory.StartNewSplit(true));
+  ASSERT_TRUE(factory.ProcedureDataPass(true));
+  ASSERT_TRUE(factory.CompleteMetaData());
+  ASSERT_TRUE(factory.CreateParamAggregators());
+  ASSERT_TRUE(factory.PrepareComponentRun(true));
+  ASSERT_TRUE(factory.StartNewSplit(true));
+  ASSERT_TRUE(factory.RunGLMMComponent());
+  ASSERT_NE(factory.GetGLMMAlgorithm(), nullptr);
+  ASSERT_TRUE(factory.GetGLMMAlgorithm()->GetWarnings().empty());
+  EXPECT_TRUE(Messages().empty());
+
+  // A warning that lets the procedure go on raises the flag; the algorithm's
+  // empty list leaves it, and the line that the procedure continues follows.
+  factory.DisplayMessage(MCStatus(130024, false));
+  ASSERT_TRUE(factory.GetProcContinues());
+  factory.DisplayAllMessages();
+  EXPECT_TRUE(factory.GetProcContinues());
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 2u);
+  EXPECT_EQ(messages[1].fText, Replace(fDictionary.LookUp("^1 procedure continues ..."), "^1", "MIXED"));
+  EXPECT_EQ(messages[1].fLevel, 2);
+}
+
+TEST_F(MIXFactoryMessageTest, AllMessagesWithoutAnAlgorithmSayNothing) {
+  MIXFactory& factory = Factory(false);
+  factory.DisplayMessage(MCStatus(130024, false));
+  const std::size_t before = Messages().size();
+  factory.DisplayAllMessages();
+  EXPECT_EQ(Messages().size(), before);
+}
+
+class StatusDisplayTest : public MIXFactoryMessageTest {
+ protected:
+  StatusDisplayTest() : fpSaved(MCDisplay_850::GetOutStream()) { MCDisplay_850::SetOutStream(fDebug); }
+  ~StatusDisplayTest() override { MCDisplay_850::SetOutStream(*fpSaved); }
+  std::ostream* fpSaved;
+  std::ostringstream fDebug;
+};
+
+TEST_F(StatusDisplayTest, ShowsTheCodeAndTheKind) {
+  MIXFactory& factory = Factory(false);
+  factory.SetStatus(MCStatus(130024, false));
+  factory.DisplayStatus();
+  std::vector<std::string> lines = FrontEndLines();
+  ASSERT_GE(lines.size(), 2u);
+  EXPECT_EQ(lines[lines.size() - 2], " ");
+  EXPECT_EQ(lines.back(), "GLMM algorithm status: Warning");
+  EXPECT_EQ(fDebug.str(), "GLMM algorithm returned code: 130024\n");
+
+  factory.SetStatus(MCStatus());
+  factory.DisplayStatus();
+  EXPECT_EQ(FrontEndLines().back(), "GLMM algorithm status: OK");
+  factory.SetStatus(MCStatus(230024, false));
+  factory.DisplayStatus();
+  EXPECT_EQ(FrontEndLines().back(), "GLMM algorithm status: Error");
+}
+
+TEST_F(StatusDisplayTest, AStatusOfNoKindPrintsOnlyTheFirstTwoLines) {
+  MIXFactory& factory = Factory(false);
+  const std::size_t before = FrontEndLines().size();
+  factory.SetStatus(MCStatus(4711, MCCommon_850::STATUS_NOTE));
+  factory.DisplayStatus();
+  std::vector<std::string> lines = FrontEndLines();
+  ASSERT_EQ(lines.size(), before + 1);
+  EXPECT_EQ(lines.back(), " ");
+  EXPECT_EQ(fDebug.str(), "GLMM algorithm returned code: 4711\n");
+}
+
+}  // namespace
+}  // namespace run_test
