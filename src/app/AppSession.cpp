@@ -21,6 +21,7 @@
 #include "host/output/BpError.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
+#include "host/output/OmSplitLayering.h"
 #include "host/render/OmHtmlRenderer.h"
 #include "host/render/OmJsonRenderer.h"
 #include "host/render/OmTextRenderer.h"
@@ -128,17 +129,22 @@ void AppSession::RunCommand(const AppCommandText& command, const std::string& or
   ZORV_Session::Current().SetCommandDir(baseDir);
   std::string title = Title(command.fName);
   OmHeading& heading = fDocument.fRoot.AddHeading(title);
-  BpProcedure procedure(heading, title, command.fName == "GLMIXFIT" ? "Mixed" : "Global");
-  Echo(command.fText + ".");
-  AppCommandReader reader(command, origin);
-  try {
-    Dispatch(reader, procedure, baseDir);
-  } catch (const AppCommandError& e) {
-    BpError(BpString(e.what(), false), BpErrorShowOutput, BpErrorLevelError);
-  } catch (const std::exception& e) {
-    AppCommandError failure(origin, command.fLine, command.fColumn, std::string("the command failed: ") + e.what());
-    BpError(BpString(failure.what(), false), BpErrorShowOutput, BpErrorLevelError);
+  {
+    BpProcedure procedure(heading, title, command.fName == "GLMIXFIT" ? "Mixed" : "Global");
+    Echo(command.fText + ".");
+    AppCommandReader reader(command, origin);
+    try {
+      Dispatch(reader, procedure, baseDir);
+    } catch (const AppCommandError& e) {
+      BpError(BpString(e.what(), false), BpErrorShowOutput, BpErrorLevelError);
+    } catch (const std::exception& e) {
+      AppCommandError failure(origin, command.fLine, command.fColumn, std::string("the command failed: ") + e.what());
+      BpError(BpString(failure.what(), false), BpErrorShowOutput, BpErrorLevelError);
+    }
   }
+  // The command's tables are complete once its procedure is gone: the
+  // tables of its splits can now be shown together.
+  OmSplitLayering().Layer(heading);
   if (ZORV_Session::Current().IsFatal()) fbAnyError = true;
   if (ZORV_StopFlag::IsRaised()) fbStopped = true;
 }

@@ -249,12 +249,24 @@ TEST_F(MIXFactoryPassTest, TheRandomAggregatorsAreFedOnlyWithTheSwitch) {
 }
 
 TEST_F(MIXFactoryPassTest, TheSwitchFeedsAndCompletesTheRandomAggregators) {
-  MIXFactory& factory = Factory({{24, false}}, false);
+  CommandData command;
+  command.fbRandomSlope = true;
+  MIXFactory& factory = Factory({{24, false}}, false, command);
   DataPass(factory);
   aggreg_random = true;
   EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
   EXPECT_TRUE(factory.AggregateParameters());
   EXPECT_FALSE((*factory.GetRandomParamAggrs())[0]->GetAllParameters().empty());
+}
+
+// A random intercept is an effect of its block without cells to gather, so
+// the random aggregation of such a block fails.
+TEST_F(MIXFactoryPassTest, ARandomInterceptCannotBeAggregated) {
+  MIXFactory& factory = Factory({{24, false}}, false);
+  DataPass(factory);
+  aggreg_random = true;
+  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  EXPECT_FALSE(factory.AggregateParameters());
 }
 
 TEST_F(MIXFactoryPassTest, AModelFileMakesThePoolAndCompletingItClosesIt) {

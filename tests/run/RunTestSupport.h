@@ -74,6 +74,7 @@ inline void MakeGrowthData(ZORV_Dataset& ds, const std::vector<GroupData>& group
 // subject.
 struct CommandData {
   bool fbRandom = true;
+  bool fbRandomSlope = false;  // the block's term is x instead of the intercept
   bool fbPredict = false;
   int fCovariance = 0;
   int fIterations = 100;
@@ -115,7 +116,7 @@ inline void WriteCommand(const CommandData& command, ParserMemory& memory) {
     const INTEGER subjects = memory.AddIntegers({SUBJ + 1});
     memory.SetNumericInteger(L::N_RANDOM_BLOCKS, 1);
     memory.SetNumericInteger(L::N_RANDOM_TERMS, 1);
-    memory.SetNumericInteger(L::RANDOM_TERMS, memory.AddIntegers({0}));
+    memory.SetNumericInteger(L::RANDOM_TERMS, memory.AddIntegers({command.fbRandomSlope ? 1 : 0}));
     memory.SetNumericInteger(L::BLOCK_TERM_COUNTS, memory.AddIntegers({1}));
     memory.SetNumericInteger(L::BLOCK_PREDICT, memory.AddIntegers({command.fbPredict ? 1 : 0}));
     memory.SetNumericInteger(L::BLOCK_COVARIANCES, memory.AddIntegers({command.fCovariance}));

@@ -30,6 +30,7 @@
 #include "host/output/BpString.h"
 #include "host/output/BpTableState.h"
 #include "host/output/BpVariable.h"
+#include "host/output/OmDocument.h"
 #include "host/strings/FacSTDictionary.h"
 #include "host/text/NumericText.h"
 
@@ -472,6 +473,18 @@ bool jsonPivot::createPivotTable(BpHeading* heading, const std::string& title, b
     dimension.Position(BpDimension::ROWS, order, false, false);
     dimension.Category(BpDataValue(*splits[i].fpVariable, splits[i].fpValue, BpDataValue::LABEL));
     splitDimensions.push_back(dimension);
+  }
+  OmTable* made = table.GetOmTable();
+  if (made != nullptr && !splits.empty() && fpDataSource->SplitsInOneTable()) {
+    // Tables of the other splits merge with this one when the command ends.
+    for (std::size_t i = 0; i < splits.size() && i < made->fvDimensions.size(); ++i) {
+      const OmDimension& dimension = made->fvDimensions[i];
+      OmSplitLevel level;
+      level.fVariable = dimension.fName.fText;
+      if (!dimension.fRoot.fvChildren.empty()) level.fValue = dimension.fRoot.fvChildren.front().fLabel.fText;
+      made->fvSplit.push_back(level);
+    }
+    made->fbSplitInRows = !made->fvSplit.empty();
   }
 
   std::vector<std::vector<BpCategory>> leaves(spec.fvDimensions.size());

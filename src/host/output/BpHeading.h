@@ -17,7 +17,9 @@ class BpHeading : public BpHandle {
   // A table under this node. `title` is what the reader sees; `subType` is
   // the stable name by which the table is found, never translated.
   // `procedureTable` is true for the procedure's own tables: made while a
-  // split of the file is current, they carry the split in a caption.
+  // split of the file is current, they carry the split in a caption, or,
+  // when the splits are shown together, remember it for the merge of the
+  // splits' tables.
   BpPivotTable PivotTable(const BpCellText& title, const BpCellText& subType, bool procedureTable);
 
   // The outline node in the output document; null unbound.

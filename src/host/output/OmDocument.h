@@ -49,6 +49,13 @@ struct OmDimension {
   std::vector<std::vector<const OmDimensionNode*>> LeafPaths() const;
 };
 
+// One split variable of the split a table was made for, as the table shows
+// it: the variable's text and the value's text (its label when it has one).
+struct OmSplitLevel {
+  std::string fVariable;
+  std::string fValue;
+};
+
 struct OmTable {
   OmText fTitle;
   std::string fSubType;  // the stable name by which the table is found
@@ -60,6 +67,12 @@ struct OmTable {
   std::vector<OmText> fvNotes;
   std::vector<std::string> fvFootnotes;  // footnote texts; markers are the renderer's
   int fMinDataColumnWidth = 0;
+  // Set on a table made for one split when the splits are shown together:
+  // when the command ends, the tables of the same kind made for the splits
+  // become one table (OmSplitLayering). With fbSplitInRows the table already
+  // shows its split as its first, outermost row dimensions.
+  std::vector<OmSplitLevel> fvSplit;
+  bool fbSplitInRows = false;
 
   const OmCell* CellAt(const std::vector<int>& coords) const;
 };
