@@ -454,22 +454,40 @@ TEST_F(AppExpectationsTest, BodyweightFitsRandomSlopesWithAutoregressiveResidual
   EXPECT_EQ(Labels(tests[0], 0), (std::vector<std::string>{"Intercept", "Diet", "Time", "Diet * Time"}));
 }
 
-// LAYERED: every split is fitted, and all splits are reported in the same
-// command, each split's table marked with its split.
+// LAYERED: every split is fitted, and the splits are shown together: one
+// table of each kind, whose outermost rows are the splits.
 TEST_F(AppExpectationsTest, OrthodontSplitLayeredReportsBothSplits) {
   const json report = RunExample("orthodont-split");
   EXPECT_EQ(fExitStatus, 0);
   const std::vector<json> commands = Commands(report, "Mixed Model");
   ASSERT_EQ(commands.size(), 1u);
   EXPECT_TRUE(Messages(commands[0]).empty());
+
   const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
-  ASSERT_EQ(criteria.size(), 2u);
-  EXPECT_EQ(Captions(criteria[0]).at(0), "Split file: Sex of the child = Female");
-  EXPECT_EQ(Captions(criteria[1]).at(0), "Split file: Sex of the child = Male");
-  EXPECT_EQ(criteria[0]["cells"][0]["text"], "141.218");
-  EXPECT_EQ(criteria[1]["cells"][0]["text"], "273.448");
-  EXPECT_EQ(Tables(commands[0], "Correlation Matrix").size(), 2u);
-  EXPECT_EQ(Tables(commands[0], "Covariance Matrix").size(), 2u);
+  ASSERT_EQ(criteria.size(), 1u);
+  ASSERT_EQ(criteria[0]["dimensions"].size(), 2u);
+  EXPECT_EQ(criteria[0]["dimensions"][0]["name"]["text"], "Sex of the child");
+  EXPECT_EQ(criteria[0]["dimensions"][0]["place"], "row");
+  EXPECT_EQ(Labels(criteria[0], 0), (std::vector<std::string>{"Female", "Male"}));
+  EXPECT_EQ(Labels(criteria[0], 1).at(0), "-2 Restricted Log Likelihood");
+  EXPECT_NEAR(Value(criteria[0], {0, 0}), 141.218, 5e-4);
+  EXPECT_NEAR(Value(criteria[0], {1, 0}), 273.448, 5e-4);
+  // The split is in the rows, not in a caption.
+  EXPECT_EQ(Captions(criteria[0]),
+            (std::vector<std::string>{"The information criteria are displayed in smaller-is-better form."}));
+
+  const std::vector<json> estimates = Tables(commands[0], "Parameter Estimates");
+  ASSERT_EQ(estimates.size(), 1u);
+  EXPECT_EQ(Labels(estimates[0], 0), (std::vector<std::string>{"Female", "Male"}));
+  EXPECT_EQ(Labels(estimates[0], 1), (std::vector<std::string>{"Intercept", "age"}));
+  EXPECT_NEAR(Value(estimates[0], {0, 0, 0}), 17.3727, 5e-5);
+  EXPECT_NEAR(Value(estimates[0], {0, 1, 0}), 0.4795, 5e-5);
+  EXPECT_NEAR(Value(estimates[0], {1, 0, 0}), 16.3406, 5e-5);
+  EXPECT_NEAR(Value(estimates[0], {1, 1, 0}), 0.7844, 5e-5);
+
+  EXPECT_EQ(Tables(commands[0], "Tests of Fixed Effects").size(), 1u);
+  EXPECT_EQ(Tables(commands[0], "Correlation Matrix").size(), 1u);
+  EXPECT_EQ(Tables(commands[0], "Covariance Matrix").size(), 1u);
 }
 
 // SEPARATE: each split with tables of its own.
@@ -522,12 +540,15 @@ TEST_F(AppExpectationsTest, FailuresReportNoValidCasesAsAnErrorAndAnEmptySplitAs
   EXPECT_EQ(Messages(commands[1]),
             (std::vector<std::string>{
                 "warning: There are no valid cases in this split file group. The analysis of the group is skipped."}));
+  // The splits are shown together (the default): the tables have rows for
+  // the fitted split only.
   const std::vector<json> criteria = Tables(commands[1], "Information Criteria");
   ASSERT_EQ(criteria.size(), 1u);
-  EXPECT_EQ(Captions(criteria[0]).at(0), "Split file: Sex of the child = Male");
+  EXPECT_EQ(Labels(criteria[0], 0), (std::vector<std::string>{"Male"}));
   const std::vector<json> estimates = Tables(commands[1], "Parameter Estimates");
   ASSERT_EQ(estimates.size(), 1u);
-  EXPECT_EQ(Captions(estimates[0]).at(0), "Split file: Sex of the child = Male");
+  EXPECT_EQ(Labels(estimates[0], 0), (std::vector<std::string>{"Male"}));
+  EXPECT_EQ(Labels(estimates[0], 1), (std::vector<std::string>{"Intercept", "age"}));
 }
 
 // DEBUG switches: the specification is shown after the data pass, the sorted
