@@ -5,6 +5,7 @@
 #include <ios>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "numeric/common/MCMV.h"
@@ -28,29 +29,19 @@ namespace {
 std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
 const char* OpType(MCMeasureLevel level) {
-  switch (level) {
-    case MCMath_850::MCConst::MEASURE_NOMINAL:
-      return "categorical";
-    case MCMath_850::MCConst::MEASURE_ORDINAL:
-      return "ordinal";
-    default:
-      return "continuous";
-  }
+  using namespace MCMath_850::MCConst;
+  static const std::pair<MCMeasureLevel, const char*> kTokens[] = {{MEASURE_NOMINAL, "categorical"},
+                                                                   {MEASURE_ORDINAL, "ordinal"}};
+  return GLMMXMLWriter::Token(level, kTokens, "continuous");
 }
 
 const char* UsageType(MCVarRole role) {
-  switch (role) {
-    case MCMath_850::MCConst::ROLE_TARGET:
-      return "target";
-    case MCMath_850::MCConst::ROLE_REGRESSION_WEIGHT:
-      return "analysisWeight";
-    case MCMath_850::MCConst::ROLE_FREQUENCY_WEIGHT:
-      return "frequencyWeight";
-    case MCMath_850::MCConst::ROLE_PREDICTOR:
-      return "active";
-    default:
-      return "supplementary";
-  }
+  using namespace MCMath_850::MCConst;
+  static const std::pair<MCVarRole, const char*> kTokens[] = {{ROLE_TARGET, "target"},
+                                                              {ROLE_REGRESSION_WEIGHT, "analysisWeight"},
+                                                              {ROLE_FREQUENCY_WEIGHT, "frequencyWeight"},
+                                                              {ROLE_PREDICTOR, "active"}};
+  return GLMMXMLWriter::Token(role, kTokens, "supplementary");
 }
 
 std::string ParameterName(std::size_t i) {
@@ -68,11 +59,36 @@ std::string UTCTimestamp() {
   return buffer;
 }
 
-void WriteExtension(GLMMXMLWriter& xml, const std::string& name, const std::string& value) {
+void OpenExtension(GLMMXMLWriter& xml, const std::string& name) {
   xml.Open("Extension");
   xml.Attribute("extender", "glmixfit");
   xml.Attribute("name", name);
+}
+
+void WriteExtension(GLMMXMLWriter& xml, const std::string& name, const std::string& value) {
+  OpenExtension(xml, name);
   xml.Attribute("value", value);
+  xml.Close();
+}
+
+// A list of predictors by name, written only when there are any.
+void PredictorList(GLMMXMLWriter& xml, const MCXML_850::MCVarList& varList, const std::string& element,
+                   const std::vector<int>& vars) {
+  if (vars.empty()) return;
+  xml.Open(element);
+  for (int var : vars) {
+    xml.Open("Predictor");
+    xml.Attribute("name", GLMMDocumentLabels::VarName(varList, var));
+    xml.Close();
+  }
+  xml.Close();
+}
+
+void PPCell(GLMMXMLWriter& xml, const std::string& value, const std::string& predictor, const std::string& parameter) {
+  xml.Open("PPCell");
+  xml.Attribute("value", value);
+  xml.Attribute("predictorName", predictor);
+  xml.Attribute("parameterName", parameter);
   xml.Close();
 }
 
@@ -174,9 +190,7 @@ MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4X
 
     // The random and residual blocks, which the standard model has no
     // element for.
-    xml.Open("Extension");
-    xml.Attribute("extender", "glmixfit");
-    xml.Attribute("name", "covarianceStructures");
+    OpenExtension(xml, "covarianceStructures");
     const std::vector<GLMMThetaParamStat>& theta = stats.GetThetaParamStats();
     for (int b = 0; b < s.GetNRandomSpecs(); ++b) {
       const GLMMRandomSpec& spec = s.GetRandomSpecs()[U(b)];
@@ -207,41 +221,20 @@ MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4X
     }
     xml.Close();
 
-    if (!s.GetFactors().empty()) {
-      xml.Open("FactorList");
-      for (int var : s.GetFactors()) {
-        xml.Open("Predictor");
-        xml.Attribute("name", GLMMDocumentLabels::VarName(varList, var));
-        xml.Close();
-      }
-      xml.Close();
-    }
-    if (!s.GetCovariates().empty()) {
-      xml.Open("CovariateList");
-      for (int var : s.GetCovariates()) {
-        xml.Open("Predictor");
-        xml.Attribute("name", GLMMDocumentLabels::VarName(varList, var));
-        xml.Close();
-      }
-      xml.Close();
-    }
+    PredictorList(xml, varList, "FactorList", s.GetFactors());
+    PredictorList(xml, varList, "CovariateList", s.GetCovariates());
 
     xml.Open("PPMatrix");
     for (std::size_t i = 0; i < params.size(); ++i) {
       const MCMath_850::MCRegrParameter& p = params[i];
       for (int f = 0; f < p.GetNFactors(); ++f) {
-        xml.Open("PPCell");
-        xml.Attribute("value", GLMMDocumentLabels::CategoryValue(varList, p.GetFactors()[U(f)], p.GetCategories()[U(f)]));
-        xml.Attribute("predictorName", GLMMDocumentLabels::VarName(varList, p.GetFactors()[U(f)]));
-        xml.Attribute("parameterName", ParameterName(i));
-        xml.Close();
+        const int var = p.GetFactors()[U(f)];
+        PPCell(xml, GLMMDocumentLabels::CategoryValue(varList, var, p.GetCategories()[U(f)]),
+               GLMMDocumentLabels::VarName(varList, var), ParameterName(i));
       }
       for (int c = 0; c < p.GetNCovariates(); ++c) {
-        xml.Open("PPCell");
-        xml.Attribute("value", p.GetCovMultiplicities()[U(c)]);
-        xml.Attribute("predictorName", GLMMDocumentLabels::VarName(varList, p.GetCovariates()[U(c)]));
-        xml.Attribute("parameterName", ParameterName(i));
-        xml.Close();
+        PPCell(xml, std::to_string(p.GetCovMultiplicities()[U(c)]),
+               GLMMDocumentLabels::VarName(varList, p.GetCovariates()[U(c)]), ParameterName(i));
       }
     }
     xml.Close();

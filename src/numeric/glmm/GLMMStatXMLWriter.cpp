@@ -1,9 +1,11 @@
 #include "numeric/glmm/GLMMStatXMLWriter.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <ios>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "numeric/common/MCMV.h"
@@ -35,22 +37,15 @@ std::string FixedKey(std::size_t i) { return "B" + std::to_string(i); }
 std::string RandomKey(int block, std::size_t j) { return "G" + std::to_string(block) + "." + std::to_string(j); }
 
 void Parameter(GLMMXMLWriter& xml, const std::string& name, const std::string& value) {
-  xml.Open("Parameter");
-  xml.Attribute("name", name);
-  xml.Attribute("value", value);
-  xml.Close();
+  xml.NameValue("Parameter", name, value);
 }
 
 void Statistic(GLMMXMLWriter& xml, const std::string& name, const std::string& value) {
-  xml.Open("Statistic");
-  xml.Attribute("name", name);
-  xml.Attribute("value", value);
-  xml.Close();
+  xml.NameValue("Statistic", name, value);
 }
 
 void ListAttribute(GLMMXMLWriter& xml, const std::string& name, const std::vector<std::string>& values) {
-  xml.Open("Attribute");
-  xml.Attribute("name", name);
+  xml.OpenNamed("Attribute", name);
   xml.Open("ListValue");
   for (const std::string& value : values) {
     xml.Open("Value");
@@ -62,10 +57,7 @@ void ListAttribute(GLMMXMLWriter& xml, const std::string& name, const std::vecto
 }
 
 void ValueAttribute(GLMMXMLWriter& xml, const std::string& name, const std::string& value) {
-  xml.Open("Attribute");
-  xml.Attribute("name", name);
-  xml.Attribute("value", value);
-  xml.Close();
+  xml.NameValue("Attribute", name, value);
 }
 
 // A model term or a list of subject fields.
@@ -109,6 +101,16 @@ void RegressionParameter(GLMMXMLWriter& xml, const MCMath_850::MCRegrParameter& 
     xml.Attribute("nest", nested);
     xml.Close();
   }
+  xml.Close();
+}
+
+// An entry of a label map: the key and the parameter it stands for.
+void MapEntry(GLMMXMLWriter& xml, const std::string& key, const MCMath_850::MCRegrParameter& param,
+              const MCXML_850::MCVarList& varList) {
+  xml.OpenNamed("MapEntry", key);
+  xml.Open("Label");
+  RegressionParameter(xml, param, key, varList);
+  xml.Close();
   xml.Close();
 }
 
@@ -160,63 +162,30 @@ void Message(GLMMXMLWriter& xml, const std::string& key, const std::vector<std::
 }
 
 const char* ContrastToken(MCContrastType type) {
-  switch (type) {
-    case MCMath_850::MCConst::CONTRAST_PAIRWISE:
-      return "Pairwise";
-    case MCMath_850::MCConst::CONTRAST_DEVIATION:
-      return "Deviation";
-    case MCMath_850::MCConst::CONTRAST_SIMPLE:
-      return "Simple";
-    case MCMath_850::MCConst::CONTRAST_NONE:
-      return "None";
-    case MCMath_850::MCConst::CONTRAST_DIFFERENCE:
-      return "Difference";
-    case MCMath_850::MCConst::CONTRAST_HELMERT:
-      return "Helmert";
-    case MCMath_850::MCConst::CONTRAST_REPEATED:
-      return "Repeated";
-    case MCMath_850::MCConst::CONTRAST_POLYNOMIAL:
-      return "Polynomial";
-  }
-  return "None";
+  using namespace MCMath_850::MCConst;
+  static const std::pair<MCContrastType, const char*> kTokens[] = {
+      {CONTRAST_PAIRWISE, "Pairwise"},     {CONTRAST_DEVIATION, "Deviation"}, {CONTRAST_SIMPLE, "Simple"},
+      {CONTRAST_NONE, "None"},             {CONTRAST_DIFFERENCE, "Difference"}, {CONTRAST_HELMERT, "Helmert"},
+      {CONTRAST_REPEATED, "Repeated"},     {CONTRAST_POLYNOMIAL, "Polynomial"}};
+  return GLMMXMLWriter::Token(type, kTokens, "None");
 }
 
 const char* ContrastGroupToken(MCContrastType type) {
-  switch (type) {
-    case MCMath_850::MCConst::CONTRAST_PAIRWISE:
-      return "pairwiseContrast";
-    case MCMath_850::MCConst::CONTRAST_DEVIATION:
-      return "deviationContrast";
-    case MCMath_850::MCConst::CONTRAST_SIMPLE:
-      return "simpleContrast";
-    case MCMath_850::MCConst::CONTRAST_DIFFERENCE:
-      return "differenceContrast";
-    case MCMath_850::MCConst::CONTRAST_HELMERT:
-      return "helmertContrast";
-    case MCMath_850::MCConst::CONTRAST_REPEATED:
-      return "repeatedContrast";
-    case MCMath_850::MCConst::CONTRAST_POLYNOMIAL:
-      return "polynomialContrast";
-    case MCMath_850::MCConst::CONTRAST_NONE:
-      break;
-  }
-  return "noContrast";
+  using namespace MCMath_850::MCConst;
+  static const std::pair<MCContrastType, const char*> kTokens[] = {
+      {CONTRAST_PAIRWISE, "pairwiseContrast"},     {CONTRAST_DEVIATION, "deviationContrast"},
+      {CONTRAST_SIMPLE, "simpleContrast"},         {CONTRAST_DIFFERENCE, "differenceContrast"},
+      {CONTRAST_HELMERT, "helmertContrast"},       {CONTRAST_REPEATED, "repeatedContrast"},
+      {CONTRAST_POLYNOMIAL, "polynomialContrast"}};
+  return GLMMXMLWriter::Token(type, kTokens, "noContrast");
 }
 
 const char* PAdjustToken(MCPAdjustMethod method) {
-  switch (method) {
-    case MCMath_850::MCConst::PADJUST_LSD:
-      return "LSD";
-    case MCMath_850::MCConst::PADJUST_SEQ_BONFERRONI:
-      return "SEQBONFERRONI";
-    case MCMath_850::MCConst::PADJUST_BONFERRONI:
-      return "BONFERRONI";
-    case MCMath_850::MCConst::PADJUST_SEQ_SIDAK:
-      return "SEQSIDAK";
-    case MCMath_850::MCConst::PADJUST_SIDAK:
-      return "SIDAK";
-  }
-  return "LSD";
+  using namespace MCMath_850::MCConst;
+  static const std::pair<MCPAdjustMethod, const char*> kTokens[] = {
+      {PADJUST_LSD, "LSD"},           {PADJUST_SEQ_BONFERRONI, "SEQBONFERRONI"}, {PADJUST_BONFERRONI, "BONFERRONI"},
+      {PADJUST_SEQ_SIDAK, "SEQSIDAK"}, {PADJUST_SIDAK, "SIDAK"}};
+  return GLMMXMLWriter::Token(method, kTokens, "LSD");
 }
 
 // The residual structure the fit used: without a repeated effect, subjects
@@ -292,6 +261,29 @@ void StatisticCoordinates(GLMMXMLWriter& xml, const std::string& statistic, cons
   xml.Close();
 }
 
+// The categories of the rows (means or contrasts) for each factor, -1 where
+// a row has none.
+template <typename Row>
+void CategoryColumns(GLMMXMLWriter& xml, const MCXML_850::MCVarList& varList, const std::vector<int>& factors,
+                     const std::vector<Row>& rows) {
+  for (std::size_t k = 0; k < factors.size(); ++k) {
+    std::vector<int> codes;
+    for (const Row& row : rows) codes.push_back(k < row.GetCategories().size() ? row.GetCategories()[k] : -1);
+    CategoryCoordinates(xml, varList, factors[k], codes);
+  }
+}
+
+// One statistic's values over the rows, for each named getter.
+template <typename Row>
+void StatisticColumns(GLMMXMLWriter& xml, const std::vector<Row>& rows,
+                      std::initializer_list<std::pair<const char*, double (Row::*)() const>> columns) {
+  for (const auto& column : columns) {
+    std::vector<double> values;
+    for (const Row& row : rows) values.push_back((row.*column.second)());
+    StatisticCoordinates(xml, column.first, values);
+  }
+}
+
 // The means of a table: the factors' categories of each cell, then the four
 // statistics.
 void EstimatesElement(GLMMXMLWriter& xml, const GLMMEmmeansStat& stat, const MCXML_850::MCVarList& varList,
@@ -303,24 +295,14 @@ void EstimatesElement(GLMMXMLWriter& xml, const GLMMEmmeansStat& stat, const MCX
   if (!factors.empty()) {
     xml.Open("CoordinatesGroup");
     xml.Attribute("description", "factors");
-    for (std::size_t k = 0; k < factors.size(); ++k) {
-      std::vector<int> codes;
-      for (const GLMMEmmeansMean& m : means) codes.push_back(k < m.GetCategories().size() ? m.GetCategories()[k] : -1);
-      CategoryCoordinates(xml, varList, factors[k], codes);
-    }
+    CategoryColumns(xml, varList, factors, means);
     xml.Close();
   }
-  std::vector<double> mean, se, lower, upper;
-  for (const GLMMEmmeansMean& m : means) {
-    mean.push_back(m.GetMean());
-    se.push_back(m.GetStdError());
-    lower.push_back(m.GetLowerBound());
-    upper.push_back(m.GetUpperBound());
-  }
-  StatisticCoordinates(xml, "mean", mean);
-  StatisticCoordinates(xml, "stdErr", se);
-  StatisticCoordinates(xml, "confIntervalLower", lower);
-  StatisticCoordinates(xml, "confIntervalUpper", upper);
+  StatisticColumns<GLMMEmmeansMean>(xml, means,
+                                    {{"mean", &GLMMEmmeansMean::GetMean},
+                                     {"stdErr", &GLMMEmmeansMean::GetStdError},
+                                     {"confIntervalLower", &GLMMEmmeansMean::GetLowerBound},
+                                     {"confIntervalUpper", &GLMMEmmeansMean::GetUpperBound}});
   xml.Close();
 }
 
@@ -342,12 +324,7 @@ void ContrastsElement(GLMMXMLWriter& xml, const GLMMEmmeansStat& stat, const MCX
   }
   xml.Open("CoordinatesGroup");
   xml.Attribute("description", ContrastGroupToken(stat.GetContrastType()));
-  const std::vector<int> others = OtherFactors(stat);
-  for (std::size_t k = 0; k < others.size(); ++k) {
-    std::vector<int> codes;
-    for (const GLMMEmmeansContrast& c : contrasts) codes.push_back(k < c.GetCategories().size() ? c.GetCategories()[k] : -1);
-    CategoryCoordinates(xml, varList, others[k], codes);
-  }
+  CategoryColumns(xml, varList, OtherFactors(stat), contrasts);
   std::vector<int> categories, references;
   for (const GLMMEmmeansContrast& c : contrasts) {
     categories.push_back(c.GetCategory());
@@ -356,23 +333,14 @@ void ContrastsElement(GLMMXMLWriter& xml, const GLMMEmmeansStat& stat, const MCX
   CategoryCoordinates(xml, varList, stat.GetCompareFactor(), categories);
   CategoryCoordinates(xml, varList, stat.GetCompareFactor(), references);
   xml.Close();
-  std::vector<double> estimate, se, t, df, adjusted, lower, upper;
-  for (const GLMMEmmeansContrast& c : contrasts) {
-    estimate.push_back(c.GetEstimate());
-    se.push_back(c.GetStdError());
-    t.push_back(c.GetTStat());
-    df.push_back(c.GetDF());
-    adjusted.push_back(c.GetAdjustedSig());
-    lower.push_back(c.GetLowerBound());
-    upper.push_back(c.GetUpperBound());
-  }
-  StatisticCoordinates(xml, "contrastEstimate", estimate);
-  StatisticCoordinates(xml, "stdErr", se);
-  StatisticCoordinates(xml, "tTest", t);
-  StatisticCoordinates(xml, "df", df);
-  StatisticCoordinates(xml, "adjustedSig", adjusted);
-  StatisticCoordinates(xml, "confIntervalLower", lower);
-  StatisticCoordinates(xml, "confIntervalUpper", upper);
+  StatisticColumns<GLMMEmmeansContrast>(xml, contrasts,
+                                        {{"contrastEstimate", &GLMMEmmeansContrast::GetEstimate},
+                                         {"stdErr", &GLMMEmmeansContrast::GetStdError},
+                                         {"tTest", &GLMMEmmeansContrast::GetTStat},
+                                         {"df", &GLMMEmmeansContrast::GetDF},
+                                         {"adjustedSig", &GLMMEmmeansContrast::GetAdjustedSig},
+                                         {"confIntervalLower", &GLMMEmmeansContrast::GetLowerBound},
+                                         {"confIntervalUpper", &GLMMEmmeansContrast::GetUpperBound}});
   xml.Close();
 }
 
@@ -430,13 +398,11 @@ void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
   const GLMMRandomSpec& repeated = s.GetRepeated();
   Parameter(xml, "ResidualCovarianceType", Labels::CovarianceToken(ResidualType(s)));
   Parameter(xml, "ResidualCovarianceTBand", "0");
-  xml.Open("Parameter");
-  xml.Attribute("name", "ResidualSubjectSpec");
+  xml.OpenNamed("Parameter", "ResidualSubjectSpec");
   EffectStruct(xml, varList, PlainFields(repeated.GetSubjectVars()));
   xml.Close();
 
-  xml.Open("Parameter");
-  xml.Attribute("name", "FixedEffectList");
+  xml.OpenNamed("Parameter", "FixedEffectList");
   xml.Open("ListValue");
   for (const MCMath_850::MCModelEffect& effect : s.GetModelEffects()) {
     EffectStruct(xml, varList, Labels::EffectFields(effect));
@@ -444,13 +410,11 @@ void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
   xml.Close();
   xml.Close();
 
-  xml.Open("Parameter");
-  xml.Attribute("name", "RandomSpecs");
+  xml.OpenNamed("Parameter", "RandomSpecs");
   xml.Open("ListValue");
   for (const GLMMRandomSpec& spec : s.GetRandomSpecs()) {
     xml.Open("StructuredValue");
-    xml.Open("Attribute");
-    xml.Attribute("name", "EffectList");
+    xml.OpenNamed("Attribute", "EffectList");
     xml.Open("ListValue");
     for (const MCMath_850::MCModelEffect& effect : spec.GetEffects()) {
       if (!effect.IsIntercept()) EffectStruct(xml, varList, Labels::EffectFields(effect));
@@ -458,12 +422,10 @@ void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
     xml.Close();
     xml.Close();
     ValueAttribute(xml, "Intercept", HasIntercept(spec) ? "true" : "false");
-    xml.Open("Attribute");
-    xml.Attribute("name", "SubjectSpec");
+    xml.OpenNamed("Attribute", "SubjectSpec");
     EffectStruct(xml, varList, PlainFields(spec.GetSubjectVars()));
     xml.Close();
-    xml.Open("Attribute");
-    xml.Attribute("name", "GroupSpec");
+    xml.OpenNamed("Attribute", "GroupSpec");
     xml.Open("ListValue");
     xml.Close();
     xml.Close();
@@ -475,8 +437,7 @@ void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
   xml.Close();
 
   const std::vector<MCMath_850::MCEmmeansSpec>& requests = s.GetEmmeans();
-  xml.Open("Parameter");
-  xml.Attribute("name", "EMMEANS");
+  xml.OpenNamed("Parameter", "EMMEANS");
   xml.Open("ListValue");
   for (const MCMath_850::MCEmmeansSpec& request : requests) {
     std::vector<GLMMDocumentLabels::EffectField> fields;
@@ -485,8 +446,7 @@ void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
       fields.push_back({request.GetFactors()[k], level});
     }
     xml.Open("StructuredValue");
-    xml.Open("Attribute");
-    xml.Attribute("name", "Factors");
+    xml.OpenNamed("Attribute", "Factors");
     EffectStruct(xml, varList, fields);
     xml.Close();
     ValueAttribute(xml, "EstimateMeans", "true");
@@ -513,23 +473,9 @@ void GLMMStatXMLWriter::WriteStringMaps(GLMMXMLWriter& xml) const {
   const auto& gamma = fpStats->GetGammaBasicParameters();
   xml.Open("StringMap");
   xml.Attribute("mapId", kFixedMap);
-  for (std::size_t i = 0; i < beta.size(); ++i) {
-    xml.Open("MapEntry");
-    xml.Attribute("name", FixedKey(i));
-    xml.Open("Label");
-    RegressionParameter(xml, beta[i], FixedKey(i), varList);
-    xml.Close();
-    xml.Close();
-  }
+  for (std::size_t i = 0; i < beta.size(); ++i) MapEntry(xml, FixedKey(i), beta[i], varList);
   // A reader takes a map without entries for a broken one.
-  if (beta.empty()) {
-    xml.Open("MapEntry");
-    xml.Attribute("name", "Intercept");
-    xml.Open("Label");
-    RegressionParameter(xml, MCMath_850::MCRegrParameter(), "Intercept", varList);
-    xml.Close();
-    xml.Close();
-  }
+  if (beta.empty()) MapEntry(xml, "Intercept", MCMath_850::MCRegrParameter(), varList);
   xml.Close();
   bool anyRandom = false;
   for (const auto& block : gamma) anyRandom = anyRandom || !block.empty();
@@ -538,13 +484,7 @@ void GLMMStatXMLWriter::WriteStringMaps(GLMMXMLWriter& xml) const {
   xml.Attribute("mapId", kRandomMap);
   for (std::size_t b = 0; b < gamma.size(); ++b) {
     for (std::size_t j = 0; j < gamma[b].size(); ++j) {
-      const std::string key = RandomKey(static_cast<int>(b), j);
-      xml.Open("MapEntry");
-      xml.Attribute("name", key);
-      xml.Open("Label");
-      RegressionParameter(xml, gamma[b][j], key, varList);
-      xml.Close();
-      xml.Close();
+      MapEntry(xml, RandomKey(static_cast<int>(b), j), gamma[b][j], varList);
     }
   }
   xml.Close();
@@ -684,10 +624,7 @@ void GLMMStatXMLWriter::WriteMarginalMeans(GLMMXMLWriter& xml) const {
       if (!stat.GetValid()) continue;
       xml.Open("DataGroup");
       xml.Attribute("description", "Emmeans");
-      xml.Open("Statistic");
-      xml.Attribute("name", "effectIndex");
-      xml.Attribute("value", stat.GetEffectIndex());
-      xml.Close();
+      Statistic(xml, "effectIndex", std::to_string(stat.GetEffectIndex()));
       EstimatesElement(xml, stat, varList, "estimates");
       xml.Close();
       continue;

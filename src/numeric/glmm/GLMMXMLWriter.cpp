@@ -44,6 +44,17 @@ void GLMMXMLWriter::Attribute(const std::string& name, const std::string& value)
   *fpStream << ' ' << name << "=\"" << Escape(value, true) << '"';
 }
 
+void GLMMXMLWriter::OpenNamed(const std::string& element, const std::string& name) {
+  Open(element);
+  Attribute("name", name);
+}
+
+void GLMMXMLWriter::NameValue(const std::string& element, const std::string& name, const std::string& value) {
+  OpenNamed(element, name);
+  Attribute("value", value);
+  Close();
+}
+
 void GLMMXMLWriter::Text(const std::string& text) {
   if (fvOpen.empty()) return;
   EndStartTag();

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace MCGLMM_850 {
@@ -28,6 +30,10 @@ class GLMMXMLWriter {
   void Attribute(const std::string& name, int value) { Attribute(name, std::to_string(value)); }
   void Attribute(const std::string& name, long value) { Attribute(name, std::to_string(value)); }
   void Attribute(const std::string& name, bool value) { Attribute(name, value ? "true" : "false"); }
+  // Starts an element with the attribute name.
+  void OpenNamed(const std::string& element, const std::string& name);
+  // An empty element with the attributes name and value, in that order.
+  void NameValue(const std::string& element, const std::string& name, const std::string& value);
   // Character content of the current element.
   void Text(const std::string& text);
   // Ends the innermost open element.
@@ -48,6 +54,15 @@ class GLMMXMLWriter {
   // An array item: as it stands when it has no blank, quote or backslash
   // and is not empty; otherwise in double quotes with \" and \\.
   static std::string ArrayItem(const std::string& item);
+  // The token of a value in a table of (value, token) pairs; the fallback
+  // for a value the table does not have.
+  template <typename Value, std::size_t N>
+  static const char* Token(Value value, const std::pair<Value, const char*> (&table)[N], const char* fallback) {
+    for (const std::pair<Value, const char*>& entry : table) {
+      if (entry.first == value) return entry.second;
+    }
+    return fallback;
+  }
   // Valid UTF-8 without the characters XML 1.0 forbids; each bad byte
   // becomes U+FFFD and each forbidden control character a blank.
   static std::string CleanUTF8(const std::string& text);

@@ -5,12 +5,12 @@
 // paths.
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cmath>
 #include <functional>
 #include <string>
 #include <tuple>
 
+#include "numeric/engine/MCEngineDerivativeCheck.h"
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/engine/MCEngineTestSimulation.h"
 
@@ -86,63 +86,6 @@ std::vector<Config> Configs() {
   return out;
 }
 
-// A point near the estimates, away from any bound.
-std::vector<double> EvaluationPoint(const MCEngineResult& r) {
-  std::vector<double> theta;
-  int k = 0;
-  for (const MCEngineCovParam& cp : r.GetCovParams()) {
-    double v = cp.GetEstimate();
-    switch (cp.GetKind()) {
-      case MCEngineCovParam::kVariance:
-        v = std::max(v, 0.2) * (1.0 + 0.05 * (k % 3));
-        break;
-      case MCEngineCovParam::kCovariance:
-        v *= 0.5;
-        break;
-      case MCEngineCovParam::kCorrelation:
-        v = 0.8 * v + 0.05;
-        break;
-      case MCEngineCovParam::kLoading:
-        v = 0.9 * v + 0.1;
-        break;
-      case MCEngineCovParam::kRange:
-        v *= 1.1;
-        break;
-    }
-    theta.push_back(v);
-    ++k;
-  }
-  return theta;
-}
-
-void CheckDerivatives(const MCEngineFitter& fitter, const std::vector<double>& theta) {
-  const int K = static_cast<int>(theta.size());
-  double f = 0.0;
-  std::vector<double> g, Ho, He;
-  ASSERT_TRUE(fitter.EvaluateAt(theta, f, g, Ho, He));
-  double hmax = 0.0;
-  for (double h : Ho) hmax = std::max(hmax, std::fabs(h));
-  for (int k = 0; k < K; ++k) {
-    SCOPED_TRACE("parameter " + std::to_string(k));
-    const double h = 1e-5 * std::max(std::fabs(theta[U(k)]), 0.1);
-    std::vector<double> up = theta, down = theta;
-    up[U(k)] += h;
-    down[U(k)] -= h;
-    double fu = 0.0, fd = 0.0;
-    std::vector<double> gu, gd, tmp1, tmp2;
-    ASSERT_TRUE(fitter.EvaluateAt(up, fu, gu, tmp1, tmp2));
-    ASSERT_TRUE(fitter.EvaluateAt(down, fd, gd, tmp1, tmp2));
-    const double fdGrad = (fu - fd) / (2.0 * h);
-    EXPECT_NEAR(g[U(k)], fdGrad, 1e-5 * (1.0 + std::fabs(fdGrad))) << "gradient";
-    for (int l = 0; l < K; ++l) {
-      const double fdHess = (gu[U(l)] - gd[U(l)]) / (2.0 * h);
-      EXPECT_NEAR(Ho[U(l * K + k)], fdHess, 1e-5 * (1.0 + hmax)) << "Hessian column " << l;
-      EXPECT_DOUBLE_EQ(Ho[U(l * K + k)], Ho[U(k * K + l)]);
-      EXPECT_DOUBLE_EQ(He[U(l * K + k)], He[U(k * K + l)]);
-    }
-  }
-}
-
 void RunConfig(int configIndex, bool reml) {
   const MCEngineTestSimulation sim(10);
   const Config c = Configs()[U(configIndex)];
@@ -168,7 +111,7 @@ void RunConfig(int configIndex, bool reml) {
   // definite).
   std::vector<std::vector<double>> candidates;
   for (const MCEngineFitter& fitter : fitters) {
-    candidates.push_back(EvaluationPoint(fitter.GetResult()));
+    candidates.push_back(MCEngineDerivativeCheck::EvaluationPoint(fitter.GetResult(), 0.1));
     candidates.emplace_back();
     for (const MCEngineCovParam& cp : fitter.GetResult().GetCovParams()) candidates.back().push_back(cp.GetEstimate());
   }
@@ -189,21 +132,9 @@ void RunConfig(int configIndex, bool reml) {
   std::vector<double> expected;
   for (std::size_t i = 0; i < paths.size(); ++i) {
     SCOPED_TRACE(paths[i] == MCEngineSettings::kBySubject ? "by subject" : "mixed-model equations");
-    CheckDerivatives(fitters[i], theta);
+    MCEngineDerivativeCheck::ExpectFiniteDifferences(fitters[i], theta);
     // Both paths evaluate the same function.
-    double f = 0.0;
-    std::vector<double> g, Ho, He;
-    ASSERT_TRUE(fitters[i].EvaluateAt(theta, f, g, Ho, He));
-    std::vector<double> all = {f};
-    all.insert(all.end(), g.begin(), g.end());
-    all.insert(all.end(), Ho.begin(), Ho.end());
-    all.insert(all.end(), He.begin(), He.end());
-    if (expected.empty()) {
-      expected = all;
-    } else {
-      ASSERT_EQ(all.size(), expected.size());
-      for (std::size_t j = 0; j < all.size(); ++j) EXPECT_NEAR(all[j], expected[j], 1e-8 * (1.0 + std::fabs(expected[j])));
-    }
+    MCEngineDerivativeCheck::ExpectSameEvaluation(fitters[i], theta, expected);
   }
 }
 
@@ -218,9 +149,6 @@ TEST_P(MCEngineCovarianceDerivatives, MatchFiniteDifferences) {
 INSTANTIATE_TEST_SUITE_P(EveryStructure, MCEngineCovarianceDerivatives,
                          ::testing::Combine(::testing::Range(0, static_cast<int>(Configs().size())), ::testing::Bool()),
                          [](const ::testing::TestParamInfo<std::tuple<int, bool>>& info) {
-                           std::string name = Configs()[U(std::get<0>(info.param))].fName;
-                           for (char& ch : name) {
-                             if (!std::isalnum(static_cast<unsigned char>(ch))) ch = '_';
-                           }
-                           return name + (std::get<1>(info.param) ? "_REML" : "_ML");
+                           return MCEngineDerivativeCheck::TestName(Configs()[U(std::get<0>(info.param))].fName,
+                                                                    std::get<1>(info.param));
                          });

@@ -50,82 +50,13 @@ args <- commandArgs(trailingOnly = TRUE)
 out_dir <- if (length(args) >= 1) args[1] else "tests/data/numeric/reference/covariance"
 dir.create(out_dir, showWarnings = FALSE, recursive = TRUE)
 
-gls_control <- glsControl(maxIter = 500, msMaxIter = 500, tolerance = 1e-12, msTol = 1e-14, returnObject = TRUE)
-lme_control <- lmeControl(maxIter = 500, msMaxIter = 500, niterEM = 100, tolerance = 1e-12, msTol = 1e-14,
-                          returnObject = TRUE)
+# The shared helpers stand next to this script.
+script_file <- sub("^--file=", "", grep("^--file=", commandArgs(trailingOnly = FALSE), value = TRUE))
+source(file.path(if (length(script_file) == 1) dirname(script_file) else "tests/numeric/reference", "reference_helpers.R"))
+
 tmb_control <- glmmTMBControl(optCtrl = list(iter.max = 10000, eval.max = 10000, rel.tol = 1e-14, x.tol = 1e-12))
 
 # ---------------------------------------------------------------------------
-# Data and fixed design.
-
-code_factors <- function(d, factors) {
-  for (v in factors) {
-    x <- d[[v]]
-    lev <- if (is.numeric(x)) as.character(sort(unique(x))) else sort(unique(x), method = "radix")
-    f <- factor(as.character(x), levels = lev)
-    contrasts(f) <- contr.treatment(levels(f), base = nlevels(f))
-    d[[v]] <- f
-  }
-  d
-}
-
-# The engine's name of a column of R's fixed design.
-canonical_name <- function(colname, term_label, factors) {
-  if (colname == "(Intercept)") return("Intercept")
-  vars <- strsplit(term_label, ":", fixed = TRUE)[[1]]
-  parts <- strsplit(colname, ":", fixed = TRUE)[[1]]
-  out <- character(length(vars))
-  for (i in seq_along(vars)) {
-    v <- vars[i]
-    out[i] <- if (v %in% factors) paste0(v, "=", substring(parts[i], nchar(v) + 1)) else v
-  }
-  paste(out, collapse = "*")
-}
-
-fixed_design <- function(formula, data, factors) {
-  tt <- terms(formula)
-  X <- model.matrix(tt, data)
-  assign <- attr(X, "assign")
-  labels <- c("(Intercept)", attr(tt, "term.labels"))
-  attr(X, "names_ours") <- vapply(seq_len(ncol(X)), function(j) {
-    canonical_name(colnames(X)[j], labels[assign[j] + 1], factors)
-  }, "")
-  X
-}
-
-# ---------------------------------------------------------------------------
-# The dense criterion: -2 log L (REML or ML) with V block diagonal over groups.
-
-dense_criterion <- function(theta, vfun, X, y, groups, reml) {
-  p <- ncol(X)
-  XVX <- matrix(0, p, p)
-  XVy <- numeric(p)
-  yVy <- 0
-  logdet <- 0
-  for (g in seq_along(groups)) {
-    V <- vfun(theta, groups[[g]])
-    R <- tryCatch(chol(V), error = function(e) NULL)
-    if (is.null(R) || any(!is.finite(V))) return(list(f = Inf))
-    rows <- groups[[g]]
-    logdet <- logdet + 2 * sum(log(diag(R)))
-    Xs <- backsolve(R, X[rows, , drop = FALSE], transpose = TRUE)
-    ys <- backsolve(R, y[rows], transpose = TRUE)
-    XVX <- XVX + crossprod(Xs)
-    XVy <- XVy + drop(crossprod(Xs, ys))
-    yVy <- yVy + sum(ys^2)
-  }
-  C <- solve(XVX)
-  beta <- drop(C %*% XVy)
-  rVr <- yVy - sum(XVy * beta)
-  n <- length(y)
-  f <- if (reml) {
-    logdet + as.numeric(determinant(XVX, logarithm = TRUE)$modulus) + rVr + (n - p) * log(2 * pi)
-  } else {
-    logdet + rVr + n * log(2 * pi)
-  }
-  list(f = f, C = C, beta = beta, rVr = rVr)
-}
-
 # Unconstrained coordinates by kind of parameter.
 to_free <- function(theta, kinds) {
   vapply(seq_along(theta), function(k) switch(kinds[k],
@@ -145,10 +76,8 @@ free_jacobian <- function(theta, kinds) {
 }
 hessian_args <- list(eps = 1e-4, d = 0.02, zero.tol = 1e-8, r = 6, v = 2)
 
-deriv_args <- list(eps = 1e-6, d = 1e-4, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
-
 # Newton steps in the unconstrained coordinates while they decrease f.
-newton_polish <- function(f, theta, kinds, steps = 8) {
+newton_polish_free <- function(f, theta, kinds, steps = 8) {
   g <- function(phi) f(from_free(phi, kinds))
   phi <- to_free(theta, kinds)
   fx <- g(phi)
@@ -187,10 +116,6 @@ dense_fit <- function(f, starts, kinds) {
   from_free(best$par, kinds)
 }
 
-vc_list <- function(labels, values, se) {
-  lapply(seq_along(labels), function(i) list(label = labels[i], estimate = values[i], se = se[i]))
-}
-
 # Writes the reference of one model. `theta0`: the package's estimates in
 # the engine's parameters (NULL when there is no package fit, then `starts`
 # are used); `m2ll_pkg`: the package's -2 log L at theta0.
@@ -213,7 +138,7 @@ reference <- function(name, model, data, fixed_formula, factors, vfun, groups, l
   } else {
     theta0 <- dense_fit(crit, starts, kinds)
   }
-  theta <- canon(newton_polish(crit, theta0, kinds))
+  theta <- canon(newton_polish_free(crit, theta0, kinds))
   dense <- dense_criterion(theta, vfun, X, y, groups, reml)
   for (phi in profile) {
     d1 <- tryCatch(dense_criterion(c(phi, 1), vfun, X, y, groups, reml), error = function(e) list(f = Inf))
@@ -235,8 +160,7 @@ reference <- function(name, model, data, fixed_formula, factors, vfun, groups, l
     minus2ll = dense$f, max_abs_gradient = max(abs(gr)), beta = beta,
     covparams = vc_list(labels, theta, se_theta)))
   fixture <- Filter(Negate(is.null), fixture)
-  path <- file.path(out_dir, paste0(name, ".json"))
-  write_json(fixture, path, digits = NA, auto_unbox = TRUE, pretty = TRUE)
+  write_reference_json(fixture, name)
   cat(sprintf("%-24s -2LL %.8f  package %s  |grad| %.1e\n", name, dense$f,
               if (is.null(m2ll_pkg)) "-" else sprintf("%.8f", m2ll_pkg), max(abs(gr))))
   invisible(theta)
@@ -301,7 +225,7 @@ ortho_file <- "examples/data/orthodont.csv"
 ortho <- code_factors(read.csv(ortho_file, stringsAsFactors = FALSE), c("Sex", "Subject"))
 ortho$pos <- match(ortho$age, sort(unique(ortho$age)))
 ortho$posf <- factor(ortho$pos)
-ortho_groups <- split(seq_len(nrow(ortho)), ortho$Subject)
+ortho_groups <- groups_by(ortho$Subject)
 ortho_formula <- distance ~ age * Sex
 ortho_model <- function(structure) list(
   data = ortho_file, structure = structure, side = "residual", response = "distance",
@@ -319,15 +243,14 @@ arma_acf <- function(fit) {
   R <- corMatrix(fit$modelStruct$corStruct)[[1]]
   R[1, 2:4]
 }
-tmb_m2ll <- function(fit) -2 * as.numeric(logLik(fit))
 
 fit <- gls(ortho_formula, ortho, correlation = corAR1(form = ~ pos | Subject), weights = varIdent(form = ~ 1 | pos),
            method = "REML", control = gls_control)
 reference("orthodont_arh1", ortho_model("ARH1"), ortho, ortho_formula, "Sex", ortho_vfun(arh1_matrix), ortho_groups,
           c(var_labels, "ARH1 rho"), c(rep("variance", 4), "correlation"), TRUE,
           "nlme gls, corAR1 with varIdent by position: Var(i) = sigma^2 delta_i^2, rho = Phi",
-          theta0 = c(position_variances(fit), coef(fit$modelStruct$corStruct, unconstrained = FALSE)),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          theta0 = c(position_variances(fit), cor_params(fit)),
+          m2ll_pkg = minus2ll(fit))
 
 reference("orthodont_ad1", ortho_model("AD1"), ortho, ortho_formula, "Sex", ortho_vfun(ad1_matrix), ortho_groups,
           c(var_labels, sprintf("Rho(%d)", 1:3)), c(rep("variance", 4), rep("correlation", 3)), TRUE,
@@ -340,31 +263,31 @@ s2 <- sigma(fit)^2
 reference("orthodont_tp", ortho_model("TP"), ortho, ortho_formula, "Sex", ortho_vfun(tp_matrix), ortho_groups,
           c("TP(1)", "TP(2)", "TP(3)", "Residual"), c("free", "free", "free", "variance"), TRUE,
           "nlme gls, corARMA(p = 3), which spans every Toeplitz correlation over 4 positions: TP(k) = sigma^2 acf(k)",
-          theta0 = c(s2 * arma_acf(fit), s2), m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          theta0 = c(s2 * arma_acf(fit), s2), m2ll_pkg = minus2ll(fit))
 
 fit <- gls(ortho_formula, ortho, correlation = corARMA(form = ~ pos | Subject, p = 1, q = 1), method = "REML",
            control = gls_control)
 reference("orthodont_arma11", ortho_model("ARMA11"), ortho, ortho_formula, "Sex", ortho_vfun(arma11_matrix),
           ortho_groups, c("ARMA11 rho", "ARMA11 gamma", "Residual"), c("correlation", "correlation", "variance"), TRUE,
           "nlme gls, corARMA(p = 1, q = 1): rho = Phi1, gamma = the lag-1 autocorrelation",
-          theta0 = c(coef(fit$modelStruct$corStruct, unconstrained = FALSE)[1], arma_acf(fit)[1], sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          theta0 = c(cor_params(fit)[1], arma_acf(fit)[1], sigma(fit)^2),
+          m2ll_pkg = minus2ll(fit))
 
 fit <- gls(ortho_formula, ortho, correlation = corCompSymm(form = ~ 1 | Subject),
            weights = varIdent(form = ~ 1 | pos), method = "REML", control = gls_control)
 reference("orthodont_csh", ortho_model("CSH"), ortho, ortho_formula, "Sex", ortho_vfun(csh_matrix), ortho_groups,
           c(var_labels, "CSH rho"), c(rep("variance", 4), "correlation"), TRUE,
           "nlme gls, corCompSymm with varIdent by position",
-          theta0 = c(position_variances(fit), coef(fit$modelStruct$corStruct, unconstrained = FALSE)),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          theta0 = c(position_variances(fit), cor_params(fit)),
+          m2ll_pkg = minus2ll(fit))
 
 fit <- gls(ortho_formula, ortho, correlation = corCompSymm(form = ~ 1 | Subject), method = "REML",
            control = gls_control)
 reference("orthodont_csr", ortho_model("CSR"), ortho, ortho_formula, "Sex", ortho_vfun(csr_matrix), ortho_groups,
           c("CSR rho", "Residual"), c("correlation", "variance"), TRUE,
           "nlme gls, corCompSymm: CSR rho = Rho, Residual = sigma^2",
-          theta0 = c(coef(fit$modelStruct$corStruct, unconstrained = FALSE), sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          theta0 = c(cor_params(fit), sigma(fit)^2),
+          m2ll_pkg = minus2ll(fit))
 
 ortho_tmb <- ortho
 ortho_tmb$Subject <- factor(as.character(ortho$Subject))
@@ -375,7 +298,7 @@ fa_canon <- function(t) if (t[1] < 0) c(-t[1:4], t[-(1:4)]) else t
 reference("orthodont_fa1", ortho_model("FA1"), ortho, ortho_formula, "Sex", ortho_vfun(fa1_matrix), ortho_groups,
           c(sprintf("FA(%d,1)", 1:4), "FA diagonal"), c(rep("free", 4), "variance"), TRUE,
           "glmmTMB, a rank-1 random term rr(0 + position | Subject) and the residual variance: R = lambda lambda' + d I",
-          theta0 = fa_canon(c(lambda, sigma(fit)^2)), m2ll_pkg = tmb_m2ll(fit), tol_check = 1e-7, canon = fa_canon)
+          theta0 = fa_canon(c(lambda, sigma(fit)^2)), m2ll_pkg = minus2ll(fit), tol_check = 1e-7, canon = fa_canon)
 
 fit <- glmmTMB(distance ~ age * Sex + rr(0 + posf | Subject, d = 1), dispformula = ~ posf, data = ortho_tmb,
                REML = TRUE, control = tmb_control)
@@ -386,7 +309,7 @@ d_pos <- exp(betad[1] + c(0, betad[-1]))
 reference("orthodont_fah1", ortho_model("FAH1"), ortho, ortho_formula, "Sex", ortho_vfun(fah1_matrix), ortho_groups,
           c(sprintf("FA(%d,1)", 1:4), sprintf("FA diagonal(%d)", 1:4)), c(rep("free", 4), rep("variance", 4)), TRUE,
           "glmmTMB, rr(0 + position | Subject) with a residual variance per position: R = lambda lambda' + diag(d)",
-          theta0 = fa_canon(c(lambda, d_pos)), m2ll_pkg = tmb_m2ll(fit), tol_check = 1e-7, canon = fa_canon)
+          theta0 = fa_canon(c(lambda, d_pos)), m2ll_pkg = minus2ll(fit), tol_check = 1e-7, canon = fa_canon)
 
 reference("orthodont_hf", ortho_model("HF"), ortho, ortho_formula, "Sex", ortho_vfun(hf_matrix), ortho_groups,
           c(var_labels, "HF"), c(rep("variance", 4), "free"), TRUE,
@@ -398,7 +321,7 @@ fit <- gls(ortho_formula, ortho, correlation = corARMA(form = ~ pos | Subject, p
 reference("orthodont_tph", ortho_model("TPH"), ortho, ortho_formula, "Sex", ortho_vfun(tph_matrix), ortho_groups,
           c(var_labels, "TPH(1)", "TPH(2)", "TPH(3)"), c(rep("variance", 4), rep("correlation", 3)), TRUE,
           "nlme gls, corARMA(p = 3) with varIdent by position: TPH(k) = acf(k)",
-          theta0 = c(position_variances(fit), arma_acf(fit)), m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          theta0 = c(position_variances(fit), arma_acf(fit)), m2ll_pkg = minus2ll(fit))
 
 fit <- gls(ortho_formula, ortho, correlation = corARMA(form = ~ pos | Subject, p = 3),
            weights = varIdent(form = ~ 1 | pos), method = "ML", control = gls_control)
@@ -406,7 +329,7 @@ model <- ortho_model("TPH")
 reference("orthodont_tph_ml", model, ortho, ortho_formula, "Sex", ortho_vfun(tph_matrix), ortho_groups,
           c(var_labels, "TPH(1)", "TPH(2)", "TPH(3)"), c(rep("variance", 4), rep("correlation", 3)), FALSE,
           "ML; nlme gls, corARMA(p = 3) with varIdent by position: TPH(k) = acf(k)",
-          theta0 = c(position_variances(fit), arma_acf(fit)), m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          theta0 = c(position_variances(fit), arma_acf(fit)), m2ll_pkg = minus2ll(fit))
 
 fit <- gls(ortho_formula, ortho, correlation = corSymm(form = ~ pos | Subject),
            weights = varIdent(form = ~ 1 | pos), method = "REML", control = gls_control)
@@ -416,7 +339,7 @@ reference("orthodont_unr", ortho_model("UNR"), ortho, ortho_formula, "Sex", orth
           c(rep("variance", 4), rep("correlation", 6)), TRUE,
           "nlme gls, corSymm with varIdent by position",
           theta0 = c(position_variances(fit), R[2, 1], R[3, 1], R[3, 2], R[4, 1], R[4, 2], R[4, 3]),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          m2ll_pkg = minus2ll(fit))
 
 # ---------------------------------------------------------------------------
 # Spatial structures.
@@ -427,7 +350,7 @@ dist_by_group <- function(coords, groups) lapply(groups, function(g) as.matrix(d
 # measurement (1, 8, ..., 43, 44, ..., 64) by Rat.
 bw_file <- "examples/data/bodyweight.csv"
 bw <- code_factors(read.csv(bw_file, stringsAsFactors = FALSE), c("Diet", "Rat"))
-bw_groups <- split(seq_len(nrow(bw)), bw$Rat)
+bw_groups <- groups_by(bw$Rat)
 bw_D <- dist_by_group(cbind(bw$Time), bw_groups)
 bw_formula <- weight ~ Time + Diet
 bw_model <- function(structure) list(
@@ -454,15 +377,15 @@ best_gls <- function(make) {
 }
 fit <- best_gls(function(v) gls(bw_formula, bw, correlation = corExp(value = v, form = ~ Time | Rat),
                                  method = "REML", control = gls_control))
-range_exp <- coef(fit$modelStruct$corStruct, unconstrained = FALSE)
+range_exp <- cor_params(fit)
 reference("bodyweight_sp_exp", bw_model("SP_EXP"), bw, bw_formula, "Diet", sp_vfun("EXP", bw_Dk), bw_groups,
           c("SP(EXP)", "Residual"), c("range", "variance"), TRUE, "nlme gls, corExp over Time by Rat",
-          theta0 = c(range_exp, sigma(fit)^2), m2ll_pkg = -2 * as.numeric(logLik(fit)),
+          theta0 = c(range_exp, sigma(fit)^2), m2ll_pkg = minus2ll(fit),
           profile = range_grid(0.5, 5000))
 reference("bodyweight_sp_pow", bw_model("SP_POW"), bw, bw_formula, "Diet", sp_vfun("POW", bw_Dk), bw_groups,
           c("SP(POW)", "Residual"), c("unit", "variance"), TRUE,
           "nlme gls, corExp over Time by Rat, reparameterised: rho = exp(-1 / range)",
-          theta0 = c(exp(-1 / range_exp), sigma(fit)^2), m2ll_pkg = -2 * as.numeric(logLik(fit)),
+          theta0 = c(exp(-1 / range_exp), sigma(fit)^2), m2ll_pkg = minus2ll(fit),
           profile = exp(-1 / range_grid(0.5, 5000)))
 
 # Simulated data with one coordinate: 40 subjects, 6 times each drawn on a
@@ -490,8 +413,8 @@ for (s in unique(sim1$subject)) {
 }
 sim1_file <- "spatial1d.csv"
 write.csv(sim1, file.path(out_dir, sim1_file), row.names = FALSE)
-sim1 <- code_factors(read.csv(file.path(out_dir, sim1_file), stringsAsFactors = FALSE), c("group", "subject"))
-sim1_groups <- split(seq_len(nrow(sim1)), sim1$subject)
+sim1 <- read_data(sim1_file, c("group", "subject"), dir = out_dir)
+sim1_groups <- groups_by(sim1$subject)
 sim1_Dk <- keyed(dist_by_group(cbind(sim1$time), sim1_groups), sim1_groups)
 sim1_formula <- y ~ x + group
 sim1_model <- function(structure) list(
@@ -503,8 +426,8 @@ fit <- best_gls(function(v) gls(sim1_formula, sim1, correlation = corGaus(value 
                                 method = "REML", control = gls_control))
 reference("spatial1d_sp_gau", sim1_model("SP_GAU"), sim1, sim1_formula, "group", sp_vfun("GAU", sim1_Dk),
           sim1_groups, c("SP(GAU)", "Residual"), c("range", "variance"), TRUE, "nlme gls, corGaus over time",
-          theta0 = c(coef(fit$modelStruct$corStruct, unconstrained = FALSE), sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)), profile = range_grid(0.02, 50))
+          theta0 = c(cor_params(fit), sigma(fit)^2),
+          m2ll_pkg = minus2ll(fit), profile = range_grid(0.02, 50))
 
 fit <- best_gls(function(v) gls(ylin ~ x + group, sim1, correlation = corLin(value = v, form = ~ time | subject),
                                 method = "REML", control = gls_control))
@@ -513,22 +436,22 @@ model$response <- "ylin"
 reference("spatial1d_sp_lin", model, sim1, ylin ~ x + group, "group", sp_vfun("LIN", sim1_Dk),
           sim1_groups, c("SP(LIN)", "Residual"), c("range", "variance"), TRUE,
           "nlme gls, corLin over time: SP(LIN) = 1 / range",
-          theta0 = c(1 / coef(fit$modelStruct$corStruct, unconstrained = FALSE), sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)), profile = 1 / range_grid(0.02, 1000))
+          theta0 = c(1 / cor_params(fit), sigma(fit)^2),
+          m2ll_pkg = minus2ll(fit), profile = 1 / range_grid(0.02, 1000))
 
 fit <- best_gls(function(v) gls(sim1_formula, sim1, correlation = corSpher(value = v, form = ~ time | subject),
                                 method = "REML", control = gls_control))
 reference("spatial1d_sp_sph", sim1_model("SP_SPH"), sim1, sim1_formula, "group", sp_vfun("SPH", sim1_Dk),
           sim1_groups, c("SP(SPH)", "Residual"), c("range", "variance"), TRUE, "nlme gls, corSpher over time",
-          theta0 = c(coef(fit$modelStruct$corStruct, unconstrained = FALSE), sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)), profile = range_grid(0.02, 50))
+          theta0 = c(cor_params(fit), sigma(fit)^2),
+          m2ll_pkg = minus2ll(fit), profile = range_grid(0.02, 50))
 
 fit <- best_gls(function(v) gls(sim1_formula, sim1, correlation = corExp(value = v, form = ~ time | subject),
                                 method = "ML", control = gls_control))
 reference("spatial1d_sp_exp_ml", sim1_model("SP_EXP"), sim1, sim1_formula, "group", sp_vfun("EXP", sim1_Dk),
           sim1_groups, c("SP(EXP)", "Residual"), c("range", "variance"), FALSE, "ML; nlme gls, corExp over time",
-          theta0 = c(coef(fit$modelStruct$corStruct, unconstrained = FALSE), sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)), profile = range_grid(0.02, 50))
+          theta0 = c(cor_params(fit), sigma(fit)^2),
+          m2ll_pkg = minus2ll(fit), profile = range_grid(0.02, 50))
 
 # Simulated data with two coordinates: 30 fields of 9 plots each on a
 # jittered 3 x 3 grid of spacing 4 (so that every distance exceeds 1);
@@ -555,8 +478,8 @@ for (f in unique(sim2$field)) {
 }
 sim2_file <- "spatial2d.csv"
 write.csv(sim2, file.path(out_dir, sim2_file), row.names = FALSE)
-sim2 <- code_factors(read.csv(file.path(out_dir, sim2_file), stringsAsFactors = FALSE), c("treatment", "field"))
-sim2_groups <- split(seq_len(nrow(sim2)), sim2$field)
+sim2 <- read_data(sim2_file, c("treatment", "field"), dir = out_dir)
+sim2_groups <- groups_by(sim2$field)
 sim2_Dk <- keyed(dist_by_group(cbind(sim2$east, sim2$north), sim2_groups), sim2_groups)
 sim2_formula <- y ~ treatment
 sim2_model <- function(structure) list(
@@ -569,16 +492,16 @@ fit <- best_gls(function(v) gls(sim2_formula, sim2, correlation = corExp(value =
 reference("spatial2d_sp_exp", sim2_model("SP_EXP"), sim2, sim2_formula, "treatment", sp_vfun("EXP", sim2_Dk),
           sim2_groups, c("SP(EXP)", "Residual"), c("range", "variance"), TRUE,
           "nlme gls, corExp over the Euclidean distance of (east, north)",
-          theta0 = c(coef(fit$modelStruct$corStruct, unconstrained = FALSE), sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)), profile = range_grid(0.1, 100))
+          theta0 = c(cor_params(fit), sigma(fit)^2),
+          m2ll_pkg = minus2ll(fit), profile = range_grid(0.1, 100))
 
 fit <- best_gls(function(v) gls(sim2_formula, sim2, correlation = corGaus(value = v, form = ~ east + north | field),
                                 method = "REML", control = gls_control))
 reference("spatial2d_sp_gau", sim2_model("SP_GAU"), sim2, sim2_formula, "treatment", sp_vfun("GAU", sim2_Dk),
           sim2_groups, c("SP(GAU)", "Residual"), c("range", "variance"), TRUE,
           "nlme gls, corGaus over the Euclidean distance of (east, north)",
-          theta0 = c(coef(fit$modelStruct$corStruct, unconstrained = FALSE), sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)), profile = range_grid(0.1, 100))
+          theta0 = c(cor_params(fit), sigma(fit)^2),
+          m2ll_pkg = minus2ll(fit), profile = range_grid(0.1, 100))
 
 model <- sim2_model("SP_LINL")
 model$response <- "z"
@@ -604,9 +527,9 @@ sim3 <- do.call(rbind, lapply(1:80, function(s) {
 }))
 sim3_file <- "randomside.csv"
 write.csv(sim3, file.path(out_dir, sim3_file), row.names = FALSE)
-sim3 <- code_factors(read.csv(file.path(out_dir, sim3_file), stringsAsFactors = FALSE), c("subject"))
+sim3 <- read_data(sim3_file, c("subject"), dir = out_dir)
 sim3$posf <- factor(sim3$pos)
-sim3_groups <- split(seq_len(nrow(sim3)), sim3$subject)
+sim3_groups <- groups_by(sim3$subject)
 sim3_formula <- y ~ x
 sim3_model <- function(structure) list(
   data = file.path("tests/data/numeric/reference/covariance", sim3_file), structure = structure, side = "random",
@@ -623,7 +546,7 @@ vc <- VarCorr(fit)$cond$subject
 reference("random_csh", sim3_model("CSH"), sim3, sim3_formula, character(0), random_vfun(csh_matrix, 5), sim3_groups,
           c(var_labels, "CSH rho", "Residual"), c(rep("variance", 4), "correlation", "variance"), TRUE,
           "glmmTMB, cs(0 + position | subject), heterogeneous compound symmetry",
-          theta0 = c(diag(vc), attr(vc, "correlation")[2, 1], sigma(fit)^2), m2ll_pkg = tmb_m2ll(fit),
+          theta0 = c(diag(vc), attr(vc, "correlation")[2, 1], sigma(fit)^2), m2ll_pkg = minus2ll(fit),
           tol_check = 1e-7)
 
 fit <- glmmTMB(y ~ x + toep(0 + posf | subject), data = sim3, REML = TRUE, control = tmb_control)
@@ -633,7 +556,7 @@ reference("random_tph", sim3_model("TPH"), sim3, sim3_formula, character(0), ran
           c(var_labels, "TPH(1)", "TPH(2)", "TPH(3)", "Residual"),
           c(rep("variance", 4), rep("correlation", 3), "variance"), TRUE,
           "glmmTMB, toep(0 + position | subject), heterogeneous Toeplitz",
-          theta0 = c(diag(vc), Rc[1, 2:4], sigma(fit)^2), m2ll_pkg = tmb_m2ll(fit), tol_check = 1e-7)
+          theta0 = c(diag(vc), Rc[1, 2:4], sigma(fit)^2), m2ll_pkg = minus2ll(fit), tol_check = 1e-7)
 
 sim3$cell <- interaction(sim3$subject, sim3$pos)
 fit <- glmmTMB(y ~ x + rr(0 + posf | subject, d = 1) + (1 | cell), data = sim3, REML = TRUE, control = tmb_control)
@@ -643,7 +566,7 @@ fa_canon5 <- function(t) if (t[1] < 0) c(-t[1:4], t[-(1:4)]) else t
 reference("random_fa1", sim3_model("FA1"), sim3, sim3_formula, character(0), random_vfun(fa1_matrix, 5), sim3_groups,
           c(sprintf("FA(%d,1)", 1:4), "FA diagonal", "Residual"), c(rep("free", 4), "variance", "variance"), TRUE,
           "glmmTMB, rr(0 + position | subject) plus a random intercept per subject and position: G = lambda lambda' + d I",
-          theta0 = fa_canon5(c(lambda, d_cell, sigma(fit)^2)), m2ll_pkg = tmb_m2ll(fit), tol_check = 1e-7,
+          theta0 = fa_canon5(c(lambda, d_cell, sigma(fit)^2)), m2ll_pkg = minus2ll(fit), tol_check = 1e-7,
           canon = fa_canon5)
 
 fit <- lme(y ~ x, sim3, random = list(subject = pdSymm(~ 0 + posf)), method = "REML", control = lme_control)
@@ -654,14 +577,14 @@ reference("random_unr", sim3_model("UNR"), sim3, sim3_formula, character(0), ran
           "Residual"), c(rep("variance", 4), rep("correlation", 6), "variance"), TRUE,
           "nlme lme with an unstructured G (pdSymm), reparameterised as variances and correlations",
           theta0 = c(diag(G), Rc[2, 1], Rc[3, 1], Rc[3, 2], Rc[4, 1], Rc[4, 2], Rc[4, 3], sigma(fit)^2),
-          m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          m2ll_pkg = minus2ll(fit))
 
 fit <- lme(y ~ x, sim3, random = list(subject = pdCompSymm(~ 0 + posf)), method = "REML", control = lme_control)
 G <- unclass(getVarCov(fit))
 reference("random_csr", sim3_model("CSR"), sim3, sim3_formula, character(0), random_vfun(csr_matrix, 2),
           sim3_groups, c("CSR rho", "Variance", "Residual"), c("correlation", "variance", "variance"), TRUE,
           "nlme lme with pdCompSymm (equal variances, one correlation)",
-          theta0 = c(G[2, 1] / G[1, 1], G[1, 1], sigma(fit)^2), m2ll_pkg = -2 * as.numeric(logLik(fit)))
+          theta0 = c(G[2, 1] / G[1, 1], G[1, 1], sigma(fit)^2), m2ll_pkg = minus2ll(fit))
 
 reference("random_arh1", sim3_model("ARH1"), sim3, sim3_formula, character(0), random_vfun(arh1_matrix, 5),
           sim3_groups, c(var_labels, "ARH1 rho", "Residual"), c(rep("variance", 4), "correlation", "variance"), TRUE,

@@ -53,51 +53,9 @@ data_dir <- if (length(args) >= 1) args[1] else "examples/data"
 out_dir <- if (length(args) >= 2) args[2] else "tests/data/numeric/reference"
 dir.create(out_dir, showWarnings = FALSE, recursive = TRUE)
 
-lmer_control <- lmerControl(
-  optimizer = "nloptwrap",
-  optCtrl = list(algorithm = "NLOPT_LN_BOBYQA", xtol_abs = 1e-14, ftol_abs = 1e-16,
-                 xtol_rel = 1e-14, ftol_rel = 1e-16, maxeval = 100000),
-  check.conv.grad = .makeCC("ignore", tol = 1e-3))
-
-deriv_args <- list(eps = 1e-6, d = 1e-4, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
-
-read_data <- function(file, factors) {
-  d <- read.csv(file.path(data_dir, file), stringsAsFactors = FALSE)
-  for (v in factors) {
-    x <- d[[v]]
-    lev <- if (is.numeric(x)) as.character(sort(unique(x))) else sort(unique(x), method = "radix")
-    f <- factor(as.character(x), levels = lev)
-    contrasts(f) <- contr.treatment(levels(f), base = nlevels(f))
-    d[[v]] <- f
-  }
-  d
-}
-
-# Newton steps with numerical derivatives while they decrease f.
-newton_polish <- function(f, x, steps = 4) {
-  fx <- f(x)
-  for (i in seq_len(steps)) {
-    g <- numDeriv::grad(f, x, method.args = deriv_args)
-    H <- numDeriv::hessian(f, x, method.args = deriv_args)
-    step <- tryCatch(solve(H, g), error = function(e) NULL)
-    if (is.null(step)) break
-    xn <- x - step
-    fn <- tryCatch(f(xn), error = function(e) Inf)
-    if (!is.finite(fn) || fn > fx) break
-    x <- xn
-    fx <- fn
-  }
-  x
-}
-
-fit_polished <- function(formula, data) {
-  m0 <- lme4::lmer(formula, data = data, REML = TRUE, control = lmer_control)
-  dev <- lme4::lmer(formula, data = data, REML = TRUE, devFunOnly = TRUE)
-  th <- newton_polish(dev, getME(m0, "theta"))
-  m <- lme4::lmer(formula, data = data, REML = TRUE, start = list(theta = th),
-                  control = lmerControl(optimizer = NULL))
-  lmerTest::as_lmerModLmerTest(m)
-}
+# The shared helpers stand next to this script.
+script_file <- sub("^--file=", "", grep("^--file=", commandArgs(trailingOnly = FALSE), value = TRUE))
+source(file.path(if (length(script_file) == 1) dirname(script_file) else "tests/numeric/reference", "reference_helpers.R"))
 
 # The inverse of the mixed-model equations at lmerTest's variance parameters
 # varpar = (theta, sigma), for R = sigma^2 I and G = sigma^2 Lambda Lambda'.
@@ -141,8 +99,31 @@ random_columns <- function(m) {
   out
 }
 
+# One prediction of a random effect with its t test and 95% interval.
+prediction_entry <- function(term, group, subject, effect, estimate, se, df) {
+  t <- estimate / se
+  tq <- qt(0.975, df)
+  list(term = term, group = group, subject = as.list(subject), effect = effect, estimate = estimate, se = se,
+       df = df, t = t, p = 2 * pt(abs(t), df, lower.tail = FALSE), lower = estimate - tq * se,
+       upper = estimate + tq * se)
+}
+
+# The scores of every record, rows numbered from 0.
+score_entries <- function(fixed, fixed_se, fixed_df, predicted, predicted_se, predicted_df, residual) {
+  lapply(seq_along(fixed), function(i)
+    list(row = i - 1, fixed = fixed[i], fixed_se = fixed_se[i], fixed_df = fixed_df[i], predicted = predicted[i],
+         predicted_se = predicted_se[i], predicted_df = predicted_df[i], residual = residual[i]))
+}
+
+write_eblup_fixture <- function(fixture) {
+  write_reference_json(fixture, paste0("eblup_", fixture$model))
+  cat(sprintf("%-12s -2LL %.8f  %d predictions, %d scored records\n", fixture$model, fixture$minus2ll,
+              length(fixture$eblups), length(fixture$scores)))
+  invisible(fixture)
+}
+
 eblup_fixture <- function(name, data_file, formula, data, factors, notes, subject_split = NULL, scores = TRUE) {
-  m <- fit_polished(formula, data)
+  m <- fit_lmer(formula, data)
   X <- getME(m, "X")
   Z <- as.matrix(getME(m, "Z"))
   p <- ncol(X)
@@ -170,15 +151,10 @@ eblup_fixture <- function(name, data_file, formula, data, factors, notes, subjec
   Lr <- cbind(matrix(0, q, p), diag(q))
   se <- sqrt(diag(C)[p + seq_len(q)])
   df <- satterthwaite(m, Lr)
-  alpha <- 0.05
   eblups <- lapply(seq_len(q), function(j) {
     cj <- cols[[j]]
     subject <- if (is.null(subject_split)) cj$level else strsplit(cj$level, subject_split, fixed = TRUE)[[1]]
-    t <- b[j] / se[j]
-    tq <- qt(1 - alpha / 2, df[j])
-    list(term = cj$term, group = cj$group, subject = as.list(subject), effect = cj$effect, estimate = b[j],
-         se = se[j], df = df[j], t = t, p = 2 * pt(abs(t), df[j], lower.tail = FALSE),
-         lower = b[j] - tq * se[j], upper = b[j] + tq * se[j], condsd = condsd[j])
+    c(prediction_entry(cj$term, cj$group, subject, cj$effect, b[j], se[j], df[j]), list(condsd = condsd[j]))
   })
 
   score_rows <- list()
@@ -201,16 +177,10 @@ eblup_fixture <- function(name, data_file, formula, data, factors, notes, subjec
     cond_df <- satterthwaite(m, Lc)
     resid <- y - cond
     stopifnot(max(abs(resid - residuals(m))) < 1e-8 * max(abs(y)))
-    score_rows <- lapply(seq_len(nrow(X)), function(i)
-      list(row = i - 1, fixed = fixed[i], fixed_se = fixed_se[i], fixed_df = fixed_df[i], predicted = cond[i],
-           predicted_se = cond_se[i], predicted_df = cond_df[i], residual = resid[i]))
+    score_rows <- score_entries(fixed, fixed_se, fixed_df, cond, cond_se, cond_df, resid)
   }
-  fixture <- list(model = name, data = data_file, method = "REML", notes = notes, confidence = 95,
-                  minus2ll = REMLcrit(m), eblups = eblups, scores = score_rows)
-  path <- file.path(out_dir, paste0("eblup_", name, ".json"))
-  write_json(fixture, path, digits = NA, auto_unbox = TRUE, pretty = TRUE)
-  cat(sprintf("%-12s -2LL %.8f  %d predictions, %d scored records\n", name, fixture$minus2ll, q, length(score_rows)))
-  invisible(fixture)
+  write_eblup_fixture(list(model = name, data = data_file, method = "REML", notes = notes, confidence = 95,
+                           minus2ll = REMLcrit(m), eblups = eblups, scores = score_rows))
 }
 
 # sleepstudy: random intercept and slope by subject, unstructured.
@@ -285,7 +255,7 @@ dense_gradient <- function(theta, X, Z, y, vfun_r, vk_fun) {
 
 dense_fixture <- function(name, data_file, notes, fit, theta, X, Z, y, vfun_r, vk_fun, subjects) {
   crit <- function(t) dense_parts(t, X, Z, y, vfun_r)$f
-  stopifnot(abs(crit(theta) + 2 * as.numeric(logLik(fit))) < 1e-8 * abs(crit(theta)))
+  stopifnot(abs(crit(theta) - minus2ll(fit)) < 1e-8 * abs(crit(theta)))
   theta <- newton_polish(crit, theta)
   d <- dense_parts(theta, X, Z, y, vfun_r)
   # The Hessian from the analytic gradient: second differences of the
@@ -304,41 +274,28 @@ dense_fixture <- function(name, data_file, notes, fit, theta, X, Z, y, vfun_r, v
     list(v = v, df = vapply(seq_along(v), function(i) 2 * v[i]^2 / drop(t(J[i, ]) %*% A %*% J[i, ]), 0))
   }
   re <- satt(cbind(matrix(0, q, p), diag(q)))
-  eblups <- lapply(seq_len(q), function(j) {
-    se <- sqrt(re$v[j])
-    t <- u[j] / se
-    tq <- qt(0.975, re$df[j])
-    list(term = 1, group = "Subject", subject = list(subjects[j]), effect = "Intercept", estimate = u[j], se = se,
-         df = re$df[j], t = t, p = 2 * pt(abs(t), re$df[j], lower.tail = FALSE), lower = u[j] - tq * se,
-         upper = u[j] + tq * se)
-  })
+  eblups <- lapply(seq_len(q), function(j)
+    prediction_entry(1, "Subject", subjects[j], "Intercept", u[j], sqrt(re$v[j]), re$df[j]))
   fx <- satt(cbind(X, matrix(0, nrow(X), q)))
   cd <- satt(cbind(X, Z))
   fixed <- drop(X %*% d$beta)
   cond <- fixed + drop(Z %*% u)
   stopifnot(max(abs(cond - fitted(fit))) < 1e-4 * max(abs(cond)))
-  scores <- lapply(seq_len(nrow(X)), function(i)
-    list(row = i - 1, fixed = fixed[i], fixed_se = sqrt(fx$v[i]), fixed_df = fx$df[i], predicted = cond[i],
-         predicted_se = sqrt(cd$v[i]), predicted_df = cd$df[i], residual = y[i] - cond[i]))
-  fixture <- list(model = name, data = data_file, method = "REML", notes = notes, confidence = 95, minus2ll = d$f,
-                  covparams = as.list(unname(theta)), eblups = eblups, scores = scores)
-  write_json(fixture, file.path(out_dir, paste0("eblup_", name, ".json")), digits = NA, auto_unbox = TRUE,
-             pretty = TRUE)
-  cat(sprintf("%-12s -2LL %.8f  %d predictions, %d scored records\n", name, d$f, q, length(scores)))
+  scores <- score_entries(fixed, sqrt(fx$v), fx$df, cond, sqrt(cd$v), cd$df, y - cond)
+  write_eblup_fixture(list(model = name, data = data_file, method = "REML", notes = notes, confidence = 95,
+                           minus2ll = d$f, covparams = as.list(unname(theta)), eblups = eblups, scores = scores))
 }
 
 ortho_pos <- match(ortho$age, sort(unique(ortho$age)))
 fit_ar1 <- lme(distance ~ age * Sex, data = ortho, random = ~ 1 | Subject,
-               correlation = corAR1(form = ~ ortho_pos | Subject), method = "REML",
-               control = lmeControl(maxIter = 500, msMaxIter = 500, niterEM = 100, tolerance = 1e-12,
-                                    msTol = 1e-14, returnObject = TRUE))
+               correlation = corAR1(form = ~ ortho_pos | Subject), method = "REML", control = lme_control)
 ortho_X <- model.matrix(~ age * Sex, ortho)
 ortho_Z <- model.matrix(~ 0 + Subject, ortho)
 stopifnot(all(substring(colnames(ortho_Z), 8) == rownames(ranef(fit_ar1))))
-rho <- coef(fit_ar1$modelStruct$corStruct, unconstrained = FALSE)
+rho <- cor_params(fit_ar1)
 vfun_ar1 <- function(theta) {
   R <- matrix(0, nrow(ortho), nrow(ortho))
-  for (g in split(seq_len(nrow(ortho)), ortho$Subject)) {
+  for (g in groups_by(ortho$Subject)) {
     R[g, g] <- theta[3] * theta[2]^abs(outer(ortho_pos[g], ortho_pos[g], "-"))
   }
   R
@@ -348,7 +305,7 @@ vk_ar1 <- function(theta) {
   n <- nrow(ortho)
   d_rho <- matrix(0, n, n)
   d_s2 <- matrix(0, n, n)
-  for (g in split(seq_len(n), ortho$Subject)) {
+  for (g in groups_by(ortho$Subject)) {
     D <- abs(outer(ortho_pos[g], ortho_pos[g], "-"))
     d_rho[g, g] <- theta[3] * ifelse(D == 0, 0, D * theta[2]^pmax(D - 1, 0))
     d_s2[g, g] <- theta[2]^D

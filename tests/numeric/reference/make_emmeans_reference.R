@@ -55,49 +55,13 @@ dir.create(out_dir, showWarnings = FALSE, recursive = TRUE)
 
 emm_options(lmer.df = "satterthwaite", lmerTest.limit = 1e6)
 
-lmer_control <- lmerControl(
-  optimizer = "nloptwrap",
-  optCtrl = list(algorithm = "NLOPT_LN_BOBYQA", xtol_abs = 1e-14, ftol_abs = 1e-16,
-                 xtol_rel = 1e-14, ftol_rel = 1e-16, maxeval = 100000),
-  check.conv.grad = .makeCC("ignore", tol = 1e-3))
+# The shared helpers stand next to this script.
+script_file <- sub("^--file=", "", grep("^--file=", commandArgs(trailingOnly = FALSE), value = TRUE))
+source(file.path(if (length(script_file) == 1) dirname(script_file) else "tests/numeric/reference", "reference_helpers.R"))
 
-deriv_args <- list(eps = 1e-6, d = 1e-4, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
-
-read_data <- function(file, factors) {
-  d <- read.csv(file.path(data_dir, file), stringsAsFactors = FALSE)
-  for (v in factors) {
-    x <- d[[v]]
-    lev <- if (is.numeric(x)) as.character(sort(unique(x))) else sort(unique(x), method = "radix")
-    d[[v]] <- factor(as.character(x), levels = lev)
-  }
-  d
-}
-
-# Newton steps with numerical derivatives while they decrease f.
-newton_polish <- function(f, x, steps = 4) {
-  fx <- f(x)
-  for (i in seq_len(steps)) {
-    g <- numDeriv::grad(f, x, method.args = deriv_args)
-    H <- numDeriv::hessian(f, x, method.args = deriv_args)
-    step <- tryCatch(solve(H, g), error = function(e) NULL)
-    if (is.null(step)) break
-    xn <- x - step
-    fn <- tryCatch(f(xn), error = function(e) Inf)
-    if (!is.finite(fn) || fn > fx) break
-    x <- xn
-    fx <- fn
-  }
-  x
-}
-
-fit_lmer <- function(formula, data) {
-  m0 <- lme4::lmer(formula, data = data, REML = TRUE, control = lmer_control)
-  dev <- lme4::lmer(formula, data = data, REML = TRUE, devFunOnly = TRUE)
-  th <- newton_polish(dev, getME(m0, "theta"))
-  m <- lme4::lmer(formula, data = data, REML = TRUE, start = list(theta = th),
-                  control = lmerControl(optimizer = NULL))
-  lmerTest::as_lmerModLmerTest(m)
-}
+# Marginal means do not depend on the coding: the factors keep R's default
+# contrasts.
+read_factors <- function(file, factors) read_data(file, factors, last_reference = FALSE)
 
 levels_of <- function(row, vars) {
   out <- lapply(vars, function(v) as.character(row[[v]]))
@@ -220,13 +184,12 @@ grand_mean <- function(m, at = list()) {
 }
 
 write_fixture <- function(name, fixture) {
-  path <- file.path(out_dir, paste0(name, ".json"))
-  write_json(fixture, path, digits = NA, auto_unbox = TRUE, pretty = TRUE, null = "null")
+  write_reference_json(fixture, name, null = "null")
   cat(sprintf("%-12s %d requests\n", name, length(fixture$requests)))
 }
 
 # Oats: split plot, Variety on whole plots within Block, nitro on sub-plots.
-oats <- read_data("oats.csv", c("Block", "Variety", "nitro"))
+oats <- read_factors("oats.csv", c("Block", "Variety", "nitro"))
 m <- fit_lmer(yield ~ Variety * nitro + (1 | Block) + (1 | Block:Variety), oats)
 write_fixture("oats", list(
   model = "oats", data = "oats.csv", formula = "yield ~ Variety * nitro + (1 | Block) + (1 | Block:Variety)",
@@ -244,7 +207,7 @@ write_fixture("oats", list(
   grand_mean = grand_mean(m)))
 
 # Machines: Machine fixed; Worker and Worker*Machine random.
-machines <- read_data("machines.csv", c("Worker", "Machine"))
+machines <- read_factors("machines.csv", c("Worker", "Machine"))
 m <- fit_lmer(score ~ Machine + (1 | Worker) + (1 | Worker:Machine), machines)
 write_fixture("machines", list(
   model = "machines", data = "machines.csv", formula = "score ~ Machine + (1 | Worker) + (1 | Worker:Machine)",
@@ -260,7 +223,7 @@ write_fixture("machines", list(
   grand_mean = grand_mean(m)))
 
 # Orthodont: growth with age by Sex, random intercept by Subject.
-ortho <- read_data("orthodont.csv", c("Sex", "Subject"))
+ortho <- read_factors("orthodont.csv", c("Sex", "Subject"))
 m <- fit_lmer(distance ~ age * Sex + (1 | Subject), ortho)
 write_fixture("orthodont", list(
   model = "orthodont", data = "orthodont.csv", formula = "distance ~ age * Sex + (1 | Subject)",

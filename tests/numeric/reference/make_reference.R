@@ -90,77 +90,29 @@ data_dir <- if (length(args) >= 1) args[1] else "examples/data"
 out_dir <- if (length(args) >= 2) args[2] else "tests/data/numeric/reference"
 dir.create(out_dir, showWarnings = FALSE, recursive = TRUE)
 
-lmer_control <- lmerControl(
-  optimizer = "nloptwrap",
-  optCtrl = list(algorithm = "NLOPT_LN_BOBYQA", xtol_abs = 1e-14, ftol_abs = 1e-16,
-                 xtol_rel = 1e-14, ftol_rel = 1e-16, maxeval = 100000),
-  check.conv.grad = .makeCC("ignore", tol = 1e-3))
+# The shared helpers stand next to this script.
+script_file <- sub("^--file=", "", grep("^--file=", commandArgs(trailingOnly = FALSE), value = TRUE))
+source(file.path(if (length(script_file) == 1) dirname(script_file) else "tests/numeric/reference", "reference_helpers.R"))
 
-gls_control <- glsControl(maxIter = 500, msMaxIter = 500, tolerance = 1e-12, msTol = 1e-14,
-                          returnObject = TRUE)
-lme_control <- lmeControl(maxIter = 500, msMaxIter = 500, niterEM = 100, tolerance = 1e-12,
-                          msTol = 1e-14, returnObject = TRUE)
-
-# Small relative steps for numerical derivatives: correlations near 1 must
-# stay admissible.
-deriv_args <- list(eps = 1e-6, d = 1e-4, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
-
-read_data <- function(file, factors) {
-  d <- read.csv(file.path(data_dir, file), stringsAsFactors = FALSE)
-  for (v in factors) {
-    x <- d[[v]]
-    lev <- if (is.numeric(x)) as.character(sort(unique(x))) else sort(unique(x), method = "radix")
-    f <- factor(as.character(x), levels = lev)
-    contrasts(f) <- contr.treatment(levels(f), base = nlevels(f))
-    d[[v]] <- f
-  }
-  d
-}
-
-# The engine's name of a column of R's fixed design.
-canonical_name <- function(colname, term_label, factors) {
-  if (colname == "(Intercept)") return("Intercept")
-  vars <- strsplit(term_label, ":", fixed = TRUE)[[1]]
-  parts <- strsplit(colname, ":", fixed = TRUE)[[1]]
-  stopifnot(length(vars) == length(parts))
-  out <- character(length(vars))
-  for (i in seq_along(vars)) {
-    v <- vars[i]
-    if (v %in% factors) {
-      stopifnot(startsWith(parts[i], v))
-      out[i] <- paste0(v, "=", substring(parts[i], nchar(v) + 1))
-    } else {
-      out[i] <- v
-    }
-  }
-  paste(out, collapse = "*")
-}
-
-column_names <- function(X, factors) {
-  assign <- attr(X, "assign")
-  labels <- c("(Intercept)", attr(terms(attr(X, "terms_obj")), "term.labels"))
-  vapply(seq_len(ncol(X)), function(j) {
-    lab <- if (assign[j] == 0) "(Intercept)" else labels[assign[j] + 1]
-    canonical_name(colnames(X)[j], lab, factors)
-  }, "")
-}
-
-fixed_design <- function(formula, data, factors) {
-  tt <- terms(formula)
-  X <- model.matrix(tt, data)
-  attr(X, "terms_obj") <- tt
-  attr(X, "names_ours") <- column_names(X, factors)
-  X
-}
+# Steps of 1% (with Richardson extrapolation) for the Hessians of the
+# criterion: smaller ones lose it to the rounding error of the criterion.
+hess_args <- list(eps = 1e-4, d = 0.01, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
 
 write_fixture <- function(name, fixture) {
-  path <- file.path(out_dir, paste0(name, ".json"))
-  write_json(fixture, path, digits = NA, auto_unbox = TRUE, pretty = TRUE)
+  write_reference_json(fixture, name)
   cat(sprintf("%-22s -2LL %.8f\n", name, fixture$minus2ll))
 }
 
 # ---------------------------------------------------------------------------
 # lmer models (random effects); lmerTest provides df and Type III tests.
+
+# The rows of lmerTest's anova table of type 1 or 3, Satterthwaite's df.
+anova_rows <- function(m, type) {
+  a <- anova(m, type = type, ddf = "Satterthwaite")
+  lapply(seq_len(nrow(a)), function(i)
+    list(term = gsub(":", "*", rownames(a)[i], fixed = TRUE), F = a[i, "F value"], numDF = a[i, "NumDF"],
+         denDF = a[i, "DenDF"], p = a[i, "Pr(>F)"]))
+}
 
 # `contrasts` is a list of single-row L written as named lists over the
 # engine's column names (columns that R does not have, the aliased ones,
@@ -169,14 +121,7 @@ write_fixture <- function(name, fixture) {
 # names the cluster variable of a robust section, `residual_df` adds one.
 lmer_fixture <- function(model, data_file, formula, factors, data, reml, covparams_fun, notes, vk,
                          contrasts = list(), joint = list(), robust = NULL, residual_df = FALSE) {
-  m0 <- lme4::lmer(formula, data = data, REML = reml, control = lmer_control)
-  # A few Newton steps on lme4's own deviance function remove what is left
-  # of the optimiser's stopping error; the model is then rebuilt at that point.
-  dev <- lme4::lmer(formula, data = data, REML = reml, devFunOnly = TRUE)
-  th <- newton_polish(dev, getME(m0, "theta"))
-  m <- lme4::lmer(formula, data = data, REML = reml, start = list(theta = th),
-                  control = lmerControl(optimizer = NULL))
-  m <- lmerTest::as_lmerModLmerTest(m)
+  m <- fit_lmer(formula, data, reml)
   X <- fixed_design(nobars(formula)[-2], data, factors)
   names_ours <- attr(X, "names_ours")
   co <- summary(m)$coefficients
@@ -184,20 +129,9 @@ lmer_fixture <- function(model, data_file, formula, factors, data, reml, covpara
   beta <- lapply(seq_len(nrow(co)), function(i)
     list(name = names_ours[i], estimate = co[i, "Estimate"], se = co[i, "Std. Error"], df = co[i, "df"],
          p = co[i, "Pr(>|t|)"]))
-  type3 <- list()
-  if (length(attr(terms(nobars(formula)), "term.labels")) > 0) {
-    a <- anova(m, type = 3, ddf = "Satterthwaite")
-    type3 <- lapply(seq_len(nrow(a)), function(i)
-      list(term = gsub(":", "*", rownames(a)[i], fixed = TRUE), F = a[i, "F value"], numDF = a[i, "NumDF"],
-           denDF = a[i, "DenDF"], p = a[i, "Pr(>F)"]))
-  }
-  type1 <- list()
-  if (length(attr(terms(nobars(formula)), "term.labels")) > 0) {
-    a <- anova(m, type = 1, ddf = "Satterthwaite")
-    type1 <- lapply(seq_len(nrow(a)), function(i)
-      list(term = gsub(":", "*", rownames(a)[i], fixed = TRUE), F = a[i, "F value"], numDF = a[i, "NumDF"],
-           denDF = a[i, "DenDF"], p = a[i, "Pr(>F)"]))
-  }
+  has_terms <- length(attr(terms(nobars(formula)), "term.labels")) > 0
+  type3 <- if (has_terms) anova_rows(m, 3) else list()
+  type1 <- if (has_terms) anova_rows(m, 1) else list()
   contrasts_out <- lapply(contrasts, function(L) {
     l <- vapply(names_ours, function(n) if (is.null(L[[n]])) 0 else L[[n]], 0)
     ct <- contest(m, matrix(l, nrow = 1), joint = FALSE)
@@ -221,9 +155,6 @@ lmer_fixture <- function(model, data_file, formula, factors, data, reml, covpara
   crit <- function(t) dense_criterion(t, vfun, X, y, all_rows, reml)$f
   m2ll <- if (reml) REMLcrit(m) else deviance(m)
   if (abs(crit(theta) - m2ll) > 1e-8 * abs(m2ll)) stop(sprintf("%s: dense criterion differs from lme4", model))
-  # Steps of 1% (with Richardson extrapolation): smaller ones lose the
-  # Hessian to the rounding error of the criterion.
-  hess_args <- list(eps = 1e-4, d = 0.01, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
   A <- 2 * solve(numDeriv::hessian(crit, theta, method.args = hess_args))
   out <- list(model = model, data = data_file, method = if (reml) "REML" else "ML", notes = notes,
               minus2ll = m2ll, beta = beta, covparams = covparam_stats(labels, theta, A),
@@ -239,57 +170,11 @@ lmer_fixture <- function(model, data_file, formula, factors, data, reml, covpara
   out
 }
 
-# Newton steps with numerical derivatives while they decrease f.
-newton_polish <- function(f, x, steps = 4) {
-  fx <- f(x)
-  for (i in seq_len(steps)) {
-    g <- numDeriv::grad(f, x, method.args = deriv_args)
-    H <- numDeriv::hessian(f, x, method.args = deriv_args)
-    step <- tryCatch(solve(H, g), error = function(e) NULL)
-    if (is.null(step)) break
-    xn <- x - step
-    fn <- tryCatch(f(xn), error = function(e) Inf)
-    if (!is.finite(fn) || fn > fx) break
-    x <- xn
-    fx <- fn
-  }
-  x
-}
-
-vc_list <- function(labels, values) lapply(seq_along(labels), function(i) list(label = labels[i], estimate = values[i]))
-
 un2 <- function(vc) c(vc[1, 1], vc[2, 1], vc[2, 2])
 
 # ---------------------------------------------------------------------------
-# Dense (restricted) likelihood for the nlme models, used for Satterthwaite df.
-
-dense_criterion <- function(theta, vfun, X, y, groups, reml) {
-  p <- ncol(X)
-  XVX <- matrix(0, p, p)
-  XVy <- numeric(p)
-  yVy <- 0
-  logdet <- 0
-  for (g in groups) {
-    V <- vfun(theta, g)
-    R <- chol(V)
-    logdet <- logdet + 2 * sum(log(diag(R)))
-    Xs <- backsolve(R, X[g, , drop = FALSE], transpose = TRUE)
-    ys <- backsolve(R, y[g], transpose = TRUE)
-    XVX <- XVX + crossprod(Xs)
-    XVy <- XVy + drop(crossprod(Xs, ys))
-    yVy <- yVy + sum(ys^2)
-  }
-  C <- solve(XVX)
-  beta <- drop(C %*% XVy)
-  rVr <- yVy - sum(XVy * beta)
-  n <- length(y)
-  f <- if (reml) {
-    logdet + as.numeric(determinant(XVX, logarithm = TRUE)$modulus) + rVr + (n - p) * log(2 * pi)
-  } else {
-    logdet + rVr + n * log(2 * pi)
-  }
-  list(f = f, C = C, beta = beta)
-}
+# Satterthwaite df for the nlme models, from the dense (restricted)
+# likelihood.
 
 # The df are invariant to the parameterisation at the optimum, so the
 # derivatives are taken in unconstrained coordinates phi (log variances,
@@ -298,12 +183,11 @@ dense_criterion <- function(theta, vfun, X, y, groups, reml) {
 satterthwaite_setup <- function(theta, to_phi, from_phi, vfun, X, y, groups, reml) {
   phi <- to_phi(theta)
   fn <- function(ph) dense_criterion(from_phi(ph), vfun, X, y, groups, reml)$f
-  args <- list(eps = 1e-4, d = 0.01, zero.tol = sqrt(.Machine$double.eps / 7e-7), r = 4, v = 2)
-  H <- numDeriv::hessian(fn, phi, method.args = args)
+  H <- numDeriv::hessian(fn, phi, method.args = hess_args)
   A <- 2 * solve(H)
   p <- ncol(X)
   jac <- numDeriv::jacobian(function(ph) as.vector(dense_criterion(from_phi(ph), vfun, X, y, groups, reml)$C), phi,
-                            method.args = args)
+                            method.args = hess_args)
   dC <- lapply(seq_along(phi), function(k) matrix(jac[, k], p, p))
   C <- dense_criterion(theta, vfun, X, y, groups, reml)$C
   list(A = A, dC = dC, C = C, grad = numDeriv::grad(function(t) dense_criterion(t, vfun, X, y, groups, reml)$f, theta,
@@ -334,6 +218,14 @@ f_test <- function(L, beta, s) {
   list(F = Fv, numDF = q, denDF = ddf, p = pf(Fv, q, ddf, lower.tail = FALSE))
 }
 
+# The F tests of a named list of contrasts, one row per term.
+f_test_rows <- function(Ls, beta, s) {
+  lapply(names(Ls), function(term) {
+    t <- f_test(Ls[[term]], beta, s)
+    list(term = gsub(":", "*", term, fixed = TRUE), F = t$F, numDF = t$numDF, denDF = t$denDF, p = t$p)
+  })
+}
+
 nlme_fixture <- function(model, data_file, fixed_formula, factors, data, fit, theta, covparam_labels, vfun,
                          groups, reml, notes, to_phi, from_phi, xtx_weights = NULL, robust = NULL,
                          residual_df = FALSE) {
@@ -341,7 +233,7 @@ nlme_fixture <- function(model, data_file, fixed_formula, factors, data, fit, th
   y <- data[[all.vars(fixed_formula)[1]]]
   names_ours <- attr(X, "names_ours")
   dense <- dense_criterion(theta, vfun, X, y, groups, reml)
-  m2ll_nlme <- -2 * as.numeric(logLik(fit))
+  m2ll_nlme <- minus2ll(fit)
   if (abs(dense$f - m2ll_nlme) > 1e-9 * abs(m2ll_nlme)) {
     stop(sprintf("%s: dense criterion %.10f vs nlme %.10f", model, dense$f, m2ll_nlme))
   }
@@ -363,10 +255,7 @@ nlme_fixture <- function(model, data_file, fixed_formula, factors, data, fit, th
   lmfit <- lm(fixed_formula, data = data)
   stopifnot(all(names(coef(lmfit)) == colnames(X)))
   Ls <- lmerTest:::get_contrasts_type3(lmfit)
-  type3 <- lapply(names(Ls), function(term) {
-    t <- f_test(Ls[[term]], dense$beta, s)
-    list(term = gsub(":", "*", term, fixed = TRUE), F = t$F, numDF = t$numDF, denDF = t$denDF, p = t$p)
-  })
+  type3 <- f_test_rows(Ls, dense$beta, s)
   type3 <- Filter(function(x) x$term != "(Intercept)", type3)
   # Type I contrasts: forward Doolittle on X'X, weighted by the scale weights
   # when there are any (the engine's sequential hypotheses are those of
@@ -379,10 +268,7 @@ nlme_fixture <- function(model, data_file, fixed_formula, factors, data, fit, th
     names(sel) <- labels
     sel
   }
-  type1 <- lapply(names(L1s), function(term) {
-    t <- f_test(L1s[[term]], dense$beta, s)
-    list(term = gsub(":", "*", term, fixed = TRUE), F = t$F, numDF = t$numDF, denDF = t$denDF, p = t$p)
-  })
+  type1 <- f_test_rows(L1s, dense$beta, s)
   # The asymptotic covariance in the natural parameters.
   J <- numDeriv::jacobian(from_phi, to_phi(theta))
   A <- J %*% s$A %*% t(J)
@@ -401,8 +287,6 @@ nlme_fixture <- function(model, data_file, fixed_formula, factors, data, fit, th
 }
 
 fixef_or_coef <- function(fit) if (inherits(fit, "lme")) fixef(fit) else coef(fit)
-
-groups_by <- function(subject) split(seq_along(subject), subject)
 
 # ---------------------------------------------------------------------------
 # Covariance parameter statistics, the robust covariance and residual df.
@@ -543,7 +427,7 @@ ortho_X_formula <- distance ~ age * Sex
 
 fit_cs <- gls(distance ~ age * Sex, data = ortho, correlation = corCompSymm(form = ~ 1 | Subject),
               method = "REML", control = gls_control)
-rho <- coef(fit_cs$modelStruct$corStruct, unconstrained = FALSE)
+rho <- cor_params(fit_cs)
 s2 <- sigma(fit_cs)^2
 vfun_cs <- function(theta, g) { m <- length(g); matrix(theta[1], m, m) + diag(theta[2], m) }
 cs_to_phi <- function(theta) c(theta[1], log(theta[2]))
@@ -555,7 +439,7 @@ write_fixture("orthodont_cs", nlme_fixture(
 
 fit_cs_ml <- gls(distance ~ age * Sex, data = ortho, correlation = corCompSymm(form = ~ 1 | Subject),
                  method = "ML", control = gls_control)
-rho <- coef(fit_cs_ml$modelStruct$corStruct, unconstrained = FALSE)
+rho <- cor_params(fit_cs_ml)
 s2 <- sigma(fit_cs_ml)^2
 write_fixture("orthodont_cs_ml", nlme_fixture(
   "orthodont_cs_ml", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_cs_ml, c(s2 * rho, s2 * (1 - rho)),
@@ -599,7 +483,7 @@ ar1_from_phi <- function(phi) c(tanh(phi[1]), exp(phi[2]))
 
 fit_ar1 <- gls(distance ~ age * Sex, data = ortho, correlation = corAR1(form = ~ pos | Subject),
                method = "REML", control = gls_control)
-rho <- coef(fit_ar1$modelStruct$corStruct, unconstrained = FALSE)
+rho <- cor_params(fit_ar1)
 vfun_ar1 <- function(theta, g) ar1_matrix(theta[1], theta[2], 4)[ortho_pos[g], ortho_pos[g]]
 write_fixture("orthodont_ar1", nlme_fixture(
   "orthodont_ar1", "orthodont.csv", ortho_X_formula, c("Sex"), ortho, fit_ar1, c(rho, sigma(fit_ar1)^2),
@@ -696,7 +580,7 @@ bw_groups <- groups_by(bw$Rat)
 stopifnot(all(vapply(bw_groups, function(g) all(diff(bw$pos[g]) == 1), TRUE)))
 fit_bw <- gls(weight ~ Diet * Time, data = bw, correlation = corAR1(form = ~ pos | Rat),
               method = "REML", control = gls_control)
-rho <- coef(fit_bw$modelStruct$corStruct, unconstrained = FALSE)
+rho <- cor_params(fit_bw)
 vfun_bw <- function(theta, g) ar1_matrix(theta[1], theta[2], 11)[bw$pos[g], bw$pos[g]]
 write_fixture("bodyweight_ar1", nlme_fixture(
   "bodyweight_ar1", "bodyweight.csv", weight ~ Diet * Time, c("Diet"), bw, fit_bw, c(rho, sigma(fit_bw)^2),
