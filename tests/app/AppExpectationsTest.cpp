@@ -318,6 +318,22 @@ class AppExpectationsTest : public ::testing::Test {
     return report;
   }
 
+  // Runs the example, checks its exit status, and gives its fitting
+  // commands, of which there must be `count`.
+  void RunFits(const std::string& name, int exitStatus, std::size_t count, std::vector<json>& commands) {
+    const json report = RunExample(name);
+    EXPECT_EQ(fExitStatus, exitStatus);
+    commands = Commands(report, "Mixed Model");
+    ASSERT_EQ(commands.size(), count);
+  }
+
+  // An example of one fit that agrees with a reference fit.
+  void ExpectExampleFitsLikeItsReference(const std::string& name, const std::string& fixture) {
+    std::vector<json> commands;
+    ASSERT_NO_FATAL_FAILURE(RunFits(name, 0, 1, commands));
+    ExpectReferenceFit(commands[0], fixture);
+  }
+
   void CheckExpectation(const std::string& name, const json& report) {
     const fs::path path = fs::path(GLMIX_TEST_DATA_DIR) / "app" / "expected" / (name + ".json");
     if (Updating()) {
@@ -346,10 +362,8 @@ class AppExpectationsTest : public ::testing::Test {
 // Random intercept and slope, unstructured: the fit agrees with the
 // reference, and the predictions of the random effects are shown.
 TEST_F(AppExpectationsTest, SleepStudyFitsARandomSlopeModelAndPredictsTheSubjects) {
-  const json report = RunExample("sleepstudy");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("sleepstudy", 0, 1, commands));
   EXPECT_TRUE(Messages(commands[0]).empty());
   ExpectReferenceFit(commands[0], "sleepstudy_un");
   const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
@@ -365,10 +379,8 @@ TEST_F(AppExpectationsTest, SleepStudyFitsARandomSlopeModelAndPredictsTheSubject
 
 // A factor crossed with a covariate, random intercept and slope per child.
 TEST_F(AppExpectationsTest, OrthodontFitsGrowthLinesBySex) {
-  const json report = RunExample("orthodont");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("orthodont", 0, 1, commands));
   ExpectReferenceFit(commands[0], "orthodont_un_g");
   const std::vector<json> tests = Tables(commands[0], "Tests of Fixed Effects");
   ASSERT_EQ(tests.size(), 1u);
@@ -383,10 +395,8 @@ TEST_F(AppExpectationsTest, OrthodontFitsGrowthLinesBySex) {
 // Split plot with two random blocks (no reference fit of this model: the
 // reference treats nitrogen as a factor).
 TEST_F(AppExpectationsTest, OatsFitsTwoRandomBlocks) {
-  const json report = RunExample("oats");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("oats", 0, 1, commands));
   EXPECT_TRUE(Messages(commands[0]).empty());
   const std::vector<json> tests = Tables(commands[0], "Tests of Fixed Effects");
   ASSERT_EQ(tests.size(), 1u);
@@ -401,37 +411,23 @@ TEST_F(AppExpectationsTest, OatsFitsTwoRandomBlocks) {
 
 // Crossed subjects: workers, and workers by machines.
 TEST_F(AppExpectationsTest, MachinesFitsCrossedSubjects) {
-  const json report = RunExample("machines");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
-  ExpectReferenceFit(commands[0], "machines");
+  ExpectExampleFitsLikeItsReference("machines", "machines");
 }
 
 // A nested random term.
 TEST_F(AppExpectationsTest, PastesFitsANestedRandomTerm) {
-  const json report = RunExample("pastes");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
-  ExpectReferenceFit(commands[0], "pastes");
+  ExpectExampleFitsLikeItsReference("pastes", "pastes");
 }
 
 // Two crossed random intercepts.
 TEST_F(AppExpectationsTest, PenicillinFitsCrossedRandomIntercepts) {
-  const json report = RunExample("penicillin");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
-  ExpectReferenceFit(commands[0], "penicillin");
+  ExpectExampleFitsLikeItsReference("penicillin", "penicillin");
 }
 
 // Maximum likelihood: the criteria count the fixed parameters too.
 TEST_F(AppExpectationsTest, DyestuffFitsByMaximumLikelihood) {
-  const json report = RunExample("dyestuff");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("dyestuff", 0, 1, commands));
   const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
   ASSERT_EQ(criteria.size(), 1u);
   EXPECT_EQ(Labels(criteria[0], 0).at(0), "-2 Log Likelihood");
@@ -445,10 +441,8 @@ TEST_F(AppExpectationsTest, DyestuffFitsByMaximumLikelihood) {
 // Random slopes with autoregressive residuals (the reference fit has no
 // random effects, so only the form is checked here).
 TEST_F(AppExpectationsTest, BodyweightFitsRandomSlopesWithAutoregressiveResiduals) {
-  const json report = RunExample("bodyweight");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("bodyweight", 0, 1, commands));
   const std::vector<json> tests = Tables(commands[0], "Tests of Fixed Effects");
   ASSERT_EQ(tests.size(), 1u);
   EXPECT_EQ(Labels(tests[0], 0), (std::vector<std::string>{"Intercept", "Diet", "Time", "Diet * Time"}));
@@ -457,10 +451,8 @@ TEST_F(AppExpectationsTest, BodyweightFitsRandomSlopesWithAutoregressiveResidual
 // LAYERED: every split is fitted, and the splits are shown together: one
 // table of each kind, whose outermost rows are the splits.
 TEST_F(AppExpectationsTest, OrthodontSplitLayeredReportsBothSplits) {
-  const json report = RunExample("orthodont-split");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("orthodont-split", 0, 1, commands));
   EXPECT_TRUE(Messages(commands[0]).empty());
 
   const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
@@ -492,10 +484,8 @@ TEST_F(AppExpectationsTest, OrthodontSplitLayeredReportsBothSplits) {
 
 // SEPARATE: each split with tables of its own.
 TEST_F(AppExpectationsTest, OrthodontSplitSeparateGivesEachSplitItsTables) {
-  const json report = RunExample("orthodont-split-separate");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 1u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("orthodont-split-separate", 0, 1, commands));
   for (const char* subtype : {"Information Criteria", "Tests of Fixed Effects", "Parameter Estimates"}) {
     const std::vector<json> tables = Tables(commands[0], subtype);
     ASSERT_EQ(tables.size(), 2u) << subtype;
@@ -511,10 +501,8 @@ TEST_F(AppExpectationsTest, OrthodontSplitSeparateGivesEachSplitItsTables) {
 // A scale weight, then a frequency weight: the notes say how weights are
 // handled.
 TEST_F(AppExpectationsTest, CbppWeightedFitsWithAScaleAndAFrequencyWeight) {
-  const json report = RunExample("cbpp-weighted");
-  EXPECT_EQ(fExitStatus, 0);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 2u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("cbpp-weighted", 0, 2, commands));
   EXPECT_EQ(NotesValue(commands[0], "Weight Handling"), "Not applicable");
   EXPECT_EQ(NotesValue(commands[1], "Weight Handling"), "Weight values are rounded to the nearest whole number.");
   EXPECT_EQ(NotesValue(commands[1], "Model File"), "<output>/model-2.xml");
@@ -528,10 +516,8 @@ TEST_F(AppExpectationsTest, CbppWeightedFitsWithAScaleAndAFrequencyWeight) {
 // No valid case on the whole file: an error, which ends the command. A split
 // without cases: a warning, and the other split is fitted.
 TEST_F(AppExpectationsTest, FailuresReportNoValidCasesAsAnErrorAndAnEmptySplitAsAWarning) {
-  const json report = RunExample("failures");
-  EXPECT_EQ(fExitStatus, 1);
-  const std::vector<json> commands = Commands(report, "Mixed Model");
-  ASSERT_EQ(commands.size(), 2u);
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("failures", 1, 2, commands));
 
   EXPECT_EQ(Messages(commands[0]), (std::vector<std::string>{"error: There are no valid cases for this analysis."}));
   EXPECT_TRUE(Tables(commands[0], "Information Criteria").empty());

@@ -68,6 +68,34 @@ class AggregatorTest : public ParamsTest {
     return list;
   }
 
+  // The fixed effect a on a completed run, and an aggregator of the fixed
+  // parameters.
+  MIXParameterAggregator& FixedOverA(ModelRun& run) {
+    run.AddFixed(run.Effect({{A, false}}, {}));
+    run.Complete();
+    return NewAggregator(-1);
+  }
+
+  // Runs the splits through every aggregator and builds the maps of one.
+  void RunAndAggregate(MIXParameterAggregator& aggregator) {
+    fpRun->Run(false, Aggregators());
+    ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  }
+
+  // A run over a, split or not, whose fixed aggregator neither groups the
+  // splits' categories nor declares labels.
+  void ExpectNoLabelsDeclared(bool split) {
+    ModelRun& run = NewRun(split);
+    MIXParameterAggregator& aggregator = FixedOverA(run);
+    ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
+    EXPECT_FALSE(aggregator.GetGroupCats());
+    EXPECT_TRUE(DeclaredLabels(aggregator, -1, false).empty());
+  }
+
+  // The category labels the aggregator declares on the parameter dimension of
+  // a new table.
+  std::vector<std::string> DeclaredLabels(MIXParameterAggregator& aggregator, int effect, bool byEffect);
+
   void ExpectLocalLabelsMatch(const MIXParameterAggregator& aggregator) {
     params_test::ExpectLocalLabelsMatch(*fpRun, aggregator);
   }
@@ -79,6 +107,12 @@ class AggregatorTest : public ParamsTest {
 
 using AggregatorDeathTest = AggregatorTest;
 
+// A component that lists the fixed parameters last to first.
+bool ReverseFixed(int, std::vector<MCRegrParameter>& beta, std::vector<std::vector<MCRegrParameter>>&) {
+  std::reverse(beta.begin(), beta.end());
+  return true;
+}
+
 // The category labels of a table's first dimension.
 std::vector<std::string> CategoryLabels(const BpPivotTable& table) {
   std::vector<std::string> labels;
@@ -88,16 +122,21 @@ std::vector<std::string> CategoryLabels(const BpPivotTable& table) {
   return labels;
 }
 
+std::vector<std::string> AggregatorTest::DeclaredLabels(MIXParameterAggregator& aggregator, int effect,
+                                                        bool byEffect) {
+  BpPivotTable table = fpRun->fProcedure.PivotTable(BpString("Table", false), BpString("Table", false), true);
+  BpDimension dimension = table.Dimension(BpString("Parameter", false), 2);
+  aggregator.SetParamBagpipeCats(&dimension, effect, byEffect);
+  return CategoryLabels(table);
+}
+
 }  // namespace
 
 TEST_F(AggregatorTest, CategoriesOfTwoSplitsAscending) {
   ModelRun& run = NewRun(true);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
+  MIXParameterAggregator& aggregator = FixedOverA(run);
   EXPECT_EQ(aggregator.GetNSplits(), 2);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
   EXPECT_TRUE(aggregator.GetParamAggregated());
 
   EXPECT_EQ(aggregator.GetAllParamLabels(false), (std::vector<std::string>{"[a=1]", "[a=2]", "[a=3]"}));
@@ -127,11 +166,8 @@ TEST_F(AggregatorTest, CategoriesOfTwoSplitsAscending) {
 TEST_F(AggregatorTest, CategoriesOfTwoSplitsDescending) {
   ModelRun& run = NewRun(true);
   run.SetSortOrder(MCConst::CATEG_DESCENDING);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  MIXParameterAggregator& aggregator = FixedOverA(run);
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
   EXPECT_EQ(aggregator.GetAllParamLabels(false), (std::vector<std::string>{"[a=3]", "[a=2]", "[a=1]"}));
   // The first split numbers 2 before 1.
   EXPECT_EQ(run.fvSplits[0].fvParamLabels, (std::vector<std::string>{"[a=2]", "[a=1]"}));
@@ -143,11 +179,8 @@ TEST_F(AggregatorTest, CategoriesOfTwoSplitsDescending) {
 TEST_F(AggregatorTest, TheInterceptIsGlobalZeroEverywhere) {
   ModelRun& run = NewRun(true);
   run.SetIntercept(true);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  MIXParameterAggregator& aggregator = FixedOverA(run);
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
   EXPECT_EQ(aggregator.GetAllParamLabels(false),
             (std::vector<std::string>{"Intercept", "[a=1]", "[a=2]", "[a=3]"}));
   EXPECT_TRUE(aggregator.GetAllParameters()[0].IsIntercept());
@@ -165,9 +198,7 @@ TEST_F(AggregatorTest, TheInterceptIsGlobalZeroEverywhere) {
 TEST_F(AggregatorDeathTest, DataOrderNeedsOneSplit) {
   ModelRun& run = NewRun(true);
   run.SetSortOrder(MCConst::CATEG_DATA_ORDER);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
+  MIXParameterAggregator& aggregator = FixedOverA(run);
   run.Run(false, Aggregators());
   EXPECT_DEATH(aggregator.CreateAggregationMaps(), AssertText("fNSplits == 1"));
 }
@@ -175,14 +206,9 @@ TEST_F(AggregatorDeathTest, DataOrderNeedsOneSplit) {
 TEST_F(AggregatorTest, DataOrderFollowsTheLocalIndex) {
   ModelRun& run = NewRun(false);
   run.SetSortOrder(MCConst::CATEG_DATA_ORDER);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& data = NewAggregator(-1);
+  MIXParameterAggregator& data = FixedOverA(run);
   // The component lists the categories last to first.
-  run.Run(false, Aggregators(), [](int, std::vector<MCRegrParameter>& beta, std::vector<std::vector<MCRegrParameter>>&) {
-    std::reverse(beta.begin(), beta.end());
-    return true;
-  });
+  run.Run(false, Aggregators(), ReverseFixed);
   ASSERT_TRUE(data.CreateAggregationMaps());
   EXPECT_EQ(data.GetAllParamLabels(false), (std::vector<std::string>{"[a=3]", "[a=2]", "[a=1]"}));
   ExpectLocalLabelsMatch(data);
@@ -190,13 +216,8 @@ TEST_F(AggregatorTest, DataOrderFollowsTheLocalIndex) {
 
 TEST_F(AggregatorTest, AscendingIgnoresTheLocalOrder) {
   ModelRun& run = NewRun(false);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators(), [](int, std::vector<MCRegrParameter>& beta, std::vector<std::vector<MCRegrParameter>>&) {
-    std::reverse(beta.begin(), beta.end());
-    return true;
-  });
+  MIXParameterAggregator& aggregator = FixedOverA(run);
+  run.Run(false, Aggregators(), ReverseFixed);
   ASSERT_TRUE(aggregator.CreateAggregationMaps());
   EXPECT_EQ(aggregator.GetAllParamLabels(false), (std::vector<std::string>{"[a=1]", "[a=2]", "[a=3]"}));
   EXPECT_EQ(aggregator.GetGlobalParamIndex(0, 0), 2);
@@ -210,8 +231,7 @@ TEST_F(AggregatorTest, ACovariateEffectIsOneParameterInAllSplits) {
   run.AddFixed(run.Effect({}, {X, X}));
   run.Complete();
   MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
   EXPECT_EQ(aggregator.GetAllParamLabels(false), (std::vector<std::string>{"Intercept", "x", "x * x"}));
   for (int s = 0; s < 2; ++s) {
     EXPECT_EQ(aggregator.GetGlobalParamIndex(s, 1), 1);
@@ -226,13 +246,10 @@ TEST_F(AggregatorTest, ACovariateEffectIsOneParameterInAllSplits) {
 
 TEST_F(AggregatorTest, IndicesOutOfRangeGiveMinusOne) {
   ModelRun& run = NewRun(true);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
+  MIXParameterAggregator& aggregator = FixedOverA(run);
   // Nothing is known before the splits run.
   EXPECT_EQ(aggregator.GetGlobalParamIndex(0, 0), -1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
   EXPECT_EQ(aggregator.GetGlobalParamIndex(5, 0), -1);
   EXPECT_EQ(aggregator.GetGlobalParamIndex(-1, 0), -1);
   EXPECT_EQ(aggregator.GetGlobalParamIndex(0, 2), -1);
@@ -248,8 +265,7 @@ TEST_F(AggregatorTest, WideStringCategoriesAndInteractions) {
   run.AddFixed(run.Effect({{A, false}, {G, false}}, {X}));
   run.Complete();
   MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
   const std::vector<std::string>& labels = aggregator.GetAllParamLabels(false);
   ASSERT_EQ(labels.size(), 3u + 7u);
   EXPECT_EQ(std::vector<std::string>(labels.begin(), labels.begin() + 3),
@@ -270,9 +286,7 @@ TEST_F(AggregatorTest, WideStringCategoriesAndInteractions) {
 TEST_F(AggregatorTest, ASplitThatDidNotRunHasNoLocalParameters) {
   ModelRun& run = NewRun(true);
   run.SetIntercept(true);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
+  MIXParameterAggregator& aggregator = FixedOverA(run);
   run.Run(false, Aggregators(),
           [](int split, std::vector<MCRegrParameter>&, std::vector<std::vector<MCRegrParameter>>&) {
             return split != 0;
@@ -288,9 +302,7 @@ TEST_F(AggregatorTest, ASplitThatDidNotRunHasNoLocalParameters) {
 
 TEST_F(AggregatorTest, AFitWithoutOutputGivesNothing) {
   ModelRun& run = NewRun(false);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
+  MIXParameterAggregator& aggregator = FixedOverA(run);
   GLMMSettings settings;
   MCXML_850::MCVarList varList;
   StubAlgorithm noOutput(settings, varList);
@@ -307,8 +319,7 @@ TEST_F(AggregatorTest, RandomBlockLabelsCarryTheSubjects) {
   MIXParameterAggregator& fixed = NewAggregator(-1);
   MIXParameterAggregator& random = NewAggregator(0);
   EXPECT_EQ(random.GetRandomIndex(), 0);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(fixed.CreateAggregationMaps());
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(fixed));
   ASSERT_TRUE(random.CreateAggregationMaps());
   EXPECT_EQ(fixed.GetAllParamLabels(true), (std::vector<std::string>{"Intercept", "x"}));
   // The global list of every aggregator starts with the model's intercept.
@@ -371,17 +382,7 @@ TEST_F(AggregatorTest, LongLabelsGoInPieces) {
 }
 
 TEST_F(AggregatorTest, LabelsAreNotDeclaredOnAnUnsplitFile) {
-  ModelRun& run = NewRun(false);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
-  EXPECT_FALSE(aggregator.GetGroupCats());
-  BpPivotTable table = run.fProcedure.PivotTable(BpString("Table", false), BpString("Table", false), true);
-  BpDimension dimension = table.Dimension(BpString("Parameter", false), 2);
-  aggregator.SetParamBagpipeCats(&dimension, -1, false);
-  EXPECT_TRUE(CategoryLabels(table).empty());
+  ExpectNoLabelsDeclared(false);
 }
 
 TEST_F(AggregatorTest, LabelsAreDeclaredWhenSplitsShareATable) {
@@ -392,43 +393,22 @@ TEST_F(AggregatorTest, LabelsAreDeclaredWhenSplitsShareATable) {
   run.AddFixed(run.Effect({}, {X}));
   run.Complete();
   MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
   EXPECT_TRUE(aggregator.GetGroupCats());
-
-  BpPivotTable table = run.fProcedure.PivotTable(BpString("Table", false), BpString("Table", false), true);
-  BpDimension dimension = table.Dimension(BpString("Parameter", false), 2);
-  aggregator.SetParamBagpipeCats(&dimension, -1, false);
-  EXPECT_EQ(CategoryLabels(table), (std::vector<std::string>{"Intercept", "[a=1]", "[a=2]", "[a=3]", "x"}));
-
-  BpPivotTable byEffect = run.fProcedure.PivotTable(BpString("Table", false), BpString("Table", false), true);
-  BpDimension effectDimension = byEffect.Dimension(BpString("Parameter", false), 2);
-  aggregator.SetParamBagpipeCats(&effectDimension, 1, true);
-  EXPECT_EQ(CategoryLabels(byEffect), std::vector<std::string>{"x"});
+  EXPECT_EQ(DeclaredLabels(aggregator, -1, false),
+            (std::vector<std::string>{"Intercept", "[a=1]", "[a=2]", "[a=3]", "x"}));
+  EXPECT_EQ(DeclaredLabels(aggregator, 1, true), std::vector<std::string>{"x"});
 }
 
 TEST_F(AggregatorTest, LabelsAreNotDeclaredWhenSplitsHaveTablesOfTheirOwn) {
   fData.SetSplitsInOneTable(false);
-  ModelRun& run = NewRun(true);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
-  EXPECT_FALSE(aggregator.GetGroupCats());
-  BpPivotTable table = run.fProcedure.PivotTable(BpString("Table", false), BpString("Table", false), true);
-  BpDimension dimension = table.Dimension(BpString("Parameter", false), 2);
-  aggregator.SetParamBagpipeCats(&dimension, -1, false);
-  EXPECT_TRUE(CategoryLabels(table).empty());
+  ExpectNoLabelsDeclared(true);
 }
 
 TEST_F(AggregatorDeathTest, MapsAreBuiltOnce) {
   ModelRun& run = NewRun(false);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
-  run.Run(false, Aggregators());
-  ASSERT_TRUE(aggregator.CreateAggregationMaps());
+  MIXParameterAggregator& aggregator = FixedOverA(run);
+  ASSERT_NO_FATAL_FAILURE(RunAndAggregate(aggregator));
   EXPECT_DEATH(aggregator.CreateAggregationMaps(), AssertText("!fbParamAggregated"));
 }
 
@@ -440,9 +420,7 @@ TEST_F(AggregatorDeathTest, AnAdapterIsRequired) {
 
 TEST_F(AggregatorDeathTest, OnlyTheInterceptIsWithoutAnEffect) {
   ModelRun& run = NewRun(false);
-  run.AddFixed(run.Effect({{A, false}}, {}));
-  run.Complete();
-  MIXParameterAggregator& aggregator = NewAggregator(-1);
+  MIXParameterAggregator& aggregator = FixedOverA(run);
   GLMMSettings settings;
   MCXML_850::MCVarList varList;
   StubAlgorithm algorithm(settings, varList);

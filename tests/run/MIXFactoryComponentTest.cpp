@@ -52,6 +52,19 @@ class MIXFactoryComponentTest : public RunFixture {
     return Factory();
   }
 
+  // A factory that has read the records and run the component on every
+  // split, each split's result checked against the expected ones.
+  MIXFactory& Fitted(const std::vector<bool>& expected) { return Fitted(Factory(), expected); }
+  MIXFactory& Fitted(const std::vector<GroupData>& groups, bool split, const std::vector<bool>& expected,
+                     const CommandData& command = CommandData()) {
+    return Fitted(Factory(groups, split, command), expected);
+  }
+  static MIXFactory& Fitted(MIXFactory& factory, const std::vector<bool>& expected) {
+    DataPass(factory);
+    EXPECT_EQ(ComponentPass(factory), expected);
+    return factory;
+  }
+
   static void DataPass(MIXFactory& factory) {
     while (factory.StartNewSplit(true)) {
       factory.ProcedureDataPass(true);
@@ -64,6 +77,29 @@ class MIXFactoryComponentTest : public RunFixture {
     if (!factory.PrepareComponentRun(true)) return results;
     while (factory.StartNewSplit(true)) results.push_back(factory.RunGLMMComponent());
     return results;
+  }
+
+  // The data pass of two splits whose second has no records; its metadata is
+  // completed as if the split had come through, with a count of 0.
+  static void PassWithAnEmptySecondSplit(MIXFactory& factory) {
+    ASSERT_TRUE(factory.StartNewSplit(true));
+    ASSERT_TRUE(factory.ProcedureDataPass(true));
+    ASSERT_TRUE(factory.CompleteMetaData());
+    ASSERT_TRUE(factory.StartNewSplit(true));
+    EXPECT_FALSE(factory.ProcedureDataPass(true));
+    factory.SetStatus(MCStatus());
+    ASSERT_TRUE(factory.CompleteMetaData());
+  }
+
+  // Runs the component on two splits after the data pass: the first fits,
+  // the second does not.
+  static void FitFirstOfTwoSplits(MIXFactory& factory) {
+    ASSERT_TRUE(factory.CreateParamAggregators());
+    ASSERT_TRUE(factory.PrepareComponentRun(true));
+    ASSERT_TRUE(factory.StartNewSplit(true));
+    EXPECT_TRUE(factory.RunGLMMComponent());
+    ASSERT_TRUE(factory.StartNewSplit(true));
+    EXPECT_FALSE(factory.RunGLMMComponent());
   }
 
   static std::vector<const BEPesRepos::FileData*> Registered(const std::string& name) {
@@ -80,9 +116,7 @@ class MIXFactoryComponentTest : public RunFixture {
 };
 
 TEST_F(MIXFactoryComponentTest, AFitHandsItsParametersToTheAggregators) {
-  MIXFactory& factory = Factory({{24, false}}, false);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  MIXFactory& factory = Fitted({{24, false}}, false, {true});
   EXPECT_TRUE(factory.GetStatus().IsOK());
   EXPECT_EQ(factory.GetSortVars().size(), 1u);
   EXPECT_TRUE(factory.AggregateParameters());
@@ -91,9 +125,7 @@ TEST_F(MIXFactoryComponentTest, AFitHandsItsParametersToTheAggregators) {
 }
 
 TEST_F(MIXFactoryComponentTest, AFailedFitKeepsItsAlgorithmAndSkipsTheSplitsRecords) {
-  MIXFactory& factory = Factory({{1, false}, {20, false}}, true);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{false, true}));
+  MIXFactory& factory = Fitted({{1, false}, {20, false}}, true, {false, true});
   ASSERT_EQ(factory.GetAlgorithms().size(), 2u);
   ASSERT_NE(factory.GetAlgorithms()[0], nullptr);
   EXPECT_TRUE(factory.GetAlgorithms()[0]->GetStatus().IsError());
@@ -125,24 +157,12 @@ TEST_F(MIXFactoryComponentTest, ASplitWithoutSortVariablesAndNoRecordsIsStillRun
   CommandData command;
   command.fbRandom = false;
   MIXFactory& factory = Factory({{12, false}, {8, true}}, true, command);
-  ASSERT_TRUE(factory.StartNewSplit(true));
-  ASSERT_TRUE(factory.ProcedureDataPass(true));
-  ASSERT_TRUE(factory.CompleteMetaData());
-  ASSERT_TRUE(factory.StartNewSplit(true));
-  EXPECT_FALSE(factory.ProcedureDataPass(true));
-  // As if the split had come through: its settings with a count of 0.
-  factory.SetStatus(MCStatus());
-  ASSERT_TRUE(factory.CompleteMetaData());
+  ASSERT_NO_FATAL_FAILURE(PassWithAnEmptySecondSplit(factory));
   ASSERT_EQ(factory.GetNRecordsList(), (std::vector<int>{12, 0}));
   ASSERT_TRUE(factory.GetSortVars().empty());
   const std::size_t said = Messages().size();
 
-  ASSERT_TRUE(factory.CreateParamAggregators());
-  ASSERT_TRUE(factory.PrepareComponentRun(true));
-  ASSERT_TRUE(factory.StartNewSplit(true));
-  EXPECT_TRUE(factory.RunGLMMComponent());
-  ASSERT_TRUE(factory.StartNewSplit(true));
-  EXPECT_FALSE(factory.RunGLMMComponent());
+  ASSERT_NO_FATAL_FAILURE(FitFirstOfTwoSplits(factory));
   // The component itself read the empty split and said so.
   EXPECT_EQ(factory.GetStatus().GetErrorCode(), 230024);
   std::vector<MessageText> messages = Messages();
@@ -152,22 +172,11 @@ TEST_F(MIXFactoryComponentTest, ASplitWithoutSortVariablesAndNoRecordsIsStillRun
 
 TEST_F(MIXFactoryComponentTest, ASplitWithSortVariablesAndNoRecordsIsNotRun) {
   MIXFactory& factory = Factory({{12, false}, {8, true}}, true);
-  ASSERT_TRUE(factory.StartNewSplit(true));
-  ASSERT_TRUE(factory.ProcedureDataPass(true));
-  ASSERT_TRUE(factory.CompleteMetaData());
-  ASSERT_TRUE(factory.StartNewSplit(true));
-  EXPECT_FALSE(factory.ProcedureDataPass(true));
-  factory.SetStatus(MCStatus());
-  ASSERT_TRUE(factory.CompleteMetaData());
+  ASSERT_NO_FATAL_FAILURE(PassWithAnEmptySecondSplit(factory));
   ASSERT_FALSE(factory.GetSortVars().empty());
   const std::size_t said = Messages().size();
 
-  ASSERT_TRUE(factory.CreateParamAggregators());
-  ASSERT_TRUE(factory.PrepareComponentRun(true));
-  ASSERT_TRUE(factory.StartNewSplit(true));
-  EXPECT_TRUE(factory.RunGLMMComponent());
-  ASSERT_TRUE(factory.StartNewSplit(true));
-  EXPECT_FALSE(factory.RunGLMMComponent());
+  ASSERT_NO_FATAL_FAILURE(FitFirstOfTwoSplits(factory));
   // The algorithm was built and kept, but never given records.
   ASSERT_EQ(factory.GetAlgorithms().size(), 2u);
   ASSERT_NE(factory.GetAlgorithms()[1], nullptr);
@@ -183,9 +192,7 @@ TEST_F(MIXFactoryComponentTest, AWarningFromTheFitIsShownOnceAndTheRunGoesOn) {
   command.fCovariance = 15;  // UN, which needs iterations
   Prepare({{24, false}}, false, command);
   fSpecs->SetOutFStatXMLFileName(InDir("statxml.xml"));
-  MIXFactory& factory = Factory();
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  MIXFactory& factory = Fitted({true});
   const MCStatus status = factory.GetStatus();
   EXPECT_TRUE(status.IsWarning()) << status.GetErrorCode();
   std::vector<MessageText> messages = Messages();
@@ -206,9 +213,7 @@ TEST_F(MIXFactoryComponentTest, AWarningFromTheFitIsShownOnceAndTheRunGoesOn) {
 TEST_F(MIXFactoryComponentTest, WithTheStatXMLOptionAloneTheDocumentIsWrittenWithoutAPool) {
   Prepare({{24, false}}, false);
   fSpecs->SetOutFStatXMLFileName(InDir("alone.xml"));
-  MIXFactory& factory = Factory();
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  MIXFactory& factory = Fitted({true});
   EXPECT_EQ(factory.GetPMMLPooling(), nullptr);
   EXPECT_TRUE(std::filesystem::exists(InDir("alone.xml")));
   std::vector<const BEPesRepos::FileData*> files = Registered(InDir("alone.xml"));
@@ -252,9 +257,7 @@ TEST_F(MIXFactoryComponentTest, AFailedFitSavesNoDocument) {
   command.fFileKind = 2;
   command.fModelFile = InDir("model.xml");
   command.fStatXmlFile = InDir("stat.xml");
-  MIXFactory& factory = Factory({{1, false}, {20, false}}, true, command);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{false, true}));
+  Fitted({{1, false}, {20, false}}, true, {false, true}, command);
   std::vector<std::string> names;
   for (const BEPesRepos::FileData& file : BEPesRepos::GetFiles()) names.push_back(file.fName);
   // The pool names the model files in the order it is asked: the failed
@@ -271,9 +274,7 @@ TEST_F(MIXFactoryComponentTest, WithoutPredictionsAStaleStatJSONIsRemoved) {
   Prepare({{24, false}}, false, command);
   ASSERT_FALSE(fSpecs->GetUseStatJSON());
   { std::ofstream(InDir("stale.json")) << "{\"old\": true}"; }
-  MIXFactory& factory = Factory();
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  Fitted({true});
   EXPECT_FALSE(std::filesystem::exists(InDir("stale.json")));
   EXPECT_TRUE(Registered(InDir("stale.json")).empty());
   EXPECT_EQ(Registered(InDir("model.xml")).size(), 1u);
@@ -284,9 +285,7 @@ TEST_F(MIXFactoryComponentTest, ADocumentTheComponentCannotWriteIsLeftShortAndNo
   command.fFileKind = 2;
   command.fModelFile = InDir("model.xml");
   command.fStatXmlFile = InDir("stat.xml");
-  MIXFactory& factory = Factory({{24, false}}, false, command);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  Fitted({{24, false}}, false, {true}, command);
   EXPECT_TRUE(std::filesystem::exists(InDir("model.xml")));
   EXPECT_TRUE(std::filesystem::exists(InDir("stat.xml")));
   EXPECT_EQ(Registered(InDir("model.xml")).size(), 1u);
@@ -298,18 +297,14 @@ TEST_F(MIXFactoryComponentTest, ADocumentTheComponentCannotWriteIsLeftShortAndNo
 TEST_F(MIXFactoryComponentTest, AFileThatCannotBeOpenedIsSkippedWithoutAMessage) {
   Prepare({{24, false}}, false);
   fSpecs->SetOutFStatXMLFileName(InDir("no-such-folder/stat.xml"));
-  MIXFactory& factory = Factory();
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  Fitted({true});
   EXPECT_TRUE(BEPesRepos::GetFiles().empty());
   EXPECT_TRUE(Messages().empty());
 }
 
 TEST_F(MIXFactoryComponentTest, WriteTextDataWritesTheSortedRecords) {
   write_text_data = true;
-  MIXFactory& factory = Factory({{24, false}}, false);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  Fitted({{24, false}}, false, {true});
   const std::string path = InDir(MIXFactory::GetSortedRecordsFileName());
   EXPECT_EQ(std::string(MIXFactory::GetSortedRecordsFileName()), "mixed_sorted_encoded_records.txt");
   ASSERT_TRUE(std::filesystem::exists(path));
@@ -323,9 +318,7 @@ TEST_F(MIXFactoryComponentTest, WriteTextDataWritesTheSortedRecords) {
 TEST_F(MIXFactoryComponentTest, ATextFileThatCannotBeWrittenFailsTheSplitSilently) {
   write_text_data = true;
   ZORV_Session::Current().SetWritableDir(InDir("no-such-folder"));
-  MIXFactory& factory = Factory({{24, false}}, false);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{false}));
+  MIXFactory& factory = Fitted({{24, false}}, false, {false});
   EXPECT_TRUE(Messages().empty());
   ASSERT_EQ(factory.GetAlgorithms().size(), 1u);
   EXPECT_EQ(factory.GetAlgorithms()[0]->GetOutputStats(), nullptr);
@@ -333,9 +326,7 @@ TEST_F(MIXFactoryComponentTest, ATextFileThatCannotBeWrittenFailsTheSplitSilentl
 
 TEST_F(MIXFactoryComponentTest, DisplayComponentSendsTheComponentsTextAndItsStatus) {
   display_component = true;
-  MIXFactory& factory = Factory({{24, false}}, false);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  MIXFactory& factory = Fitted({{24, false}}, false, {true});
   std::ostringstream component;
   factory.GetGLMMAlgorithm()->Display(component);
   std::vector<std::string> lines = FrontEndLines();
@@ -348,9 +339,7 @@ TEST_F(MIXFactoryComponentTest, DisplayComponentSendsTheComponentsTextAndItsStat
 
 TEST_F(MIXFactoryComponentTest, DisplayComponentShowsTheStatusOfAFailedSplit) {
   display_component = true;
-  MIXFactory& factory = Factory({{1, false}, {20, false}}, true);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{false, true}));
+  Fitted({{1, false}, {20, false}}, true, {false, true});
   std::vector<std::string> lines = FrontEndLines();
   ASSERT_FALSE(lines.empty());
   EXPECT_NE(std::find(lines.begin(), lines.end(), "GLMM algorithm status: Error"), lines.end());
@@ -358,9 +347,7 @@ TEST_F(MIXFactoryComponentTest, DisplayComponentShowsTheStatusOfAFailedSplit) {
 
 TEST_F(MIXFactoryComponentTest, DisplayOutputSendsTheOutputStatistics) {
   display_output = true;
-  MIXFactory& factory = Factory({{24, false}}, false);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  MIXFactory& factory = Fitted({{24, false}}, false, {true});
   std::ostringstream stats;
   factory.GetOutputStats()->Display(stats);
   std::vector<std::string> lines = FrontEndLines();
@@ -392,9 +379,7 @@ TEST_F(MIXFactoryComponentTest, DisplayMetadataSendsTheVariableList) {
 }
 
 TEST_F(MIXFactoryComponentTest, TheSwitchesOffSendNothing) {
-  MIXFactory& factory = Factory({{24, false}}, false);
-  DataPass(factory);
-  EXPECT_EQ(ComponentPass(factory), (std::vector<bool>{true}));
+  Fitted({{24, false}}, false, {true});
   EXPECT_TRUE(FrontEndLines().empty());
   EXPECT_TRUE(fDebug.str().empty());
   EXPECT_FALSE(std::filesystem::exists(InDir(MIXFactory::GetSortedRecordsFileName())));

@@ -13,19 +13,11 @@ using namespace MCEngine_850;
 
 namespace {
 
-struct Model {
-  MCEngineTestCsv fCsv;
-  std::unique_ptr<MCEngineTestDesign> fpDesign;
-  MCEngineInput fInput;
-};
+using Model = MCEngineTestFixture::Model;
 
 std::unique_ptr<Model> Load(const std::string& file, const std::set<std::string>& factors) {
-  auto m = std::make_unique<Model>();
-  EXPECT_TRUE(m->fCsv.Read(MCEngineTestFixture::DataPath(file))) << file;
-  m->fpDesign = std::make_unique<MCEngineTestDesign>(m->fCsv, factors);
-  return m;
+  return MCEngineTestFixture::Load(file, factors);
 }
-
 MCEngineSettings Settings(bool reml, MCEngineSettings::SolverPath path = MCEngineSettings::kAutomatic) {
   MCEngineSettings s;
   s.SetREML(reml);
@@ -41,44 +33,10 @@ void FitAndCompare(Model& m, const std::string& fixture, bool reml = true,
   MCEngineTestFixture::Compare(fixture, fitter, *m.fpDesign);
 }
 
-std::unique_ptr<Model> Sleepstudy(MCEngineCovType type) {
-  auto m = Load("sleepstudy.csv", {"Subject"});
-  m->fpDesign->SetResponse("Reaction");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddFixedTerm("Days");
-  m->fpDesign->AddRandomBlock({"Intercept", "Days"}, "Subject", type);
-  return m;
-}
-
-std::unique_ptr<Model> Orthodont() {
-  auto m = Load("orthodont.csv", {"Subject", "Sex"});
-  m->fpDesign->SetResponse("distance");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddFixedTerm("age");
-  m->fpDesign->AddFixedTerm("Sex");
-  m->fpDesign->AddFixedTerm("age*Sex");
-  return m;
-}
-
-std::unique_ptr<Model> Oats() {
-  auto m = Load("oats.csv", {"Block", "Variety", "nitro"});
-  m->fpDesign->SetResponse("yield");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddFixedTerm("Variety");
-  m->fpDesign->AddFixedTerm("nitro");
-  m->fpDesign->AddFixedTerm("Variety*nitro");
-  m->fpDesign->AddRandomBlock({"Block", "Block*Variety"}, "", MCEngineCovType::VC);
-  return m;
-}
-
-std::unique_ptr<Model> Machines() {
-  auto m = Load("machines.csv", {"Worker", "Machine"});
-  m->fpDesign->SetResponse("score");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddFixedTerm("Machine");
-  m->fpDesign->AddRandomBlock({"Worker", "Worker*Machine"}, "", MCEngineCovType::VC);
-  return m;
-}
+std::unique_ptr<Model> Sleepstudy(MCEngineCovType type) { return MCEngineTestFixture::Sleepstudy(type); }
+std::unique_ptr<Model> Orthodont() { return MCEngineTestFixture::Orthodont(); }
+std::unique_ptr<Model> Oats() { return MCEngineTestFixture::Oats(); }
+std::unique_ptr<Model> Machines() { return MCEngineTestFixture::Machines(); }
 
 std::unique_ptr<Model> Pastes() {
   auto m = Load("pastes.csv", {"batch", "cask"});
@@ -88,14 +46,7 @@ std::unique_ptr<Model> Pastes() {
   return m;
 }
 
-std::unique_ptr<Model> Penicillin() {
-  auto m = Load("penicillin.csv", {"plate", "sample"});
-  m->fpDesign->SetResponse("diameter");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddRandomBlock({"plate"}, "", MCEngineCovType::VC);
-  m->fpDesign->AddRandomBlock({"sample"}, "", MCEngineCovType::VC);
-  return m;
-}
+std::unique_ptr<Model> Penicillin() { return MCEngineTestFixture::Penicillin(); }
 
 }  // namespace
 

@@ -19,60 +19,17 @@ namespace {
 
 std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
-struct Model {
-  MCEngineTestCsv fCsv;
-  std::unique_ptr<MCEngineTestDesign> fpDesign;
-  MCEngineInput fInput;
-};
+using Model = MCEngineTestFixture::Model;
 
-std::unique_ptr<Model> Load(const std::string& file, const std::set<std::string>& factors) {
-  auto m = std::make_unique<Model>();
-  EXPECT_TRUE(m->fCsv.Read(MCEngineTestFixture::DataPath(file))) << file;
-  m->fpDesign = std::make_unique<MCEngineTestDesign>(m->fCsv, factors);
-  return m;
-}
-
-std::unique_ptr<Model> Sleepstudy() {
-  auto m = Load("sleepstudy.csv", {"Subject"});
-  m->fpDesign->SetResponse("Reaction");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddFixedTerm("Days");
-  m->fpDesign->AddRandomBlock({"Intercept", "Days"}, "Subject", MCEngineCovType::UN);
+std::unique_ptr<Model> Built(std::unique_ptr<Model> m) {
   m->fInput = m->fpDesign->Build();
   return m;
 }
 
-std::unique_ptr<Model> Orthodont() {
-  auto m = Load("orthodont.csv", {"Subject", "Sex"});
-  m->fpDesign->SetResponse("distance");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddFixedTerm("age");
-  m->fpDesign->AddFixedTerm("Sex");
-  m->fpDesign->AddFixedTerm("age*Sex");
-  return m;
-}
-
-std::unique_ptr<Model> Machines() {
-  auto m = Load("machines.csv", {"Worker", "Machine"});
-  m->fpDesign->SetResponse("score");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddFixedTerm("Machine");
-  m->fpDesign->AddRandomBlock({"Worker", "Worker*Machine"}, "", MCEngineCovType::VC);
-  m->fInput = m->fpDesign->Build();
-  return m;
-}
-
-std::unique_ptr<Model> Oats() {
-  auto m = Load("oats.csv", {"Block", "Variety", "nitro"});
-  m->fpDesign->SetResponse("yield");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddFixedTerm("Variety");
-  m->fpDesign->AddFixedTerm("nitro");
-  m->fpDesign->AddFixedTerm("Variety*nitro");
-  m->fpDesign->AddRandomBlock({"Block", "Block*Variety"}, "", MCEngineCovType::VC);
-  m->fInput = m->fpDesign->Build();
-  return m;
-}
+std::unique_ptr<Model> Sleepstudy() { return Built(MCEngineTestFixture::Sleepstudy(MCEngineCovType::UN)); }
+std::unique_ptr<Model> Orthodont() { return MCEngineTestFixture::Orthodont(); }
+std::unique_ptr<Model> Machines() { return Built(MCEngineTestFixture::Machines()); }
+std::unique_ptr<Model> Oats() { return Built(MCEngineTestFixture::Oats()); }
 
 MCEngineSettings Residual() {
   MCEngineSettings s;
@@ -222,12 +179,7 @@ TEST(MCEngineOptions, RobustCovarianceWithResidualDF) {
 TEST(MCEngineOptions, RobustCovarianceNeedsTwoGroups) {
   // Crossed random factors couple every record: one group, so the
   // model-based covariance and Satterthwaite's df stay.
-  auto m = Load("penicillin.csv", {"plate", "sample"});
-  m->fpDesign->SetResponse("diameter");
-  m->fpDesign->AddFixedTerm("Intercept");
-  m->fpDesign->AddRandomBlock({"plate"}, "", MCEngineCovType::VC);
-  m->fpDesign->AddRandomBlock({"sample"}, "", MCEngineCovType::VC);
-  m->fInput = m->fpDesign->Build();
+  auto m = Built(MCEngineTestFixture::Penicillin());
   MCEngineFitter fitter;
   EXPECT_TRUE(fitter.Fit(m->fInput, Robust()).IsOK());
   const MCEngineResult& r = fitter.GetResult();

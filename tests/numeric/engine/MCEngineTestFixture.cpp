@@ -29,6 +29,62 @@ std::string MCEngineTestFixture::FixturePath(const std::string& name) {
   return std::string(GLMIX_TEST_DATA_DIR) + "/numeric/reference/" + name + ".json";
 }
 
+std::unique_ptr<MCEngineTestFixture::Model> MCEngineTestFixture::Load(const std::string& file,
+                                                                     const std::set<std::string>& factors) {
+  auto m = std::make_unique<Model>();
+  EXPECT_TRUE(m->fCsv.Read(DataPath(file))) << file;
+  m->fpDesign = std::make_unique<MCEngineTestDesign>(m->fCsv, factors);
+  return m;
+}
+
+std::unique_ptr<MCEngineTestFixture::Model> MCEngineTestFixture::Sleepstudy(MCEngine_850::MCEngineCovType type) {
+  auto m = Load("sleepstudy.csv", {"Subject"});
+  m->fpDesign->SetResponse("Reaction");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("Days");
+  m->fpDesign->AddRandomBlock({"Intercept", "Days"}, "Subject", type);
+  return m;
+}
+
+std::unique_ptr<MCEngineTestFixture::Model> MCEngineTestFixture::Orthodont() {
+  auto m = Load("orthodont.csv", {"Subject", "Sex"});
+  m->fpDesign->SetResponse("distance");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("age");
+  m->fpDesign->AddFixedTerm("Sex");
+  m->fpDesign->AddFixedTerm("age*Sex");
+  return m;
+}
+
+std::unique_ptr<MCEngineTestFixture::Model> MCEngineTestFixture::Oats() {
+  auto m = Load("oats.csv", {"Block", "Variety", "nitro"});
+  m->fpDesign->SetResponse("yield");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("Variety");
+  m->fpDesign->AddFixedTerm("nitro");
+  m->fpDesign->AddFixedTerm("Variety*nitro");
+  m->fpDesign->AddRandomBlock({"Block", "Block*Variety"}, "", MCEngine_850::MCEngineCovType::VC);
+  return m;
+}
+
+std::unique_ptr<MCEngineTestFixture::Model> MCEngineTestFixture::Machines() {
+  auto m = Load("machines.csv", {"Worker", "Machine"});
+  m->fpDesign->SetResponse("score");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("Machine");
+  m->fpDesign->AddRandomBlock({"Worker", "Worker*Machine"}, "", MCEngine_850::MCEngineCovType::VC);
+  return m;
+}
+
+std::unique_ptr<MCEngineTestFixture::Model> MCEngineTestFixture::Penicillin() {
+  auto m = Load("penicillin.csv", {"plate", "sample"});
+  m->fpDesign->SetResponse("diameter");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddRandomBlock({"plate"}, "", MCEngine_850::MCEngineCovType::VC);
+  m->fpDesign->AddRandomBlock({"sample"}, "", MCEngine_850::MCEngineCovType::VC);
+  return m;
+}
+
 void MCEngineTestFixture::CompareCovParamStats(const nlohmann::json& ref, const MCEngineResult& result,
                                                double tol) {
   const auto& cps = ref["covparams"];

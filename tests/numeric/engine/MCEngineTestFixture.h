@@ -1,15 +1,26 @@
 #pragma once
 
+#include <memory>
 #include <nlohmann/json_fwd.hpp>
+#include <set>
 #include <string>
 
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestCsv.h"
 #include "numeric/engine/MCEngineTestDesign.h"
 
 // Test-only comparison of a fit with a reference file written by
 // tests/numeric/reference/make_reference.R.
 class MCEngineTestFixture {
  public:
+  // An example data file with the design built over it; the design keeps a
+  // reference to the CSV, so both live together.
+  struct Model {
+    MCEngineTestCsv fCsv;
+    std::unique_ptr<MCEngineTestDesign> fpDesign;
+    MCEngine_850::MCEngineInput fInput;
+  };
+
   // Tolerances: relative for the likelihood, estimates, standard errors,
   // covariance parameters and F; relative for df and p; relative for the
   // covariance parameters' statistics, whose reference comes from a
@@ -31,4 +42,14 @@ class MCEngineTestFixture {
   // Path of an example data file and of a reference file.
   static std::string DataPath(const std::string& file);
   static std::string FixturePath(const std::string& name);
+
+  // An example data file read into a new model with an empty design.
+  static std::unique_ptr<Model> Load(const std::string& file, const std::set<std::string>& factors);
+  // The reference models' designs; none is built yet, so a test may add
+  // blocks before building.
+  static std::unique_ptr<Model> Sleepstudy(MCEngine_850::MCEngineCovType type);  // Reaction ~ Days, (Intercept Days | Subject)
+  static std::unique_ptr<Model> Orthodont();  // distance ~ age*Sex, no random block
+  static std::unique_ptr<Model> Oats();       // yield ~ Variety*nitro, Block and Block*Variety
+  static std::unique_ptr<Model> Machines();   // score ~ Machine, Worker and Worker*Machine
+  static std::unique_ptr<Model> Penicillin(); // diameter ~ 1, crossed plate and sample
 };

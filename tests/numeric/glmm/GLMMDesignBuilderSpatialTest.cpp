@@ -5,50 +5,23 @@
 #include <vector>
 
 #include "numeric/common/MCMV.h"
-#include "numeric/common/RecordIterator.h"
 #include "numeric/glmm/GLMMDesignBuilder.h"
 #include "numeric/glmm/GLMMSettings.h"
-#include "numeric/xml/IMCVariable.h"
+#include "numeric/glmm/GLMMTestRows.h"
 #include "numeric/xml/MCVarList.h"
 
 using MCGLMM_850::GLMMDesignBuilder;
 using MCGLMM_850::GLMMRandomSpec;
 using MCGLMM_850::GLMMSettings;
-using MCXML_850::IMCVariable;
 using MCXML_850::MCVarList;
 using namespace MCMath_850::MCConst;
 
 namespace {
 
-class Rows : public MCCommon_850::RecordIterator {
- public:
-  explicit Rows(std::vector<std::vector<double>> rows) : fvvRows(std::move(rows)) {}
-  bool HasRecord() const override { return fCurrent < fvvRows.size(); }
-  void Next() override { ++fCurrent; }
-  int GetState() const override { return 0; }
-  void Rewind() override { fCurrent = 0; }
-  const double* Current() const override { return fvvRows[fCurrent].data(); }
-
- private:
-  std::vector<std::vector<double>> fvvRows;
-  std::size_t fCurrent = 0;
-};
+using Rows = GLMMTestRows;
 
 // y 0, field (2 categories) 1, east 2, north 3.
-MCVarList Variables() {
-  MCVarList list;
-  const char* names[] = {"y", "field", "east", "north"};
-  for (int i = 0; i < 4; ++i) {
-    IMCVariable var(names[i], i == 0 ? ROLE_TARGET : ROLE_PREDICTOR, i == 1 ? MEASURE_NOMINAL : MEASURE_CONTINUOUS);
-    var.SetRecordIndex(i);
-    if (i == 1) {
-      var.AddCategory(1.0, "1");
-      var.AddCategory(2.0, "2");
-    }
-    list.AddVariable(var);
-  }
-  return list;
-}
+MCVarList Variables() { return GLMMTestRows::VarList({"y", "field", "east", "north"}, {0, 2, 0, 0}); }
 
 const double kMissing = MCCommon_850::MCMV::Missing();
 

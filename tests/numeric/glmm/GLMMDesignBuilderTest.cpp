@@ -6,50 +6,24 @@
 #include <vector>
 
 #include "numeric/common/MCMV.h"
-#include "numeric/common/RecordIterator.h"
 #include "numeric/glmm/GLMMSettings.h"
-#include "numeric/xml/IMCVariable.h"
+#include "numeric/glmm/GLMMTestRows.h"
 #include "numeric/xml/MCVarList.h"
 
 using MCGLMM_850::GLMMDesignBuilder;
 using MCGLMM_850::GLMMRandomSpec;
 using MCGLMM_850::GLMMSettings;
 using MCMath_850::MCModelEffect;
-using MCXML_850::IMCVariable;
 using MCXML_850::MCVarList;
 using namespace MCMath_850::MCConst;
 
 namespace {
 
-class RowsIterator : public MCCommon_850::RecordIterator {
- public:
-  explicit RowsIterator(std::vector<std::vector<double>> rows) : fvvRows(std::move(rows)) {}
-  bool HasRecord() const override { return fCurrent < fvvRows.size(); }
-  void Next() override { ++fCurrent; }
-  int GetState() const override { return 0; }
-  void Rewind() override { fCurrent = 0; }
-  const double* Current() const override { return fvvRows[fCurrent].data(); }
-
- private:
-  std::vector<std::vector<double>> fvvRows;
-  std::size_t fCurrent = 0;
-};
+using RowsIterator = GLMMTestRows;
 
 // y 0, factor a (2 categories) 1, covariate x 2, frequency weight w 3,
 // subject s (3 categories) 4, factor b (3 categories) 5.
-MCVarList Variables() {
-  MCVarList list;
-  const char* names[] = {"y", "a", "x", "w", "s", "b"};
-  const int nCategories[] = {0, 2, 0, 0, 3, 3};
-  for (int i = 0; i < 6; ++i) {
-    IMCVariable var(names[i], i == 0 ? ROLE_TARGET : ROLE_PREDICTOR,
-                    nCategories[i] > 0 ? MEASURE_NOMINAL : MEASURE_CONTINUOUS);
-    var.SetRecordIndex(i);
-    for (int c = 0; c < nCategories[i]; ++c) var.AddCategory(c + 1.0, std::to_string(c + 1));
-    list.AddVariable(var);
-  }
-  return list;
-}
+MCVarList Variables() { return GLMMTestRows::VarList({"y", "a", "x", "w", "s", "b"}, {0, 2, 0, 0, 3, 3}); }
 
 const std::vector<int> kSet = {1, 5, 2};
 

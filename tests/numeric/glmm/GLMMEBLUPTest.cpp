@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -69,13 +70,31 @@ bool FindStat(const GLMMPredictionModel& model, GLMMPredictionModel& mutableMode
   return found != nullptr;
 }
 
-void CompareEBLUPs(GLMMPredictionModel& model, const std::string& fixture) {
-  SCOPED_TRACE(fixture);
-  const nlohmann::json ref = ReadFixture(fixture);
+using Loader = bool (GLMMPredictionModel::*)();
+
+// Fits the model, computing every score type when asked.
+void Fit(GLMMPredictionModel& model, bool withScores, std::unique_ptr<GLMMAlgorithm>& algorithm) {
+  algorithm = std::make_unique<GLMMAlgorithm>(model.GetSettings(), model.GetRecords().GetVarList());
+  if (withScores) algorithm->SetCompScoreTypes(kAllScores);
+  ASSERT_FALSE(algorithm->Execute(&model.GetRecords(), 0).IsError());
+}
+
+// Loads the model, reads its reference and fits it.
+void LoadAndFit(GLMMPredictionModel& model, Loader load, const std::string& fixture, bool withScores,
+                nlohmann::json& ref, std::unique_ptr<GLMMAlgorithm>& algorithm) {
+  ASSERT_TRUE((model.*load)());
+  ref = ReadFixture(fixture);
   ASSERT_FALSE(ref.is_null()) << "missing reference file " << fixture;
-  GLMMAlgorithm algorithm(model.GetSettings(), model.GetRecords().GetVarList());
-  ASSERT_FALSE(algorithm.Execute(&model.GetRecords(), 0).IsError());
-  const GLMMOutputStats* pStats = algorithm.GetOutputStats();
+  Fit(model, withScores, algorithm);
+}
+
+void CompareEBLUPs(Loader load, const std::string& fixture) {
+  SCOPED_TRACE(fixture);
+  GLMMPredictionModel model;
+  nlohmann::json ref;
+  std::unique_ptr<GLMMAlgorithm> algorithm;
+  ASSERT_NO_FATAL_FAILURE(LoadAndFit(model, load, fixture, false, ref, algorithm));
+  const GLMMOutputStats* pStats = algorithm->GetOutputStats();
   ASSERT_NE(pStats, nullptr);
   EXPECT_TRUE(Near(pStats->GetLogLikehood(), ref["minus2ll"].get<double>(), 1e-7, 0.0));
   ASSERT_EQ(pStats->GetEBLUPStats().size(), ref["eblups"].size());
@@ -100,13 +119,12 @@ void CompareEBLUPs(GLMMPredictionModel& model, const std::string& fixture) {
   }
 }
 
-void CompareScores(GLMMPredictionModel& model, const std::string& fixture) {
+void CompareScores(Loader load, const std::string& fixture) {
   SCOPED_TRACE(fixture);
-  const nlohmann::json ref = ReadFixture(fixture);
-  ASSERT_FALSE(ref.is_null()) << "missing reference file " << fixture;
-  GLMMAlgorithm algorithm(model.GetSettings(), model.GetRecords().GetVarList());
-  algorithm.SetCompScoreTypes(kAllScores);
-  ASSERT_FALSE(algorithm.Execute(&model.GetRecords(), 0).IsError());
+  GLMMPredictionModel model;
+  nlohmann::json ref;
+  std::unique_ptr<GLMMAlgorithm> algorithm;
+  ASSERT_NO_FATAL_FAILURE(LoadAndFit(model, load, fixture, true, ref, algorithm));
   const auto& rows = ref["scores"];
   ASSERT_EQ(static_cast<int>(rows.size()), model.GetRecords().GetNRecords());
   std::vector<double> scores;
@@ -116,7 +134,7 @@ void CompareScores(GLMMPredictionModel& model, const std::string& fixture) {
   for (std::size_t i = 0; i < rows.size(); ++i, records.Next()) {
     SCOPED_TRACE("record " + std::to_string(i));
     ASSERT_TRUE(records.HasRecord());
-    ASSERT_TRUE(algorithm.ScoreRecord(records.Current(), scores, details).IsOK());
+    ASSERT_TRUE(algorithm->ScoreRecord(records.Current(), scores, details).IsOK());
     ASSERT_EQ(scores.size(), kAllScores.size());
     const auto& r = rows[i];
     const double y = r["fixed"].get<double>();
@@ -133,41 +151,31 @@ void CompareScores(GLMMPredictionModel& model, const std::string& fixture) {
 }  // namespace
 
 TEST(GLMMEBLUP, SleepstudyUnstructuredInterceptAndSlope) {
-  GLMMPredictionModel model;
-  ASSERT_TRUE(model.LoadSleepstudy());
-  CompareEBLUPs(model, "sleepstudy");
+  CompareEBLUPs(&GLMMPredictionModel::LoadSleepstudy, "sleepstudy");
 }
 
 TEST(GLMMEBLUP, OrthodontRandomIntercept) {
-  GLMMPredictionModel model;
-  ASSERT_TRUE(model.LoadOrthodont());
-  CompareEBLUPs(model, "orthodont");
+  CompareEBLUPs(&GLMMPredictionModel::LoadOrthodont, "orthodont");
 }
 
 TEST(GLMMEBLUP, OrthodontRandomInterceptWithAR1Residuals) {
-  GLMMPredictionModel model;
-  ASSERT_TRUE(model.LoadOrthodontAR1());
-  CompareEBLUPs(model, "orthodont_ar1");
+  CompareEBLUPs(&GLMMPredictionModel::LoadOrthodontAR1, "orthodont_ar1");
 }
 
 TEST(GLMMEBLUP, OatsTwoBlocksWithCrossedSubjects) {
-  GLMMPredictionModel model;
-  ASSERT_TRUE(model.LoadOats());
-  CompareEBLUPs(model, "oats");
+  CompareEBLUPs(&GLMMPredictionModel::LoadOats, "oats");
 }
 
 TEST(GLMMEBLUP, PenicillinCrossedBlocksWithoutSubjects) {
-  GLMMPredictionModel model;
-  ASSERT_TRUE(model.LoadPenicillin());
-  CompareEBLUPs(model, "penicillin");
+  CompareEBLUPs(&GLMMPredictionModel::LoadPenicillin, "penicillin");
 }
 
 TEST(GLMMEBLUP, StatsComeInBlockSubjectColumnOrder) {
   GLMMPredictionModel model;
   ASSERT_TRUE(model.LoadOats());
-  GLMMAlgorithm algorithm(model.GetSettings(), model.GetRecords().GetVarList());
-  ASSERT_FALSE(algorithm.Execute(&model.GetRecords(), 0).IsError());
-  const auto& stats = algorithm.GetOutputStats()->GetEBLUPStats();
+  std::unique_ptr<GLMMAlgorithm> algorithm;
+  ASSERT_NO_FATAL_FAILURE(Fit(model, false, algorithm));
+  const auto& stats = algorithm->GetOutputStats()->GetEBLUPStats();
   ASSERT_EQ(stats.size(), 6u + 18u);
   for (std::size_t i = 1; i < stats.size(); ++i) {
     const bool ordered = stats[i - 1].GetBlock() < stats[i].GetBlock() ||
@@ -183,9 +191,9 @@ TEST(GLMMEBLUP, OnlyBlocksThatAskArePredicted) {
   GLMMPredictionModel model;
   model.SetAskEBLUPs({false, true});
   ASSERT_TRUE(model.LoadOats());
-  GLMMAlgorithm algorithm(model.GetSettings(), model.GetRecords().GetVarList());
-  ASSERT_FALSE(algorithm.Execute(&model.GetRecords(), 0).IsError());
-  const auto& stats = algorithm.GetOutputStats()->GetEBLUPStats();
+  std::unique_ptr<GLMMAlgorithm> algorithm;
+  ASSERT_NO_FATAL_FAILURE(Fit(model, false, algorithm));
+  const auto& stats = algorithm->GetOutputStats()->GetEBLUPStats();
   ASSERT_EQ(stats.size(), 18u);
   for (const GLMMEBLUPStat& stat : stats) EXPECT_EQ(stat.GetBlock(), 1);
 }
@@ -194,27 +202,21 @@ TEST(GLMMEBLUP, NoBlockAskingMeansNoPredictions) {
   GLMMPredictionModel model;
   model.SetAskEBLUPs({false});
   ASSERT_TRUE(model.LoadOrthodont());
-  GLMMAlgorithm algorithm(model.GetSettings(), model.GetRecords().GetVarList());
-  ASSERT_FALSE(algorithm.Execute(&model.GetRecords(), 0).IsError());
-  EXPECT_TRUE(algorithm.GetOutputStats()->GetEBLUPStats().empty());
+  std::unique_ptr<GLMMAlgorithm> algorithm;
+  ASSERT_NO_FATAL_FAILURE(Fit(model, false, algorithm));
+  EXPECT_TRUE(algorithm->GetOutputStats()->GetEBLUPStats().empty());
 }
 
 TEST(GLMMScore, SleepstudyAgainstReference) {
-  GLMMPredictionModel model;
-  ASSERT_TRUE(model.LoadSleepstudy());
-  CompareScores(model, "sleepstudy");
+  CompareScores(&GLMMPredictionModel::LoadSleepstudy, "sleepstudy");
 }
 
 TEST(GLMMScore, OrthodontAgainstReference) {
-  GLMMPredictionModel model;
-  ASSERT_TRUE(model.LoadOrthodont());
-  CompareScores(model, "orthodont");
+  CompareScores(&GLMMPredictionModel::LoadOrthodont, "orthodont");
 }
 
 TEST(GLMMScore, OrthodontAR1AgainstReference) {
-  GLMMPredictionModel model;
-  ASSERT_TRUE(model.LoadOrthodontAR1());
-  CompareScores(model, "orthodont_ar1");
+  CompareScores(&GLMMPredictionModel::LoadOrthodontAR1, "orthodont_ar1");
 }
 
 TEST(GLMMEBLUP, ResidualDegreesOfFreedom) {
@@ -222,16 +224,15 @@ TEST(GLMMEBLUP, ResidualDegreesOfFreedom) {
   GLMMPredictionModel model;
   ASSERT_TRUE(model.LoadOrthodont());
   model.GetSettings().SetDegreesFreedomType(GLMMConst_850::DF_RESIDUAL);
-  GLMMAlgorithm algorithm(model.GetSettings(), model.GetRecords().GetVarList());
-  algorithm.SetCompScoreTypes(kAllScores);
-  ASSERT_FALSE(algorithm.Execute(&model.GetRecords(), 0).IsError());
-  const auto& stats = algorithm.GetOutputStats()->GetEBLUPStats();
+  std::unique_ptr<GLMMAlgorithm> algorithm;
+  ASSERT_NO_FATAL_FAILURE(Fit(model, true, algorithm));
+  const auto& stats = algorithm->GetOutputStats()->GetEBLUPStats();
   ASSERT_EQ(stats.size(), 27u);
   for (const GLMMEBLUPStat& stat : stats) EXPECT_EQ(stat.GetDF(), 104.0);
   model.GetRecords().Rewind();
   std::vector<double> scores;
   std::vector<std::vector<double>> details;
-  ASSERT_TRUE(algorithm.ScoreRecord(model.GetRecords().Current(), scores, details).IsOK());
+  ASSERT_TRUE(algorithm->ScoreRecord(model.GetRecords().Current(), scores, details).IsOK());
   EXPECT_EQ(scores[5], 104.0);
   EXPECT_EQ(scores[6], 104.0);
 }
