@@ -1,6 +1,7 @@
 #include "numeric/glmm/GLMMAlgorithm.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 #include <stdexcept>
 
@@ -9,7 +10,9 @@
 #include "numeric/common/RecordIterator.h"
 #include "numeric/display/MCDisplay.h"
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/glmm/GLMMComponentDisplay.h"
+#include "numeric/glmm/GLMMDataSummary.h"
 #include "numeric/glmm/GLMMDesignBuilder.h"
 #include "numeric/glmm/GLMMEmmeansBuilder.h"
 #include "numeric/glmm/GLMMPredictor.h"
@@ -17,6 +20,7 @@
 #include "numeric/glmm/GLMMPMMLWriter.h"
 #include "numeric/glmm/GLMMStatJSONWriter.h"
 #include "numeric/glmm/GLMMStatXMLWriter.h"
+#include "numeric/xml/IMCVariable.h"
 #include "numeric/xml/MCApplicInfo4XML.h"
 #include "numeric/xml/MCVarList.h"
 
@@ -143,6 +147,31 @@ void SetThetaStatistics(const MCEngine_850::MCEngineResult& result, GLMMOutputSt
   out.SetCovarianceMatrixTheta(matrix);
 }
 
+
+// The joint test of all fixed terms but the intercept: the sequential
+// hypotheses of the terms stacked span exactly that hypothesis.
+void SetCorrectedModelTest(const MCEngine_850::MCEngineFitter& fitter, const MCEngine_850::MCEngineInput& input,
+                           GLMMOutputStats& out) {
+  const MCEngine_850::MCEngineResult& result = fitter.GetResult();
+  const std::vector<MCEngine_850::MCEngineTest>& tests =
+      result.GetTypeITests().empty() ? result.GetTypeIIITests() : result.GetTypeITests();
+  std::vector<std::vector<double>> L;
+  for (const MCEngine_850::MCEngineTest& test : tests) {
+    const int term = test.GetTerm();
+    if (term >= 0 && term < static_cast<int>(input.GetTerms().size()) &&
+        input.GetTerms()[static_cast<std::size_t>(term)].IsIntercept()) {
+      continue;
+    }
+    L.insert(L.end(), test.GetL().begin(), test.GetL().end());
+  }
+  if (L.empty()) return;
+  const MCEngine_850::MCEngineTest joint = fitter.TestContrast(L);
+  if (!joint.IsValid()) return;
+  auto value = [](double v) { return MCEngine_850::MCEngineMissing::Is(v) ? MCCommon_850::MCMV::Missing() : v; };
+  out.SetCorrectedModelTest(MCMath_850::MCTestStats(value(joint.GetF()), value(joint.GetNumDF()),
+                                                    value(joint.GetDenDF()), value(joint.GetSig())));
+}
+
 }  // namespace
 
 MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
@@ -224,6 +253,8 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
   for (const MCEngine_850::MCEngineCovParam& cp : result.GetCovParams()) theta.push_back(cp.GetEstimate());
   out.SetThetaParamEtimates(theta);
   SetThetaStatistics(result, out);
+  if (fpSettings->GetModelEffects().size() > 1) SetCorrectedModelTest(fitter, builder.GetInput(), out);
+  if (pRecords != nullptr) GLMMDataSummary::Fill(*fpSettings, *fpVarList, builder, fitter, pRecords, out);
   GLMMEmmeansBuilder(*fpSettings, *fpVarList)
       .Build(fitter, builder.GetInput(), builder.GetBetaParameters(), pRecords, out, fvWarnings);
   bool wantEBLUPs = false;

@@ -13,7 +13,15 @@ GLMMOutputStats::GLMMOutputStats()
     : fLogLikelihood(MCMV::Missing()),
       fAICC(MCMV::Missing()),
       fBIC(MCMV::Missing()),
-      fTotalFreqWeight(MCMV::Missing()) {}
+      fTotalFreqWeight(MCMV::Missing()),
+      fTargetMean(MCMV::Missing()),
+      fTargetStdDeviation(MCMV::Missing()),
+      fNCommonSubjects(-1),
+      fFirstSubjectNRecords(0) {}
+
+const MCMath_850::MCTestStats* GLMMOutputStats::GetCorrectedModelTest() const {
+  return fCorrectedModelTest ? &*fCorrectedModelTest : nullptr;
+}
 
 const MCMath_850::MCSymMatrix* GLMMOutputStats::GetCovarianceMatrixBeta() const {
   return fCovarianceMatrixBeta ? &*fCovarianceMatrixBeta : nullptr;

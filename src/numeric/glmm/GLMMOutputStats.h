@@ -14,6 +14,7 @@
 #include "numeric/math/MCModelTestStats.h"
 #include "numeric/math/MCRegrParameter.h"
 #include "numeric/math/MCSymMatrix.h"
+#include "numeric/math/MCTestStats.h"
 
 namespace MCGLMM_850 {
 
@@ -97,6 +98,62 @@ class GLMMOutputStats {
   const std::vector<GLMMEBLUPStat>& GetEBLUPStats() const { return fvEBLUPStats; }
   void SetEBLUPStats(const std::vector<GLMMEBLUPStat>& stats) { fvEBLUPStats = stats; }
 
+  // The test of all fixed effects together against the intercept alone
+  // (all of them when there is no intercept); null when not computed.
+  const MCMath_850::MCTestStats* GetCorrectedModelTest() const;
+  void SetCorrectedModelTest(const MCMath_850::MCTestStats& test) { fCorrectedModelTest = test; }
+
+  // What the documents show of the records the fit used. The target's
+  // histogram: bin midpoints and their frequencies, and the target's mean
+  // and standard deviation.
+  const std::vector<double>& GetTargetBinValues() const { return fvTargetBinValues; }
+  const std::vector<double>& GetTargetBinFrequencies() const { return fvTargetBinFrequencies; }
+  void SetTargetBins(const std::vector<double>& values, const std::vector<double>& frequencies) {
+    fvTargetBinValues = values;
+    fvTargetBinFrequencies = frequencies;
+  }
+  double GetTargetMean() const { return fTargetMean; }
+  void SetTargetMean(double value) { fTargetMean = value; }
+  double GetTargetStdDeviation() const { return fTargetStdDeviation; }
+  void SetTargetStdDeviation(double value) { fTargetStdDeviation = value; }
+  // Observed against predicted (with the random effects) target values:
+  // one point per record, or per cell of a grid when there are many records,
+  // each with its frequency. Empty when the predictions are not available.
+  const std::vector<double>& GetObservedPoints() const { return fvObservedPoints; }
+  const std::vector<double>& GetPredictedPoints() const { return fvPredictedPoints; }
+  const std::vector<double>& GetPointFrequencies() const { return fvPointFrequencies; }
+  void SetPredictedByObserved(const std::vector<double>& observed, const std::vector<double>& predicted,
+                              const std::vector<double>& frequencies) {
+    fvObservedPoints = observed;
+    fvPredictedPoints = predicted;
+    fvPointFrequencies = frequencies;
+  }
+  // Distinct combinations of all subject variables of the residual and the
+  // random blocks among the records used; 1 without subject variables, -1
+  // before a fit.
+  int GetNCommonSubjects() const { return fNCommonSubjects; }
+  void SetNCommonSubjects(int n) { fNCommonSubjects = n; }
+  // The first common subject of the records used: its subject variables
+  // (empty without subjects) and their values, the number of its records,
+  // and for its first records the repeated effect's variables' values (one
+  // vector per variable of GetRepeatedVars) and the target's values.
+  const std::vector<int>& GetSubjectVars() const { return fvSubjectVars; }
+  const std::vector<double>& GetFirstSubjectValues() const { return fvFirstSubjectValues; }
+  void SetFirstSubject(const std::vector<int>& vars, const std::vector<double>& values) {
+    fvSubjectVars = vars;
+    fvFirstSubjectValues = values;
+  }
+  int GetFirstSubjectNRecords() const { return fFirstSubjectNRecords; }
+  void SetFirstSubjectNRecords(int n) { fFirstSubjectNRecords = n; }
+  const std::vector<int>& GetRepeatedVars() const { return fvRepeatedVars; }
+  const std::vector<std::vector<double>>& GetFirstSubjectRepeated() const { return fvvFirstSubjectRepeated; }
+  void SetFirstSubjectRepeated(const std::vector<int>& vars, const std::vector<std::vector<double>>& values) {
+    fvRepeatedVars = vars;
+    fvvFirstSubjectRepeated = values;
+  }
+  const std::vector<double>& GetFirstSubjectTargets() const { return fvFirstSubjectTargets; }
+  void SetFirstSubjectTargets(const std::vector<double>& values) { fvFirstSubjectTargets = values; }
+
   void Display() const;
   void Display(std::ostream& os) const;
 
@@ -119,6 +176,21 @@ class GLMMOutputStats {
   std::vector<GLMMEmmeansStat> fvEmmeansStats;
   std::optional<GLMMEmmeansMean> fGrandMean;
   std::vector<GLMMEBLUPStat> fvEBLUPStats;
+  std::optional<MCMath_850::MCTestStats> fCorrectedModelTest;
+  std::vector<double> fvTargetBinValues;
+  std::vector<double> fvTargetBinFrequencies;
+  double fTargetMean;
+  double fTargetStdDeviation;
+  std::vector<double> fvObservedPoints;
+  std::vector<double> fvPredictedPoints;
+  std::vector<double> fvPointFrequencies;
+  int fNCommonSubjects;
+  std::vector<int> fvSubjectVars;
+  std::vector<double> fvFirstSubjectValues;
+  int fFirstSubjectNRecords;
+  std::vector<int> fvRepeatedVars;
+  std::vector<std::vector<double>> fvvFirstSubjectRepeated;
+  std::vector<double> fvFirstSubjectTargets;
 };
 
 }  // namespace MCGLMM_850

@@ -1,6 +1,7 @@
 #include "numeric/glmm/GLMMStatXMLWriter.h"
 
 #include <algorithm>
+#include <cmath>
 #include <initializer_list>
 #include <ios>
 #include <ostream>
@@ -16,6 +17,7 @@
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/glmm/GLMMXMLWriter.h"
 #include "numeric/math/MCEmmeansSpec.h"
+#include "numeric/xml/IMCVariable.h"
 #include "numeric/xml/MCVarList.h"
 
 namespace MCGLMM_850 {
@@ -250,6 +252,44 @@ void CategoryCoordinates(GLMMXMLWriter& xml, const MCXML_850::MCVarList& varList
   xml.Attribute("feature", "fields");
   xml.Attribute("field", Labels::VarName(varList, var));
   xml.Array(values, "string");
+  xml.Close();
+}
+
+void FeatureCoordinates(GLMMXMLWriter& xml, const std::string& feature, const std::vector<double>& values) {
+  xml.Open("Coordinates");
+  xml.Attribute("feature", feature);
+  xml.NumberArray(values);
+  xml.Close();
+}
+
+// Frequencies are weights and may hold fractions; the count is their sum,
+// rounded.
+long TotalFrequency(const std::vector<double>& frequencies) {
+  double total = 0.0;
+  for (double f : frequencies) total += f;
+  return std::lround(total);
+}
+
+// A value of a record as it reads back into its variable: a category of a
+// categorical variable, the number otherwise.
+std::string RecordValue(const MCXML_850::MCVarList& varList, int var, double value) {
+  const MCXML_850::IMCVariable* pVar = varList.GetVarAt(var);
+  const bool categorical = pVar != nullptr && pVar->GetNCategories() > 0;
+  if (categorical && value >= 0.0 && value == std::floor(value) && value < pVar->GetNCategories()) {
+    return Labels::CategoryValue(varList, var, static_cast<int>(value));
+  }
+  return GLMMXMLWriter::NumberText(value);
+}
+
+void RecordCoordinates(GLMMXMLWriter& xml, const MCXML_850::MCVarList& varList, int var,
+                       const std::vector<double>& values) {
+  std::vector<std::string> items;
+  for (double v : values) {
+    items.push_back(MCCommon_850::MCMV::IsMissing(v) ? "__MISSING__" : RecordValue(varList, var, v));
+  }
+  xml.Open("Coordinates");
+  xml.Attribute("field", Labels::VarName(varList, var));
+  xml.Array(items, "string");
   xml.Close();
 }
 
@@ -511,13 +551,19 @@ void GLMMStatXMLWriter::WriteModelDiagnostics(GLMMXMLWriter& xml) const {
   Statistic(xml, "numOfCovParamOfRandom", std::to_string(nRandom));
   Statistic(xml, "numOfColsOfFixed", std::to_string(stats.GetBetaParameters().size()));
   Statistic(xml, "numOfColsOfRandom", std::to_string(randomColumns));
+  if (stats.GetNCommonSubjects() >= 0) {
+    Statistic(xml, "numOfCommonSubjects", std::to_string(stats.GetNCommonSubjects()));
+  }
   if (const GLMMEmmeansMean* pGrand = stats.GetGrandMean()) {
     Statistic(xml, "grandMean", GLMMXMLWriter::NumberText(pGrand->GetMean()));
     Statistic(xml, "grandMeanStdErr", GLMMXMLWriter::NumberText(pGrand->GetStdError()));
     Statistic(xml, "grandMeanCILower", GLMMXMLWriter::NumberText(pGrand->GetLowerBound()));
     Statistic(xml, "grandMeanCIUpper", GLMMXMLWriter::NumberText(pGrand->GetUpperBound()));
   }
+  WriteTargetDistribution(xml);
+  WritePredictedByObserved(xml);
   WriteEffectTests(xml);
+  WriteFirstSubjectRecords(xml);
   WriteRandomEffectCovariances(xml);
   WriteMarginalMeans(xml);
   xml.Close();
@@ -531,14 +577,17 @@ void GLMMStatXMLWriter::WriteEffectTests(GLMMXMLWriter& xml) const {
   const int nEffects = static_cast<int>(s.GetModelEffects().size());
   const int first = s.GetInterceptUse() ? 1 : 0;
 
-  // The test of the whole model is that of its one effect when it has one;
-  // with more effects it is not computed, and without effects there is none.
+  // The test of the whole model is that of its one effect when it has one,
+  // the joint test of its effects when it has more; without effects there
+  // is none.
   xml.Open("ModelTestStats");
   xml.Attribute("description", "correctedModel");
   xml.Attribute("testType", testType);
   if (pTests != nullptr && nEffects == 1 && first < pTests->GetNTests()) {
     const MCMath_850::MCTestStats& t = pTests->GetTestStats(first);
     FTest(xml, t.GetWald(), t.GetDF(), t.GetDF2(), t.GetSig());
+  } else if (const MCMath_850::MCTestStats* pJoint = nEffects > 1 ? fpStats->GetCorrectedModelTest() : nullptr) {
+    FTest(xml, pJoint->GetWald(), pJoint->GetDF(), pJoint->GetDF2(), pJoint->GetSig());
   }
   xml.Close();
   for (int e = 0; e < nEffects; ++e) {
@@ -555,6 +604,72 @@ void GLMMStatXMLWriter::WriteEffectTests(GLMMXMLWriter& xml) const {
     }
     xml.Close();
   }
+}
+
+void GLMMStatXMLWriter::WriteTargetDistribution(GLMMXMLWriter& xml) const {
+  const GLMMOutputStats& stats = *fpStats;
+  if (stats.GetTargetBinValues().empty()) return;
+  xml.Open("UnivariateData");
+  xml.Attribute("description", "TargetDistribution");
+  xml.Open("Counts");
+  xml.Attribute("totalFreq", TotalFrequency(stats.GetTargetBinFrequencies()));
+  xml.Close();
+  Statistic(xml, "mean", GLMMXMLWriter::NumberText(stats.GetTargetMean()));
+  Statistic(xml, "stdDeviation", GLMMXMLWriter::NumberText(stats.GetTargetStdDeviation()));
+  FeatureCoordinates(xml, "observed", stats.GetTargetBinValues());
+  FeatureCoordinates(xml, "frequency", stats.GetTargetBinFrequencies());
+  xml.Close();
+}
+
+void GLMMStatXMLWriter::WritePredictedByObserved(GLMMXMLWriter& xml) const {
+  const GLMMOutputStats& stats = *fpStats;
+  if (stats.GetObservedPoints().empty()) return;
+  xml.Open("BivariateData");
+  xml.Attribute("description", "observedByPredicted");
+  xml.Open("Counts");
+  xml.Attribute("totalFreq", TotalFrequency(stats.GetPointFrequencies()));
+  xml.Close();
+  FeatureCoordinates(xml, "observed", stats.GetObservedPoints());
+  FeatureCoordinates(xml, "statistic", stats.GetPredictedPoints());
+  FeatureCoordinates(xml, "frequency", stats.GetPointFrequencies());
+  xml.Close();
+}
+
+void GLMMStatXMLWriter::WriteFirstSubjectRecords(GLMMXMLWriter& xml) const {
+  const GLMMOutputStats& stats = *fpStats;
+  const MCXML_850::MCVarList& varList = *fpVarList;
+  const std::vector<int>& subjectVars = stats.GetSubjectVars();
+  if (subjectVars.empty() || stats.GetFirstSubjectValues().size() != subjectVars.size()) return;
+  xml.Open("StructuredData");
+  xml.Attribute("description", "firstSubjectRecordsForDataStructure");
+  xml.Open("Counts");
+  xml.Attribute("totalFreq", stats.GetFirstSubjectNRecords());
+  xml.Close();
+  xml.Open("SegmentData");
+  xml.Open("SegmentInfo");
+  for (std::size_t k = 0; k < subjectVars.size(); ++k) {
+    xml.Open("FieldInfo");
+    xml.Attribute("fieldName", Labels::VarName(varList, subjectVars[k]));
+    xml.Attribute("fieldValue", RecordValue(varList, subjectVars[k], stats.GetFirstSubjectValues()[k]));
+    xml.Close();
+  }
+  xml.Close();
+  xml.Open("MultivariateData");
+  const std::vector<int>& repeatedVars = stats.GetRepeatedVars();
+  const std::vector<std::vector<double>>& repeated = stats.GetFirstSubjectRepeated();
+  if (!repeatedVars.empty() && repeated.size() == repeatedVars.size()) {
+    xml.Open("CoordinatesGroup");
+    xml.Attribute("description", "repeatedMeasures");
+    for (std::size_t v = 0; v < repeatedVars.size(); ++v) RecordCoordinates(xml, varList, repeatedVars[v], repeated[v]);
+    xml.Close();
+  }
+  xml.Open("CoordinatesGroup");
+  xml.Attribute("description", "target");
+  RecordCoordinates(xml, varList, fpSettings->GetDependent(), stats.GetFirstSubjectTargets());
+  xml.Close();
+  xml.Close();
+  xml.Close();
+  xml.Close();
 }
 
 void GLMMStatXMLWriter::WriteRandomEffectCovariances(GLMMXMLWriter& xml) const {

@@ -19,9 +19,10 @@ class GLMMXMLWriter;
 // effects, random and residual blocks, requested marginal means), the label
 // maps of the fixed and random parameters, the model diagnostics (fit
 // statistics, design sizes, grand mean, tests of fixed effects, random
-// effect covariance matrices, marginal means), the parameter estimates of
-// the fixed effects, the residual and each random block, and the model's
-// messages.
+// effect covariance matrices, marginal means, the target's distribution,
+// observed against predicted values, the first subject's records), the
+// parameter estimates of the fixed effects, the residual and each random
+// block, and the model's messages.
 class GLMMStatXMLWriter {
  public:
   GLMMStatXMLWriter(const GLMMSettings& settings, const MCXML_850::MCVarList& varList, const GLMMOutputStats& stats);
@@ -33,7 +34,10 @@ class GLMMStatXMLWriter {
   void WriteBuildSettings(GLMMXMLWriter& xml) const;
   void WriteStringMaps(GLMMXMLWriter& xml) const;
   void WriteModelDiagnostics(GLMMXMLWriter& xml) const;
+  void WriteTargetDistribution(GLMMXMLWriter& xml) const;
+  void WritePredictedByObserved(GLMMXMLWriter& xml) const;
   void WriteEffectTests(GLMMXMLWriter& xml) const;
+  void WriteFirstSubjectRecords(GLMMXMLWriter& xml) const;
   void WriteRandomEffectCovariances(GLMMXMLWriter& xml) const;
   void WriteMarginalMeans(GLMMXMLWriter& xml) const;
   void WriteTrainingSummary(GLMMXMLWriter& xml) const;

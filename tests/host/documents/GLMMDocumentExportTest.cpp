@@ -2,7 +2,10 @@
 // reads them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <ios>
 #include <memory>
 #include <sstream>
@@ -384,9 +387,34 @@ TEST(GLMMDocumentExport, OrthodontResidualStructureAndFactorLabels) {
 
   SDOMXMLWrapper* diagnostics = First(root, "PMMLModel/ModelDiagnostics");
   EXPECT_EQ(Children(diagnostics, "ModelTestStats").size(), 4u);
-  // Three effects: the corrected model is not computed.
-  EXPECT_EQ(First(WithAttr(diagnostics, "ModelTestStats", "description", "correctedModel"), "FTest"), nullptr);
-  EXPECT_EQ(Children(diagnostics, "StructuredData").size(), 0u);
+  // Three effects: the corrected model is their joint test, three columns
+  // beyond the intercept.
+  SDOMXMLWrapper* corrected = First(WithAttr(diagnostics, "ModelTestStats", "description", "correctedModel"), "FTest");
+  ASSERT_NE(corrected, nullptr);
+  ASSERT_NE(pStats->GetCorrectedModelTest(), nullptr);
+  EXPECT_EQ(Number(corrected, "df1"), 3.0);
+  EXPECT_EQ(Number(corrected, "fStatistic"), pStats->GetCorrectedModelTest()->GetWald());
+  EXPECT_GT(Number(corrected, "fStatistic"), 0.0);
+  EXPECT_GT(Number(corrected, "df2"), 0.0);
+  EXPECT_GE(Number(corrected, "sig"), 0.0);
+  EXPECT_LT(Number(corrected, "sig"), 0.05);
+  EXPECT_EQ(Attr(WithAttr(diagnostics, "Statistic", "name", "numOfCommonSubjects"), "value"), "27");
+
+  // The first subject's records: M01's four ages, no repeated effect.
+  const std::vector<SDOMXMLWrapper*> structured = Children(diagnostics, "StructuredData");
+  ASSERT_EQ(structured.size(), 1u);
+  EXPECT_EQ(Attr(structured[0], "description"), "firstSubjectRecordsForDataStructure");
+  EXPECT_EQ(Attr(First(structured[0], "Counts"), "totalFreq"), "4");
+  const std::vector<SDOMXMLWrapper*> fields = Children(First(structured[0], "SegmentData/SegmentInfo"), "FieldInfo");
+  ASSERT_EQ(fields.size(), 1u);
+  EXPECT_EQ(Attr(fields[0], "fieldName"), "Subject");
+  EXPECT_EQ(Attr(fields[0], "fieldValue"), "M01");
+  const std::vector<SDOMXMLWrapper*> groups =
+      Children(First(structured[0], "SegmentData/MultivariateData"), "CoordinatesGroup");
+  ASSERT_EQ(groups.size(), 1u);
+  EXPECT_EQ(Attr(groups[0], "description"), "target");
+  EXPECT_EQ(Attr(First(groups[0], "Coordinates"), "field"), "distance");
+  EXPECT_EQ(Numbers(First(groups[0], "Coordinates/Array")), (std::vector<double>{26, 25, 29, 31}));
 
   SDOMXMLWrapper* summary = First(root, "PMMLModel/TrainingSummary");
   const std::vector<SDOMXMLWrapper*> fixedStats =
@@ -514,6 +542,183 @@ TEST(GLMMDocumentExport, OatsVarianceComponentsMarginalMeansAndMessages) {
   EXPECT_EQ(Number(First(tests[0], "FTest"), "fStatistic"), stat.GetTests()[0].GetF());
   // The component's own tables of the fixed effects.
   EXPECT_FALSE(Children(diagnostics, "DataGroup").size() < 2u);
+
+  // No subjects: one common subject and no first subject's records; two
+  // effects, so the corrected model is their joint test over 2 + 3 columns.
+  EXPECT_EQ(Attr(WithAttr(diagnostics, "Statistic", "name", "numOfCommonSubjects"), "value"), "1");
+  EXPECT_EQ(WithAttr(diagnostics, "StructuredData", "description", "firstSubjectRecordsForDataStructure"), nullptr);
+  SDOMXMLWrapper* corrected = First(WithAttr(diagnostics, "ModelTestStats", "description", "correctedModel"), "FTest");
+  ASSERT_NE(corrected, nullptr);
+  EXPECT_EQ(Number(corrected, "df1"), 5.0);
+  EXPECT_GT(Number(corrected, "df2"), 0.0);
+  EXPECT_LT(Number(corrected, "sig"), 0.05);
+  // 72 plots: eight bins.
+  SDOMXMLWrapper* target = WithAttr(diagnostics, "UnivariateData", "description", "TargetDistribution");
+  EXPECT_EQ(Attr(First(target, "Counts"), "totalFreq"), "72");
+  EXPECT_EQ(Numbers(First(WithAttr(target, "Coordinates", "feature", "observed"), "Array")).size(), 8u);
+}
+
+TEST(GLMMDocumentExport, SleepstudyDataStructureDistributionAndPredictions) {
+  Sleepstudy model;
+  ASSERT_TRUE(model.Load());
+  GLMMAlgorithm algorithm(model.fSettings, model.fRecords.GetVarList());
+  algorithm.SetCompScoreTypes({GLMMConst_850::SCORE_PREDICTED});
+  ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
+  Documents docs;
+  Export(algorithm, docs);
+  SDOMXMLWrapper* diagnostics = First(&docs.fStatDoc, "PMMLModel/ModelDiagnostics");
+  ASSERT_NE(diagnostics, nullptr);
+  EXPECT_EQ(Attr(WithAttr(diagnostics, "Statistic", "name", "numOfCommonSubjects"), "value"), "18");
+
+  std::vector<double> reaction;
+  std::vector<double> predicted;
+  std::vector<double> scores;
+  std::vector<std::vector<double>> details;
+  for (model.fRecords.Rewind(); model.fRecords.HasRecord(); model.fRecords.Next()) {
+    reaction.push_back(model.fRecords.Current()[0]);
+    ASSERT_FALSE(algorithm.ScoreRecord(model.fRecords.Current(), scores, details).IsError());
+    predicted.push_back(scores[0]);
+  }
+  ASSERT_EQ(reaction.size(), 180u);
+
+  // Subject 308's ten days.
+  SDOMXMLWrapper* structure =
+      WithAttr(diagnostics, "StructuredData", "description", "firstSubjectRecordsForDataStructure");
+  ASSERT_NE(structure, nullptr);
+  EXPECT_EQ(Attr(First(structure, "Counts"), "totalFreq"), "10");
+  EXPECT_EQ(Attr(First(structure, "SegmentData/SegmentInfo/FieldInfo"), "fieldName"), "Subject");
+  EXPECT_EQ(Attr(First(structure, "SegmentData/SegmentInfo/FieldInfo"), "fieldValue"), "308");
+  SDOMXMLWrapper* target = WithAttr(First(structure, "SegmentData/MultivariateData"), "CoordinatesGroup",
+                                    "description", "target");
+  EXPECT_EQ(Attr(First(target, "Coordinates"), "field"), "Reaction");
+  EXPECT_EQ(Numbers(First(target, "Coordinates/Array")),
+            std::vector<double>(reaction.begin(), reaction.begin() + 10));
+
+  // The histogram: ceil(log2 180) + 1 = 9 equal bins over the range.
+  SDOMXMLWrapper* distribution = WithAttr(diagnostics, "UnivariateData", "description", "TargetDistribution");
+  ASSERT_NE(distribution, nullptr);
+  EXPECT_EQ(Attr(First(distribution, "Counts"), "totalFreq"), "180");
+  double sum = 0.0;
+  for (double y : reaction) sum += y;
+  EXPECT_NEAR(Number(WithAttr(distribution, "Statistic", "name", "mean"), "value"), sum / 180.0, 1e-9);
+  EXPECT_GT(Number(WithAttr(distribution, "Statistic", "name", "stdDeviation"), "value"), 0.0);
+  const std::vector<double> bins = Numbers(First(WithAttr(distribution, "Coordinates", "feature", "observed"), "Array"));
+  const std::vector<double> counts =
+      Numbers(First(WithAttr(distribution, "Coordinates", "feature", "frequency"), "Array"));
+  ASSERT_EQ(bins.size(), 9u);
+  ASSERT_EQ(counts.size(), 9u);
+  double total = 0.0;
+  for (double c : counts) total += c;
+  EXPECT_EQ(total, 180.0);
+  const double lo = *std::min_element(reaction.begin(), reaction.end());
+  const double hi = *std::max_element(reaction.begin(), reaction.end());
+  EXPECT_NEAR(bins[0], lo + (hi - lo) / 18.0, 1e-9);
+  EXPECT_NEAR(bins[8], hi - (hi - lo) / 18.0, 1e-9);
+
+  // Few records: one point per record, predictions with the random effects.
+  SDOMXMLWrapper* points = WithAttr(diagnostics, "BivariateData", "description", "observedByPredicted");
+  ASSERT_NE(points, nullptr);
+  EXPECT_EQ(Attr(First(points, "Counts"), "totalFreq"), "180");
+  EXPECT_EQ(Numbers(First(WithAttr(points, "Coordinates", "feature", "observed"), "Array")), reaction);
+  EXPECT_EQ(Numbers(First(WithAttr(points, "Coordinates", "feature", "frequency"), "Array")),
+            std::vector<double>(180, 1.0));
+  const std::vector<double> fitted = Numbers(First(WithAttr(points, "Coordinates", "feature", "statistic"), "Array"));
+  ASSERT_EQ(fitted.size(), 180u);
+  for (std::size_t i = 0; i < fitted.size(); ++i) EXPECT_NEAR(fitted[i], predicted[i], 1e-6) << i;
+}
+
+TEST(GLMMDocumentExport, RepeatedEffectFieldsAreTheFirstSubjectsMeasures) {
+  // distance 0, age 1 (a factor), Subject 2, Sex 3; Sex fixed, age repeated
+  // within Subject with compound symmetry.
+  DocumentTestRecords records;
+  ASSERT_TRUE(
+      records.Load(DataPath("orthodont.csv"), {"distance", "age", "Subject", "Sex"}, {"age", "Subject", "Sex"}));
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  settings.AddFactor(1, records.GetVarList().GetVarAt(1)->GetNCategories());
+  settings.AddFactor(3, 2);
+  const std::vector<int> set = {1, 3};
+  settings.AddModelEffect(Effect(set, 2, {3}, {}, {3}));
+  GLMMRandomSpec repeated;
+  repeated.Reset(true);
+  repeated.AddEffect(Effect(set, 2, {1}, {}, {1}));
+  repeated.AddSubjectVar(2);
+  repeated.SetCovarianceType(GLMMConst_850::CS);
+  settings.SetRepeated(repeated);
+  GLMMAlgorithm algorithm(settings, records.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  Documents docs;
+  Export(algorithm, docs);
+  SDOMXMLWrapper* structure = WithAttr(First(&docs.fStatDoc, "PMMLModel/ModelDiagnostics"), "StructuredData",
+                                       "description", "firstSubjectRecordsForDataStructure");
+  ASSERT_NE(structure, nullptr);
+  SDOMXMLWrapper* data = First(structure, "SegmentData/MultivariateData");
+  SDOMXMLWrapper* measures = WithAttr(data, "CoordinatesGroup", "description", "repeatedMeasures");
+  ASSERT_NE(measures, nullptr);
+  EXPECT_EQ(Attr(First(measures, "Coordinates"), "field"), "age");
+  std::vector<std::string> ages;
+  ASSERT_TRUE(First(measures, "Coordinates/Array")->GetSimpleArray(ages));
+  EXPECT_EQ(ages, (std::vector<std::string>{"8", "10", "12", "14"}));
+  EXPECT_NE(WithAttr(data, "CoordinatesGroup", "description", "target"), nullptr);
+}
+
+TEST(GLMMDocumentExport, ManyRecordsGivePredictionsOnAGrid) {
+  // 3000 records in 30 groups: y = x + group effect + noise.
+  const std::string path = ::testing::TempDir() + "glmm_document_many.csv";
+  {
+    std::ofstream csv(path);
+    csv << "\"y\",\"x\",\"g\"\n";
+    unsigned state = 12345u;
+    auto uniform = [&state]() {
+      state = state * 1103515245u + 12345u;
+      return static_cast<double>((state >> 8) % 10000u) / 10000.0;
+    };
+    for (int i = 0; i < 3000; ++i) {
+      const int g = i % 30;
+      const double x = 10.0 * uniform();
+      csv << (x + 0.1 * g + uniform() - 0.5) << "," << x << ",\"G" << g << "\"\n";
+    }
+  }
+  DocumentTestRecords records;
+  ASSERT_TRUE(records.Load(path, {"y", "x", "g"}, {"g"}));
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  settings.AddCovariate(1);
+  const std::vector<int> set = {1};
+  settings.AddModelEffect(Effect(set, 0, {}, {1}, {1}));
+  GLMMRandomSpec block;
+  block.AddEffect(MCModelEffect());
+  block.AddSubjectVar(2);
+  block.SetIndex(0);
+  settings.AddRandomSpec(block);
+  GLMMAlgorithm algorithm(settings, records.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  Documents docs;
+  Export(algorithm, docs);
+  std::remove(path.c_str());
+  SDOMXMLWrapper* diagnostics = First(&docs.fStatDoc, "PMMLModel/ModelDiagnostics");
+  SDOMXMLWrapper* points = WithAttr(diagnostics, "BivariateData", "description", "observedByPredicted");
+  ASSERT_NE(points, nullptr);
+  EXPECT_EQ(Attr(First(points, "Counts"), "totalFreq"), "3000");
+  const std::vector<double> observed = Numbers(First(WithAttr(points, "Coordinates", "feature", "observed"), "Array"));
+  const std::vector<double> fitted = Numbers(First(WithAttr(points, "Coordinates", "feature", "statistic"), "Array"));
+  const std::vector<double> frequency =
+      Numbers(First(WithAttr(points, "Coordinates", "feature", "frequency"), "Array"));
+  ASSERT_EQ(observed.size(), fitted.size());
+  ASSERT_EQ(observed.size(), frequency.size());
+  EXPECT_LE(observed.size(), 2500u);
+  EXPECT_LT(observed.size(), 3000u);
+  double total = 0.0;
+  for (std::size_t i = 0; i < observed.size(); ++i) {
+    total += frequency[i];
+    EXPECT_GE(frequency[i], 1.0);
+    // A good fit: each cell's mean prediction lies near its mean observation.
+    EXPECT_NEAR(observed[i], fitted[i], 1.0);
+  }
+  EXPECT_EQ(total, 3000.0);
+  EXPECT_EQ(Attr(WithAttr(diagnostics, "Statistic", "name", "numOfCommonSubjects"), "value"), "30");
+  // One fixed effect: the corrected model is its test.
+  EXPECT_NE(First(WithAttr(diagnostics, "ModelTestStats", "description", "correctedModel"), "FTest"), nullptr);
 }
 
 TEST(GLMMDocumentExport, OddLabelsAndValuesAreEscaped) {
