@@ -67,6 +67,13 @@ struct Exposure {
 }  // namespace
 
 AppSession::AppSession(const AppOptions& options) : fOptions(options) {
+  // Names in a command file are taken from the file's own folder, so the
+  // documents the program names in the output folder need its full path.
+  if (!fOptions.fOutputDir.empty()) {
+    std::error_code ec;
+    const std::filesystem::path absolute = std::filesystem::absolute(fOptions.fOutputDir, ec);
+    if (!ec) fOptions.fOutputDir = absolute.lexically_normal().string();
+  }
   ZORV_Session& session = ZORV_Session::Current();
   session.SetVariableDisplay(ZORV_Session::LABELS, ZORV_Session::LABELS);
   session.SetValueDisplay(ZORV_Session::LABELS, ZORV_Session::LABELS);

@@ -209,3 +209,24 @@ TEST_F(AppFittingTest, AFitErrorEndsTheCommandWithAnErrorAndTheNextCommandRuns) 
 }
 
 }  // namespace
+
+// An output folder given relative to the working folder holds the
+// documents, although the command file's names are taken from its own folder.
+TEST_F(AppFittingTest, ARelativeOutputFolderReceivesTheDocuments) {
+  const fs::path workingBefore = fs::current_path();
+  fs::create_directories(fOutput);
+  fs::current_path(fOutput);
+  AppOptions options;
+  options.fOutputDir = "relative-output";
+  options.fbText = false;
+  bool ran = false;
+  {
+    AppSession session(options);
+    ran = session.RunFile((fs::path(GLMIX_SOURCE_DIR) / "examples" / "dyestuff.gmx").string());
+  }
+  fs::current_path(workingBefore);
+  ASSERT_TRUE(ran);
+  EXPECT_TRUE(fs::exists(fOutput / "relative-output" / "model-1.xml"));
+  EXPECT_TRUE(fs::exists(fOutput / "relative-output" / "statxml-1.xml"));
+  EXPECT_FALSE(fs::exists(fs::path(GLMIX_SOURCE_DIR) / "examples" / "relative-output"));
+}
