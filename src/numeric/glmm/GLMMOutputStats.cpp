@@ -102,6 +102,20 @@ void GLMMOutputStats::Display(std::ostream& os) const {
   }
   DisplayI(os, "Random effect predictions:", static_cast<long>(fvEBLUPStats.size()));
   for (const GLMMEBLUPStat& stat : fvEBLUPStats) stat.Display(os);
+  if (fCorrectedModelTest) {
+    DisplayText(os, "Test of the corrected model:");
+    fCorrectedModelTest->Display(os);
+  }
+  DisplayDV(os, "Target bins:", fvTargetBinValues);
+  DisplayDV(os, "Target bin frequencies:", fvTargetBinFrequencies);
+  DisplayD(os, "Target mean:", fTargetMean);
+  DisplayD(os, "Target standard deviation:", fTargetStdDeviation);
+  DisplayI(os, "Observed and predicted points:", static_cast<long>(fvObservedPoints.size()));
+  DisplayI(os, "Common subjects:", fNCommonSubjects);
+  DisplayIV(os, "Subject variables:", fvSubjectVars);
+  DisplayDV(os, "First subject:", fvFirstSubjectValues);
+  DisplayI(os, "First subject's records:", fFirstSubjectNRecords);
+  DisplayDV(os, "First subject's targets:", fvFirstSubjectTargets);
   DisplayText(os, "End GLMMOutputStats display.");
 }
 

@@ -94,3 +94,15 @@ TEST(GLMMOutputStats, Display) {
   EXPECT_NE(text.find("\nCovariance of the fixed estimates is not available.\n"), std::string::npos);
   EXPECT_NE(text.find("\nType III tests are not available.\n"), std::string::npos);
 }
+
+TEST(GLMMOutputStats, DisplayShowsTheDataOfTheFit) {
+  GLMMOutputStats stats;
+  stats.SetNCommonSubjects(18);
+  stats.SetFirstSubjectNRecords(10);
+  std::ostringstream os;
+  stats.Display(os);
+  const std::string text = os.str();
+  EXPECT_NE(text.find("\nCommon subjects: 18\n"), std::string::npos);
+  EXPECT_NE(text.find("\nFirst subject's records: 10\n"), std::string::npos);
+  EXPECT_EQ(text.find("Test of the corrected model:"), std::string::npos);
+}
