@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include <sstream>
+#include <unistd.h>
 
 #include "app/AppProcedureHook.h"
 #include "app/AppSession.h"
@@ -73,7 +74,7 @@ TEST(AppExamples, TheSpecificationRecordReadsEveryExample) {
     Hook() { AppProcedureHook::Set(ReadSpecification); }
     ~Hook() { AppProcedureHook::Set(nullptr); }
   } hook;
-  const fs::path output = fs::temp_directory_path() / "glmixfit-examples-test";
+  const fs::path output = fs::temp_directory_path() / ("glmixfit-examples-test-" + std::to_string(::getpid()));
   for (const char* name : {"sleepstudy", "orthodont", "oats", "machines", "pastes", "penicillin", "dyestuff",
                            "bodyweight"}) {
     gReadBack = ReadBack();

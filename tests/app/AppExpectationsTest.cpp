@@ -25,6 +25,7 @@
 #include <string>
 #include <utility>
 #include <vector>
+#include <unistd.h>
 
 #include "app/AppProcedureHook.h"
 #include "app/AppSession.h"
@@ -294,7 +295,7 @@ class AppExpectationsTest : public ::testing::Test {
   // Runs examples/<name>.gmx with JSON output, compares the report with its
   // expectation, and returns the report as compared.
   json RunExample(const std::string& name) {
-    fOutput = fs::temp_directory_path() / ("glmixfit-expected-" + name);
+    fOutput = fs::temp_directory_path() / ("glmixfit-expected-" + name + "-" + std::to_string(::getpid()));
     fs::remove_all(fOutput);
     AppOptions options;
     options.fOutputDir = fOutput.string();

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 #include "app/AppInterrupt.h"
 #include "host/data/ZORV_StopFlag.h"
@@ -17,7 +18,8 @@ namespace {
 class AppMainTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    fDir = fs::temp_directory_path() / ("glmixfit-main-test-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
+    fDir = fs::temp_directory_path() / ("glmixfit-main-test-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + "-" +
+                                            std::to_string(::getpid()));
     fs::remove_all(fDir);
     fs::create_directories(fDir / "data");
     fs::copy_file(fs::path(GLMIX_TEST_DATA_DIR) / "app" / "trial.csv", fDir / "data" / "trial.csv");

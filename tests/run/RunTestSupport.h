@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 #include <vector>
+#include <unistd.h>
 
 #include "app/AppMixedLayout.h"
 #include "host/data/ZORV_Dataset.h"
@@ -153,7 +154,8 @@ class RunFixture : public ::testing::Test {
     ZORV_Session::Current().BeginCommand();
     ZORV_StopFlag::Clear();
     fDir = std::filesystem::temp_directory_path() /
-           ("glmixfit-run-test-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+           ("glmixfit-run-test-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + "-" +
+            std::to_string(::getpid()));
     std::filesystem::remove_all(fDir);
     std::filesystem::create_directories(fDir);
     fSavedWritableDir = ZORV_Session::Current().GetWritableDir();
