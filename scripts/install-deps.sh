@@ -6,7 +6,10 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build clang ccache
   libxerces-c-dev libeigen3-dev nlohmann-json3-dev libgtest-dev
-  libreadstat-dev
+  libreadstat-dev libexpat1-dev
+  # The browser check of the HTML report, and the font its charts are
+  # measured for.
+  chromium fonts-dejavu-core
 )
 
 missing=()

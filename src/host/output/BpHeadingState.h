@@ -12,11 +12,17 @@ class BpProcedureState;
 class BpHeadingState : public BpHandle::Body {
  public:
   BpHeadingState(BpProcedureState* pProcedure, OmHeading* pHeading);
+  ~BpHeadingState() override;
 
   OmHeading* GetHeading() const { return fpHeading; }
   BpProcedureState* GetProcedure() const { return fpProcedure; }
   // The context for the body of tables (first) or captions and notes (second).
   BpTextContext GetContext(bool bSecond) const;
+
+  // The heading made last of those whose handles are not all gone: where
+  // output that names no heading of its own (a chart) goes. A procedure is a
+  // heading too. Null when no heading is alive.
+  static BpHeadingState* Innermost();
 
  protected:
   // For the procedure itself, which is its own procedure.

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "host/output/OmChartData.h"
+
 // The output document of a run: what the procedures wrote, in order, ready
 // to be rendered as terminal text, an HTML report or JSON. Texts here are
 // final: translated, expanded and formatted when they were written.
@@ -93,10 +95,15 @@ struct OmFrontEndText {
   std::vector<std::string> fvLines;
 };
 
+// A chart as the chart library sent it: its description, its finished
+// markup and data, and the drawing made of them when it was sent.
 struct OmChart {
-  std::string fTitle;
-  std::string fKind;     // the chart's template or type name
-  std::string fPayload;  // the chart's own description (JSON)
+  std::string fTitle;   // the description by which the output lists it
+  std::string fKind;    // the kind its markup names (the template's name)
+  std::string fMarkup;  // the chart markup, UTF-8; empty for a static picture
+  OmChartData fData;    // empty when sent without data or as a static picture
+  std::string fSvg;     // the drawing: one SVG element, without script
+  bool fbHidden = false;  // kept in the output, but not shown
 };
 
 struct OmHeading;

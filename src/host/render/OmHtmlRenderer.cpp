@@ -45,8 +45,7 @@ sup { font-size: 0.72em; line-height: 0; }
 .message.error { border-color: #c62828; background: #fdecea; }
 pre.frontend { background: #f6f6f6; border: 1px solid #e2e2e2; padding: 0.6em 0.9em; overflow-x: auto; font-size: 0.92em; }
 figure.chart { margin: 1em 0 1.6em; }
-figure.chart .chart-slot { border: 1px dashed #aaa; color: #666; padding: 2em; text-align: center; }
-figure.chart figcaption { font-weight: bold; margin-bottom: 0.4em; }
+figure.chart svg { display: block; max-width: 100%; height: auto; }
 @media print {
   body { max-width: none; padding: 0; font-size: 10pt; }
   nav.outline { display: none; }
@@ -268,15 +267,18 @@ class Writer {
     fMain += "</pre>\n";
   }
 
+  // The chart's drawing as the chart library made it: an SVG element with
+  // its title, marks, labels and tooltips, and no script.
   void Chart(const OmChart& chart) {
     const std::string id = "c" + std::to_string(++fCharts);
-    fNav += "<li><a href=\"#" + id + "\">" + Lines(chart.fTitle.empty() ? chart.fKind : chart.fTitle) + "</a></li>\n";
+    if (!chart.fbHidden) {
+      fNav += "<li><a href=\"#" + id + "\">" + Lines(chart.fTitle.empty() ? chart.fKind : chart.fTitle) + "</a></li>\n";
+    }
     fMain += "<figure class=\"chart\" id=\"" + id + "\"";
     if (!chart.fKind.empty()) fMain += " data-kind=\"" + OmHtmlRenderer::Escape(chart.fKind) + "\"";
-    fMain += ">\n";
-    if (!chart.fTitle.empty()) fMain += "<figcaption>" + Lines(chart.fTitle) + "</figcaption>\n";
-    fMain += "<div class=\"chart-slot\">Chart" + (chart.fKind.empty() ? std::string() : ": " + OmHtmlRenderer::Escape(chart.fKind)) +
-             "</div>\n</figure>\n";
+    if (!chart.fTitle.empty()) fMain += " aria-label=\"" + OmHtmlRenderer::Escape(chart.fTitle) + "\"";
+    if (chart.fbHidden) fMain += " hidden";
+    fMain += ">\n" + chart.fSvg + "</figure>\n";
   }
 };
 

@@ -110,6 +110,47 @@ Json TableJson(const OmTable& table) {
   return out;
 }
 
+Json ChartJson(const OmChart& chart) {
+  Json out = Json::object();
+  out["kind"] = "chart";
+  out["title"] = chart.fTitle;
+  out["chartKind"] = chart.fKind;
+  out["hidden"] = chart.fbHidden;
+  if (chart.fMarkup.empty()) {
+    out["markup"] = nullptr;
+  } else {
+    out["markup"] = chart.fMarkup;
+  }
+  Json sources = Json::array();
+  for (const OmChartData::Source& source : chart.fData.fvSources) {
+    Json s = Json::object();
+    s["name"] = source.fName;
+    s["rows"] = source.fRowCount;
+    Json variables = Json::array();
+    for (const OmChartData::Variable& variable : source.fvVariables) {
+      Json v = Json::object();
+      v["name"] = variable.fName;
+      Json values = Json::array();
+      for (long row = 0; row < source.fRowCount; ++row) {
+        auto cell = variable.fCells.find(row);
+        if (cell == variable.fCells.end() || (!cell->second.fbText && !std::isfinite(cell->second.fNumber))) {
+          values.push_back(nullptr);
+        } else if (cell->second.fbText) {
+          values.push_back(cell->second.fText);
+        } else {
+          values.push_back(cell->second.fNumber);
+        }
+      }
+      v["values"] = values;
+      variables.push_back(v);
+    }
+    s["variables"] = variables;
+    sources.push_back(s);
+  }
+  out["data"] = sources;
+  return out;
+}
+
 Json ItemsJson(const OmHeading& heading) {
   Json items = Json::array();
   for (const OmItem& item : heading.fvItems) {
@@ -136,24 +177,10 @@ Json ItemsJson(const OmHeading& heading) {
         j["kind"] = "text";
         j["lines"] = item.fpText->fvLines;
         break;
-      case OmItem::CHART: {
+      case OmItem::CHART:
         if (!item.fpChart) continue;
-        const OmChart& chart = *item.fpChart;
-        j["kind"] = "chart";
-        j["title"] = chart.fTitle;
-        j["chartKind"] = chart.fKind;
-        if (chart.fPayload.empty()) {
-          j["payload"] = nullptr;
-        } else {
-          Json parsed = Json::parse(chart.fPayload, nullptr, false);
-          if (parsed.is_discarded()) {
-            j["payload"] = chart.fPayload;
-          } else {
-            j["payload"] = parsed;
-          }
-        }
+        j = ChartJson(*item.fpChart);
         break;
-      }
     }
     items.push_back(j);
   }

@@ -46,9 +46,10 @@ std::string OmTextRenderer::RenderText(const OmFrontEndText& text) const {
 }
 
 std::string OmTextRenderer::RenderChart(const OmChart& chart) const {
+  if (chart.fbHidden) return std::string();
   std::string out;
   for (const std::string& line : OmTextWrap::Wrap(chart.fTitle, fWidth)) out += line + "\n";
-  out += chart.fKind.empty() ? std::string("[chart]\n") : "[chart: " + chart.fKind + "]\n";
+  out += "[Chart: drawn in the HTML report]\n";
   return out;
 }
 

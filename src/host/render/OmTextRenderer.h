@@ -8,7 +8,8 @@
 // The output document as terminal text of a chosen width: the outline's
 // headings underlined (a heading that follows itself within a command shown
 // once, see OmOutline), pivot tables, messages with their level, front-end
-// text as it came, and charts by their title and kind.
+// text as it came, and charts by their title and a note that the HTML
+// report draws them (hidden charts not at all).
 class OmTextRenderer {
  public:
   static constexpr int kDefaultWidth = 80;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <map>
 #include <string>
-#include <vector>
+
+#include "host/output/OmChartData.h"
 
 // The data of a chart: named data sources, each a table of variables by
 // rows. Cells hold a number or a UTF-8 text; rows may be written in any
@@ -33,7 +33,7 @@ class VarDataProcessor {
   bool SetStringVariableValue(const VarInfo& info, long row, const std::string& value);
 
   // What was written, for the chart library and for checks.
-  int GetDataSourceCount() const { return static_cast<int>(fvSources.size()); }
+  int GetDataSourceCount() const { return static_cast<int>(fData.fvSources.size()); }
   int FindDataSource(const std::string& name) const;
   // Empty, or 0, for an index out of range.
   std::string GetDataSourceName(int source) const;
@@ -47,30 +47,20 @@ class VarDataProcessor {
   bool GetNumericValue(const VarInfo& info, long row, double& value) const;
   bool GetStringValue(const VarInfo& info, long row, std::string& value) const;
 
-  // The data serialized for the chart editor. The caller owns the bytes and
-  // releases them with delete[].
+  // Everything written, as the output keeps it with a chart.
+  const OmChartData& GetData() const { return fData; }
+
+  // The data serialized for the chart editor: the <data> element of the
+  // chart markup, with every value written inline (see docs/charts.md).
+  // The caller owns the bytes (not terminated) and releases them with
+  // delete[].
   char* GetDataStream(long& length) const;
 
  private:
-  struct Cell {
-    bool fbString = false;
-    double fNumber = 0.0;
-    std::string fText;
-  };
-  struct Variable {
-    std::string fName;
-    std::map<long, Cell> fCells;
-  };
-  struct Source {
-    std::string fName;
-    long fRowCount = 0;
-    std::vector<Variable> fvVariables;
-  };
+  OmChartData::Variable* Find(const VarInfo& info);
+  const OmChartData::Variable* Find(const VarInfo& info) const;
+  const OmChartData::Cell* FindCell(const VarInfo& info, long row) const;
+  bool Store(const VarInfo& info, long row, const OmChartData::Cell& cell);
 
-  Variable* Find(const VarInfo& info);
-  const Variable* Find(const VarInfo& info) const;
-  const Cell* FindCell(const VarInfo& info, long row) const;
-  bool Store(const VarInfo& info, long row, const Cell& cell);
-
-  std::vector<Source> fvSources;
+  OmChartData fData;
 };

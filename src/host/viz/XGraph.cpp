@@ -14,3 +14,8 @@ XVariable* XGraph::getVariable(const ChartString& name, int instance) {
   }
   return nullptr;
 }
+
+XVariable* XGraph::getVariableAt(int index) const {
+  if (index < 0 || index >= getVariableCount()) return nullptr;
+  return fvVariables[static_cast<std::size_t>(index)].get();
+}

@@ -20,6 +20,8 @@ class XGraph {
   // The instance of the variable of that name; null when there is none.
   XVariable* getVariable(const ChartString& name, int instance);
   int getVariableCount() const { return static_cast<int>(fvVariables.size()); }
+  // The variables in the order they were added; null out of range.
+  XVariable* getVariableAt(int index) const;
 
  private:
   std::vector<std::unique_ptr<XVariable>> fvVariables;

@@ -29,8 +29,13 @@ class XVariable {
 
   void setLabel(const ChartString& label) { fLabel = label; }
   const ChartString& getLabel() const { return fLabel; }
-  void setCategorical(bool bCategorical) { fbCategorical = bCategorical; }
+  void setCategorical(bool bCategorical) {
+    fbCategorical = bCategorical;
+    fbCategoricalSet = true;
+  }
   bool isCategorical() const { return fbCategorical; }
+  // Whether categorical was set (by the chart code or the document).
+  bool hasCategorical() const { return fbCategoricalSet; }
 
   // The host variable the values come from; it must outlive this object.
   void setZORVVariable(const ZORV_Variable& variable) { fpZORVVariable = &variable; }
@@ -58,6 +63,7 @@ class XVariable {
   ChartString fSource;
   ChartString fLabel;
   bool fbCategorical = false;
+  bool fbCategoricalSet = false;
   const ZORV_Variable* fpZORVVariable = nullptr;
   std::vector<Relabel> fvRelabels;
   bool fbHasFormat = false;

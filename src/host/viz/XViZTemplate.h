@@ -8,8 +8,11 @@
 class ZORV_ValueLabelMap;
 
 // A built-in chart template of the host, named by its internal name: the
-// chart code binds the template's roles to data columns, may give it
-// labels, and has it converted into a chart document.
+// file <name>.viztemplate of the template folder. The chart code binds the
+// template's roles to data columns, may give it labels, and has it
+// converted into a chart document: each <role> of the template becomes the
+// declarations of the variables bound to it, and each <slot> the label it
+// names (see docs/charts.md).
 class XViZTemplate {
  public:
   // One role of the template bound to a column of a data source.
@@ -52,8 +55,14 @@ class XViZTemplate {
   const std::vector<Label>& getLabels() const { return fvLabels; }
 
   // Makes the chart document (UTF-8) into `document`. `other` is left as it
-  // is. True when a document was made.
+  // is. True when a document was made; otherwise the document is empty and
+  // a warning names the template and the problem.
   bool convert(std::string& document, std::string& other);
+
+  // The folder of the templates: "template" in the presentation resources.
+  static std::string TemplateDirectory();
+  // The file of a template by its internal name.
+  static std::string TemplatePath(const std::string& name);
 
  private:
   std::string fInternalName;

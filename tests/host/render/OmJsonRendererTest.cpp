@@ -80,19 +80,48 @@ TEST(OmJsonRenderTest, StructureOfTheSample) {
   const Json& chart = command["items"].back();
   EXPECT_EQ(chart["kind"], "chart");
   EXPECT_EQ(chart["chartKind"], "GLMMPredictedByObserved");
-  EXPECT_EQ(chart["payload"]["points"], 180);
+  EXPECT_EQ(chart["title"], "Predicted by Observed");
+  EXPECT_EQ(chart["hidden"], false);
+  EXPECT_NE(chart["markup"].get<std::string>().find("<lineGuide slope=\"1\""), std::string::npos);
+  ASSERT_EQ(chart["data"].size(), 1u);
+  EXPECT_EQ(chart["data"][0]["name"], "s");
+  EXPECT_EQ(chart["data"][0]["rows"], 4);
+  EXPECT_EQ(chart["data"][0]["variables"][1]["name"], "Y");
+  ASSERT_EQ(chart["data"][0]["variables"][1]["values"].size(), 4u);
+  EXPECT_EQ(chart["data"][0]["variables"][1]["values"][3], 310.75);
+  // The drawing is for the HTML report only.
+  EXPECT_FALSE(chart.contains("svg"));
   EXPECT_EQ(command["items"][4]["level"], "warning");
   EXPECT_EQ(command["items"][5]["level"], "error");
 }
 
-TEST(OmJsonRenderTest, MalformedTextAndPayloadDoNotBreak) {
+TEST(OmJsonRenderTest, MalformedTextAndChartsWithoutMarkupDoNotBreak) {
   OmDocument doc;
   doc.fRoot.AddMessage(OmMessage::WARNING, "bad \xff byte");
   OmChart& chart = doc.fRoot.AddChart();
-  chart.fPayload = "{not json";
-  doc.fRoot.AddChart();
+  chart.fMarkup = "<chart>\xff</chart>";
+  OmChartData::Source source;
+  source.fName = "s";
+  source.fRowCount = 3;
+  OmChartData::Variable variable;
+  variable.fName = "v";
+  variable.fCells[0].fbText = true;
+  variable.fCells[0].fText = "t\xff";
+  variable.fCells[2].fNumber = std::numeric_limits<double>::infinity();
+  source.fvVariables.push_back(variable);
+  chart.fData.fvSources.push_back(source);
+  OmChart& picture = doc.fRoot.AddChart();
+  picture.fbHidden = true;
   const Json out = Rendered(doc);
   EXPECT_EQ(out["items"][0]["text"], "bad \xef\xbf\xbd byte");
-  EXPECT_EQ(out["items"][1]["payload"], "{not json");
-  EXPECT_TRUE(out["items"][2]["payload"].is_null());
+  EXPECT_EQ(out["items"][1]["markup"], "<chart>\xef\xbf\xbd</chart>");
+  const Json& values = out["items"][1]["data"][0]["variables"][0]["values"];
+  ASSERT_EQ(values.size(), 3u);
+  EXPECT_EQ(values[0], "t\xef\xbf\xbd");
+  EXPECT_TRUE(values[1].is_null());  // never written
+  EXPECT_TRUE(values[2].is_null());  // not finite
+  // A static picture keeps no markup and no data.
+  EXPECT_TRUE(out["items"][2]["markup"].is_null());
+  EXPECT_TRUE(out["items"][2]["data"].empty());
+  EXPECT_EQ(out["items"][2]["hidden"], true);
 }

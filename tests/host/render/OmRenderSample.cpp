@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "host/viz/XChartRenderer.h"
+
 namespace {
 
 OmDimension MakeDimension(const std::string& name, OmDimension::Place place, bool showName,
@@ -182,6 +184,38 @@ void AddCorrelationTable(OmHeading& heading) {
   }
 }
 
+// A small chart, drawn by the chart library from markup and data.
+void AddChart(OmHeading& heading) {
+  OmChart& chart = heading.AddChart();
+  chart.fTitle = "Predicted by Observed";
+  chart.fKind = "GLMMPredictedByObserved";
+  chart.fMarkup =
+      "<chart kind=\"GLMMPredictedByObserved\" width=\"360\" height=\"260\">"
+      "<data><variable source=\"s\" name=\"X\" label=\"Observed\"/>"
+      "<variable source=\"s\" name=\"Y\" label=\"Predicted\"/></data>"
+      "<title><text>Predicted by Observed</text></title>"
+      "<graph><point x=\"X\" y=\"Y\"><tooltip><field variable=\"X\"/><field variable=\"Y\"/></tooltip></point>"
+      "<lineGuide slope=\"1\" intercept=\"0\"/></graph></chart>";
+  OmChartData::Source source;
+  source.fName = "s";
+  source.fRowCount = 4;
+  const double observed[] = {210.5, 245.0, 280.25, 301.0};
+  const double predicted[] = {220.0, 239.5, 275.0, 310.75};
+  for (const char* name : {"X", "Y"}) {
+    OmChartData::Variable variable;
+    variable.fName = name;
+    for (long row = 0; row < 4; ++row) {
+      OmChartData::Cell cell;
+      cell.fNumber = name[0] == 'X' ? observed[row] : predicted[row];
+      variable.fCells[row] = cell;
+    }
+    source.fvVariables.push_back(variable);
+  }
+  chart.fData.fvSources.push_back(source);
+  XMarkupError error;
+  XChartRenderer::Render(chart.fMarkup, chart.fData, chart.fSvg, error);
+}
+
 }  // namespace
 
 OmDimensionNode OmRenderSample::Category(const std::string& label, std::vector<int> footnotes) {
@@ -242,9 +276,6 @@ OmDocument OmRenderSample::Build() {
                      "cannot be ascertained.");
   command.AddMessage(OmMessage::ERROR, "Split Sex = Male: the model could not be fitted because the <Subject> "
                                        "field has fewer than 2 levels & no repeated measures.");
-  OmChart& chart = command.AddChart();
-  chart.fTitle = "Predicted by Observed";
-  chart.fKind = "GLMMPredictedByObserved";
-  chart.fPayload = "{\"points\": 180}";
+  AddChart(command);
   return doc;
 }

@@ -196,11 +196,13 @@ TEST(OmTextRendererTest, MessagesCarryTheirLevelAndWrapUnderIt) {
   EXPECT_EQ(renderer.RenderMessage(m).rfind("Note: ", 0), 0u);
 }
 
-TEST(OmTextRendererTest, ChartIsItsTitleAndKind) {
+TEST(OmTextRendererTest, ChartIsItsTitleAndANoteOnTheHtmlReport) {
   OmChart chart;
   chart.fTitle = "Fixed Effects";
-  chart.fKind = "GLMMFixedEffects";
-  EXPECT_EQ(OmTextRenderer().RenderChart(chart), "Fixed Effects\n[chart: GLMMFixedEffects]\n");
+  chart.fKind = "GLMMFixedCoefficients";
+  EXPECT_EQ(OmTextRenderer().RenderChart(chart), "Fixed Effects\n[Chart: drawn in the HTML report]\n");
+  chart.fbHidden = true;
+  EXPECT_EQ(OmTextRenderer().RenderChart(chart), "");
 }
 
 TEST(OmTextRendererTest, FrontEndTextStandsAsItCame) {

@@ -17,19 +17,6 @@
 #include "host/viz/XViZTemplate.h"
 #include "host/viz/ZorvJVM.h"
 
-namespace {
-
-template <typename F>
-std::string LogicErrorOf(F f) {
-  try {
-    f();
-  } catch (const std::logic_error& e) {
-    return e.what();
-  }
-  return "returned";
-}
-
-}  // namespace
 
 TEST(VarDataProcessor, HoldsSourcesVariablesAndCellsByRow) {
   VarDataProcessor data;
@@ -117,12 +104,6 @@ TEST(VarDataProcessor, RefusesWhatWasNotDeclared) {
   EXPECT_EQ(data.FindDataSource("none"), -1);
 }
 
-TEST(VarDataProcessor, SerializingIsNotAvailableYet) {
-  VarDataProcessor data;
-  long length = 0;
-  EXPECT_EQ(LogicErrorOf([&] { data.GetDataStream(length); }),
-            "VarDataProcessor::GetDataStream: not implemented yet");
-}
 
 TEST(XViZTemplate, RecordsItsNameBindingsAndLabels) {
   XViZTemplate chart;
@@ -153,11 +134,6 @@ TEST(XViZTemplate, RecordsItsNameBindingsAndLabels) {
   ASSERT_EQ(chart.getLabels().size(), 1u);
   EXPECT_EQ(chart.getLabels()[0].fPosition, 0);
   EXPECT_EQ(chart.getLabels()[0].fText, "Means of score");
-
-  std::string document = "untouched";
-  std::string other;
-  EXPECT_EQ(LogicErrorOf([&] { chart.convert(document, other); }), "XViZTemplate::convert: not implemented yet");
-  EXPECT_EQ(document, "untouched");
 }
 
 TEST(XDocument, HoldsItsTextDescriptionEditorAndData) {
@@ -175,14 +151,6 @@ TEST(XDocument, HoldsItsTextDescriptionEditorAndData) {
   EXPECT_EQ(doc.GetChartData(), &data);
 }
 
-TEST(XDocument, OperationsOfTheChartLibraryAreNotAvailableYet) {
-  XDocument doc("<chart/>");
-  EXPECT_EQ(LogicErrorOf([&] { doc.setLanguage(); }), "XDocument::setLanguage: not implemented yet");
-  EXPECT_EQ(LogicErrorOf([&] { doc.getExternalGraph(); }), "XDocument::getExternalGraph: not implemented yet");
-  EXPECT_EQ(LogicErrorOf([&] { doc.applyCTemplate(false); }), "XDocument::applyCTemplate: not implemented yet");
-  EXPECT_EQ(LogicErrorOf([&] { doc.applyStyleTemplate(); }), "XDocument::applyStyleTemplate: not implemented yet");
-  EXPECT_EQ(LogicErrorOf([&] { doc.SendChart(true, false, false); }), "XDocument::SendChart: not implemented yet");
-}
 
 TEST(XGraph, FindsVariablesByNameAndInstance) {
   XGraph graph;
@@ -277,29 +245,7 @@ TEST(FetchFile, RaisesAnErrorNamingAFileThatCannotBeRead) {
   }
 }
 
-TEST(ZorvJVM, IsOneInstanceThatIsNotStartedAndCannotStartYet) {
-  ZorvJVM* machine = ZorvJVM::GetInstance();
-  ASSERT_NE(machine, nullptr);
-  EXPECT_EQ(machine, ZorvJVM::GetInstance());
-  EXPECT_FALSE(machine->IsStarted());
-  void* env = nullptr;
-  EXPECT_EQ(LogicErrorOf([&] { machine->StartJVM(); }), "ZorvJVM::StartJVM: not implemented yet");
-  EXPECT_EQ(LogicErrorOf([&] { machine->AttachCurrentThread(&env); }),
-            "ZorvJVM::AttachCurrentThread: not implemented yet");
-  EXPECT_EQ(LogicErrorOf([&] { machine->GetEnv(); }), "ZorvJVM::GetEnv: not implemented yet");
-  EXPECT_FALSE(machine->IsStarted());
-}
 
-TEST(ViZEditor, IsOneInstanceThatIsNotStartedAndCannotEmbedYet) {
-  ViZEditor* editor = ViZEditor::GetInstance();
-  ASSERT_NE(editor, nullptr);
-  EXPECT_EQ(editor, ViZEditor::GetInstance());
-  EXPECT_FALSE(editor->IsStartedHeadless());
-  EXPECT_EQ(LogicErrorOf([&] { editor->StartEditorHeadless(nullptr); }),
-            "ViZEditor::StartEditorHeadless: not implemented yet");
-  EXPECT_EQ(LogicErrorOf([&] { editor->EmbedHistogramInGraph("<a/>", "<b/>", nullptr, 0, 2); }),
-            "ViZEditor::EmbedHistogramInGraph: not implemented yet");
-}
 
 TEST(JNIException, CarriesItsMessageAndIsARuntimeError) {
   try {
