@@ -31,6 +31,8 @@ BpHeadingState* BpHeadingState::Innermost() {
   return live.empty() ? nullptr : live.back();
 }
 
+const std::vector<BpHeadingState*>& BpHeadingState::Live() { return LiveHeadings(); }
+
 BpTextContext BpHeadingState::GetContext(bool bSecond) const {
   return BpTextContext(fpProcedure ? &fpProcedure->GetDictionary() : nullptr, bSecond);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "host/output/BpHandle.h"
 #include "host/output/BpTextContext.h"
 
@@ -23,6 +25,8 @@ class BpHeadingState : public BpHandle::Body {
   // output that names no heading of its own (a chart) goes. A procedure is a
   // heading too. Null when no heading is alive.
   static BpHeadingState* Innermost();
+  // Every heading whose handles are not all gone, in the order made.
+  static const std::vector<BpHeadingState*>& Live();
 
  protected:
   // For the procedure itself, which is its own procedure.

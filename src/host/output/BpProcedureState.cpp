@@ -1,18 +1,6 @@
 #include "host/output/BpProcedureState.h"
 
-#include <algorithm>
-#include <vector>
-
 #include "host/output/OmDocument.h"
-
-namespace {
-
-std::vector<BpProcedureState*>& LiveProcedures() {
-  static std::vector<BpProcedureState*> live;
-  return live;
-}
-
-}  // namespace
 
 BpProcedureState::BpProcedureState(OmHeading* pHeading, const std::string& title, const std::string& stringTable,
                                    const std::string& directory)
@@ -23,15 +11,15 @@ BpProcedureState::BpProcedureState(OmHeading* pHeading, const std::string& title
       fNotes(pHeading) {
   SetProcedure(this);
   fDictionary.SetProcedure(stringTable);
-  LiveProcedures().push_back(this);
 }
 
-BpProcedureState::~BpProcedureState() {
-  auto& live = LiveProcedures();
-  live.erase(std::remove(live.begin(), live.end(), this), live.end());
-}
+BpProcedureState::~BpProcedureState() = default;
 
 BpProcedureState* BpProcedureState::Current() {
-  auto& live = LiveProcedures();
-  return live.empty() ? nullptr : live.back();
+  // The live headings hold the live procedures, in the order made.
+  const std::vector<BpHeadingState*>& live = BpHeadingState::Live();
+  for (auto it = live.rbegin(); it != live.rend(); ++it) {
+    if (auto* procedure = dynamic_cast<BpProcedureState*>(*it)) return procedure;
+  }
+  return nullptr;
 }

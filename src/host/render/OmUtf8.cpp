@@ -80,3 +80,32 @@ std::string OmUtf8::Sanitize(const std::string& text) {
   }
   return out;
 }
+
+char32_t OmUtf8::CodePoint(const std::string& text, std::size_t pos) {
+  const int length = SequenceLength(text, pos);
+  if (length == 0) return 0xFFFD;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data() + pos);
+  if (length == 1) return bytes[0];
+  char32_t code = bytes[0] & (0x7F >> length);
+  for (int i = 1; i < length; ++i) code = (code << 6) | (bytes[i] & 0x3F);
+  return code;
+}
+
+void OmUtf8::Append(std::string& out, char32_t code) {
+  if (code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) code = 0xFFFD;
+  if (code < 0x80) {
+    out += static_cast<char>(code);
+  } else if (code < 0x800) {
+    out += static_cast<char>(0xC0 | (code >> 6));
+    out += static_cast<char>(0x80 | (code & 0x3F));
+  } else if (code < 0x10000) {
+    out += static_cast<char>(0xE0 | (code >> 12));
+    out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (code & 0x3F));
+  } else {
+    out += static_cast<char>(0xF0 | (code >> 18));
+    out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+    out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (code & 0x3F));
+  }
+}

@@ -10,20 +10,6 @@ namespace {
 
 const char* const kShapes[] = {"circle", "square", "triangle", "diamond"};
 
-double Pixels(const XMarkupNode* node, const char* name, double fallback) {
-  if (node == nullptr) return fallback;
-  std::string text = node->Attribute(name);
-  if (text.size() > 2 && text.compare(text.size() - 2, 2, "px") == 0) text.resize(text.size() - 2);
-  double value = fallback;
-  return XNumber::Parse(text, value) ? value : fallback;
-}
-
-std::vector<long> AllRows(const XChartColumn& column) {
-  std::vector<long> rows(static_cast<std::size_t>(column.GetRowCount()));
-  for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = static_cast<long>(i);
-  return rows;
-}
-
 bool Matches(const XChartColumn& column, const XChartValue& value, const std::string& text) {
   double a = 0.0;
   double b = 0.0;
@@ -51,49 +37,35 @@ void XChartAesthetics::AddLegend(const XChartLayer::Aesthetic& aesthetic, const 
   fvLegend.push_back(section);
 }
 
-void XChartAesthetics::AddColor(const XChartLayer& layer) {
-  const XChartColumn* column = layer.fColor.fpColumn;
-  if (fColors.count(column)) return;
-  Categorical& scale = fColors[column];
+void XChartAesthetics::AddCategorical(const XChartLayer::Aesthetic& aesthetic, LegendSection::Kind kind) {
+  const XChartColumn* column = aesthetic.fpColumn;
+  std::map<const XChartColumn*, Categorical>& scales = kind == LegendSection::COLOR ? fColors : fShapes;
+  if (scales.count(column)) return;
+  Categorical& scale = scales[column];
   LegendSection section;
-  section.fKind = LegendSection::COLOR;
+  section.fKind = kind;
   section.fTitle = column->GetTitle();
   std::size_t next = 0;
-  for (const XChartValue& value : column->Categories(AllRows(*column))) {
-    std::string color;
-    for (const XMarkupNode* map : layer.fColor.fpNode->Children("map")) {
-      if (Matches(*column, value, map->Attribute("value"))) color = XChartLook::ColorValue(map->Attribute("color"));
+  for (const XChartValue& value : column->Categories()) {
+    LegendEntry entry;
+    entry.fLabel = column->Display(value);
+    if (kind == LegendSection::COLOR) {
+      for (const XMarkupNode* map : aesthetic.fpNode->Children("map")) {
+        if (Matches(*column, value, map->Attribute("value")))
+          entry.fColor = XChartLook::ColorValue(map->Attribute("color"));
+      }
+      if (entry.fColor.empty()) entry.fColor = fvPalette[next++ % fvPalette.size()];
+      entry.fShape = "square";
+      scale.fByKey[value.Key()] = entry.fColor;
+    } else {
+      entry.fColor = XChartLook::kInk;
+      entry.fShape = kShapes[next++ % 4];
+      entry.fRadius = 4.5;
+      scale.fByKey[value.Key()] = entry.fShape;
     }
-    if (color.empty()) color = fvPalette[next++ % fvPalette.size()];
-    scale.fByKey[value.Key()] = color;
-    LegendEntry entry;
-    entry.fLabel = column->Display(value);
-    entry.fColor = color;
-    entry.fShape = "square";
     section.fvEntries.push_back(entry);
   }
-  AddLegend(layer.fColor, section);
-}
-
-void XChartAesthetics::AddShape(const XChartLayer& layer) {
-  const XChartColumn* column = layer.fShape.fpColumn;
-  if (fShapes.count(column)) return;
-  Categorical& scale = fShapes[column];
-  LegendSection section;
-  section.fKind = LegendSection::SHAPE;
-  section.fTitle = column->GetTitle();
-  std::size_t next = 0;
-  for (const XChartValue& value : column->Categories(AllRows(*column))) {
-    const std::string shape = kShapes[next++ % 4];
-    scale.fByKey[value.Key()] = shape;
-    LegendEntry entry;
-    entry.fLabel = column->Display(value);
-    entry.fColor = XChartLook::kInk;
-    entry.fShape = shape;
-    entry.fRadius = 4.5;
-    section.fvEntries.push_back(entry);
-  }
-  AddLegend(layer.fShape, section);
+  AddLegend(aesthetic, section);
 }
 
 void XChartAesthetics::AddNumeric(const XChartLayer::Aesthetic& aesthetic, LegendSection::Kind kind, double from,
@@ -138,18 +110,18 @@ void XChartAesthetics::AddNumeric(const XChartLayer::Aesthetic& aesthetic, Legen
 void XChartAesthetics::Build(const std::vector<XChartLayer>& layers, const std::vector<std::string>& palette) {
   fvPalette = palette.empty() ? XChartLook::Palette() : palette;
   for (const XChartLayer& layer : layers) {
-    if (layer.fColor.IsSet()) AddColor(layer);
-    if (layer.fShape.IsSet()) AddShape(layer);
+    if (layer.fColor.IsSet()) AddCategorical(layer.fColor, LegendSection::COLOR);
+    if (layer.fShape.IsSet()) AddCategorical(layer.fShape, LegendSection::SHAPE);
     if (layer.fSize.IsSet()) {
-      AddNumeric(layer.fSize, LegendSection::SIZE, Pixels(layer.fSize.fpNode, "min", 3.0),
-                 Pixels(layer.fSize.fpNode, "max", 9.0), BaseColor(layer));
+      AddNumeric(layer.fSize, LegendSection::SIZE, XMarkupNode::LengthOf(layer.fSize.fpNode, "min", 3.0),
+                 XMarkupNode::LengthOf(layer.fSize.fpNode, "max", 9.0), BaseColor(layer));
     }
     if (layer.fTransparency.IsSet()) {
       AddNumeric(layer.fTransparency, LegendSection::TRANSPARENCY, 0.25, 1.0, BaseColor(layer));
     }
     if (layer.fWidth.IsSet()) {
-      AddNumeric(layer.fWidth, LegendSection::WIDTH, Pixels(layer.fWidth.fpNode, "widthFrom", 1.0),
-                 Pixels(layer.fWidth.fpNode, "widthTo", 6.0), BaseColor(layer));
+      AddNumeric(layer.fWidth, LegendSection::WIDTH, XMarkupNode::LengthOf(layer.fWidth.fpNode, "widthFrom", 1.0),
+                 XMarkupNode::LengthOf(layer.fWidth.fpNode, "widthTo", 6.0), BaseColor(layer));
     }
   }
 }
@@ -204,7 +176,7 @@ double XChartAesthetics::Alpha(const XChartLayer& layer, const XChartMark& mark)
 }
 
 double XChartAesthetics::StrokeWidth(const XChartLayer& layer, const XChartMark& mark, double base) const {
-  if (layer.fpStyle != nullptr) base = Pixels(layer.fpStyle, "stroke-width", base);
+  if (layer.fpStyle != nullptr) base = XMarkupNode::LengthOf(layer.fpStyle, "stroke-width", base);
   if (!layer.fWidth.IsSet() || !std::isfinite(mark.fWidth)) return base;
   auto scale = fNumbers.find(layer.fWidth.fpColumn);
   return scale == fNumbers.end() ? base : scale->second.Map(mark.fWidth);

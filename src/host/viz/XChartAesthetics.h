@@ -55,8 +55,8 @@ class XChartAesthetics {
     double Map(double value) const;
   };
 
-  void AddColor(const XChartLayer& layer);
-  void AddShape(const XChartLayer& layer);
+  // A colour or a shape per category.
+  void AddCategorical(const XChartLayer::Aesthetic& aesthetic, LegendSection::Kind kind);
   void AddNumeric(const XChartLayer::Aesthetic& aesthetic, LegendSection::Kind kind, double from, double to,
                   const std::string& color);
   void AddLegend(const XChartLayer::Aesthetic& aesthetic, const LegendSection& section);

@@ -59,9 +59,7 @@ XChartAxis::XChartAxis(const std::string& dimension, const XMarkupNode* coordina
   fbTicks = fpNode->Attribute("ticks", "auto") != "none";
   fLabelAngle = fpNode->Attribute("labelAngle", "auto");
   fSameAs = fpNode->Attribute("sameAs");
-  std::string margin = fpNode->Attribute("margin");
-  if (margin.size() > 2 && margin.compare(margin.size() - 2, 2, "px") == 0) margin.resize(margin.size() - 2);
-  XNumber::Parse(margin, fMargin);
+  fMargin = fpNode->Length("margin", 0.0);
   if (fpNode->FirstChild("title") != nullptr) fTitle = XChartText::Of(fpNode->FirstChild("title"));
 }
 
@@ -81,9 +79,7 @@ void XChartAxis::Collect(const std::vector<XChartLayer>& layers, const std::vect
     fbUsed = true;
     if (column->IsCategorical() && layer.fpBin == nullptr && layer.fpDistribution == nullptr) {
       fbCategorical = true;
-      std::vector<long> rows(static_cast<std::size_t>(column->GetRowCount()));
-      for (std::size_t r = 0; r < rows.size(); ++r) rows[r] = static_cast<long>(r);
-      for (const XChartValue& value : column->Categories(rows)) {
+      for (const XChartValue& value : column->Categories()) {
         if (!seen.insert(value.Key()).second) continue;
         fvKeys.push_back(value.Key());
         fvLabels.push_back(column->Display(value));
@@ -208,14 +204,16 @@ void XChartAxis::LayoutLabels(double length, double fontSize, double maxLabel) {
       double need = XTextMetrics::LineHeight(fontSize);
       if (x) {
         need = 0.0;
-        for (double value : values) need = std::max(need, XTextMetrics::Width(NumberLabel(value, values[1] - values[0]), fontSize));
+        for (double value : values)
+          need = std::max(need, XTextMetrics::Width(NumberLabel(value, values[1] - values[0]), fontSize));
         need += 8.0;
       }
       if (spacing >= need) break;
     }
     const std::vector<double> values = fLinear.Ticks(fTickCount);
     const double step = values.size() > 1 ? values[1] - values[0] : fLinear.TickStep(fTickCount);
-    for (double value : values) fLabelWidest = std::max(fLabelWidest, XTextMetrics::Width(NumberLabel(value, step), fontSize));
+    for (double value : values)
+      fLabelWidest = std::max(fLabelWidest, XTextMetrics::Width(NumberLabel(value, step), fontSize));
     return;
   }
   const int n = std::max(1, static_cast<int>(fvLabels.size()));
@@ -324,12 +322,18 @@ void XChartAxis::Draw(XSvgWriter& svg, const XChartRect& panel, bool bLabels, do
   svg.Open("g", {{"class", std::string("axis ") + fDimension}, {"stroke-linecap", "square"}});
   const double base = x ? panel.Bottom() : panel.fX;
   if (x) {
-    svg.Element("line", {{"class", "axis-line"}, {"x1", XSvgWriter::Num(panel.fX)}, {"y1", XSvgWriter::Num(base)},
-                         {"x2", XSvgWriter::Num(panel.Right())}, {"y2", XSvgWriter::Num(base)},
+    svg.Element("line", {{"class", "axis-line"},
+                         {"x1", XSvgWriter::Num(panel.fX)},
+                         {"y1", XSvgWriter::Num(base)},
+                         {"x2", XSvgWriter::Num(panel.Right())},
+                         {"y2", XSvgWriter::Num(base)},
                          {"stroke", XChartLook::kInk}});
   } else {
-    svg.Element("line", {{"class", "axis-line"}, {"x1", XSvgWriter::Num(base)}, {"y1", XSvgWriter::Num(panel.fY)},
-                         {"x2", XSvgWriter::Num(base)}, {"y2", XSvgWriter::Num(panel.Bottom())},
+    svg.Element("line", {{"class", "axis-line"},
+                         {"x1", XSvgWriter::Num(base)},
+                         {"y1", XSvgWriter::Num(panel.fY)},
+                         {"x2", XSvgWriter::Num(base)},
+                         {"y2", XSvgWriter::Num(panel.Bottom())},
                          {"stroke", XChartLook::kInk}});
   }
   if (fbTicks) {
@@ -339,10 +343,16 @@ void XChartAxis::Draw(XSvgWriter& svg, const XChartRect& panel, bool bLabels, do
       const Tick& tick = ticks[i];
       const std::string p = XSvgWriter::Num(tick.fPixel);
       if (x) {
-        svg.Element("line", {{"x1", p}, {"y1", XSvgWriter::Num(base)}, {"x2", p}, {"y2", XSvgWriter::Num(base + kTick)},
+        svg.Element("line", {{"x1", p},
+                             {"y1", XSvgWriter::Num(base)},
+                             {"x2", p},
+                             {"y2", XSvgWriter::Num(base + kTick)},
                              {"stroke", XChartLook::kInk}});
       } else {
-        svg.Element("line", {{"x1", XSvgWriter::Num(base - kTick)}, {"y1", p}, {"x2", XSvgWriter::Num(base)}, {"y2", p},
+        svg.Element("line", {{"x1", XSvgWriter::Num(base - kTick)},
+                             {"y1", p},
+                             {"x2", XSvgWriter::Num(base)},
+                             {"y2", p},
                              {"stroke", XChartLook::kInk}});
       }
       if (!bLabels || tick.fvLines.empty()) continue;
@@ -365,13 +375,17 @@ void XChartAxis::Draw(XSvgWriter& svg, const XChartRect& panel, bool bLabels, do
           break;
         case SLANTED:
           svg.Text(tick.fPixel, top + fontSize * 0.7, tick.fvLines, lineHeight,
-                   {{"class", "tick-label"}, {"text-anchor", "end"}, {"fill", XChartLook::kInk},
+                   {{"class", "tick-label"},
+                    {"text-anchor", "end"},
+                    {"fill", XChartLook::kInk},
                     {"transform", "rotate(-45 " + p + " " + XSvgWriter::Num(top) + ")"}},
                    tooltip);
           break;
         case VERTICAL:
           svg.Text(tick.fPixel + fontSize * 0.35, top, tick.fvLines, lineHeight,
-                   {{"class", "tick-label"}, {"text-anchor", "end"}, {"fill", XChartLook::kInk},
+                   {{"class", "tick-label"},
+                    {"text-anchor", "end"},
+                    {"fill", XChartLook::kInk},
                     {"transform", "rotate(-90 " + XSvgWriter::Num(tick.fPixel + fontSize * 0.35) + " " +
                                       XSvgWriter::Num(top) + ")"}},
                    tooltip);

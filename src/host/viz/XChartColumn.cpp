@@ -60,9 +60,9 @@ std::string XChartColumn::Display(const XChartValue& value) const {
   const bool numeric = value.AsNumber(number);
   for (const Relabel& relabel : fvRelabels) {
     double key = 0.0;
-    const bool same = (numeric && XNumber::Parse(relabel.fValue, key)) ? key == number
-                                                                         : XChartValue::Text(relabel.fValue).fText ==
-                                                                               value.fText;
+    const bool same = (numeric && XNumber::Parse(relabel.fValue, key))
+                          ? key == number
+                          : XChartValue::Text(relabel.fValue).fText == value.fText;
     if (same) return relabel.fLabel;
   }
   if (value.fKind == XChartValue::TEXT) return XChartText::Decode(value.fText);
@@ -75,24 +75,20 @@ std::string XChartColumn::Display(const XChartValue& value) const {
   return XNumber::General(value.fNumber);
 }
 
-std::vector<XChartValue> XChartColumn::Categories(const std::vector<long>& rows) const {
+std::vector<XChartValue> XChartColumn::Categories() const {
   std::vector<XChartValue> out;
   std::set<std::string> seen;
-  for (long row : rows) {
-    const XChartValue& value = At(row);
+  for (const XChartValue& value : fvValues) {
     if (value.IsEmpty() || !seen.insert(value.Key()).second) continue;
     out.push_back(value);
   }
-  if (fbSortByValue) {
-    std::stable_sort(out.begin(), out.end(), [](const XChartValue& a, const XChartValue& b) {
-      double x = 0.0;
-      double y = 0.0;
-      const bool an = a.AsNumber(x);
-      const bool bn = b.AsNumber(y);
-      if (an != bn) return an;
-      if (an) return x < y;
-      return a.fText < b.fText;
-    });
-  }
+  if (fbSortByValue) std::stable_sort(out.begin(), out.end(), XChartValue::Before);
   return out;
+}
+
+bool XChartColumn::HasEmpty() const {
+  for (const XChartValue& value : fvValues) {
+    if (value.IsEmpty()) return true;
+  }
+  return false;
 }

@@ -43,10 +43,12 @@ class XChartColumn {
   // What a value shows: its relabel, else the number in the variable's
   // format (six significant digits without one), else the text.
   std::string Display(const XChartValue& value) const;
-  // The distinct values of the given rows, in the variable's order: as the
-  // rows first show them, or by value (numbers ascending, then texts) when
-  // it sorts by value.
-  std::vector<XChartValue> Categories(const std::vector<long>& rows) const;
+  // The distinct values of its rows, empty ones aside, in the variable's
+  // order: as the rows first show them, or by value (XChartValue::Before)
+  // when it sorts by value.
+  std::vector<XChartValue> Categories() const;
+  // Whether some row is empty.
+  bool HasEmpty() const;
 
  private:
   const XMarkupNode* fpDeclaration;

@@ -15,12 +15,9 @@ const double kEntryGap = 4.0;
 const double kSectionGap = 8.0;
 
 double StyleSize(const XMarkupNode* holder, double fallback) {
-  const XMarkupNode* style = holder != nullptr ? holder->FirstChild("style") : nullptr;
-  if (style == nullptr) return fallback;
-  std::string text = style->Attribute("font-size");
-  if (text.size() > 2 && text.compare(text.size() - 2, 2, "px") == 0) text.resize(text.size() - 2);
-  double size = fallback;
-  return XNumber::Parse(text, size) && size > 0 ? size : fallback;
+  const double size =
+      XMarkupNode::LengthOf(holder != nullptr ? holder->FirstChild("style") : nullptr, "font-size", fallback);
+  return size > 0 ? size : fallback;
 }
 
 }  // namespace
@@ -104,7 +101,8 @@ double XChartFrame::GetLegendHeight() const {
   for (std::size_t s = 0; s < fvLegend.size(); ++s) {
     if (s > 0 || !fvLegendTitleLines.empty()) height += kSectionGap;
     height += line * static_cast<double>(fvSectionTitleLines[s].size());
-    for (const auto& lines : fvEntryLines[s]) height += std::max(kSwatch, line * static_cast<double>(lines.size())) + kEntryGap;
+    for (const auto& lines : fvEntryLines[s])
+      height += std::max(kSwatch, line * static_cast<double>(lines.size())) + kEntryGap;
   }
   return height;
 }
@@ -157,17 +155,25 @@ void XChartFrame::DrawLegend(XSvgWriter& svg, double x, double y) const {
       const auto& lines = fvEntryLines[s][e];
       const double cy = y + kSwatch / 2.0;
       if (entry.fShape == "line") {
-        svg.Element("line", {{"x1", XSvgWriter::Num(x)}, {"y1", XSvgWriter::Num(cy)}, {"x2", XSvgWriter::Num(x + kSwatch)},
-                             {"y2", XSvgWriter::Num(cy)}, {"stroke", entry.fColor},
+        svg.Element("line", {{"x1", XSvgWriter::Num(x)},
+                             {"y1", XSvgWriter::Num(cy)},
+                             {"x2", XSvgWriter::Num(x + kSwatch)},
+                             {"y2", XSvgWriter::Num(cy)},
+                             {"stroke", entry.fColor},
                              {"stroke-width", XSvgWriter::Num(entry.fWidth)}});
       } else if (entry.fShape == "circle" || entry.fShape == "triangle" || entry.fShape == "diamond") {
         const double r = entry.fRadius > 0 ? std::min(entry.fRadius, kSwatch / 2.0) : kSwatch / 2.5;
-        svg.Element("circle", {{"cx", XSvgWriter::Num(x + kSwatch / 2.0)}, {"cy", XSvgWriter::Num(cy)},
-                               {"r", XSvgWriter::Num(r)}, {"fill", entry.fColor},
+        svg.Element("circle", {{"cx", XSvgWriter::Num(x + kSwatch / 2.0)},
+                               {"cy", XSvgWriter::Num(cy)},
+                               {"r", XSvgWriter::Num(r)},
+                               {"fill", entry.fColor},
                                {"fill-opacity", XSvgWriter::Num(entry.fAlpha)}});
       } else {
-        svg.Element("rect", {{"x", XSvgWriter::Num(x)}, {"y", XSvgWriter::Num(y)}, {"width", XSvgWriter::Num(kSwatch)},
-                             {"height", XSvgWriter::Num(kSwatch)}, {"fill", entry.fColor},
+        svg.Element("rect", {{"x", XSvgWriter::Num(x)},
+                             {"y", XSvgWriter::Num(y)},
+                             {"width", XSvgWriter::Num(kSwatch)},
+                             {"height", XSvgWriter::Num(kSwatch)},
+                             {"fill", entry.fColor},
                              {"fill-opacity", XSvgWriter::Num(entry.fAlpha)}});
       }
       svg.Text(x + kSwatch + kSwatchGap, y + fFontSize * 0.85, lines, line,

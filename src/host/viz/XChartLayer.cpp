@@ -7,13 +7,6 @@ namespace {
 
 const char* const kMarkNames[] = {"point", "line", "interval", "area", "edge", "node"};
 
-bool Fail(const XMarkupNode& node, const std::string& message, XMarkupError& error) {
-  error.fMessage = message;
-  error.fLine = node.fLine;
-  error.fColumn = node.fColumn;
-  return false;
-}
-
 // Whether the markup lets an aesthetic of that name stand inside the mark.
 bool Accepts(const std::string& aesthetic, const std::string& mark) {
   const XChartSchema::ElementRule* rule = XChartSchema::Find(aesthetic);
@@ -40,10 +33,10 @@ bool XChartLayer::Resolve(const XMarkupNode& holder, const std::string& attribut
   if (reference == nullptr) return true;
   out = table.Resolve(*reference, fSource);
   if (out != nullptr) return true;
-  return Fail(holder,
-              "<" + holder.fName + "> names the variable \"" + *reference + "\" in its " + attribute +
-                  ", which the data source \"" + fSource + "\" does not declare",
-              error);
+  return XMarkupError::Fail(holder,
+                            "<" + holder.fName + "> names the variable \"" + *reference + "\" in its " + attribute +
+                                ", which the data source \"" + fSource + "\" does not declare",
+                            error);
 }
 
 bool XChartLayer::ResolveAesthetic(const XMarkupNode* node, const XChartTable& table, bool fromGraph, Aesthetic& out,
@@ -89,8 +82,8 @@ bool XChartLayer::Build(const XMarkupNode& element, const XMarkupNode& graph, co
     const char* fName;
     Aesthetic* fpOut;
   };
-  const Slot slots[] = {{"color", &fColor}, {"shape", &fShape}, {"size", &fSize},
-                        {"transparency", &fTransparency}, {"width", &fWidth}};
+  const Slot slots[] = {
+      {"color", &fColor}, {"shape", &fShape}, {"size", &fSize}, {"transparency", &fTransparency}, {"width", &fWidth}};
   for (const Slot& slot : slots) {
     if (!ResolveAesthetic(element.FirstChild(slot.fName), table, false, *slot.fpOut, error)) return false;
     if (!slot.fpOut->IsSet() && Accepts(slot.fName, element.fName) &&

@@ -17,9 +17,9 @@ const std::vector<std::string>& XChartLook::Palette() {
 
 std::string XChartLook::ColorValue(const std::string& text) {
   static const std::map<std::string, std::string> names = {
-      {"black", "#000000"}, {"white", "#ffffff"}, {"gray", "#808080"},   {"grey", "#808080"},
-      {"red", "#d1603d"},   {"green", "#4f9a5b"}, {"blue", "#3b6fb6"},   {"orange", "#e08a2c"},
-      {"purple", "#8a5fb0"}, {"teal", "#3aa0a6"}, {"none", "none"}};
+      {"black", "#000000"},  {"white", "#ffffff"}, {"gray", "#808080"}, {"grey", "#808080"},
+      {"red", "#d1603d"},    {"green", "#4f9a5b"}, {"blue", "#3b6fb6"}, {"orange", "#e08a2c"},
+      {"purple", "#8a5fb0"}, {"teal", "#3aa0a6"},  {"none", "none"}};
   auto named = names.find(text);
   if (named != names.end()) return named->second;
   if (text.size() != 4 && text.size() != 7) return std::string();

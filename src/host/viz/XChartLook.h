@@ -16,8 +16,8 @@ class XChartLook {
   // no wider, so text measured for it fits in them too.
   static const char* const kFontFamily;
   static const char* const kBackground;
-  static const char* const kInk;       // text, axes
-  static const char* const kGridInk;   // grid lines, frames
+  static const char* const kInk;      // text, axes
+  static const char* const kGridInk;  // grid lines, frames
   // Categorical colours, in the order categories take them.
   static const std::vector<std::string>& Palette();
 

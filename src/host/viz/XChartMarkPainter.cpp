@@ -12,28 +12,9 @@ namespace {
 
 const double kPi = 3.14159265358979323846;
 
-double Pixels(const XMarkupNode* node, const char* name, double fallback) {
-  if (node == nullptr) return fallback;
-  std::string text = node->Attribute(name);
-  if (text.size() > 2 && text.compare(text.size() - 2, 2, "px") == 0) text.resize(text.size() - 2);
-  double value = fallback;
-  return XNumber::Parse(text, value) && value >= 0 ? value : fallback;
-}
-
 std::string Num(double value) { return XSvgWriter::Num(value); }
 
 bool Finite(double a, double b) { return std::isfinite(a) && std::isfinite(b); }
-
-// Keys of nodes sort as their values: numbers ascending, then texts.
-bool KeyBefore(const XChartValue& a, const XChartValue& b) {
-  double x = 0.0;
-  double y = 0.0;
-  const bool an = a.AsNumber(x);
-  const bool bn = b.AsNumber(y);
-  if (an != bn) return an;
-  if (an) return x < y;
-  return a.fText < b.fText;
-}
 
 }  // namespace
 
@@ -44,11 +25,12 @@ XChartMarkPainter::XChartMarkPainter(const XChartAesthetics& aesthetics, const X
 void XChartMarkPainter::DrawShape(XSvgWriter& svg, const std::string& shape, double x, double y, double r,
                                   XSvgWriter::Attributes attributes, const std::string& tooltip) {
   if (shape == "square") {
-    attributes.insert(attributes.begin(), {{"x", Num(x - r)}, {"y", Num(y - r)}, {"width", Num(2 * r)}, {"height", Num(2 * r)}});
+    attributes.insert(attributes.begin(),
+                      {{"x", Num(x - r)}, {"y", Num(y - r)}, {"width", Num(2 * r)}, {"height", Num(2 * r)}});
     svg.Element("rect", attributes, tooltip);
   } else if (shape == "triangle") {
-    const std::string points = Num(x) + "," + Num(y - r * 1.15) + " " + Num(x + r * 1.1) + "," + Num(y + r * 0.85) + " " +
-                               Num(x - r * 1.1) + "," + Num(y + r * 0.85);
+    const std::string points = Num(x) + "," + Num(y - r * 1.15) + " " + Num(x + r * 1.1) + "," + Num(y + r * 0.85) +
+                               " " + Num(x - r * 1.1) + "," + Num(y + r * 0.85);
     attributes.insert(attributes.begin(), {"points", points});
     svg.Element("polygon", attributes, tooltip);
   } else if (shape == "diamond") {
@@ -65,8 +47,8 @@ void XChartMarkPainter::DrawShape(XSvgWriter& svg, const std::string& shape, dou
 
 void XChartMarkPainter::NodeSize(const XChartLayer& layer, double& width, double& height) {
   const bool box = layer.fMark == "box";
-  width = Pixels(layer.fpNode, "width", box ? 120.0 : 14.0);
-  height = Pixels(layer.fpNode, "height", box ? 80.0 : width);
+  width = XMarkupNode::LengthOf(layer.fpNode, "width", box ? 120.0 : 14.0);
+  height = XMarkupNode::LengthOf(layer.fpNode, "height", box ? 80.0 : width);
 }
 
 std::vector<std::string> XChartMarkPainter::Groups(const std::vector<XChartMark>& marks) const {
@@ -101,15 +83,17 @@ void XChartMarkPainter::PlaceNodes(const XChartLayer& layer, const std::vector<X
     for (const XChartMark* mark : nodes) {
       const double x = fX.Map(mark->fX);
       const double y = fY.Map(mark->fY);
-      if (Finite(x, y)) places[mark->fKey.IsEmpty() ? mark->fX.Key() + "|" + mark->fY.Key() : mark->fKey.Key()] = {x, y, radius};
+      if (Finite(x, y))
+        places[mark->fKey.IsEmpty() ? mark->fX.Key() + "|" + mark->fY.Key() : mark->fKey.Key()] = {x, y, radius};
     }
     return;
   }
   std::stable_sort(nodes.begin(), nodes.end(),
-                   [](const XChartMark* a, const XChartMark* b) { return KeyBefore(a->fKey, b->fKey); });
+                   [](const XChartMark* a, const XChartMark* b) { return XChartValue::Before(a->fKey, b->fKey); });
   double widest = 0.0;
   for (const XChartMark* mark : nodes) {
-    for (const std::string& line : XChartText::Lines(mark->fLabel)) widest = std::max(widest, XTextMetrics::Width(line, fFontSize));
+    for (const std::string& line : XChartText::Lines(mark->fLabel))
+      widest = std::max(widest, XTextMetrics::Width(line, fFontSize));
   }
   const double cx = rect.fX + rect.fWidth / 2.0;
   const double cy = rect.fY + rect.fHeight / 2.0;
@@ -148,7 +132,7 @@ void XChartMarkPainter::DrawMarks(XSvgWriter& svg, const XChartLayer& layer, con
 
 void XChartMarkPainter::DrawPoints(XSvgWriter& svg, const XChartLayer& layer, const std::vector<XChartMark>& marks,
                                    int panel) const {
-  const double base = Pixels(layer.fpNode, "size", 4.0);
+  const double base = XMarkupNode::LengthOf(layer.fpNode, "size", 4.0);
   const std::vector<std::string> groups = Groups(marks);
   svg.Open("g", {{"class", "mark point"}});
   for (const XChartMark& mark : marks) {
@@ -157,8 +141,10 @@ void XChartMarkPainter::DrawPoints(XSvgWriter& svg, const XChartLayer& layer, co
     const double y = fY.Map(mark.fY);
     if (!Finite(x, y)) continue;
     DrawShape(svg, fAesthetics.Shape(layer, mark), x, y, fAesthetics.Radius(layer, mark, base),
-              {{"fill", fAesthetics.Color(layer, mark)}, {"fill-opacity", Num(fAesthetics.Alpha(layer, mark))},
-               {"stroke", "#ffffff"}, {"stroke-width", "0.5"}},
+              {{"fill", fAesthetics.Color(layer, mark)},
+               {"fill-opacity", Num(fAesthetics.Alpha(layer, mark))},
+               {"stroke", "#ffffff"},
+               {"stroke-width", "0.5"}},
               mark.fTooltip);
   }
   svg.Close("g");
@@ -202,8 +188,12 @@ void XChartMarkPainter::DrawLines(XSvgWriter& svg, const XChartLayer& layer, con
     const std::string color = fAesthetics.Color(layer, first);
     const double alpha = fAesthetics.Alpha(layer, first);
     if (bArea) {
-      svg.Element("polygon", {{"points", points + " " + lows}, {"fill", color}, {"fill-opacity", Num(alpha * 0.4)},
-                              {"stroke", color}, {"stroke-width", "1"}},
+      svg.Element("polygon",
+                  {{"points", points + " " + lows},
+                   {"fill", color},
+                   {"fill-opacity", Num(alpha * 0.4)},
+                   {"stroke", color},
+                   {"stroke-width", "1"}},
                   first.fTooltip);
     } else if (count == 1) {
       DrawShape(svg, "circle", fX.Map(first.fX), fY.Map(first.fY), 2.5, {{"fill", color}}, first.fTooltip);
@@ -262,14 +252,23 @@ void XChartMarkPainter::DrawIntervals(XSvgWriter& svg, const XChartLayer& layer,
       const std::string path = "M" + Num(centre) + " " + Num(top) + "V" + Num(bottom) + "M" + Num(centre - cap) + " " +
                                Num(top) + "H" + Num(centre + cap) + "M" + Num(centre - cap) + " " + Num(bottom) + "H" +
                                Num(centre + cap);
-      svg.Element("path", {{"d", path}, {"fill", "none"}, {"stroke", color}, {"stroke-opacity", alpha},
-                           {"stroke-width", Num(fAesthetics.StrokeWidth(layer, mark, 1.5))}},
+      svg.Element("path",
+                  {{"d", path},
+                   {"fill", "none"},
+                   {"stroke", color},
+                   {"stroke-opacity", alpha},
+                   {"stroke-width", Num(fAesthetics.StrokeWidth(layer, mark, 1.5))}},
                   mark.fTooltip);
     } else {
       const double y = std::min(top, bottom);
       const double height = std::max(std::fabs(bottom - top), 1.0);
-      svg.Element("rect", {{"x", Num(std::min(left, right))}, {"y", Num(y)}, {"width", Num(std::fabs(right - left))},
-                           {"height", Num(height)}, {"fill", color}, {"fill-opacity", alpha}},
+      svg.Element("rect",
+                  {{"x", Num(std::min(left, right))},
+                   {"y", Num(y)},
+                   {"width", Num(std::fabs(right - left))},
+                   {"height", Num(height)},
+                   {"fill", color},
+                   {"fill-opacity", alpha}},
                   mark.fTooltip);
     }
   }
@@ -301,10 +300,14 @@ void XChartMarkPainter::DrawEdges(XSvgWriter& svg, const XChartLayer& layer, con
       y2 = fY.Map(mark.fY2);
     }
     if (!Finite(x1, y1) || !Finite(x2, y2)) continue;
-    svg.Element("line", {{"x1", Num(x1)}, {"y1", Num(y1)}, {"x2", Num(x2)}, {"y2", Num(y2)},
-                         {"stroke", fAesthetics.Color(layer, mark)},
-                         {"stroke-opacity", Num(fAesthetics.Alpha(layer, mark))},
-                         {"stroke-width", Num(fAesthetics.StrokeWidth(layer, mark, 2.0))}},
+    svg.Element("line",
+                {{"x1", Num(x1)},
+                 {"y1", Num(y1)},
+                 {"x2", Num(x2)},
+                 {"y2", Num(y2)},
+                 {"stroke", fAesthetics.Color(layer, mark)},
+                 {"stroke-opacity", Num(fAesthetics.Alpha(layer, mark))},
+                 {"stroke-width", Num(fAesthetics.StrokeWidth(layer, mark, 2.0))}},
                 mark.fTooltip);
   }
   svg.Close("g");
@@ -319,7 +322,7 @@ bool XChartMarkPainter::LabelAnchor(const XChartLayer& layer, const XChartMark& 
   x = fX.Map(mark.fX);
   y = fY.Map(mark.fY);
   if (!Finite(x, y)) return false;
-  const double gap = Pixels(layer.fpNode, "size", 4.0) + 4.0;
+  const double gap = XMarkupNode::LengthOf(layer.fpNode, "size", 4.0) + 4.0;
   const std::string position = layer.fpLabel != nullptr ? layer.fpLabel->Attribute("position", "right") : "right";
   if (position == "right") x += gap;
   if (position == "left") x -= gap;
@@ -335,10 +338,10 @@ XChartMarkPainter::Extent XChartMarkPainter::LabelExtent(const XChartLayer& laye
   const std::vector<std::string> lines = XChartText::Lines(mark.fLabel);
   for (const std::string& line : lines) width = std::max(width, XTextMetrics::Width(line, fFontSize));
   const std::string position = layer.fpLabel != nullptr ? layer.fpLabel->Attribute("position", "right") : "right";
-  const std::string anchor =
-      layer.fpLabel != nullptr && layer.fpLabel->HasAttribute("anchor")
-          ? layer.fpLabel->Attribute("anchor")
-          : position == "left" ? "end" : (position == "right" ? "start" : "middle");
+  const std::string anchor = layer.fpLabel != nullptr && layer.fpLabel->HasAttribute("anchor")
+                                 ? layer.fpLabel->Attribute("anchor")
+                             : position == "left" ? "end"
+                                                  : (position == "right" ? "start" : "middle");
   extent.fLeft = anchor == "start" ? 0.0 : anchor == "end" ? width : width / 2.0;
   extent.fRight = width - extent.fLeft;
   extent.fUp = extent.fDown = XTextMetrics::LineHeight(fFontSize) * static_cast<double>(lines.size()) / 2.0;
@@ -370,26 +373,40 @@ void XChartMarkPainter::DrawLabels(XSvgWriter& svg, const XChartLayer& layer, co
         const double w = std::min(width, rect.fWidth);
         const double h = std::min(height, std::max(rect.fHeight - line * static_cast<double>(lines.size()), 10.0));
         const double left = std::clamp(x - w / 2.0, rect.fX, rect.Right() - w);
-        const double top = std::clamp(y - h / 2.0, rect.fY + line * static_cast<double>(lines.size()), rect.Bottom() - h);
-        svg.Element("rect", {{"x", Num(left)}, {"y", Num(top)}, {"width", Num(w)}, {"height", Num(h)},
-                             {"fill", "#ffffff"}, {"stroke", color}, {"stroke-width", "1.5"}, {"rx", "3"}},
+        const double top =
+            std::clamp(y - h / 2.0, rect.fY + line * static_cast<double>(lines.size()), rect.Bottom() - h);
+        svg.Element("rect",
+                    {{"x", Num(left)},
+                     {"y", Num(top)},
+                     {"width", Num(w)},
+                     {"height", Num(h)},
+                     {"fill", "#ffffff"},
+                     {"stroke", color},
+                     {"stroke-width", "1.5"},
+                     {"rx", "3"}},
                     mark.fTooltip);
         if (const XMarkupNode* embedded = layer.fpNode->FirstChild("embeddedChart")) {
           if (layer.fpNode->Attribute("chartSlot") == "true") embed(*embedded, {left + 2, top + 2, w - 4, h - 4}, svg);
         }
         if (!mark.fLabel.empty()) {
           std::vector<std::string> shown;
-          for (const std::string& text : lines) shown.push_back(XTextMetrics::Truncate(text, rect.fWidth, fFontSize, true));
-          svg.Text(left + w / 2.0, top - line * static_cast<double>(lines.size()) + fFontSize, shown, line,
-                   {{"class", "node-label"}, {"text-anchor", "middle"}, {"font-weight", "bold"},
-                    {"fill", XChartLook::kInk}},
-                   mark.fTooltip);
+          for (const std::string& text : lines)
+            shown.push_back(XTextMetrics::Truncate(text, rect.fWidth, fFontSize, true));
+          svg.Text(
+              left + w / 2.0, top - line * static_cast<double>(lines.size()) + fFontSize, shown, line,
+              {{"class", "node-label"}, {"text-anchor", "middle"}, {"font-weight", "bold"}, {"fill", XChartLook::kInk}},
+              mark.fTooltip);
         }
         continue;
       }
       const double r = std::max(width, height) / 2.0;
-      svg.Element("circle", {{"cx", Num(x)}, {"cy", Num(y)}, {"r", Num(r)}, {"fill", color},
-                             {"stroke", "#ffffff"}, {"stroke-width", "1"}},
+      svg.Element("circle",
+                  {{"cx", Num(x)},
+                   {"cy", Num(y)},
+                   {"r", Num(r)},
+                   {"fill", color},
+                   {"stroke", "#ffffff"},
+                   {"stroke-width", "1"}},
                   mark.fTooltip);
       if (mark.fLabel.empty()) continue;
       std::string anchor = "start";
@@ -409,7 +426,8 @@ void XChartMarkPainter::DrawLabels(XSvgWriter& svg, const XChartLayer& layer, co
       }
       const double maxWidth = anchor == "start" ? rect.Right() - tx : anchor == "end" ? tx - rect.fX : rect.fWidth;
       std::vector<std::string> shown;
-      for (const std::string& text : lines) shown.push_back(XTextMetrics::Truncate(text, std::max(maxWidth, fFontSize * 3), fFontSize));
+      for (const std::string& text : lines)
+        shown.push_back(XTextMetrics::Truncate(text, std::max(maxWidth, fFontSize * 3), fFontSize));
       svg.Text(tx, ty - line * (static_cast<double>(shown.size()) - 1.0) / 2.0 + fFontSize * 0.35, shown, line,
                {{"class", "node-label"}, {"text-anchor", anchor}, {"fill", XChartLook::kInk}}, mark.fTooltip);
     }

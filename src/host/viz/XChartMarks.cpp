@@ -31,7 +31,8 @@ std::map<int, std::vector<long>> RowsByPanel(const XChartLayer& layer, const XCh
 
 long RowCountOf(const XChartLayer& layer) {
   long rows = 0;
-  for (const XChartColumn* column : {layer.fpX, layer.fpY, layer.fpX2, layer.fpY2, layer.fpFrom, layer.fpTo, layer.fpKey}) {
+  for (const XChartColumn* column :
+       {layer.fpX, layer.fpY, layer.fpX2, layer.fpY2, layer.fpFrom, layer.fpTo, layer.fpKey}) {
     if (column != nullptr) rows = std::max(rows, column->GetRowCount());
   }
   return rows;
@@ -87,8 +88,8 @@ std::vector<XChartMark> Summarized(const XChartLayer& layer, const std::vector<X
   for (const XChartMark& mark : marks) {
     double y = 0.0;
     if (!mark.fY.AsNumber(y)) continue;
-    const std::string key = std::to_string(mark.fPanel) + "\x1f" + mark.fX.Key() + "\x1f" + mark.fColor.Key() + "\x1f" +
-                            mark.fShape.Key();
+    const std::string key =
+        std::to_string(mark.fPanel) + "\x1f" + mark.fX.Key() + "\x1f" + mark.fColor.Key() + "\x1f" + mark.fShape.Key();
     auto found = index.find(key);
     if (found == index.end()) {
       index[key] = groups.size();

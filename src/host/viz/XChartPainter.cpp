@@ -26,14 +26,6 @@ const double kPanelGap = 14.0;
 const double kMinPanelHeight = 110.0;
 const double kMinEmbeddedPanel = 24.0;
 
-double Pixels(const XMarkupNode* node, const char* name, double fallback) {
-  if (node == nullptr) return fallback;
-  std::string text = node->Attribute(name);
-  if (text.size() > 2 && text.compare(text.size() - 2, 2, "px") == 0) text.resize(text.size() - 2);
-  double value = fallback;
-  return XNumber::Parse(text, value) && value >= 0 ? value : fallback;
-}
-
 std::vector<std::string> PaletteOf(const XMarkupNode& chart) {
   std::vector<std::string> palette;
   const std::string text = chart.Attribute("palette");
@@ -118,11 +110,11 @@ class Drawing {
 };
 
 bool Drawing::Prepare(const OmChartData& data, double width, double height, XMarkupError& error) {
-  fWidth = width > 0 ? width : Pixels(&fChart, "width", XChartLook::kWidth);
-  fHeight = height > 0 ? height : Pixels(&fChart, "height", XChartLook::kHeight);
+  fWidth = width > 0 ? width : XMarkupNode::LengthOf(&fChart, "width", XChartLook::kWidth);
+  fHeight = height > 0 ? height : XMarkupNode::LengthOf(&fChart, "height", XChartLook::kHeight);
   fWidth = std::clamp(fWidth, 40.0, 4000.0);
   fHeight = std::clamp(fHeight, 30.0, 4000.0);
-  fFontSize = std::clamp(Pixels(&fChart, "font-size", XChartLook::kFontSize), 6.0, 40.0);
+  fFontSize = std::clamp(XMarkupNode::LengthOf(&fChart, "font-size", XChartLook::kFontSize), 6.0, 40.0);
   if (fbEmbedded) fFontSize = std::min(fFontSize, 9.0);
   if (fChart.HasAttribute("font-family")) fFontFamily = fChart.Attribute("font-family");
   if (fChart.HasAttribute("background")) fBackground = XChartLook::ColorValue(fChart.Attribute("background"));
@@ -131,10 +123,10 @@ bool Drawing::Prepare(const OmChartData& data, double width, double height, XMar
   fpGraph = fChart.FirstChild("graph");
   if (fpGraph != nullptr) {
     if (const XMarkupNode* style = fpGraph->FirstChild("style")) {
-      fMarginTop = Pixels(style, "margin-top", 0.0);
-      fMarginRight = Pixels(style, "margin-right", 0.0);
-      fMarginBottom = Pixels(style, "margin-bottom", 0.0);
-      fMarginLeft = Pixels(style, "margin-left", 0.0);
+      fMarginTop = XMarkupNode::LengthOf(style, "margin-top", 0.0);
+      fMarginRight = XMarkupNode::LengthOf(style, "margin-right", 0.0);
+      fMarginBottom = XMarkupNode::LengthOf(style, "margin-bottom", 0.0);
+      fMarginLeft = XMarkupNode::LengthOf(style, "margin-left", 0.0);
       std::string share = style->Attribute("width");
       if (!share.empty() && share.back() == '%') share.pop_back();
       XNumber::Parse(share, fGraphShare);
@@ -163,8 +155,9 @@ bool Drawing::Prepare(const OmChartData& data, double width, double height, XMar
     if (const XMarkupNode* layout = fpGraph->FirstChild("facetLayout")) {
       for (const XMarkupNode* level : layout->Children("facetLevel")) {
         double value = 0.0;
-        if (level->Attribute("level") == "1" && XNumber::Parse(level->Attribute("wrap"), value)) wrap = static_cast<int>(value);
-        if (level->Attribute("level") == "1") fGap = Pixels(level, "gap", kPanelGap);
+        if (level->Attribute("level") == "1" && XNumber::Parse(level->Attribute("wrap"), value))
+          wrap = static_cast<int>(value);
+        if (level->Attribute("level") == "1") fGap = XMarkupNode::LengthOf(level, "gap", kPanelGap);
       }
     }
   }
@@ -216,7 +209,8 @@ void Drawing::BuildGuides() {
     Guide guide;
     guide.fpNode = node;
     std::string problem;
-    guide.fbHasHide = node->HasAttribute("hideWhen") && XExpression::Parse(node->Attribute("hideWhen"), guide.fHide, problem);
+    guide.fbHasHide =
+        node->HasAttribute("hideWhen") && XExpression::Parse(node->Attribute("hideWhen"), guide.fHide, problem);
     fvGuides.push_back(std::move(guide));
   }
 }
@@ -239,7 +233,8 @@ void Drawing::Layout() {
   const double legendBelow = fFrame.HasLegend() && fFrame.IsLegendBelow() ? fFrame.GetLegendHeight() + 8.0 : 0.0;
   double right = fGraphShare > 0 && legendRight > 0 ? fWidth * fGraphShare / 100.0 : fWidth - margin - legendRight;
   right -= fMarginRight;
-  const double top = (fbEmbedded ? margin + fFrame.GetTopHeight() - XChartFrame::kMargin : fFrame.GetTopHeight()) + fMarginTop;
+  const double top =
+      (fbEmbedded ? margin + fFrame.GetTopHeight() - XChartFrame::kMargin : fFrame.GetTopHeight()) + fMarginTop;
   const double maxLabel = std::min(220.0, fHeight * 0.45);
 
   double yDepth = 0.0;
@@ -278,7 +273,8 @@ void Drawing::Layout() {
     fLegendY = gridBottom + fpX->LabelDepth(fFontSize) + fXTitleHeight + 8.0;
   }
   fFooterTop = std::max(gridBottom + fpX->LabelDepth(fFontSize) + fXTitleHeight + legendBelow,
-                        fLegendY + (fFrame.IsLegendBelow() ? fFrame.GetLegendHeight() : 0.0)) + 6.0;
+                        fLegendY + (fFrame.IsLegendBelow() ? fFrame.GetLegendHeight() : 0.0)) +
+               6.0;
   if (!fbEmbedded) fHeight = std::max(fHeight, fFooterTop + fFrame.GetBottomHeight() - XChartFrame::kMargin + 4.0);
 }
 
@@ -371,9 +367,10 @@ void Drawing::DrawGuides(XSvgWriter& svg, int panel) {
     const XMarkupNode* style = guide.fpNode->FirstChild("style");
     std::string color = style != nullptr ? XChartLook::ColorValue(style->Attribute("stroke")) : std::string();
     if (color.empty()) color = "#555555";
-    XSvgWriter::Attributes paint = {{"stroke", color},
-                                    {"stroke-width", XSvgWriter::Num(Pixels(style, "stroke-width", 1.5))}};
-    if (style != nullptr && style->HasAttribute("dash")) paint.push_back({"stroke-dasharray", style->Attribute("dash")});
+    XSvgWriter::Attributes paint = {
+        {"stroke", color}, {"stroke-width", XSvgWriter::Num(XMarkupNode::LengthOf(style, "stroke-width", 1.5))}};
+    if (style != nullptr && style->HasAttribute("dash"))
+      paint.push_back({"stroke-dasharray", style->Attribute("dash")});
     double value = 0.0;
     double x1 = 0.0;
     double y1 = 0.0;
@@ -418,14 +415,18 @@ void Drawing::DrawPanel(XSvgWriter& svg, int panel) {
   const double x = fPlotLeft + place.fColumn * (fCellWidth + fGap);
   const double y = fPlotTop + place.fRow * (fCellHeight + fHeaderHeight + fGap) + fHeaderHeight;
   const XChartRect local = {0.0, 0.0, fCellWidth, fCellHeight};
-  svg.Open("g", {{"class", "panel"}, {"transform", "translate(" + XSvgWriter::Num(x) + " " + XSvgWriter::Num(y) + ")"}});
+  svg.Open("g",
+           {{"class", "panel"}, {"transform", "translate(" + XSvgWriter::Num(x) + " " + XSvgWriter::Num(y) + ")"}});
   if (fHeaderHeight > 0) {
     std::vector<std::string> lines;
     for (const std::string* label : {&place.fLabel1, &place.fLabel2}) {
       if (!label->empty()) lines.push_back(XTextMetrics::Truncate(*label, fCellWidth - 6.0, fFontSize));
     }
-    svg.Element("rect", {{"class", "panel-header"}, {"x", "0"}, {"y", XSvgWriter::Num(-fHeaderHeight)},
-                         {"width", XSvgWriter::Num(fCellWidth)}, {"height", XSvgWriter::Num(fHeaderHeight - 2.0)},
+    svg.Element("rect", {{"class", "panel-header"},
+                         {"x", "0"},
+                         {"y", XSvgWriter::Num(-fHeaderHeight)},
+                         {"width", XSvgWriter::Num(fCellWidth)},
+                         {"height", XSvgWriter::Num(fHeaderHeight - 2.0)},
                          {"fill", "#eeeeee"}});
     if (!lines.empty()) {
       svg.Text(fCellWidth / 2.0, -fHeaderHeight + 2.0 + fFontSize, lines, XTextMetrics::LineHeight(fFontSize),
@@ -441,8 +442,12 @@ void Drawing::DrawPanel(XSvgWriter& svg, int panel) {
     if (fvLayers[i].fKind == XChartLayer::NODE) painter.PlaceNodes(fvLayers[i], fvMarks[i], panel, local, places);
   }
   // Marks are clipped to the panel; labels and nodes are laid out to fit.
-  svg.Open("svg", {{"class", "plot"}, {"x", "0"}, {"y", "0"}, {"width", XSvgWriter::Num(fCellWidth)},
-                   {"height", XSvgWriter::Num(fCellHeight)}, {"overflow", "hidden"}});
+  svg.Open("svg", {{"class", "plot"},
+                   {"x", "0"},
+                   {"y", "0"},
+                   {"width", XSvgWriter::Num(fCellWidth)},
+                   {"height", XSvgWriter::Num(fCellHeight)},
+                   {"overflow", "hidden"}});
   for (std::size_t i = 0; i < fvLayers.size(); ++i) painter.DrawMarks(svg, fvLayers[i], fvMarks[i], panel, places);
   DrawGuides(svg, panel);
   svg.Close("svg");
@@ -477,7 +482,11 @@ std::string Drawing::Draw() {
                    {"aria-label", title},
                    {"font-family", fFontFamily},
                    {"font-size", XSvgWriter::Num(fFontSize)}});
-  svg.Element("rect", {{"class", "background"}, {"x", "0"}, {"y", "0"}, {"width", width}, {"height", height},
+  svg.Element("rect", {{"class", "background"},
+                       {"x", "0"},
+                       {"y", "0"},
+                       {"width", width},
+                       {"height", height},
                        {"fill", fBackground.empty() ? std::string(XChartLook::kBackground) : fBackground}});
   fFrame.DrawTitles(svg, fWidth);
   const int rows = std::max(1, fPanels.GetRows());
@@ -488,7 +497,9 @@ std::string Drawing::Draw() {
     const double cx = (fbEmbedded ? 2.0 : XChartFrame::kMargin) + fMarginLeft + fFontSize;
     const double cy = fPlotTop + gridHeight / 2.0;
     svg.Text(cx, cy, {XTextMetrics::Truncate(fpY->GetTitle(), gridHeight, fFontSize)}, fFontSize,
-             {{"class", "axis-title"}, {"text-anchor", "middle"}, {"fill", XChartLook::kInk},
+             {{"class", "axis-title"},
+              {"text-anchor", "middle"},
+              {"fill", XChartLook::kInk},
               {"transform", "rotate(-90 " + XSvgWriter::Num(cx) + " " + XSvgWriter::Num(cy) + ")"}});
   }
   if (fpGraph != nullptr) {

@@ -22,12 +22,8 @@ std::vector<Level> LevelsOf(const std::vector<XChartLayer>& layers, int facet) {
   for (const XChartLayer& layer : layers) {
     const XChartColumn* column = layer.fvpFacets[facet];
     if (column == nullptr) continue;
-    std::vector<long> rows(static_cast<std::size_t>(column->GetRowCount()));
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      rows[i] = static_cast<long>(i);
-      if (column->At(rows[i]).IsEmpty()) empty = true;
-    }
-    for (const XChartValue& value : column->Categories(rows)) {
+    empty = empty || column->HasEmpty();
+    for (const XChartValue& value : column->Categories()) {
       if (!seen.insert(value.Key()).second) continue;
       std::string label = column->Display(value);
       if (!column->GetPrefix().empty()) label = column->GetPrefix() + label;
@@ -70,7 +66,8 @@ void XChartPanels::Build(const std::vector<XChartLayer>& layers, int facets, int
   const std::vector<Level>& a = first.empty() ? none : first;
   const std::vector<Level>& b = second.empty() ? none : second;
   const bool grid = fFacets > 1 && !second.empty();
-  fColumns = grid ? static_cast<int>(a.size()) : std::max(1, wrap > 0 ? wrap : std::min(columnsFit, static_cast<int>(a.size())));
+  fColumns = grid ? static_cast<int>(a.size())
+                  : std::max(1, wrap > 0 ? wrap : std::min(columnsFit, static_cast<int>(a.size())));
   for (std::size_t j = 0; j < b.size(); ++j) {
     for (std::size_t i = 0; i < a.size(); ++i) {
       if (!present.count({a[i].fKey, b[j].fKey})) continue;

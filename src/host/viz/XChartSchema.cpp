@@ -48,9 +48,9 @@ std::vector<Attr> MarkAttributes(std::vector<Attr> own) {
 std::vector<Rule> MakeElements() {
   using S = XChartSchema;
   const std::vector<std::string> texts = {"title", "subtitle", "caption", "footnote", "field"};
-  const std::vector<std::string> styled = With({"chart", "graph", "legend", "lineGuide", "title", "subtitle", "caption",
-                                                "footnote", "axis", "facetLevel"},
-                                               kMarks);
+  const std::vector<std::string> styled =
+      With({"chart", "graph", "legend", "lineGuide", "title", "subtitle", "caption", "footnote", "axis", "facetLevel"},
+           kMarks);
   const Attr legendFlag = A("legend", S::BOOLEAN);
   return {
       E("chart", {"embeddedChart"},
@@ -76,9 +76,10 @@ std::vector<Rule> MakeElements() {
       E("slot", {"text"}, {A("position", S::INTEGER), A("name", S::TEXT)}),
       E("style", styled,
         {A("id", S::TEXT), A("visible", S::BOOLEAN), A("color", S::COLOR), A("fill", S::COLOR), A("stroke", S::COLOR),
-         A("stroke-width", S::LENGTH), A("font-size", S::LENGTH), A("font-weight", S::CHOICE, false, {"regular", "bold"}),
-         A("alpha", S::NUMBER), A("dash", S::TEXT), A("margin-top", S::LENGTH), A("margin-right", S::LENGTH),
-         A("margin-bottom", S::LENGTH), A("margin-left", S::LENGTH), A("width", S::PERCENT)}),
+         A("stroke-width", S::LENGTH), A("font-size", S::LENGTH),
+         A("font-weight", S::CHOICE, false, {"regular", "bold"}), A("alpha", S::NUMBER), A("dash", S::TEXT),
+         A("margin-top", S::LENGTH), A("margin-right", S::LENGTH), A("margin-bottom", S::LENGTH),
+         A("margin-left", S::LENGTH), A("width", S::PERCENT)}),
       E("graph", {"chart"}, {}),
       E("coordinates", {"graph"}, {}),
       E("axis", {"coordinates"},
@@ -140,49 +141,44 @@ bool IsBlank(const std::string& text) { return text.find_first_not_of(" \t\r\n")
 
 std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 
-bool Fail(const XMarkupNode& node, const std::string& message, XMarkupError& error) {
-  error.fMessage = message;
-  error.fLine = node.fLine;
-  error.fColumn = node.fColumn;
-  return false;
-}
-
 bool CheckNode(const XMarkupNode& node, const XMarkupNode* parent, XMarkupError& error) {
   const Rule* rule = XChartSchema::Find(node.fName);
-  if (rule == nullptr) return Fail(node, "the chart markup has no element <" + node.fName + ">", error);
+  if (rule == nullptr) return XMarkupError::Fail(node, "the chart markup has no element <" + node.fName + ">", error);
   const std::string parentName = parent != nullptr ? parent->fName : std::string();
   const bool placed = parent == nullptr ? node.fName == "chart"
                                         : std::find(rule->fvParents.begin(), rule->fvParents.end(), parentName) !=
                                               rule->fvParents.end();
   if (!placed) {
-    if (parent == nullptr) return Fail(node, "a chart document begins with <chart>, not <" + node.fName + ">", error);
-    return Fail(node, "<" + node.fName + "> cannot stand inside <" + parentName + ">", error);
+    if (parent == nullptr)
+      return XMarkupError::Fail(node, "a chart document begins with <chart>, not <" + node.fName + ">", error);
+    return XMarkupError::Fail(node, "<" + node.fName + "> cannot stand inside <" + parentName + ">", error);
   }
   for (const auto& attribute : node.fvAttributes) {
     auto found = std::find_if(rule->fvAttributes.begin(), rule->fvAttributes.end(),
                               [&](const Attr& a) { return a.fName == attribute.first; });
     if (found == rule->fvAttributes.end()) {
-      return Fail(node, "<" + node.fName + "> has no attribute " + attribute.first, error);
+      return XMarkupError::Fail(node, "<" + node.fName + "> has no attribute " + attribute.first, error);
     }
     if (!XChartSchema::IsValid(*found, attribute.second)) {
-      std::string message = "the attribute " + attribute.first + " of <" + node.fName + "> cannot be " +
-                            Quoted(attribute.second);
+      std::string message =
+          "the attribute " + attribute.first + " of <" + node.fName + "> cannot be " + Quoted(attribute.second);
       if (!found->fvChoices.empty()) {
         message += " (it is one of:";
         for (const std::string& choice : found->fvChoices) message += " " + choice;
         message += ")";
       }
-      return Fail(node, message, error);
+      return XMarkupError::Fail(node, message, error);
     }
   }
   for (const Attr& attribute : rule->fvAttributes) {
     if (attribute.fbRequired && !node.HasAttribute(attribute.fName)) {
-      return Fail(node, "<" + node.fName + "> needs the attribute " + attribute.fName, error);
+      return XMarkupError::Fail(node, "<" + node.fName + "> needs the attribute " + attribute.fName, error);
     }
   }
   for (const auto& child : node.fvChildren) {
     if (child->IsText()) {
-      if (!rule->fbText && !IsBlank(child->fText)) return Fail(node, "<" + node.fName + "> cannot hold text", error);
+      if (!rule->fbText && !IsBlank(child->fText))
+        return XMarkupError::Fail(node, "<" + node.fName + "> cannot hold text", error);
       continue;
     }
     if (!CheckNode(*child, &node, error)) return false;
@@ -215,11 +211,8 @@ bool XChartSchema::IsValid(const AttributeRule& rule, const std::string& value) 
     case INTEGER:
       return XNumber::Parse(value, number) && number == static_cast<double>(static_cast<long>(number)) &&
              value.find_first_of(".eE") == std::string::npos;
-    case LENGTH: {
-      std::string digits = value;
-      if (digits.size() > 2 && digits.compare(digits.size() - 2, 2, "px") == 0) digits.resize(digits.size() - 2);
-      return XNumber::Parse(digits, number) && number >= 0;
-    }
+    case LENGTH:
+      return XNumber::ParseLength(value, number);
     case PERCENT:
       return value.size() > 1 && value.back() == '%' && XNumber::Parse(value.substr(0, value.size() - 1), number) &&
              number >= 0 && number <= 100;

@@ -30,8 +30,8 @@ std::vector<XChartStatistics::Bin> XChartStatistics::Binned(const std::vector<do
   if (count < 1) count = std::min(50, static_cast<int>(std::ceil(std::log2(static_cast<double>(n)))) + 1);
   count = std::clamp(count, 1, 1000);
   if (high == low) count = 1;
-  const double width = count == 1 ? (high == low ? (low == 0.0 ? 1.0 : std::fabs(low) * 0.1) : high - low)
-                                  : (high - low) / (count - 1);
+  const double width =
+      count == 1 ? (high == low ? (low == 0.0 ? 1.0 : std::fabs(low) * 0.1) : high - low) : (high - low) / (count - 1);
   const double start = count == 1 ? (low + high) / 2.0 - width / 2.0 : low - width / 2.0;
   bins.resize(static_cast<std::size_t>(count));
   for (int b = 0; b < count; ++b) {
@@ -71,8 +71,7 @@ double XChartStatistics::Density(const std::string& distribution, double a, doub
   if (distribution == "binomialnegative") {
     if (!Positive(a) || !(b > 0.0 && b < 1.0)) return kNaN;
     if (x < 0 || x != std::floor(x)) return 0.0;
-    return std::exp(std::lgamma(x + a) - std::lgamma(a) - std::lgamma(x + 1.0) + a * std::log(b) +
-                    x * std::log1p(-b));
+    return std::exp(std::lgamma(x + a) - std::lgamma(a) - std::lgamma(x + 1.0) + a * std::log(b) + x * std::log1p(-b));
   }
   if (distribution == "gaussianinverse") {
     if (!Positive(a) || !Positive(b)) return kNaN;

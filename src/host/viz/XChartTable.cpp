@@ -8,21 +8,6 @@
 
 namespace {
 
-bool Fail(const XMarkupNode& node, const std::string& message, XMarkupError& error) {
-  error.fMessage = message;
-  error.fLine = node.fLine;
-  error.fColumn = node.fColumn;
-  return false;
-}
-
-std::string TextOf(const XMarkupNode& node) {
-  std::string text;
-  for (const auto& child : node.fvChildren) {
-    if (child->IsText()) text += child->fText;
-  }
-  return text;
-}
-
 const long kMaxRows = XChartTable::kMaxRows;
 
 // The host's system-missing value (the lowest double) and numbers that are
@@ -50,14 +35,15 @@ bool LoadInline(XChartColumn& column, const XMarkupNode& declaration, XMarkupErr
     if (cell->fName != "n" && cell->fName != "t") continue;
     double row = 0.0;
     XNumber::Parse(cell->Attribute("row"), row);
-    if (row < 0 || row >= kMaxRows) return Fail(*cell, "the row " + cell->Attribute("row") + " is out of range", error);
-    const std::string text = TextOf(*cell);
+    if (row < 0 || row >= kMaxRows)
+      return XMarkupError::Fail(*cell, "the row " + cell->Attribute("row") + " is out of range", error);
+    const std::string text = cell->OwnText();
     if (cell->fName == "t") {
       column.Set(static_cast<long>(row), XChartValue::Text(text));
       continue;
     }
     double number = 0.0;
-    if (!XNumber::Parse(text, number)) return Fail(*cell, "\"" + text + "\" is not a number", error);
+    if (!XNumber::Parse(text, number)) return XMarkupError::Fail(*cell, "\"" + text + "\" is not a number", error);
     column.Set(static_cast<long>(row), XChartValue::Number(number));
   }
   return true;
@@ -99,12 +85,6 @@ bool XChartTable::Build(const XMarkupNode& chart, const OmChartData& data, XMark
 long XChartTable::GetRowCount(const std::string& source) const {
   auto found = fRowCounts.find(source);
   return found == fRowCounts.end() ? 0 : found->second;
-}
-
-std::vector<long> XChartTable::Rows(const std::string& source) const {
-  std::vector<long> rows(static_cast<std::size_t>(GetRowCount(source)));
-  for (std::size_t i = 0; i < rows.size(); ++i) rows[i] = static_cast<long>(i);
-  return rows;
 }
 
 const XChartColumn* XChartTable::Resolve(const std::string& reference, const std::string& source) const {

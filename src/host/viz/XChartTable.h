@@ -24,8 +24,6 @@ class XChartTable {
   bool Build(const XMarkupNode& chart, const OmChartData& data, XMarkupError& error);
 
   long GetRowCount(const std::string& source) const;
-  // All rows of a source, 0 to its row count - 1.
-  std::vector<long> Rows(const std::string& source) const;
   // The variable a reference names: among the variables of `source` (all
   // when it is empty), the first whose role is the reference, else the
   // first whose name is. Null when none is.

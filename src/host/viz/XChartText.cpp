@@ -3,26 +3,9 @@
 #include <cctype>
 #include <cstdlib>
 
-namespace {
+#include "host/render/OmUtf8.h"
 
-void AppendUTF8(std::string& out, unsigned long code) {
-  if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) code = 0xFFFD;
-  if (code < 0x80) {
-    out += static_cast<char>(code);
-  } else if (code < 0x800) {
-    out += static_cast<char>(0xC0 | (code >> 6));
-    out += static_cast<char>(0x80 | (code & 0x3F));
-  } else if (code < 0x10000) {
-    out += static_cast<char>(0xE0 | (code >> 12));
-    out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (code & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (code >> 18));
-    out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (code & 0x3F));
-  }
-}
+namespace {
 
 // The length of a reference at text[i] ('&'), with its character in `out`;
 // 0 when it is none.
@@ -45,7 +28,8 @@ std::size_t Reference(const std::string& text, std::size_t i, std::string& out) 
     if (hex ? !std::isxdigit(static_cast<unsigned char>(c)) : !std::isdigit(static_cast<unsigned char>(c))) return 0;
   }
   out.clear();
-  AppendUTF8(out, std::strtoul(digits.c_str(), nullptr, hex ? 16 : 10));
+  const unsigned long code = std::strtoul(digits.c_str(), nullptr, hex ? 16 : 10);
+  OmUtf8::Append(out, code == 0 || code > 0x10FFFF ? 0xFFFD : static_cast<char32_t>(code));
   return semicolon - i + 1;
 }
 

@@ -25,6 +25,16 @@ bool XChartValue::AsNumber(double& value) const {
   return fKind == TEXT && XNumber::Parse(fText, value);
 }
 
+bool XChartValue::Before(const XChartValue& a, const XChartValue& b) {
+  double x = 0.0;
+  double y = 0.0;
+  const bool an = a.AsNumber(x);
+  const bool bn = b.AsNumber(y);
+  if (an != bn) return an;
+  if (an) return x < y;
+  return a.fText < b.fText;
+}
+
 std::string XChartValue::Key() const {
   switch (fKind) {
     case NUMBER:

@@ -19,4 +19,7 @@ struct XChartValue {
   // Equal cells are one category: numbers by value, texts by their bytes
   // without trailing blanks; a number and a text never.
   std::string Key() const;
+  // The order of values: numbers (and texts that read as numbers) by value,
+  // before texts by their bytes.
+  static bool Before(const XChartValue& a, const XChartValue& b);
 };

@@ -41,7 +41,8 @@ void ReadDeclaration(const XMarkupNode& declaration, XVariable& variable) {
   }
   ZORV_Format format;
   if (ZORV_Format::Parse(declaration.Attribute("format"), format)) variable.setFormat(format);
-  if (const std::string* prefix = declaration.FindAttribute("prefix")) variable.SetFormatPrefix(ChartString::fromUTF8(*prefix));
+  if (const std::string* prefix = declaration.FindAttribute("prefix"))
+    variable.SetFormatPrefix(ChartString::fromUTF8(*prefix));
   for (const XMarkupNode* relabel : declaration.Children("relabel")) {
     variable.addRelabel(ChartString::fromUTF8(relabel->Attribute("value")),
                         ChartString::fromUTF8(relabel->Attribute("label")));

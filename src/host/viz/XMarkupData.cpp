@@ -9,21 +9,6 @@
 
 namespace {
 
-bool Fail(const XMarkupNode& node, const std::string& message, XMarkupError& error) {
-  error.fMessage = message;
-  error.fLine = node.fLine;
-  error.fColumn = node.fColumn;
-  return false;
-}
-
-std::string TextOf(const XMarkupNode& node) {
-  std::string text;
-  for (const auto& child : node.fvChildren) {
-    if (child->IsText()) text += child->fText;
-  }
-  return text;
-}
-
 void AddValues(XMarkupNode& declaration, const OmChartData::Variable& variable) {
   for (const auto& entry : variable.fCells) {
     const OmChartData::Cell& cell = entry.second;
@@ -59,7 +44,8 @@ bool XMarkupData::Read(const std::string& text, OmChartData& data, XMarkupError&
   data = OmChartData();
   std::unique_ptr<XMarkupNode> root = XMarkupReader::Read(text, error);
   if (!root) return false;
-  if (root->fName != "data") return Fail(*root, "chart data begin with <data>, not <" + root->fName + ">", error);
+  if (root->fName != "data")
+    return XMarkupError::Fail(*root, "chart data begin with <data>, not <" + root->fName + ">", error);
   auto sourceNamed = [&](const std::string& name) -> OmChartData::Source& {
     for (OmChartData::Source& source : data.fvSources) {
       if (source.fName == name) return source;
@@ -72,10 +58,11 @@ bool XMarkupData::Read(const std::string& text, OmChartData& data, XMarkupError&
     double number = 0.0;
     if (node->fName == "source") {
       OmChartData::Source& source = sourceNamed(node->Attribute("name"));
-      if (XNumber::Parse(node->Attribute("rows"), number) && number > source.fRowCount) source.fRowCount = static_cast<long>(number);
+      if (XNumber::Parse(node->Attribute("rows"), number) && number > source.fRowCount)
+        source.fRowCount = static_cast<long>(number);
       continue;
     }
-    if (node->fName != "variable") return Fail(*node, "<data> cannot hold <" + node->fName + ">", error);
+    if (node->fName != "variable") return XMarkupError::Fail(*node, "<data> cannot hold <" + node->fName + ">", error);
     OmChartData::Source& source = sourceNamed(node->Attribute("source"));
     source.fvVariables.emplace_back();
     OmChartData::Variable& variable = source.fvVariables.back();
@@ -84,13 +71,13 @@ bool XMarkupData::Read(const std::string& text, OmChartData& data, XMarkupError&
       double row = 0.0;
       if ((value->fName != "n" && value->fName != "t") || !XNumber::Parse(value->Attribute("row"), row) || row < 0 ||
           row > 1e8) {
-        return Fail(*value, "a value of <variable> is <n row=\"i\"> or <t row=\"i\">", error);
+        return XMarkupError::Fail(*value, "a value of <variable> is <n row=\"i\"> or <t row=\"i\">", error);
       }
       OmChartData::Cell cell;
       cell.fbText = value->fName == "t";
-      cell.fText = TextOf(*value);
+      cell.fText = value->OwnText();
       if (!cell.fbText && !XNumber::Parse(cell.fText, cell.fNumber)) {
-        return Fail(*value, "\"" + cell.fText + "\" is not a number", error);
+        return XMarkupError::Fail(*value, "\"" + cell.fText + "\" is not a number", error);
       }
       variable.fCells[static_cast<long>(row)] = cell;
       if (static_cast<long>(row) + 1 > source.fRowCount) source.fRowCount = static_cast<long>(row) + 1;

@@ -1,5 +1,7 @@
 #include "host/viz/XMarkupNode.h"
 
+#include "host/viz/XNumber.h"
+
 bool XMarkupNode::HasAttribute(const std::string& name) const { return FindAttribute(name) != nullptr; }
 
 const std::string* XMarkupNode::FindAttribute(const std::string& name) const {
@@ -12,6 +14,23 @@ const std::string* XMarkupNode::FindAttribute(const std::string& name) const {
 std::string XMarkupNode::Attribute(const std::string& name, const std::string& fallback) const {
   const std::string* value = FindAttribute(name);
   return value != nullptr ? *value : fallback;
+}
+
+double XMarkupNode::Length(const std::string& name, double fallback) const {
+  double value = fallback;
+  return XNumber::ParseLength(Attribute(name), value) ? value : fallback;
+}
+
+double XMarkupNode::LengthOf(const XMarkupNode* node, const std::string& name, double fallback) {
+  return node != nullptr ? node->Length(name, fallback) : fallback;
+}
+
+std::string XMarkupNode::OwnText() const {
+  std::string text;
+  for (const auto& child : fvChildren) {
+    if (child->IsText()) text += child->fText;
+  }
+  return text;
 }
 
 void XMarkupNode::SetAttribute(const std::string& name, const std::string& value) {

@@ -18,8 +18,8 @@ struct XMarkupNode {
   std::vector<std::unique_ptr<XMarkupNode>> fvChildren;
   XMarkupNode* fpParent = nullptr;
 
-  long fLine = 0;    // 1-based, of the start tag
-  long fColumn = 0;  // 1-based, in characters
+  long fLine = 0;                // 1-based, of the start tag
+  long fColumn = 0;              // 1-based, in characters
   std::size_t fStart = 0;        // byte offset of the start tag's "<"
   std::size_t fStartTagEnd = 0;  // byte offset just behind the start tag
   std::size_t fEnd = 0;          // byte offset just behind the end tag
@@ -31,6 +31,13 @@ struct XMarkupNode {
   const std::string* FindAttribute(const std::string& name) const;
   // The value, or `fallback` when absent.
   std::string Attribute(const std::string& name, const std::string& fallback = std::string()) const;
+  // An attribute that is a number of pixels ("12" or "12px"), or
+  // `fallback` when it is absent, not a number or negative.
+  double Length(const std::string& name, double fallback) const;
+  // The same of an element that may be absent (null).
+  static double LengthOf(const XMarkupNode* node, const std::string& name, double fallback);
+  // The text of the element's own text children, without its elements'.
+  std::string OwnText() const;
   // Replaces the value, or adds the attribute at the end.
   void SetAttribute(const std::string& name, const std::string& value);
 

@@ -26,7 +26,8 @@ std::string XMarkupWriter::Write(const XMarkupNode& node) {
 
 std::string XMarkupWriter::StartTag(const XMarkupNode& node, bool bEmpty) {
   std::string out = "<" + node.fName;
-  for (const auto& attribute : node.fvAttributes) out += " " + attribute.first + "=\"" + AttributeValue(attribute.second) + "\"";
+  for (const auto& attribute : node.fvAttributes)
+    out += " " + attribute.first + "=\"" + AttributeValue(attribute.second) + "\"";
   out += bEmpty ? "/>" : ">";
   return out;
 }

@@ -7,8 +7,9 @@ namespace {
 
 std::string Chars(double value, std::chars_format format, int precision, bool bPrecision) {
   char buffer[64];
-  const std::to_chars_result result = bPrecision ? std::to_chars(buffer, buffer + sizeof buffer, value, format, precision)
-                                                 : std::to_chars(buffer, buffer + sizeof buffer, value);
+  const std::to_chars_result result = bPrecision
+                                          ? std::to_chars(buffer, buffer + sizeof buffer, value, format, precision)
+                                          : std::to_chars(buffer, buffer + sizeof buffer, value);
   return std::string(buffer, result.ptr);
 }
 
@@ -24,6 +25,15 @@ bool XNumber::Parse(const std::string& text, double& value) {
   double parsed = 0.0;
   const std::from_chars_result result = std::from_chars(begin, end, parsed);
   if (result.ec != std::errc() || result.ptr != end || !std::isfinite(parsed)) return false;
+  value = parsed;
+  return true;
+}
+
+bool XNumber::ParseLength(const std::string& text, double& value) {
+  std::string digits = text;
+  if (digits.size() > 2 && digits.compare(digits.size() - 2, 2, "px") == 0) digits.resize(digits.size() - 2);
+  double parsed = 0.0;
+  if (!Parse(digits, parsed) || parsed < 0) return false;
   value = parsed;
   return true;
 }

@@ -10,7 +10,8 @@ void XSvgWriter::Indent() { fText.append(static_cast<std::size_t>(fDepth), ' ');
 void XSvgWriter::StartTag(const std::string& tag, const Attributes& attributes) {
   Indent();
   fText += "<" + tag;
-  for (const auto& attribute : attributes) fText += " " + attribute.first + "=\"" + OmHtmlRenderer::Escape(attribute.second) + "\"";
+  for (const auto& attribute : attributes)
+    fText += " " + attribute.first + "=\"" + OmHtmlRenderer::Escape(attribute.second) + "\"";
 }
 
 void XSvgWriter::Open(const std::string& tag, const Attributes& attributes) {

@@ -6,16 +6,6 @@
 
 namespace {
 
-unsigned CodePoint(const std::string& character) {
-  const auto* bytes = reinterpret_cast<const unsigned char*>(character.data());
-  const std::size_t n = character.size();
-  if (n == 1) return bytes[0];
-  if (n == 2) return ((bytes[0] & 0x1Fu) << 6) | (bytes[1] & 0x3Fu);
-  if (n == 3) return ((bytes[0] & 0x0Fu) << 12) | ((bytes[1] & 0x3Fu) << 6) | (bytes[2] & 0x3Fu);
-  if (n == 4) return ((bytes[0] & 0x07u) << 18) | ((bytes[1] & 0x3Fu) << 12) | ((bytes[2] & 0x3Fu) << 6) | (bytes[3] & 0x3Fu);
-  return 0xFFFD;
-}
-
 // The advance of one character in ems.
 double Advance(unsigned code, bool bold) {
   const std::uint16_t* widths = bold ? XTextMetricsTable::kBold : XTextMetricsTable::kRegular;
@@ -30,7 +20,7 @@ double Advance(unsigned code, bool bold) {
     offset += static_cast<int>(range.fLast - range.fFirst + 1);
   }
   if (code >= 0x300 && code <= 0x36F) return 0.0;  // combining marks
-  if (code >= 0x1100) return 1.0;                   // wide scripts and symbols
+  if (code >= 0x1100) return 1.0;                  // wide scripts and symbols
   return 0.7;
 }
 
@@ -38,10 +28,7 @@ double Advance(unsigned code, bool bold) {
 
 double XTextMetrics::Width(const std::string& text, double fontSize, bool bBold) {
   double ems = 0.0;
-  for (const std::string& character : OmUtf8::Characters(text)) {
-    const int length = OmUtf8::SequenceLength(character, 0);
-    ems += Advance(length > 0 ? CodePoint(character) : 0xFFFD, bBold);
-  }
+  for (const std::string& character : OmUtf8::Characters(text)) ems += Advance(OmUtf8::CodePoint(character, 0), bBold);
   return ems * fontSize;
 }
 

@@ -45,9 +45,8 @@ class XViZTemplate {
   // value labels to show for its values, and whether categories are
   // ordered by value rather than as the data give them.
   void addVariable(const std::string& role, const std::string& column, bool bCategorical, const std::string& text,
-                   const std::string& source, const ZORV_Format* format, const char* label,
-                   int measurementLevel = 0, const ZORV_ValueLabelMap* pValueLabels = nullptr,
-                   bool bSortByValue = false);
+                   const std::string& source, const ZORV_Format* format, const char* label, int measurementLevel = 0,
+                   const ZORV_ValueLabelMap* pValueLabels = nullptr, bool bSortByValue = false);
   const std::vector<Binding>& getVariables() const { return fvBindings; }
 
   // A text of the template by position: 0 is the title. UTF-8.

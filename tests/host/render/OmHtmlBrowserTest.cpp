@@ -85,8 +85,8 @@ const char* const kProbe = R"(<script>
 </script>)";
 
 std::string Scratch() {
-  const std::filesystem::path path = std::filesystem::temp_directory_path() /
-                                     ("glmix-browser-test-" + std::to_string(static_cast<long>(::getpid())));
+  const std::filesystem::path path =
+      std::filesystem::temp_directory_path() / ("glmix-browser-test-" + std::to_string(static_cast<long>(::getpid())));
   std::filesystem::remove_all(path);
   std::filesystem::create_directories(path);
   return path.string();
@@ -124,8 +124,9 @@ int RunBrowser(const std::string& browser, const std::string& scratch, const std
   const std::string command = "timeout " + std::to_string(kTimeoutSeconds) + " '" + browser +
                               "' --headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
                               "--disable-background-networking --disable-component-update --disable-sync "
-                              "--hide-scrollbars --user-data-dir='" + scratch + "/profile' " + arguments + " > '" +
-                              output + "' 2> '" + scratch + "/browser.log'";
+                              "--hide-scrollbars --user-data-dir='" +
+                              scratch + "/profile' " + arguments + " > '" + output + "' 2> '" + scratch +
+                              "/browser.log'";
   const int status = std::system(command.c_str());
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
@@ -192,8 +193,9 @@ TEST(OmHtmlBrowserTest, EveryKindOfChartIsDrawnVisibleAndReadable) {
   probe.insert(probe.rfind("</body>"), kProbe);
   std::ofstream(scratch + "/probe.html", std::ios::binary) << probe;
 
-  const int status = RunBrowser(browser, scratch, "--virtual-time-budget=5000 --dump-dom 'file://" + scratch + "/probe.html'",
-                                scratch + "/dom.html");
+  const int status =
+      RunBrowser(browser, scratch, "--virtual-time-budget=5000 --dump-dom 'file://" + scratch + "/probe.html'",
+                 scratch + "/dom.html");
   ASSERT_EQ(status, 0) << (status == 124 ? "the browser did not finish within " + std::to_string(kTimeoutSeconds) + " s"
                                          : "the browser failed: " + ReadFile(scratch + "/browser.log"));
   const std::string dom = ReadFile(scratch + "/dom.html");
@@ -227,8 +229,9 @@ TEST(OmHtmlBrowserTest, EveryKindOfChartIsDrawnVisibleAndReadable) {
     }
   }
 
-  ASSERT_EQ(RunBrowser(browser, scratch, "--window-size=1100,1400 --screenshot='" + scratch + "/report.png' 'file://" +
-                                             scratch + "/report.html'",
+  ASSERT_EQ(RunBrowser(browser, scratch,
+                       "--window-size=1100,1400 --screenshot='" + scratch + "/report.png' 'file://" + scratch +
+                           "/report.html'",
                        scratch + "/screenshot.log"),
             0)
       << ReadFile(scratch + "/browser.log");

@@ -23,9 +23,9 @@
 
 namespace ChartGallery {
 
-const char* const kKinds[7] = {"GLMMPredictedByObserved", "GLMMFixedCoefficients", "GLMMFixedCoefficients",
-                               "GLMMEmMeans",             "GLMMCustomEffects",     "GLMMSimpleContrasts",
-                               "GLMMPairwiseContrasts"};
+const char* const kKinds[7] = {
+    "GLMMPredictedByObserved", "GLMMFixedCoefficients", "GLMMFixedCoefficients", "GLMMEmMeans",
+    "GLMMCustomEffects",       "GLMMSimpleContrasts",   "GLMMPairwiseContrasts"};
 
 namespace {
 
@@ -51,7 +51,6 @@ class Sequence {
  private:
   unsigned long long fState = 20240611ULL;
 };
-
 
 VarDataProcessor::VarInfo Declare(VarDataProcessor& data, const std::string& source, const std::string& name) {
   VarDataProcessor::VarInfo info;
@@ -176,15 +175,18 @@ void Diagram(const std::string& title, const std::vector<Term>& terms, bool coef
   const auto ttip = Declare(data, "targetPointSource", "PointTooltip");
   data.SetStringVariableValue(ttype, 0, "target");
   data.SetStringVariableValue(tnodes, 0, "Reaction");
-  data.SetStringVariableValue(ttip, 0, "Reaction\nReaction time (ms)\nProbability distribution: Normal\nLink function: Identity");
+  data.SetStringVariableValue(
+      ttip, 0, "Reaction\nReaction time (ms)\nProbability distribution: Normal\nLink function: Identity");
   data.SetVariableValue(tx, 0, static_cast<double>(count));
   data.SetVariableValue(ty, 0, (count + 1) * 0.5);
   // The term nodes and their edges.
   data.AddDataSource("pointSource", 0);
   data.AddDataSource("edgeSource", 0);
   std::map<std::string, VarDataProcessor::VarInfo> v;
-  for (const char* name : {"X", "Y", "Label_X", "Label_Y", "Type", "Nodes", "PointTooltip"}) v[name] = Declare(data, "pointSource", name);
-  for (const char* name : {"FromX", "FromY", "ToX", "ToY", "Weight", "Weight2", "LineTooltip"}) v[name] = Declare(data, "edgeSource", name);
+  for (const char* name : {"X", "Y", "Label_X", "Label_Y", "Type", "Nodes", "PointTooltip"})
+    v[name] = Declare(data, "pointSource", name);
+  for (const char* name : {"FromX", "FromY", "ToX", "ToY", "Weight", "Weight2", "LineTooltip"})
+    v[name] = Declare(data, "edgeSource", name);
   const double outCount = count == 0 ? 1.0 : static_cast<double>(count);
   const double mid = (count + 1) * 0.5;
   const double offset = outCount == 1 ? -0.4 : outCount * -0.2;
@@ -196,8 +198,15 @@ void Diagram(const std::string& title, const std::vector<Term>& terms, bool coef
     const double x = outCount - std::sqrt(outCount * outCount - d * d);
     const Term& term = terms[row];
     const double sig = term.fSig;
-    const double weight = sig < 0.0001 ? 9 : sig < 0.0005 ? 8 : sig < 0.001 ? 7 : sig < 0.005 ? 6 : sig < 0.01 ? 5
-                        : sig < 0.05 ? 4 : sig < 0.1 ? 3 : sig < 0.2 ? 2 : 1;
+    const double weight = sig < 0.0001   ? 9
+                          : sig < 0.0005 ? 8
+                          : sig < 0.001  ? 7
+                          : sig < 0.005  ? 6
+                          : sig < 0.01   ? 5
+                          : sig < 0.05   ? 4
+                          : sig < 0.1    ? 3
+                          : sig < 0.2    ? 2
+                                         : 1;
     minWeight = std::min(minWeight, weight);
     maxWeight = std::max(maxWeight, weight);
     const long r = static_cast<long>(row);
@@ -313,7 +322,8 @@ void CustomEffects() {
     effect->setLabel(ChartString(u"Days of deprivation"));
     effect->setCategorical(true);
   }
-  if (XVariable* effect = graph->getVariable(ChartString(u"effect2"), 0)) effect->setLabel(ChartString(u"Sleep condition"));
+  if (XVariable* effect = graph->getVariable(ChartString(u"effect2"), 0))
+    effect->setLabel(ChartString(u"Sleep condition"));
   if (XVariable* effect = graph->getVariable(ChartString(u"effect3"), 0)) {
     effect->setLabel(ChartString(u"Sex"));
     effect->SetFormatPrefix(ChartString(u"Sex = "));
@@ -333,7 +343,8 @@ void SimpleContrasts() {
   VarDataProcessor data;
   data.AddDataSource(source, 0);
   std::map<std::string, VarDataProcessor::VarInfo> v;
-  for (const char* name : {"value", "category", "type", "facet1", "facet2", "confMargin", "tooltip"}) v[name] = Declare(data, source, name);
+  for (const char* name : {"value", "category", "type", "facet1", "facet2", "confMargin", "tooltip"})
+    v[name] = Declare(data, source, name);
   std::map<std::string, P::Deviation> deviations;
   const char* sexes[] = {"Female", "Male"};
   const double means[2][4] = {{262.0, 249.5, 271.0, 258.0}, {270.0, 266.0, 290.5, 268.5}};
@@ -414,9 +425,9 @@ void Pairwise() {
       data.SetVariableValue(e["weight"], row, 1.0 / ((1.0 - sig) * (1.0 - sig)));
       data.SetVariableValue(e["weightInPopup"], row, sig);
       data.SetVariableValue(e["type"], row, sig < 0.05 ? 1 : 0);
-      data.SetStringVariableValue(e["tooltip"], row, "Level " + std::to_string(j + 1) + " against level " +
-                                                         std::to_string(i + 1) + ": adjusted Sig. " +
-                                                         P::FormatNumber(sig));
+      data.SetStringVariableValue(e["tooltip"], row,
+                                  "Level " + std::to_string(j + 1) + " against level " + std::to_string(i + 1) +
+                                      ": adjusted Sig. " + P::FormatNumber(sig));
       ++row;
     }
   }
@@ -452,12 +463,15 @@ void Build(OmDocument& document) {
   BpProcedure procedure(heading, "Generalized Linear Mixed Models", "Generalized Linear Mixed Models");
   PredictedByObserved();
   Diagram("Fixed Effects",
-          {{"Days", "continuous", 0.00002, 10.4}, {"Treatment", "categorical", 0.03, 0.0},
+          {{"Days", "continuous", 0.00002, 10.4},
+           {"Treatment", "categorical", 0.03, 0.0},
            {"Days*Treatment", "interaction", 0.31, 0.0}},
           false);
   Diagram("Fixed Coefficients",
-          {{"Intercept", "intercept", 0.00001, 251.4}, {"Days", "continuous", 0.00003, 10.5},
-           {"Treatment=1", "categorical", 0.008, -12.3}, {"Treatment=2", "categorical", 0.12, 4.1},
+          {{"Intercept", "intercept", 0.00001, 251.4},
+           {"Days", "continuous", 0.00003, 10.5},
+           {"Treatment=1", "categorical", 0.008, -12.3},
+           {"Treatment=2", "categorical", 0.12, 4.1},
            {"Days*Treatment=1", "interaction", 0.4, -1.9}},
           true);
   EmMeans();

@@ -1,9 +1,8 @@
-#include "ChartGallery.h"
-
 #include <gtest/gtest.h>
 
 #include <fstream>
 
+#include "ChartGallery.h"
 #include "host/render/OmHtmlRenderer.h"
 
 TEST(ChartGallery, SendsOneChartOfEachKindWithoutAMessage) {

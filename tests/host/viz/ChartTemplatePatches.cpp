@@ -49,8 +49,8 @@ void DiagramLegend(std::string& text, bool hideLegend, bool weightRangeSet, doub
   }
 }
 
-void PatchHistogram(std::string& text, long bins, const std::string& distribution, double parameter,
-                    double secondary, bool hasSecondary) {
+void PatchHistogram(std::string& text, long bins, const std::string& distribution, double parameter, double secondary,
+                    bool hasSecondary) {
   const std::size_t at = text.find("binStatistic");
   if (at == std::string::npos) return;
   text.insert(at + 12, " binCount=\"" + std::to_string(bins) + "\" ");

@@ -22,8 +22,8 @@ void DiagramFrame(std::string& text, unsigned long count, const std::string& tit
 void DiagramLegend(std::string& text, bool hideLegend, bool weightRangeSet, double minWeight, double maxWeight,
                    const std::string& legendTitle);
 // The histogram's fragment steps: bins, distribution word and parameters.
-void PatchHistogram(std::string& text, long bins, const std::string& distribution, double parameter,
-                    double secondary, bool hasSecondary);
+void PatchHistogram(std::string& text, long bins, const std::string& distribution, double parameter, double secondary,
+                    bool hasSecondary);
 // The predicted-by-observed steps: value range and the legend's hiding.
 void PatchPredictedByObserved(std::string& text, double minValue, double maxValue, double totalFrequency);
 // The marginal means steps: the y axis label, and the legend cut for one

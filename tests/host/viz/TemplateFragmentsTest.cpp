@@ -60,7 +60,8 @@ const Fragment kFragments[] = {
     // 24 - 26: the target histogram.
     {"GLMMHistogram", "binStatistic", "embedHistogramInChart step 5: binCount", "binStatistic", -1, 0},
     {"GLMMHistogram", "normal", "embedHistogramInChart step 5: distribution", "distributionStatistic", 24, 0},
-    {"GLMMHistogram", "<distributionStatistic", "embedHistogramInChart step 6: parameters", "distributionStatistic", -1, 0},
+    {"GLMMHistogram", "<distributionStatistic", "embedHistogramInChart step 6: parameters", "distributionStatistic", -1,
+     0},
     // 27 - 29: marginal means.
     {"GLMMEmMeans", "YAxisLabel", "createEMMeansChart step g: target label", "text", -1, 0},
     {"GLMMEmMeans", "<legend", "createEMMeansChart step h: legend cut", "legend", -1, 0},
@@ -100,34 +101,56 @@ struct Binding {
 // What the composer binds by name: the roles of the built-in templates and
 // the variables of the fetched templates' data sources.
 const Binding kBindings[] = {
-    {"GLMMFixedCoefficients", "targetPointSource", "X"},   {"GLMMFixedCoefficients", "targetPointSource", "Y"},
-    {"GLMMFixedCoefficients", "targetPointSource", "Type"}, {"GLMMFixedCoefficients", "targetPointSource", "Nodes"},
+    {"GLMMFixedCoefficients", "targetPointSource", "X"},
+    {"GLMMFixedCoefficients", "targetPointSource", "Y"},
+    {"GLMMFixedCoefficients", "targetPointSource", "Type"},
+    {"GLMMFixedCoefficients", "targetPointSource", "Nodes"},
     {"GLMMFixedCoefficients", "targetPointSource", "PointTooltip"},
-    {"GLMMFixedCoefficients", "pointSource", "X"},         {"GLMMFixedCoefficients", "pointSource", "Y"},
-    {"GLMMFixedCoefficients", "pointSource", "Label_X"},   {"GLMMFixedCoefficients", "pointSource", "Label_Y"},
-    {"GLMMFixedCoefficients", "pointSource", "Type"},      {"GLMMFixedCoefficients", "pointSource", "Nodes"},
+    {"GLMMFixedCoefficients", "pointSource", "X"},
+    {"GLMMFixedCoefficients", "pointSource", "Y"},
+    {"GLMMFixedCoefficients", "pointSource", "Label_X"},
+    {"GLMMFixedCoefficients", "pointSource", "Label_Y"},
+    {"GLMMFixedCoefficients", "pointSource", "Type"},
+    {"GLMMFixedCoefficients", "pointSource", "Nodes"},
     {"GLMMFixedCoefficients", "pointSource", "PointTooltip"},
-    {"GLMMFixedCoefficients", "edgeSource", "FromX"},      {"GLMMFixedCoefficients", "edgeSource", "FromY"},
-    {"GLMMFixedCoefficients", "edgeSource", "ToX"},        {"GLMMFixedCoefficients", "edgeSource", "ToY"},
-    {"GLMMFixedCoefficients", "edgeSource", "Weight"},     {"GLMMFixedCoefficients", "edgeSource", "Weight2"},
+    {"GLMMFixedCoefficients", "edgeSource", "FromX"},
+    {"GLMMFixedCoefficients", "edgeSource", "FromY"},
+    {"GLMMFixedCoefficients", "edgeSource", "ToX"},
+    {"GLMMFixedCoefficients", "edgeSource", "ToY"},
+    {"GLMMFixedCoefficients", "edgeSource", "Weight"},
+    {"GLMMFixedCoefficients", "edgeSource", "Weight2"},
     {"GLMMFixedCoefficients", "edgeSource", "LineTooltip"},
-    {"GLMMPairwiseContrasts", "nodeSource_1", "node"},     {"GLMMPairwiseContrasts", "nodeSource_1", "facet1"},
-    {"GLMMPairwiseContrasts", "nodeSource_1", "facet2"},   {"GLMMPairwiseContrasts", "edgeSource_1", "from"},
-    {"GLMMPairwiseContrasts", "edgeSource_1", "to"},       {"GLMMPairwiseContrasts", "edgeSource_1", "weight"},
+    {"GLMMPairwiseContrasts", "nodeSource_1", "node"},
+    {"GLMMPairwiseContrasts", "nodeSource_1", "facet1"},
+    {"GLMMPairwiseContrasts", "nodeSource_1", "facet2"},
+    {"GLMMPairwiseContrasts", "edgeSource_1", "from"},
+    {"GLMMPairwiseContrasts", "edgeSource_1", "to"},
+    {"GLMMPairwiseContrasts", "edgeSource_1", "weight"},
     {"GLMMPairwiseContrasts", "edgeSource_1", "weightInPopup"},
-    {"GLMMPairwiseContrasts", "edgeSource_1", "type"},     {"GLMMPairwiseContrasts", "edgeSource_1", "facet1"},
-    {"GLMMPairwiseContrasts", "edgeSource_1", "facet2"},   {"GLMMPairwiseContrasts", "edgeSource_1", "tooltip"},
-    {"GLMMPredictedByObserved", "", "X"},  {"GLMMPredictedByObserved", "", "Y"},
+    {"GLMMPairwiseContrasts", "edgeSource_1", "type"},
+    {"GLMMPairwiseContrasts", "edgeSource_1", "facet1"},
+    {"GLMMPairwiseContrasts", "edgeSource_1", "facet2"},
+    {"GLMMPairwiseContrasts", "edgeSource_1", "tooltip"},
+    {"GLMMPredictedByObserved", "", "X"},
+    {"GLMMPredictedByObserved", "", "Y"},
     {"GLMMPredictedByObserved", "", "Transparency"},
-    {"GLMMHistogram", "", "X"},            {"GLMMHistogram", "", "Y"},
-    {"GLMMEmMeans", "", "effect1"},        {"GLMMEmMeans", "", "effect2"},
-    {"GLMMEmMeans", "", "target"},         {"GLMMEmMeans", "", "confMargin"},
-    {"GLMMCustomEffects", "", "targetValue"}, {"GLMMCustomEffects", "", "effect1"},
-    {"GLMMCustomEffects", "", "effect2"},  {"GLMMCustomEffects", "", "effect3"},
+    {"GLMMHistogram", "", "X"},
+    {"GLMMHistogram", "", "Y"},
+    {"GLMMEmMeans", "", "effect1"},
+    {"GLMMEmMeans", "", "effect2"},
+    {"GLMMEmMeans", "", "target"},
+    {"GLMMEmMeans", "", "confMargin"},
+    {"GLMMCustomEffects", "", "targetValue"},
+    {"GLMMCustomEffects", "", "effect1"},
+    {"GLMMCustomEffects", "", "effect2"},
+    {"GLMMCustomEffects", "", "effect3"},
     {"GLMMCustomEffects", "", "confMargin"},
-    {"GLMMSimpleContrasts", "", "value"},  {"GLMMSimpleContrasts", "", "category"},
-    {"GLMMSimpleContrasts", "", "type"},   {"GLMMSimpleContrasts", "", "facet1"},
-    {"GLMMSimpleContrasts", "", "facet2"}, {"GLMMSimpleContrasts", "", "confMargin"},
+    {"GLMMSimpleContrasts", "", "value"},
+    {"GLMMSimpleContrasts", "", "category"},
+    {"GLMMSimpleContrasts", "", "type"},
+    {"GLMMSimpleContrasts", "", "facet1"},
+    {"GLMMSimpleContrasts", "", "facet2"},
+    {"GLMMSimpleContrasts", "", "confMargin"},
     {"GLMMSimpleContrasts", "", "tooltip"},
 };
 
@@ -169,15 +192,15 @@ TEST(TemplateFragments, EachFragmentIsFoundWhereItsOperationLooks) {
       from = matches[static_cast<std::size_t>(row.fFrom)] + static_cast<std::size_t>(row.fSkip);
     }
     matches[i] = text.find(row.fFragment, from);
-    ASSERT_NE(matches[i], std::string::npos) << row.fTemplate << " lacks \"" << row.fFragment << "\" for " << row.fOperation;
+    ASSERT_NE(matches[i], std::string::npos)
+        << row.fTemplate << " lacks \"" << row.fFragment << "\" for " << row.fOperation;
     XMarkupError error;
     std::unique_ptr<XMarkupNode> root = XMarkupReader::Read(text, error);
     ASSERT_TRUE(root);
     const XMarkupNode* element = Enclosing(*root, matches[i]);
     ASSERT_NE(element, nullptr);
-    EXPECT_EQ(element->fName, row.fElement)
-        << row.fTemplate << ": \"" << row.fFragment << "\" (" << row.fOperation << ") falls in <" << element->fName
-        << "> at line " << element->fLine;
+    EXPECT_EQ(element->fName, row.fElement) << row.fTemplate << ": \"" << row.fFragment << "\" (" << row.fOperation
+                                            << ") falls in <" << element->fName << "> at line " << element->fLine;
   }
 }
 

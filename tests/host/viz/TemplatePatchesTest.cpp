@@ -142,7 +142,8 @@ TEST(TemplatePatches, TheHistogramTakesItsBinsAndDistribution) {
     EXPECT_NE(text.find(std::string("distribution=\"") + c.fWord + "\""), std::string::npos);
     DataBuilder data;
     const double frequencies[] = {3, 9, 14, 11, 6, 2};
-    for (long row = 0; row < 6; ++row) data.Number("source0", "X", row, 1 + 2 * row).Number("source0", "Y", row, frequencies[row]);
+    for (long row = 0; row < 6; ++row)
+      data.Number("source0", "X", row, 1 + 2 * row).Number("source0", "Y", row, frequencies[row]);
     const std::string svg = Drawn(text, data.Get());
     EXPECT_EQ(Count(svg, "<rect x="), 6) << c.fWord;  // one bar per saved bin
     EXPECT_EQ(svg.find("class=\"mark line\"") != std::string::npos && svg.find("<polyline") != std::string::npos,
@@ -227,8 +228,10 @@ TEST(TemplatePatches, LineGuidesFillOneSlotPerPanelAndDropTheRest) {
         data.Number("source", "category", 2 * r + k, level + 1).Number("source", "type", 2 * r + k, level);
         data.Text("source", "facet1", 2 * r + k, panels[p]).Text("source", "tooltip", 2 * r + k, "tip");
       }
-      data.Number("source", "value", 2 * r, 10 * (p + 1)).Number("source", "value", 2 * r + 1, 10 * (p + 1) + 3 - level);
-      data.Number("source", "confMargin", 2 * r, 10 * (p + 1) + 1).Number("source", "confMargin", 2 * r + 1, 10 * (p + 1) + 4);
+      data.Number("source", "value", 2 * r, 10 * (p + 1))
+          .Number("source", "value", 2 * r + 1, 10 * (p + 1) + 3 - level);
+      data.Number("source", "confMargin", 2 * r, 10 * (p + 1) + 1)
+          .Number("source", "confMargin", 2 * r + 1, 10 * (p + 1) + 4);
     }
   }
   // No panels: every slot goes.

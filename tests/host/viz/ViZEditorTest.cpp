@@ -1,5 +1,3 @@
-#include "host/viz/ViZEditor.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,6 +7,7 @@
 #include "ChartTestSupport.h"
 #include "host/viz/JNIException.h"
 #include "host/viz/VarDataProcessor.h"
+#include "host/viz/ViZEditor.h"
 #include "host/viz/XMarkupData.h"
 #include "host/viz/ZorvJVM.h"
 
@@ -18,7 +17,8 @@ using ChartTestSupport::Drawn;
 namespace {
 
 const char* const kHistogram =
-    "<chart><data><variable source=\"source0\" name=\"X\" role=\"X\"/><variable source=\"source0\" name=\"Y\" role=\"Y\"/>"
+    "<chart><data><variable source=\"source0\" name=\"X\" role=\"X\"/><variable source=\"source0\" name=\"Y\" "
+    "role=\"Y\"/>"
     "</data><graph><interval x=\"X\" y=\"Y\"><binStatistic binCount=\"2\" /></interval></graph></chart>";
 
 // The platform and the editor started for the calling thread.
@@ -117,20 +117,22 @@ TEST(ViZEditor, LaysTheHistogramWithItsDataIntoTheNodeThatHoldsCharts) {
   EXPECT_EQ(result.substr(0, result.find("<node")), before.substr(0, before.find("<node")));
   EXPECT_EQ(result.substr(result.find("</node>")), "</node>\n  </graph>\n</chart>\n");
   EXPECT_NE(result.find("<node x=\"x\" chartSlot=\"true\"><embeddedChart fieldType=\"1\"><chart>"), std::string::npos);
-  EXPECT_NE(result.find("name=\"X\" role=\"X\"><n row=\"0\">1.5</n><n row=\"1\">2.5</n></variable>"), std::string::npos);
+  EXPECT_NE(result.find("name=\"X\" role=\"X\"><n row=\"0\">1.5</n><n row=\"1\">2.5</n></variable>"),
+            std::string::npos);
   EXPECT_NE(result.find("<source name=\"source0\" rows=\"2\"/>"), std::string::npos);
   // A second embedding replaces the first; a node written open takes it too.
   const std::string again = Embedded(result, kHistogram);
   EXPECT_EQ(Count(again, "<embeddedChart"), 1);
   EXPECT_NE(again.find("fieldType=\"2\""), std::string::npos);
-  const std::string open = Embedded("<chart><graph><node chartSlot=\"true\"><label variable=\"n\"/></node></graph></chart>",
-                                    kHistogram);
+  const std::string open =
+      Embedded("<chart><graph><node chartSlot=\"true\"><label variable=\"n\"/></node></graph></chart>", kHistogram);
   EXPECT_NE(open.find("<label variable=\"n\"/><embeddedChart"), std::string::npos);
   // Without such a node there is nothing to embed into.
   EXPECT_EQ(Embedded("<chart><graph><node/></graph></chart>", kHistogram), "");
   // A histogram without its bins is embedded all the same.
-  const std::string plain = "<chart><data><variable source=\"source0\" name=\"X\"/><variable source=\"source0\" name=\"Y\"/>"
-                            "</data><graph><interval x=\"X\" y=\"Y\"/></graph></chart>";
+  const std::string plain =
+      "<chart><data><variable source=\"source0\" name=\"X\"/><variable source=\"source0\" name=\"Y\"/>"
+      "</data><graph><interval x=\"X\" y=\"Y\"/></graph></chart>";
   EXPECT_NE(Embedded(before, plain).find("<embeddedChart"), std::string::npos);
 }
 
@@ -168,7 +170,8 @@ TEST(VarDataProcessor, SerializesItsDataAsChartMarkup) {
   EXPECT_EQ(back.fvSources[1].fvVariables[0].fCells.at(2).fText, "a < b & \"c\"");
   EXPECT_EQ(back.fvSources[0].fvVariables[0].fCells.at(1).fNumber, 2.5);
   EXPECT_FALSE(XMarkupData::Read("<chart/>", back, error));
-  EXPECT_FALSE(XMarkupData::Read("<data><variable source=\"s\" name=\"v\"><n row=\"0\">x</n></variable></data>", back, error));
+  EXPECT_FALSE(
+      XMarkupData::Read("<data><variable source=\"s\" name=\"v\"><n row=\"0\">x</n></variable></data>", back, error));
   // An empty processor gives an empty <data/>.
   EXPECT_EQ(Stream(VarDataProcessor()), "<data/>");
 }

@@ -20,7 +20,8 @@ using ChartTestSupport::Drawn;
 namespace {
 
 std::string Chart(const std::string& data, const std::string& graph, const std::string& extra = std::string()) {
-  return "<chart width=\"400\" height=\"300\"><data>" + data + "</data>" + extra + "<graph>" + graph + "</graph></chart>";
+  return "<chart width=\"400\" height=\"300\"><data>" + data + "</data>" + extra + "<graph>" + graph +
+         "</graph></chart>";
 }
 
 std::string Decl(const std::string& name, const std::string& attributes = std::string()) {
@@ -72,8 +73,8 @@ TEST(XChartPainter, LinesJoinEachGroupInTheOrderOfTheAxis) {
   for (long row = 0; row < 5; ++row) {
     data.Number("s", "x", row, xs[row]).Number("s", "y", row, row).Text("s", "g", row, groups[row]);
   }
-  const std::string svg = Drawn(Chart(Decl("x") + Decl("y") + Decl("g"), "<line x=\"x\" y=\"y\"><color variable=\"g\"/></line>"),
-                                data.Get());
+  const std::string svg = Drawn(
+      Chart(Decl("x") + Decl("y") + Decl("g"), "<line x=\"x\" y=\"y\"><color variable=\"g\"/></line>"), data.Get());
   const std::vector<std::string> lines = Attributes(svg, "polyline", "points");
   ASSERT_EQ(lines.size(), 2u);
   // Group u runs x = 1, 2, 3: its first point is the leftmost.
@@ -100,8 +101,9 @@ TEST(XChartPainter, IntervalsAsBarsFromZeroRangesAndWhiskers) {
   ASSERT_EQ(heights.size(), 3u);
   EXPECT_NEAR(std::stod(heights[1]) / std::stod(heights[2]), 12.0 / 8.0, 0.01);
   // A range and a whisker span the rows' values.
-  svg = Drawn(Chart(data1, "<interval x=\"c\" y=\"v\" summarize=\"range\"/>"
-                           "<interval x=\"c\" y=\"v\" summarize=\"range\" mark=\"errorbar\"/>"),
+  svg = Drawn(Chart(data1,
+                    "<interval x=\"c\" y=\"v\" summarize=\"range\"/>"
+                    "<interval x=\"c\" y=\"v\" summarize=\"range\" mark=\"errorbar\"/>"),
               data.Get());
   EXPECT_EQ(Count(svg, "class=\"mark errorbar\""), 1);
   EXPECT_EQ(Count(svg, "<path d=\"M"), 2);
@@ -123,12 +125,15 @@ TEST(XChartPainter, EdgesByCoordinatesAndBetweenNodesWithWidthsFromWeights) {
     data.Number("e", "x1", row, 0).Number("e", "y1", row, row).Number("e", "x2", row, 2).Number("e", "y2", row, 1);
     data.Number("e", "w", row, 1 + 4 * row);
   }
-  const std::string edges = "<variable source=\"e\" name=\"x1\"/><variable source=\"e\" name=\"y1\"/>"
-                            "<variable source=\"e\" name=\"x2\"/><variable source=\"e\" name=\"y2\"/>"
-                            "<variable source=\"e\" name=\"w\"/>";
-  std::string svg = Drawn(Chart(edges, "<edge source=\"e\" x=\"x1\" y=\"y1\" x2=\"x2\" y2=\"y2\">"
-                                       "<width variable=\"w\" high=\"9\" low=\"1\" widthFrom=\"1px\" widthTo=\"9px\"/></edge>"),
-                          data.Get());
+  const std::string edges =
+      "<variable source=\"e\" name=\"x1\"/><variable source=\"e\" name=\"y1\"/>"
+      "<variable source=\"e\" name=\"x2\"/><variable source=\"e\" name=\"y2\"/>"
+      "<variable source=\"e\" name=\"w\"/>";
+  std::string svg =
+      Drawn(Chart(edges,
+                  "<edge source=\"e\" x=\"x1\" y=\"y1\" x2=\"x2\" y2=\"y2\">"
+                  "<width variable=\"w\" high=\"9\" low=\"1\" widthFrom=\"1px\" widthTo=\"9px\"/></edge>"),
+            data.Get());
   // Weights 1, 5, 9 over the range 1 to 9: widths 1, 5, 9.
   std::vector<std::string> widths;
   for (const std::string& w : Attributes(svg, "line", "stroke-width")) widths.push_back(w);
@@ -158,18 +163,21 @@ TEST(XChartPainter, EdgesByCoordinatesAndBetweenNodesWithWidthsFromWeights) {
 }
 
 TEST(XChartPainter, ANodeHoldsTheChartEmbeddedInIt) {
-  const std::string inner = "<chart><data><variable source=\"h\" name=\"X\"><n row=\"0\">1</n><n row=\"1\">2</n>"
-                            "<n row=\"2\">3</n></variable><variable source=\"h\" name=\"Y\"><n row=\"0\">2</n>"
-                            "<n row=\"1\">5</n><n row=\"2\">1</n></variable></data>"
-                            "<graph><interval x=\"X\" y=\"Y\"><binStatistic binCount=\"3\"/></interval>"
-                            "<line x=\"X\" y=\"Y\"><distributionStatistic distribution=\"normal\"/></line></graph></chart>";
+  const std::string inner =
+      "<chart><data><variable source=\"h\" name=\"X\"><n row=\"0\">1</n><n row=\"1\">2</n>"
+      "<n row=\"2\">3</n></variable><variable source=\"h\" name=\"Y\"><n row=\"0\">2</n>"
+      "<n row=\"1\">5</n><n row=\"2\">1</n></variable></data>"
+      "<graph><interval x=\"X\" y=\"Y\"><binStatistic binCount=\"3\"/></interval>"
+      "<line x=\"X\" y=\"Y\"><distributionStatistic distribution=\"normal\"/></line></graph></chart>";
   DataBuilder data;
   data.Number("t", "x", 0, 5).Number("t", "y", 0, 5).Text("t", "name", 0, "target");
-  const std::string svg = Drawn(
-      Chart("<variable source=\"t\" name=\"x\"/><variable source=\"t\" name=\"y\"/><variable source=\"t\" name=\"name\"/>",
-            "<node source=\"t\" x=\"x\" y=\"y\" mark=\"box\" width=\"150px\" height=\"100px\" chartSlot=\"true\">"
-            "<label variable=\"name\"/><embeddedChart fieldType=\"1\">" + inner + "</embeddedChart></node>"),
-      data.Get());
+  const std::string svg =
+      Drawn(Chart("<variable source=\"t\" name=\"x\"/><variable source=\"t\" name=\"y\"/><variable source=\"t\" "
+                  "name=\"name\"/>",
+                  "<node source=\"t\" x=\"x\" y=\"y\" mark=\"box\" width=\"150px\" height=\"100px\" chartSlot=\"true\">"
+                  "<label variable=\"name\"/><embeddedChart fieldType=\"1\">" +
+                      inner + "</embeddedChart></node>"),
+            data.Get());
   EXPECT_EQ(Count(svg, "class=\"embedded-chart\""), 1);
   const std::size_t embedded = svg.find("class=\"embedded-chart\"");
   const std::string nested = svg.substr(embedded, svg.find("</svg>", embedded) - embedded);
@@ -185,11 +193,15 @@ TEST(XChartPainter, FacetsMakeSmallMultiplesThatShareTheirScales) {
   const char* f1[] = {"A", "A", "B", "B"};
   const char* f2[] = {"x", "y", "x", "y"};
   for (long row = 0; row < 4; ++row) {
-    data.Number("s", "x", row, row).Number("s", "y", row, row).Text("s", "f1", row, f1[row]).Text("s", "f2", row, f2[row]);
+    data.Number("s", "x", row, row)
+        .Number("s", "y", row, row)
+        .Text("s", "f1", row, f1[row])
+        .Text("s", "f2", row, f2[row]);
   }
-  const std::string facets = "<faceting><variableReference variable=\"f1\"></variableReference>"
-                             "<variableReference variable=\"f2\"></variableReference></faceting>"
-                             "<facetLayout><facetLevel level=\"1\"></facetLevel><facetLevel level=\"2\"></facetLevel></facetLayout>";
+  const std::string facets =
+      "<faceting><variableReference variable=\"f1\"></variableReference>"
+      "<variableReference variable=\"f2\"></variableReference></faceting>"
+      "<facetLayout><facetLevel level=\"1\"></facetLevel><facetLevel level=\"2\"></facetLevel></facetLayout>";
   const std::string decls = Decl("x") + Decl("y") + Decl("f1", "prefix=\"Group = \"") + Decl("f2");
   std::string svg = Drawn(Chart(decls, facets + "<point x=\"x\" y=\"y\"/>"), data.Get());
   EXPECT_EQ(Count(svg, "class=\"panel\""), 4);
@@ -216,14 +228,13 @@ TEST(XChartPainter, LineGuidesStandInThePanelsTheirConditionLeaves) {
   for (long row = 0; row < 3; ++row) {
     data.Text("s", "c", row, "k").Number("s", "v", row, row + 1).Text("s", "f1", row, f1[row]);
   }
-  const std::string svg = Drawn(
-      Chart(Decl("c", "categorical=\"true\"") + Decl("v") + Decl("f1"),
-            "<faceting><variableReference variable=\"f1\"></variableReference></faceting>"
-            "<facetLayout><facetLevel level=\"1\"></facetLevel></facetLayout>"
-            "<interval x=\"c\" y=\"v\"/>"
-            "<lineGuide axis=\"y\" y=\"2.5\" hideWhen=\"facet1!=&quot;B&quot;\"/>"
-            "<lineGuide axis=\"y\" y=\"0.5\" hideWhen=\"f1==&quot;A&quot;\"/>"),
-      data.Get());
+  const std::string svg = Drawn(Chart(Decl("c", "categorical=\"true\"") + Decl("v") + Decl("f1"),
+                                      "<faceting><variableReference variable=\"f1\"></variableReference></faceting>"
+                                      "<facetLayout><facetLevel level=\"1\"></facetLevel></facetLayout>"
+                                      "<interval x=\"c\" y=\"v\"/>"
+                                      "<lineGuide axis=\"y\" y=\"2.5\" hideWhen=\"facet1!=&quot;B&quot;\"/>"
+                                      "<lineGuide axis=\"y\" y=\"0.5\" hideWhen=\"f1==&quot;A&quot;\"/>"),
+                                data.Get());
   // The first guide names a facet the chart does not have: hidden
   // everywhere; the second is hidden in panel A only.
   EXPECT_EQ(Count(svg, "class=\"guide\""), 2);
@@ -232,7 +243,10 @@ TEST(XChartPainter, LineGuidesStandInThePanelsTheirConditionLeaves) {
 TEST(XChartPainter, LegendsShowTheMappedVariablesUnlessHidden) {
   DataBuilder data;
   for (long row = 0; row < 3; ++row) {
-    data.Number("s", "x", row, row).Number("s", "y", row, row).Number("s", "t", row, row % 2).Number("s", "f", row, 1 + row);
+    data.Number("s", "x", row, row)
+        .Number("s", "y", row, row)
+        .Number("s", "t", row, row % 2)
+        .Number("s", "f", row, 1 + row);
   }
   const std::string decls = Decl("x") + Decl("y") + Decl("t", "categorical=\"true\" label=\"Significance\"") +
                             "<variable source=\"s\" name=\"f\" label=\"Frequency\"/>";
@@ -240,13 +254,15 @@ TEST(XChartPainter, LegendsShowTheMappedVariablesUnlessHidden) {
   std::string svg = Drawn(Chart(decls, graph), data.Get());
   EXPECT_EQ(svg.find("class=\"legend\""), std::string::npos);  // no <legend>, no legend
   const std::string chart = Chart(decls, graph);
-  svg = Drawn(chart.substr(0, chart.size() - 8) + "<legend id=\"legend\"><title><text>Key</text></title></legend></chart>",
-              data.Get());
+  svg = Drawn(
+      chart.substr(0, chart.size() - 8) + "<legend id=\"legend\"><title><text>Key</text></title></legend></chart>",
+      data.Get());
   EXPECT_NE(svg.find(">Key</text>"), std::string::npos);
   EXPECT_NE(svg.find(">Significance</text>"), std::string::npos);
   EXPECT_NE(svg.find(">Frequency</text>"), std::string::npos);
   EXPECT_EQ(Count(svg, "class=\"legend-label\""), 2 + 3);
-  svg = Drawn(chart.substr(0, chart.size() - 8) + "<legend id=\"legend\"><style visible=\"false\" id=\"legendStyle\"/></legend></chart>",
+  svg = Drawn(chart.substr(0, chart.size() - 8) +
+                  "<legend id=\"legend\"><style visible=\"false\" id=\"legendStyle\"/></legend></chart>",
               data.Get());
   EXPECT_EQ(svg.find("class=\"legend\""), std::string::npos);
 }
@@ -256,7 +272,7 @@ TEST(XChartPainter, LongCategoryLabelsWrapOrSlant) {
   const char* words[] = {"Placebo", "Low dose given twice daily with food", "High dose given once at bedtime"};
   for (long row = 0; row < 3; ++row) data.Text("s", "c", row, words[row]).Number("s", "v", row, row + 1);
   std::string svg = Drawn(Chart(Decl("c") + Decl("v"), "<point x=\"c\" y=\"v\"/>"), data.Get());
-  EXPECT_GT(Count(svg, "<tspan"), 3);                  // wrapped into lines
+  EXPECT_GT(Count(svg, "<tspan"), 3);  // wrapped into lines
   EXPECT_EQ(svg.find("rotate(-45"), std::string::npos);
   DataBuilder many;
   for (long row = 0; row < 12; ++row) {
@@ -264,8 +280,9 @@ TEST(XChartPainter, LongCategoryLabelsWrapOrSlant) {
   }
   svg = Drawn(Chart(Decl("c") + Decl("v"), "<point x=\"c\" y=\"v\"/>"), many.Get());
   EXPECT_EQ(Count(svg, "rotate(-45"), 12);
-  svg = Drawn(Chart(Decl("c") + Decl("v"), "<coordinates><axis dimension=\"x\" labelAngle=\"90\"/></coordinates>"
-                                           "<point x=\"c\" y=\"v\"/>"),
+  svg = Drawn(Chart(Decl("c") + Decl("v"),
+                    "<coordinates><axis dimension=\"x\" labelAngle=\"90\"/></coordinates>"
+                    "<point x=\"c\" y=\"v\"/>"),
               many.Get());
   EXPECT_EQ(Count(svg, "rotate(-90"), 12 + 1);  // and the y axis title
 }
@@ -275,14 +292,16 @@ TEST(XChartPainter, LabelsOfPointsWidenTheRangeSoTheyFit) {
   data.Number("s", "x", 0, 0).Number("s", "y", 0, 0).Text("s", "name", 0, "A rather long label to the left");
   data.Number("s", "x", 1, 1).Number("s", "y", 1, 1).Text("s", "name", 1, "B");
   data.Number("s", "lx", 0, -0.1).Number("s", "lx", 1, 0.9);
-  const std::string svg = Drawn(Chart(Decl("x") + Decl("y") + Decl("name") + Decl("lx"),
-                                      "<point x=\"x\" y=\"y\"><label variable=\"name\" x=\"lx\" anchor=\"end\"/></point>"),
-                                data.Get());
+  const std::string svg =
+      Drawn(Chart(Decl("x") + Decl("y") + Decl("name") + Decl("lx"),
+                  "<point x=\"x\" y=\"y\"><label variable=\"name\" x=\"lx\" anchor=\"end\"/></point>"),
+            data.Get());
   // The label ends at its anchor; the range grew to the left so that the
   // label starts inside the panel: its anchor stands well right of the
   // panel's edge, by about the label's width.
   std::smatch anchor;
-  ASSERT_TRUE(std::regex_search(svg, anchor, std::regex("<text x=\"([0-9.]+)\"[^>]*class=\"point-label\"[^>]*>A rather")));
+  ASSERT_TRUE(
+      std::regex_search(svg, anchor, std::regex("<text x=\"([0-9.]+)\"[^>]*class=\"point-label\"[^>]*>A rather")));
   EXPECT_GT(std::stod(anchor[1]), 160.0);
 }
 
@@ -310,8 +329,9 @@ TEST(XChartPainter, RefusesWhatItCannotDrawAndSaysWhere) {
   std::string svg;
   XMarkupError error;
   EXPECT_FALSE(XChartRenderer::Render(Chart(Decl("x"), "\n<point x=\"x\" y=\"nosuch\"/>"), OmChartData(), svg, error));
-  EXPECT_EQ(error.ToText(),
-            "line 2, column 1: <point> names the variable \"nosuch\" in its y, which the data source \"s\" does not declare");
+  EXPECT_EQ(
+      error.ToText(),
+      "line 2, column 1: <point> names the variable \"nosuch\" in its y, which the data source \"s\" does not declare");
   EXPECT_TRUE(svg.empty());
   EXPECT_FALSE(XChartRenderer::Render(Chart("<variable source=\"s\" name=\"x\"><n row=\"0\">one</n></variable>", ""),
                                       OmChartData(), svg, error));
@@ -327,10 +347,11 @@ TEST(XChartPainter, RefusesWhatItCannotDrawAndSaysWhere) {
 TEST(XChartPainter, MissingAndUnsetValuesAreLeftOut) {
   DataBuilder data;
   data.Number("s", "x", 0, 1).Number("s", "y", 0, 1);
-  data.Number("s", "x", 1, 2);                            // no y
+  data.Number("s", "x", 1, 2);                                               // no y
   data.Number("s", "x", 2, 3).Number("s", "y", 2, -1.7976931348623157e308);  // the system-missing value
   data.Number("s", "x", 3, 4).Number("s", "y", 3, std::numeric_limits<double>::quiet_NaN());
-  std::string svg = Drawn(Chart(Decl("x", "categorical=\"false\"") + Decl("y"), "<point x=\"x\" y=\"y\"/>"), data.Get());
+  std::string svg =
+      Drawn(Chart(Decl("x", "categorical=\"false\"") + Decl("y"), "<point x=\"x\" y=\"y\"/>"), data.Get());
   EXPECT_EQ(Count(svg, "<circle"), 1);
   // A text among the values makes the axis one of categories.
   data.Text("s", "x", 4, "five").Number("s", "y", 4, 5);

@@ -1,11 +1,10 @@
-#include "host/viz/XChartSchema.h"
-
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <sstream>
 #include <string>
 
+#include "host/viz/XChartSchema.h"
 #include "host/viz/XMarkupReader.h"
 
 namespace {
@@ -62,8 +61,9 @@ TEST(XChartSchema, ChecksTheKindsOfValues) {
 }
 
 TEST(XChartSchema, AChartMayHoldAnotherInsideANode) {
-  EXPECT_TRUE(Follows("<chart><graph><node chartSlot=\"true\"><embeddedChart fieldType=\"2\"><chart><graph/></chart>"
-                      "</embeddedChart></node></graph></chart>"));
+  EXPECT_TRUE(
+      Follows("<chart><graph><node chartSlot=\"true\"><embeddedChart fieldType=\"2\"><chart><graph/></chart>"
+              "</embeddedChart></node></graph></chart>"));
   EXPECT_FALSE(Follows("<chart><graph><node><embeddedChart><graph/></embeddedChart></node></graph></chart>"));
   EXPECT_FALSE(Follows("<chart><chart/></chart>"));
 }
@@ -75,15 +75,19 @@ TEST(XChartSchema, EveryElementAndAttributeIsDocumented) {
   buffer << in.rdbuf();
   const std::string doc = buffer.str();
   for (const XChartSchema::ElementRule& rule : XChartSchema::Elements()) {
-    // Each element has a heading of its own and appears in an example.
-    EXPECT_NE(doc.find("### `<" + rule.fName + ">`"), std::string::npos) << rule.fName;
-    EXPECT_NE(doc.find("<" + rule.fName), doc.rfind("### `<" + rule.fName + ">`") + 5) << rule.fName;
+    // Each element has a section of its own, with its attributes and an
+    // example that shows it.
     const std::size_t section = doc.find("### `<" + rule.fName + ">`");
-    const std::size_t next = doc.find("\n### ", section + 1);
+    ASSERT_NE(section, std::string::npos) << rule.fName;
+    const std::size_t next = doc.find("\n## ", section + 1) < doc.find("\n### ", section + 1)
+                                 ? doc.find("\n## ", section + 1)
+                                 : doc.find("\n### ", section + 1);
     const std::string text = doc.substr(section, next == std::string::npos ? std::string::npos : next - section);
+    const std::size_t example = text.find("```xml");
+    ASSERT_NE(example, std::string::npos) << rule.fName << " has no example";
+    EXPECT_NE(text.find("<" + rule.fName, example), std::string::npos) << rule.fName << "'s example does not show it";
     for (const XChartSchema::AttributeRule& attribute : rule.fvAttributes) {
       EXPECT_NE(text.find("`" + attribute.fName + "`"), std::string::npos) << rule.fName << " " << attribute.fName;
     }
-    EXPECT_NE(text.find("```xml"), std::string::npos) << rule.fName << " has no example";
   }
 }

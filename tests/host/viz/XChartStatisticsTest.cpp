@@ -1,8 +1,8 @@
-#include "host/viz/XChartStatistics.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
+
+#include "host/viz/XChartStatistics.h"
 
 TEST(XChartStatistics, BinsCentredSoThatSavedMidpointsFallOneInEach) {
   const std::vector<double> midpoints = {10, 12, 14, 16, 18};

@@ -1,5 +1,3 @@
-#include "host/viz/XDocument.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
@@ -10,6 +8,7 @@
 #include "host/output/BpString.h"
 #include "host/output/OmDocument.h"
 #include "host/viz/VarDataProcessor.h"
+#include "host/viz/XDocument.h"
 #include "host/viz/XGraph.h"
 #include "host/viz/XVariable.h"
 
@@ -167,5 +166,6 @@ TEST(XDocument, AChartThatCannotBeDrawnGivesAWarningAndNoChart) {
   EXPECT_EQ(first.fText,
             "The chart \"Broken\" cannot be drawn: line 2, column 8: <point> names the variable \"nosuch\" in its x, "
             "which the data source \"\" does not declare.");
-  EXPECT_EQ(command.fvItems[1].fpMessage->fText.rfind("The chart \"(untitled)\" cannot be drawn: line 1, column ", 0), 0u);
+  EXPECT_EQ(command.fvItems[1].fpMessage->fText.rfind("The chart \"(untitled)\" cannot be drawn: line 1, column ", 0),
+            0u);
 }

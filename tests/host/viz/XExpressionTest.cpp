@@ -1,9 +1,9 @@
-#include "host/viz/XExpression.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
 #include <string>
+
+#include "host/viz/XExpression.h"
 
 namespace {
 

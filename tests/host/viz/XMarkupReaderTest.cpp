@@ -1,9 +1,8 @@
-#include "host/viz/XMarkupReader.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "host/viz/XMarkupReader.h"
 #include "host/viz/XMarkupWriter.h"
 
 namespace {
@@ -24,7 +23,9 @@ XMarkupError Refused(const std::string& text) {
 }  // namespace
 
 TEST(XMarkupReader, ReadsElementsAttributesAndTextInOrder) {
-  const std::string text = "<?xml version=\"1.0\"?>\n<chart b=\"2\" a=\"1 &amp; 2\">\n  <title><text>A<BR/>B &lt; C</text></title>\n</chart>";
+  const std::string text =
+      "<?xml version=\"1.0\"?>\n<chart b=\"2\" a=\"1 &amp; 2\">\n  <title><text>A<BR/>B &lt; "
+      "C</text></title>\n</chart>";
   auto root = Read(text);
   ASSERT_TRUE(root);
   EXPECT_EQ(root->fName, "chart");
@@ -42,17 +43,20 @@ TEST(XMarkupReader, ReadsElementsAttributesAndTextInOrder) {
 }
 
 TEST(XMarkupReader, RemembersWhereEachElementStands) {
-  const std::string text = "<chart>\n  <data><variable source=\"s\" name=\"\xc3\xa9\"/></data>\n  <graph>\xc3\xa9<point/></graph></chart>";
+  const std::string text =
+      "<chart>\n  <data><variable source=\"s\" name=\"\xc3\xa9\"/></data>\n  <graph>\xc3\xa9<point/></graph></chart>";
   auto root = Read(text);
   ASSERT_TRUE(root);
   const XMarkupNode* data = root->FirstChild("data");
   const XMarkupNode* variable = data->FirstChild("variable");
-  EXPECT_EQ(text.substr(data->fStart, data->fEnd - data->fStart), "<data><variable source=\"s\" name=\"\xc3\xa9\"/></data>");
+  EXPECT_EQ(text.substr(data->fStart, data->fEnd - data->fStart),
+            "<data><variable source=\"s\" name=\"\xc3\xa9\"/></data>");
   EXPECT_EQ(text.substr(data->fStart, data->fStartTagEnd - data->fStart), "<data>");
   EXPECT_FALSE(data->fbEmptyTag);
   EXPECT_TRUE(variable->fbEmptyTag);
   EXPECT_EQ(variable->fEnd, variable->fStartTagEnd);
-  EXPECT_EQ(text.substr(variable->fStart, variable->fEnd - variable->fStart), "<variable source=\"s\" name=\"\xc3\xa9\"/>");
+  EXPECT_EQ(text.substr(variable->fStart, variable->fEnd - variable->fStart),
+            "<variable source=\"s\" name=\"\xc3\xa9\"/>");
   EXPECT_EQ(data->fLine, 2);
   EXPECT_EQ(data->fColumn, 3);
   // Columns count characters, not bytes.
@@ -82,9 +86,10 @@ TEST(XMarkupReader, SaysWhereMalformedMarkupGoesWrong) {
 }
 
 TEST(XMarkupReader, RefusesDocumentTypesAndSoEntityBombs) {
-  const std::string bomb = "<?xml version=\"1.0\"?><!DOCTYPE chart [<!ENTITY a \"aaaaaaaaaa\">"
-                           "<!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\"><!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;\">]>"
-                           "<chart>&c;</chart>";
+  const std::string bomb =
+      "<?xml version=\"1.0\"?><!DOCTYPE chart [<!ENTITY a \"aaaaaaaaaa\">"
+      "<!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\"><!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;\">]>"
+      "<chart>&c;</chart>";
   XMarkupError error = Refused(bomb);
   EXPECT_NE(error.fMessage.find("document type declaration"), std::string::npos) << error.fMessage;
   error = Refused("<!DOCTYPE chart SYSTEM \"file:///etc/passwd\"><chart/>");
@@ -104,11 +109,15 @@ TEST(XMarkupReader, RefusesElementsNestedTooDeep) {
 }
 
 TEST(XMarkupWriter, WritesWhatReadsBackTheSame) {
-  const std::string text = "<chart kind=\"k\" label=\"a&quot;b &lt;c&gt; &amp;\">\n <title><text>x<BR/>y &amp; z</text></title><empty/></chart>";
+  const std::string text =
+      "<chart kind=\"k\" label=\"a&quot;b &lt;c&gt; &amp;\">\n <title><text>x<BR/>y &amp; "
+      "z</text></title><empty/></chart>";
   auto root = Read(text);
   ASSERT_TRUE(root);
   const std::string written = XMarkupWriter::Write(*root);
-  EXPECT_EQ(written, "<chart kind=\"k\" label=\"a&quot;b &lt;c&gt; &amp;\">\n <title><text>x<BR/>y &amp; z</text></title><empty/></chart>");
+  EXPECT_EQ(written,
+            "<chart kind=\"k\" label=\"a&quot;b &lt;c&gt; &amp;\">\n <title><text>x<BR/>y &amp; "
+            "z</text></title><empty/></chart>");
   // Line feeds and tabs in attribute values survive a second reading.
   root->SetAttribute("label", "one\ntwo\tthree");
   auto again = Read(XMarkupWriter::Write(*root));

@@ -1,6 +1,6 @@
-#include "host/viz/XTextMetrics.h"
-
 #include <gtest/gtest.h>
+
+#include "host/viz/XTextMetrics.h"
 
 TEST(XTextMetrics, MeasuresWithTheFontsAdvanceWidths) {
   // DejaVu Sans in font units of 2048: H 1540, e 1260, l 569, o 1253; a

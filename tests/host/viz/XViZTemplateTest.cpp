@@ -1,5 +1,3 @@
-#include "host/viz/XViZTemplate.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -12,6 +10,7 @@
 #include "host/output/OmDocument.h"
 #include "host/viz/XChartSchema.h"
 #include "host/viz/XMarkupReader.h"
+#include "host/viz/XViZTemplate.h"
 
 using ChartTestSupport::Count;
 
@@ -68,8 +67,10 @@ TEST(XViZTemplate, ConvertsRolesIntoDeclarationsAndFillsItsSlots) {
   EXPECT_EQ(text.find("<role"), std::string::npos);
   EXPECT_EQ(text.find("<slot"), std::string::npos);
   // A binding the template has no role for is declared all the same.
-  EXPECT_NE(text.find("<variable source=\"other\" name=\"extra\" role=\"Extra\" categorical=\"false\" label=\"Extra\"/></data>"),
-            std::string::npos);
+  EXPECT_NE(
+      text.find(
+          "<variable source=\"other\" name=\"extra\" role=\"Extra\" categorical=\"false\" label=\"Extra\"/></data>"),
+      std::string::npos);
   EXPECT_NE(text.find("<title><text>Title &lt;1&gt;</text></title>"), std::string::npos);
   EXPECT_NE(text.find("<text>Dose &amp; time<BR/>(h)</text>"), std::string::npos);
   // What comes out is chart markup.
@@ -101,7 +102,8 @@ TEST(XViZTemplate, ATemplateThatCannotBeUsedGivesAWarningAndNoDocument) {
   EXPECT_NE(messages[0].find("/template/Missing.viztemplate"), std::string::npos);
   EXPECT_NE(messages[1].find("/template/Broken.viztemplate, line 3, column 3: mismatched tag."), std::string::npos)
       << messages[1];
-  EXPECT_EQ(messages[2], "The chart template \"../strings/global\" cannot be used: a built-in template is named by a plain name.");
+  EXPECT_EQ(messages[2],
+            "The chart template \"../strings/global\" cannot be used: a built-in template is named by a plain name.");
   EXPECT_EQ(messages[3], "The chart template \"\" cannot be used: a built-in template is named by a plain name.");
 }
 
