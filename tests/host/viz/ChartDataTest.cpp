@@ -235,6 +235,16 @@ TEST(FetchFile, ReadsATemplateWithTextLineEnds) {
   std::remove(path.c_str());
 }
 
+TEST(FetchFile, RefusesWhatIsNotARegularFile) {
+  const std::string folder = std::string(GLMIX_TEST_DATA_DIR);
+  try {
+    FetchFile::fetch(folder, true, true);
+    FAIL() << "fetch returned";
+  } catch (const std::runtime_error& e) {
+    EXPECT_EQ(std::string(e.what()), "the file \"" + folder + "\" is not a regular file");
+  }
+}
+
 TEST(FetchFile, RaisesAnErrorNamingAFileThatCannotBeRead) {
   std::string path = std::string(GLMIX_TEST_DATA_DIR) + "/no-such-folder/missing.viztemplate";
   try {
