@@ -1,11 +1,5 @@
 #include "host/viz/XBandScale.h"
 
-void XBandScale::SetCategories(const std::vector<std::string>& keys, const std::vector<std::string>& labels) {
-  fvKeys = keys;
-  fvLabels = labels;
-  fvLabels.resize(fvKeys.size());
-}
-
 void XBandScale::SetRange(double from, double to) {
   fFrom = from;
   fTo = to;

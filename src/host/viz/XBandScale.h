@@ -7,24 +7,20 @@
 class XBandScale {
  public:
   XBandScale() = default;
-  // Categories by key, with the text each shows.
-  void SetCategories(const std::vector<std::string>& keys, const std::vector<std::string>& labels);
+  // The categories by their keys, in order.
+  void SetCategories(const std::vector<std::string>& keys) { fvKeys = keys; }
   void SetRange(double from, double to);
 
   int GetCount() const { return static_cast<int>(fvKeys.size()); }
-  const std::vector<std::string>& GetKeys() const { return fvKeys; }
-  const std::vector<std::string>& GetLabels() const { return fvLabels; }
   // The band's width in pixels (negative for a range that runs downwards).
   double GetBandwidth() const;
-  // The centre of the category's band; -1 for a key that is not one.
+  // The position of a category; -1 for a key that is not one.
   int IndexOf(const std::string& key) const;
+  // The pixel at the centre of the category's band.
   double Center(int index) const;
-  double GetFrom() const { return fFrom; }
-  double GetTo() const { return fTo; }
 
  private:
   std::vector<std::string> fvKeys;
-  std::vector<std::string> fvLabels;
   double fFrom = 0.0;
   double fTo = 1.0;
 };

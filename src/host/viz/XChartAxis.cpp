@@ -126,7 +126,7 @@ void XChartAxis::Collect(const std::vector<XChartLayer>& layers, const std::vect
 
 void XChartAxis::Finish() {
   if (fbCategorical) {
-    fBand.SetCategories(fvKeys, fvLabels);
+    fBand.SetCategories(fvKeys);
     return;
   }
   double low = fbAny ? fLow : 0.0;

@@ -38,7 +38,6 @@ class XChartAxis {
   bool IsUsed() const { return fbUsed; }
   bool IsCategorical() const { return fbCategorical; }
   bool IsVisible() const { return fbUsed && fbVisible; }
-  bool HasGrid() const { return fbGrid; }
   bool IsLowFixed() const { return fbLowFixed; }
   bool IsHighFixed() const { return fbHighFixed; }
   const std::string& GetTitle() const { return fTitle; }

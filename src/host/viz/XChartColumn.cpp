@@ -9,8 +9,7 @@
 #include "host/viz/XNumber.h"
 
 XChartColumn::XChartColumn(const XMarkupNode& declaration)
-    : fpDeclaration(&declaration),
-      fSource(declaration.Attribute("source")),
+    : fSource(declaration.Attribute("source")),
       fName(declaration.Attribute("name")),
       fRole(declaration.Attribute("role")),
       fLabel(XChartText::Decode(declaration.Attribute("label"))),

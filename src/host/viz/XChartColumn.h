@@ -26,7 +26,6 @@ class XChartColumn {
   // The label to show for the variable: its label, or else its name.
   std::string GetTitle() const;
   const std::string& GetPrefix() const { return fPrefix; }
-  const XMarkupNode& GetDeclaration() const { return *fpDeclaration; }
 
   // Categorical when declared so, when its measurement level is nominal or
   // ordinal, or when a value is a text; continuous otherwise.
@@ -51,7 +50,6 @@ class XChartColumn {
   bool HasEmpty() const;
 
  private:
-  const XMarkupNode* fpDeclaration;
   std::string fSource;
   std::string fName;
   std::string fRole;

@@ -4,7 +4,6 @@
 
 #include "host/viz/XChartLook.h"
 #include "host/viz/XChartText.h"
-#include "host/viz/XNumber.h"
 #include "host/viz/XTextMetrics.h"
 
 namespace {

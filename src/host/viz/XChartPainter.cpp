@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <vector>
 
-#include "host/render/OmHtmlRenderer.h"
 #include "host/viz/XChartAesthetics.h"
 #include "host/viz/XChartAxis.h"
 #include "host/viz/XChartFrame.h"

@@ -35,7 +35,6 @@ class XChartPanels {
   int GetColumns() const { return fColumns; }
   int GetRows() const { return fRows; }
   bool IsFaceted() const { return fFacets > 0; }
-  int GetFacetCount() const { return fFacets; }
   // The panel of a row of a layer; -1 when the layer is drawn in every panel.
   int PanelOf(const XChartLayer& layer, long row) const;
   // The level of a facet variable, by its name, in a panel: a number as its

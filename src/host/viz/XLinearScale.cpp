@@ -31,11 +31,6 @@ void XLinearScale::SetRange(double from, double to) {
 
 double XLinearScale::Map(double value) const { return fFrom + (value - fLow) / (fHigh - fLow) * (fTo - fFrom); }
 
-double XLinearScale::Invert(double pixel) const {
-  if (fTo == fFrom) return fLow;
-  return fLow + (pixel - fFrom) / (fTo - fFrom) * (fHigh - fLow);
-}
-
 double XLinearScale::TickStep(int count) const {
   const double span = fHigh - fLow;
   if (!(span > 0.0) || count < 1) return 1.0;

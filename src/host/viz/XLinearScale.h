@@ -9,8 +9,6 @@ class XLinearScale {
   XLinearScale(double low, double high, double from, double to);
 
   double Map(double value) const;
-  // The value at a pixel.
-  double Invert(double pixel) const;
   double GetLow() const { return fLow; }
   double GetHigh() const { return fHigh; }
   void SetDomain(double low, double high);

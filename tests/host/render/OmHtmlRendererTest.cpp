@@ -111,3 +111,22 @@ TEST(OmHtmlRenderTest, MessagesAreBoxesByLevel) {
   EXPECT_TRUE(Contains(html, "&lt;Subject&gt; field has fewer than 2 levels &amp; no"));
   EXPECT_TRUE(Contains(html, "<pre class=\"frontend\">GLMIXFIT Reaction"));
 }
+
+TEST(OmHtmlRenderTest, ChartsAreTheirDrawingsAndHiddenOnesStayOutOfView) {
+  OmDocument doc;
+  OmHeading& h = doc.fRoot.AddHeading("Charts");
+  OmChart& shown = h.AddChart();
+  shown.fTitle = "Shown & told";
+  shown.fKind = "Kind";
+  shown.fSvg = "<svg class=\"glmix-chart\"><text>drawn</text></svg>\n";
+  OmChart& hidden = h.AddChart();
+  hidden.fTitle = "Kept";
+  hidden.fSvg = "<svg class=\"glmix-chart\"></svg>\n";
+  hidden.fbHidden = true;
+  const std::string html = OmHtmlRenderer().Render(doc);
+  EXPECT_TRUE(Contains(html, "<figure class=\"chart\" id=\"c1\" data-kind=\"Kind\" aria-label=\"Shown &amp; told\">\n"
+                             "<svg class=\"glmix-chart\"><text>drawn</text></svg>\n</figure>"));
+  EXPECT_TRUE(Contains(html, "<figure class=\"chart\" id=\"c2\" aria-label=\"Kept\" hidden>"));
+  EXPECT_TRUE(Contains(html, "<a href=\"#c1\">Shown &amp; told</a>"));
+  EXPECT_FALSE(Contains(html, "href=\"#c2\""));
+}

@@ -72,6 +72,11 @@ TEST(XUtility, TakesTheHostTextsAsUTF8) {
   EXPECT_EQ(XUtility::ChartStringFromLocalCodePage(std::string("x\xe2\x82\xac")).str(), u"x\u20ac");
   EXPECT_EQ(XUtility::ChartStringFromOLANG("Signifikanz \xc3\xbc").toUTF8(), "Signifikanz \xc3\xbc");
   EXPECT_EQ(XUtility::ChartStringFromOLANG(std::string("t")).str(), u"t");
+  // All three encodings are UTF-8, checked on the way in.
+  EXPECT_EQ(XUtility::ChartStringFromUTF8("a\xff").str(), u"a\uFFFD");
+  EXPECT_EQ(XUtility::LocalCodePageFromChartString(ChartString(u"caf\u00e9")), "caf\xc3\xa9");
+  EXPECT_EQ(XUtility::OLANGFromChartString(ChartString(u"\u20ac")), "\xe2\x82\xac");
+  EXPECT_STREQ(XUtility::OutputLanguage(), "en");
   const char* none = nullptr;
   EXPECT_TRUE(XUtility::ChartStringFromLocalCodePage(none).empty());
   EXPECT_TRUE(XUtility::ChartStringFromOLANG(none).empty());
