@@ -13,10 +13,12 @@
 #include "app/AppMixedCommand.h"
 #include "app/AppMixedMemory.h"
 #include "app/AppMixedParser.h"
+#include "app/AppModelViewer.h"
 #include "app/AppProcedureHook.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/data/ZORV_StopFlag.h"
+#include "host/files/BEPesRepos.h"
 #include "host/output/BP_ToFront.h"
 #include "host/output/BpError.h"
 #include "host/output/BpProcedure.h"
@@ -208,7 +210,10 @@ void AppSession::RunMixed(AppCommandReader& reader, BpProcedure& procedure, cons
     reader.FailAt(reader.GetCommand().fvTokens.front(),
                   "the output folder '" + fOptions.fOutputDir + "' cannot be created: " + ec.message());
   }
+  // The repository then holds only what this command's fits hand over.
+  BEPesRepos::BEPesClear();
   hook(fMemory.GetCommand(), procedure, *fpData);
+  AppModelViewer::Run(procedure, *fpData);
 }
 
 bool AppSession::WriteReports(std::ostream& terminal, std::string& error) const {

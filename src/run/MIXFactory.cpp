@@ -568,19 +568,8 @@ void MIXFactory::DisplayStatus() const {
 }
 
 void MIXFactory::SendTextToFront(const std::string& text) {
-  std::ostringstream stream;
-  stream << text << '\0';
-  const std::string buffer = stream.str();
-  const char* p = buffer.c_str();
-  BP_ToFront(1, "");
-  const std::size_t chunk = static_cast<std::size_t>(kBP_ToFrontMaxLength);
-  std::size_t rest = std::strlen(p);
-  while (rest > chunk) {
-    BP_ToFront(0, BP_Character(std::string(p, chunk)));
-    p += chunk;
-    rest -= chunk;
-  }
-  if (rest > 0) BP_ToFront(0, BP_Character(p));
+  // The text ends at its first NUL, as a C string would.
+  BP_ToFrontText(text.substr(0, text.find('\0')));
 }
 
 // ---------------------------------------------------------------------------

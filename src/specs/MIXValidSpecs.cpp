@@ -1374,7 +1374,7 @@ bool MIXValidSpecs::CompleteVarList(MCXML_850::MCVarList* pVarList, ACAInputAdap
       const int zorvInd = repeatedHostIndex[i];
       MIX_ASSERT(zorvInd >= 0, "zorvInd >= 0");
       const ZORV_Variable* variable = DataSource->GetVariable(zorvInd);
-      const std::string name = std::string("@#$ordinal@#$_") + (variable != nullptr ? variable->GetName() : "");
+      const std::string name = MCXML_850::IMCVariable::RecodedName(variable != nullptr ? variable->GetName() : "");
       ok = metaData.AddRecVariable(i, true, MCConst::ROLE_PREDICTOR, nullptr, name);
     } else {
       ok = metaData.AddRecVariable(i, VarValidSpecsPtr->GetRecordCatVar(i), MCConst::ROLE_PREDICTOR, nullptr, "");

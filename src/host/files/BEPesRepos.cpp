@@ -36,6 +36,7 @@ bool BEPesRepos::Store(const char* name, int kind, int flag) {
   file.fKind = kind;
   file.fbDeliver = flag != 0;
   file.fbReadable = Read(fileName, &file.fContent);
+  file.fvSplit = ZORV_Session::Current().GetCurrentSplit();
   Files().push_back(std::move(file));
   return Files().back().fbReadable;
 }

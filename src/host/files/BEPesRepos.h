@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "host/data/ZORV_Session.h"
+
 // The host's repository of the files that a command wrote for its user.
 // A procedure hands each finished file over; the repository keeps, with
 // the name, kind and flag, a snapshot of the file's content at that moment.
@@ -24,6 +26,10 @@ class BEPesRepos {
     bool fbDeliver = false;   // hand the file to the procedure's viewer
     bool fbReadable = false;  // the file could be read when it was handed over
     std::string fContent;     // the file's content when it was handed over
+    // The split that was current at the hand-over (none on an unsplit
+    // file), so that the viewer can show each split's documents under the
+    // split's title.
+    std::vector<ZORV_Session::SplitValue> fvSplit;
   };
 
   // Forgets every entry: a new command begins.

@@ -1,5 +1,6 @@
 #include "host/output/BP_ToFront.h"
 
+#include <algorithm>
 #include <cassert>
 
 #include "host/output/BpProcedure.h"
@@ -17,5 +18,16 @@ void BP_ToFront(const long& newLine, const BP_Character& text) {
     item->fvLines.push_back(text.GetString());
   } else {
     item->fvLines.back() += text.GetString();
+  }
+}
+
+void BP_ToFrontText(const std::string& text) {
+  BP_ToFront(1, BP_Character(""));
+  std::size_t at = 0;
+  while (at < text.size()) {
+    std::size_t size = std::min(text.size() - at, static_cast<std::size_t>(kBP_ToFrontMaxLength));
+    while (size > 1 && at + size < text.size() && (static_cast<unsigned char>(text[at + size]) & 0xC0) == 0x80) --size;
+    BP_ToFront(0, BP_Character(text.substr(at, size)));
+    at += size;
   }
 }

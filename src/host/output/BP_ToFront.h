@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "host/output/BP_Character.h"
 
 // The most characters one call may send.
@@ -11,3 +13,7 @@ const long kBP_ToFrontMaxLength = 4096;
 // ends the output, or starts one when that item is not front-end text.
 // More than 4096 characters in one call is a broken invariant.
 void BP_ToFront(const long& newLine, const BP_Character& text);
+
+// Sends a text of any length as one new line, in pieces of at most 4096
+// characters, never cutting inside a UTF-8 character.
+void BP_ToFrontText(const std::string& text);

@@ -19,6 +19,7 @@ enum MCStatusCode : long {
   MC_INVALID_RECORDS_OVERFLOW = 130079,   // too many invalid records
   MC_FILE_OPEN_FAILED = 130089,           // the data file could not be read again
   MC_OUTPUT_FILE_ERROR = 130093,          // a document could not be written
+  MC_MODEL_FILE_ERROR = 130094,           // a model file could not be read
   MC_NO_VALID_CASES = 230024,             // no record can be used
   MC_DUPLICATE_REPEATED = 230025,         // repeated measures values repeat within a subject
   MC_POST_ESTIMATION_FAILED = 130090,     // the final evaluation after convergence failed

@@ -19,7 +19,17 @@ std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
 std::string GLMMDocumentLabels::VarName(const MCXML_850::MCVarList& varList, int var) {
   const MCXML_850::IMCVariable* pVar = varList.GetVarAt(var);
-  return pVar != nullptr ? pVar->GetName() : "#" + std::to_string(var);
+  return pVar != nullptr ? pVar->GetFieldName() : "#" + std::to_string(var);
+}
+
+bool GLMMDocumentLabels::IsOwnField(const MCXML_850::MCVarList& varList, int var) {
+  const MCXML_850::IMCVariable* pVar = varList.GetVarAt(var);
+  if (pVar == nullptr) return false;
+  if (!MCXML_850::IMCVariable::IsRecodedName(pVar->GetName())) return true;
+  for (int other = 0; other < varList.Size(); ++other) {
+    if (other != var && varList.GetVarAt(other)->GetName() == pVar->GetFieldName()) return false;
+  }
+  return true;
 }
 
 std::string GLMMDocumentLabels::CategoryValue(const MCXML_850::MCVarList& varList, int var, int code) {

@@ -28,8 +28,13 @@ class GLMMDocumentLabels {
     int fNestingLevel;
   };
 
-  // The variable's name; "#<position>" for a position outside the list.
+  // The name of the data field the variable reads, which is the name a
+  // reader finds in the data; "#<position>" for a position outside the list.
   static std::string VarName(const MCXML_850::MCVarList& varList, int var);
+  // Whether the variable stands as a field of its own in the model file: a
+  // repeated-measures copy of a field that another variable of the list
+  // reads already does not, since a field is described once.
+  static bool IsOwnField(const MCXML_850::MCVarList& varList, int var);
   // A category as a value that reads back into the variable: the number for
   // a numeric variable, the text for a string variable. Empty when the code
   // is not a category of the variable.

@@ -159,12 +159,15 @@ MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4X
     }
     xml.Close();
 
+    int nFields = 0;
+    for (int i = 0; i < varList.Size(); ++i) nFields += GLMMDocumentLabels::IsOwnField(varList, i) ? 1 : 0;
     xml.Open("DataDictionary");
-    xml.Attribute("numberOfFields", varList.Size());
+    xml.Attribute("numberOfFields", nFields);
     for (int i = 0; i < varList.Size(); ++i) {
+      if (!GLMMDocumentLabels::IsOwnField(varList, i)) continue;
       const MCXML_850::IMCVariable& var = *varList.GetVarAt(i);
       xml.Open("DataField");
-      xml.Attribute("name", var.GetName());
+      xml.Attribute("name", var.GetFieldName());
       if (!var.GetLabel().empty()) xml.Attribute("displayName", var.GetLabel());
       xml.Attribute("optype", OpType(var.GetMeasurementLevel()));
       xml.Attribute("dataType", var.GetStringWidth() > 0 ? "string" : "double");
@@ -202,9 +205,10 @@ MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4X
 
     xml.Open("MiningSchema");
     for (int i = 0; i < varList.Size(); ++i) {
+      if (!GLMMDocumentLabels::IsOwnField(varList, i)) continue;
       const MCXML_850::IMCVariable& var = *varList.GetVarAt(i);
       xml.Open("MiningField");
-      xml.Attribute("name", var.GetName());
+      xml.Attribute("name", var.GetFieldName());
       xml.Attribute("usageType", UsageType(var.GetRole()));
       xml.Close();
     }

@@ -384,6 +384,60 @@ void ContrastsElement(GLMMXMLWriter& xml, const GLMMEmmeansStat& stat, const MCX
   xml.Close();
 }
 
+// The number of a marginal means request among the requests of factors,
+// which are the ones the build settings list: the overall request (no
+// factors) has no number of its own and gives -1. Asked for one past the
+// last request, it counts the requests of factors.
+int FactorRequestNumber(const std::vector<MCMath_850::MCEmmeansSpec>& requests, int r) {
+  if (r < static_cast<int>(requests.size()) && requests[U(r)].GetFactors().empty()) return -1;
+  int number = 0;
+  for (int k = 0; k < r && k < static_cast<int>(requests.size()); ++k) {
+    if (!requests[U(k)].GetFactors().empty()) ++number;
+  }
+  return number;
+}
+
+// The means of the first overall request, which stand for the grand mean
+// when there is one; null otherwise.
+const GLMMEmmeansMean* OverallRequestMean(const GLMMOutputStats& stats,
+                                          const std::vector<MCMath_850::MCEmmeansSpec>& requests) {
+  for (const GLMMEmmeansStat& stat : stats.GetEmmeansStats()) {
+    const int r = stat.GetRequestIndex();
+    if (r < 0 || r >= static_cast<int>(requests.size()) || !requests[U(r)].GetFactors().empty()) continue;
+    return stat.GetValid() && stat.GetMeans().size() == 1 ? &stat.GetMeans().front() : nullptr;
+  }
+  return nullptr;
+}
+
+// A covariance parameter's label as a key of the string tables and its
+// arguments: the numbers in the label's parentheses become arguments, as
+// "UN(1,2)" gives the key "UN(^1,^2)" with 1 and 2; a label without
+// numbers is its own key.
+std::pair<std::string, std::vector<std::string>> CovarianceLabelKey(const std::string& label) {
+  const std::size_t open = label.find('(');
+  if (open == std::string::npos || label.empty() || label.back() != ')') return {label, {}};
+  std::vector<std::string> args;
+  std::string item;
+  for (std::size_t i = open + 1; i + 1 < label.size(); ++i) {
+    const char c = label[i];
+    if (c == ',') {
+      args.push_back(item);
+      item.clear();
+    } else if (c >= '0' && c <= '9') {
+      item += c;
+    } else {
+      return {label, {}};
+    }
+  }
+  args.push_back(item);
+  std::string key = label.substr(0, open + 1);
+  for (std::size_t k = 0; k < args.size(); ++k) {
+    if (args[k].empty()) return {label, {}};
+    key += (k > 0 ? ",^" : "^") + std::to_string(k + 1);
+  }
+  return {key + ")", args};
+}
+
 void FTest(GLMMXMLWriter& xml, double f, double df1, double df2, double sig) {
   xml.Open("FTest");
   xml.Attribute("fStatistic", f);
@@ -450,6 +504,18 @@ void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
   xml.Close();
   xml.Close();
 
+  // A list parameter is written only when it has members: a reader takes
+  // an empty list for a broken one.
+  if (!s.GetRandomSpecs().empty()) WriteRandomSpecs(xml);
+  WriteMeansRequests(xml);
+  const std::vector<MCMath_850::MCEmmeansSpec>& requests = s.GetEmmeans();
+  Parameter(xml, "pAdjustment", requests.empty() ? "LSD" : PAdjustToken(requests.front().GetPAdjust()));
+  xml.Close();
+}
+
+void GLMMStatXMLWriter::WriteRandomSpecs(GLMMXMLWriter& xml) const {
+  const GLMMSettings& s = *fpSettings;
+  const MCXML_850::MCVarList& varList = *fpVarList;
   xml.OpenNamed("Parameter", "RandomSpecs");
   xml.Open("ListValue");
   for (const GLMMRandomSpec& spec : s.GetRandomSpecs()) {
@@ -475,11 +541,16 @@ void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
   }
   xml.Close();
   xml.Close();
+}
 
-  const std::vector<MCMath_850::MCEmmeansSpec>& requests = s.GetEmmeans();
+void GLMMStatXMLWriter::WriteMeansRequests(GLMMXMLWriter& xml) const {
+  const MCXML_850::MCVarList& varList = *fpVarList;
+  const std::vector<MCMath_850::MCEmmeansSpec>& requests = fpSettings->GetEmmeans();
+  if (FactorRequestNumber(requests, static_cast<int>(requests.size())) == 0) return;
   xml.OpenNamed("Parameter", "EMMEANS");
   xml.Open("ListValue");
   for (const MCMath_850::MCEmmeansSpec& request : requests) {
+    if (request.GetFactors().empty()) continue;
     std::vector<GLMMDocumentLabels::EffectField> fields;
     for (std::size_t k = 0; k < request.GetFactors().size(); ++k) {
       const int level = k < request.GetFactorsNestLevel().size() ? request.GetFactorsNestLevel()[k] : 0;
@@ -502,8 +573,6 @@ void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
     xml.Close();
   }
   xml.Close();
-  xml.Close();
-  Parameter(xml, "pAdjustment", requests.empty() ? "LSD" : PAdjustToken(requests.front().GetPAdjust()));
   xml.Close();
 }
 
@@ -554,7 +623,8 @@ void GLMMStatXMLWriter::WriteModelDiagnostics(GLMMXMLWriter& xml) const {
   if (stats.GetNCommonSubjects() >= 0) {
     Statistic(xml, "numOfCommonSubjects", std::to_string(stats.GetNCommonSubjects()));
   }
-  if (const GLMMEmmeansMean* pGrand = stats.GetGrandMean()) {
+  const GLMMEmmeansMean* pOverall = OverallRequestMean(stats, fpSettings->GetEmmeans());
+  if (const GLMMEmmeansMean* pGrand = pOverall != nullptr ? pOverall : stats.GetGrandMean()) {
     Statistic(xml, "grandMean", GLMMXMLWriter::NumberText(pGrand->GetMean()));
     Statistic(xml, "grandMeanStdErr", GLMMXMLWriter::NumberText(pGrand->GetStdError()));
     Statistic(xml, "grandMeanCILower", GLMMXMLWriter::NumberText(pGrand->GetLowerBound()));
@@ -760,7 +830,10 @@ void GLMMStatXMLWriter::WriteMarginalMeans(GLMMXMLWriter& xml) const {
       xml.Close();
       xml.Close();
     }
-    Statistic(xml, "EMMEANSIndex", std::to_string(stat.GetRequestIndex()));
+    // The overall request is the grand mean: it carries no request number,
+    // and its one mean has no factor categories.
+    const int number = FactorRequestNumber(fpSettings->GetEmmeans(), stat.GetRequestIndex());
+    if (number >= 0) Statistic(xml, "EMMEANSIndex", std::to_string(number));
     EstimatesElement(xml, stat, varList, "estimates");
     if (!stat.GetContrasts().empty() && stat.GetCompareFactor() >= 0) ContrastsElement(xml, stat, varList);
     const std::vector<int> others = OtherFactors(stat);
@@ -816,6 +889,8 @@ void GLMMStatXMLWriter::WriteTrainingSummary(GLMMXMLWriter& xml) const {
       xml.Open("ParameterStats");
       ParamAttributes(xml, FixedKey(i), Labels::ParameterLabel(beta[i], varList), n);
       RegressionParameter(xml, beta[i], FixedKey(i), varList);
+      // The position of the parameter's effect in the fixed effect list.
+      if (!beta[i].IsIntercept()) Statistic(xml, "fixedEffectIndex", std::to_string(beta[i].GetEffectIndex()));
       xml.Close();
     }
     xml.Close();
@@ -863,8 +938,14 @@ void GLMMStatXMLWriter::WriteTrainingSummary(GLMMXMLWriter& xml) const {
         xml.Attribute("pattern", "Variance ");
         xml.Attribute("isKey", true);
       } else {
-        xml.Attribute("pattern", st.GetLabel());
-        xml.Attribute("isKey", false);
+        const std::pair<std::string, std::vector<std::string>> key = CovarianceLabelKey(st.GetLabel());
+        xml.Attribute("pattern", key.first);
+        xml.Attribute("isKey", true);
+        for (const std::string& argument : key.second) {
+          xml.Open("PrintableList");
+          xml.Attribute("pattern", argument);
+          xml.Close();
+        }
       }
       xml.Close();
       xml.Close();

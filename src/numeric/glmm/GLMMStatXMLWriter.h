@@ -32,6 +32,8 @@ class GLMMStatXMLWriter {
 
  private:
   void WriteBuildSettings(GLMMXMLWriter& xml) const;
+  void WriteRandomSpecs(GLMMXMLWriter& xml) const;
+  void WriteMeansRequests(GLMMXMLWriter& xml) const;
   void WriteStringMaps(GLMMXMLWriter& xml) const;
   void WriteModelDiagnostics(GLMMXMLWriter& xml) const;
   void WriteTargetDistribution(GLMMXMLWriter& xml) const;

@@ -17,6 +17,20 @@ IMCVariable::IMCVariable(const std::string& name, MCVarRole role, MCMeasureLevel
   fMeasureLevel = level;
 }
 
+namespace {
+
+const char kRecodedPrefix[] = "@#$ordinal@#$_";
+
+}  // namespace
+
+std::string IMCVariable::RecodedName(const std::string& fieldName) { return kRecodedPrefix + fieldName; }
+
+bool IMCVariable::IsRecodedName(const std::string& name) { return name.rfind(kRecodedPrefix, 0) == 0; }
+
+std::string IMCVariable::FieldName(const std::string& name) {
+  return IsRecodedName(name) ? name.substr(sizeof kRecodedPrefix - 1) : name;
+}
+
 bool IMCVariable::IsCategorical() const {
   return fMeasureLevel == MEASURE_NOMINAL || fMeasureLevel == MEASURE_ORDINAL;
 }

@@ -20,6 +20,17 @@ class IMCVariable {
 
   const std::string& GetName() const { return fName; }
   void SetName(const std::string& name) { fName = name; }
+  // The name of the data field the variable reads: its own name, or for a
+  // repeated-measures copy of a field, the field's name.
+  std::string GetFieldName() const { return FieldName(fName); }
+
+  // A field that the record holds a second time, recoded as the categories
+  // of a repeated measure, needs a name of its own in the variable list:
+  // RecodedName gives it, and FieldName gives back the field's name (any
+  // other name stands as it is).
+  static std::string RecodedName(const std::string& fieldName);
+  static std::string FieldName(const std::string& name);
+  static bool IsRecodedName(const std::string& name);
   const std::string& GetLabel() const { return fLabel; }
   void SetLabel(const std::string& label) { fLabel = label; }
   // Position in the record; -1 while unknown.

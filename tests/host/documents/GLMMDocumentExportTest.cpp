@@ -263,7 +263,16 @@ TEST(GLMMDocumentExport, SleepstudyStatXMLHoldsSettingsEstimatesAndCovariances) 
     EXPECT_EQ(Number(element, "confIntervalLower"), st.GetLowerBound());
     EXPECT_EQ(Number(element, "confIntervalUpper"), st.GetUpperBound());
   }
-  EXPECT_EQ(Attr(First(randomStats[0], "PrintableList"), "pattern"), theta[0].GetLabel());
+  // The label of a covariance parameter is a key of the string tables with
+  // the numbers of the engine's label as its arguments.
+  ASSERT_EQ(theta[0].GetLabel(), "UN(1,1)");
+  SDOMXMLWrapper* unLabel = First(randomStats[0], "PrintableList");
+  EXPECT_EQ(Attr(unLabel, "pattern"), "UN(^1,^2)");
+  EXPECT_EQ(Attr(unLabel, "isKey"), "true");
+  const std::vector<SDOMXMLWrapper*> unArgs = Children(unLabel, "PrintableList");
+  ASSERT_EQ(unArgs.size(), 2u);
+  EXPECT_EQ(Attr(unArgs[0], "pattern"), "1");
+  EXPECT_EQ(Attr(unArgs[1], "pattern"), "1");
   EXPECT_EQ(Children(summary, "Message").size(), 0u);
 
   // The block's covariance matrix, a packed triangle that holds the UN

@@ -1,12 +1,8 @@
 #include "numeric/xml/MCApplicInfo4XML.h"
-#include "numeric/xml/MCPMMLParser.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <stdexcept>
-
-#include "numeric/xml/MCVarList.h"
 
 using MCXML_850::MCApplicInfo4XML;
 
@@ -31,18 +27,4 @@ TEST(MCApplicInfo4XML, Display) {
   std::ostringstream os;
   MCApplicInfo4XML("glmixfit", "0.1.0", "").Display(os);
   EXPECT_EQ(os.str(), "Application: glmixfit\nVersion: 0.1.0\nCopyright: \nTimestamp: false\n");
-}
-
-TEST(MCPMMLParser, ReadingIsNotImplementedYet) {
-  MCXML_850::MCPMMLParser parser;
-  EXPECT_FALSE(parser.IsParsed());
-  std::istringstream is("<PMML/>");
-  EXPECT_THROW(parser.ParseToDOM(is), std::logic_error);
-  MCXML_850::MCVarList list;
-  try {
-    parser.FillVarList(list, {}, false);
-    FAIL() << "FillVarList returned";
-  } catch (const std::logic_error& error) {
-    EXPECT_STREQ(error.what(), "MCPMMLParser::FillVarList: not implemented yet");
-  }
 }
