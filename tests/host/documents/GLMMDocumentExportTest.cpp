@@ -452,6 +452,119 @@ TEST(GLMMDocumentExport, OrthodontResidualStructureAndFactorLabels) {
     EXPECT_EQ(Attr(residualStats[i], "paramName"), theta[i].GetLabel());
   }
   EXPECT_EQ(WithAttr(summary, "ParameterEstimates", "parameterType", "random"), nullptr);
+
+  // Lists without members are left out: a reader takes an empty list for a
+  // broken one.
+  EXPECT_EQ(WithAttr(build, "Parameter", "name", "RandomSpecs"), nullptr);
+  EXPECT_EQ(WithAttr(build, "Parameter", "name", "EMMEANS"), nullptr);
+  EXPECT_EQ(Attr(WithAttr(build, "Parameter", "name", "pAdjustment"), "value"), "LSD");
+  // Each coefficient but the intercept names the position of its effect.
+  EXPECT_EQ(First(fixedStats[0], "Statistic"), nullptr);
+  const std::vector<std::string> effectOf = {"0", "1", "1", "2", "2"};
+  for (std::size_t i = 1; i < fixedStats.size(); ++i) {
+    SDOMXMLWrapper* statistic = First(fixedStats[i], "Statistic");
+    EXPECT_EQ(Attr(statistic, "name"), "fixedEffectIndex");
+    EXPECT_EQ(Attr(statistic, "value"), effectOf[i - 1]) << i;
+    EXPECT_EQ(Attr(statistic, "value"), std::to_string(beta[i].GetEffectIndex()));
+  }
+}
+
+// A repeated measure that is also a factor of the model is a second,
+// recoded variable of the record under a name of its own; the documents
+// know it by its field's name, and describe the field once.
+TEST(GLMMDocumentExport, ARepeatedMeasureGoesUnderItsFieldsName) {
+  // distance 0, age 1 (a factor), Subject 2, Sex 3, age again 4 (the
+  // repeated measure).
+  DocumentTestRecords records;
+  ASSERT_TRUE(records.Load(DataPath("orthodont.csv"), {"distance", "age", "Subject", "Sex", "age"},
+                           {"age", "Subject", "Sex"}));
+  records.GetVarList().GetVarAt(4)->SetName(MCXML_850::IMCVariable::RecodedName("age"));
+  records.GetVarList().GetVarAt(4)->SetMeasurementLevel(MCMath_850::MCConst::MEASURE_ORDINAL);
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  settings.AddFactor(1, 4);
+  settings.AddFactor(3, 2);
+  settings.AddFactor(4, 4);
+  const std::vector<int> set = {1, 3, 4};
+  settings.AddModelEffect(Effect(set, 3, {1}, {}, {1}));
+  settings.AddModelEffect(Effect(set, 3, {3}, {}, {3}));
+  GLMMRandomSpec repeated;
+  repeated.Reset(true);
+  repeated.AddEffect(Effect(set, 3, {4}, {}, {4}));
+  repeated.AddSubjectVar(2);
+  repeated.SetCovarianceType(GLMMConst_850::AR1);
+  settings.SetRepeated(repeated);
+  GLMMAlgorithm algorithm(settings, records.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  Documents docs;
+  Export(algorithm, docs);
+  EXPECT_EQ(docs.fPMML.find("@#$"), std::string::npos);
+  EXPECT_EQ(docs.fStatXML.find("@#$"), std::string::npos);
+
+  SDOMXMLWrapper* dictionary = First(&docs.fPMMLDoc, "DataDictionary");
+  const std::vector<SDOMXMLWrapper*> fields = Children(dictionary, "DataField");
+  std::vector<std::string> names;
+  for (SDOMXMLWrapper* field : fields) names.push_back(Attr(field, "name"));
+  EXPECT_EQ(names, (std::vector<std::string>{"distance", "age", "Subject", "Sex"}));
+  EXPECT_EQ(Attr(dictionary, "numberOfFields"), "4");
+  EXPECT_EQ(Children(First(&docs.fPMMLDoc, "GeneralRegressionModel/MiningSchema"), "MiningField").size(), 4u);
+
+  SDOMXMLWrapper* structure = WithAttr(First(&docs.fStatDoc, "PMMLModel/ModelDiagnostics"), "StructuredData",
+                                       "description", "firstSubjectRecordsForDataStructure");
+  SDOMXMLWrapper* measures =
+      WithAttr(First(structure, "SegmentData/MultivariateData"), "CoordinatesGroup", "description", "repeatedMeasures");
+  ASSERT_NE(measures, nullptr);
+  EXPECT_EQ(Attr(First(measures, "Coordinates"), "field"), "age");
+  std::vector<std::string> ages;
+  ASSERT_TRUE(First(measures, "Coordinates/Array")->GetSimpleArray(ages));
+  EXPECT_EQ(ages, (std::vector<std::string>{"8", "10", "12", "14"}));
+}
+
+// The overall mean is the grand mean: its group carries no request number,
+// the build settings list only the requests of factors, and the grand mean
+// statistics are the request's.
+TEST(GLMMDocumentExport, AnOverallRequestIsTheGrandMean) {
+  DocumentTestRecords records;
+  ASSERT_TRUE(records.Load(DataPath("oats.csv"), {"yield", "Block", "Variety", "nitro"}, {"Block", "Variety", "nitro"}));
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  for (int f : {1, 2, 3}) settings.AddFactor(f, records.GetVarList().GetVarAt(f)->GetNCategories());
+  const std::vector<int> set = {1, 2, 3};
+  settings.AddModelEffect(Effect(set, 3, {2}, {}, {2}));
+  settings.AddModelEffect(Effect(set, 3, {3}, {}, {3}));
+  MCMath_850::MCEmmeansSpec overall;
+  MCMath_850::MCEmmeansSpec variety;
+  variety.AddFactor(2, 0);
+  settings.SetEmmeans({overall, variety});
+  GLMMAlgorithm algorithm(settings, records.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  const GLMMOutputStats* pStats = algorithm.GetOutputStats();
+  Documents docs;
+  Export(algorithm, docs);
+  SDOMXMLWrapper* build = First(&docs.fStatDoc, "BuildSettings");
+  const std::vector<SDOMXMLWrapper*> requests =
+      Children(First(WithAttr(build, "Parameter", "name", "EMMEANS"), "ListValue"), "StructuredValue");
+  ASSERT_EQ(requests.size(), 1u);
+  EXPECT_EQ(ListValues(First(WithAttr(requests[0], "Attribute", "name", "Factors"), "StructuredValue"), "Fields"),
+            std::vector<std::string>{"Variety"});
+
+  SDOMXMLWrapper* diagnostics = First(&docs.fStatDoc, "PMMLModel/ModelDiagnostics");
+  std::vector<SDOMXMLWrapper*> custom;
+  for (SDOMXMLWrapper* group : Children(diagnostics, "DataGroup")) {
+    if (Attr(group, "description") == "customEmmeans") custom.push_back(group);
+  }
+  ASSERT_EQ(custom.size(), 2u);
+  EXPECT_EQ(WithAttr(custom[0], "Statistic", "name", "EMMEANSIndex"), nullptr);
+  SDOMXMLWrapper* estimates = WithAttr(custom[0], "MultivariateData", "description", "estimates");
+  EXPECT_EQ(First(estimates, "CoordinatesGroup"), nullptr);
+  const std::vector<double> mean = Numbers(First(WithAttr(estimates, "Coordinates", "statistic", "mean"), "Array"));
+  ASSERT_EQ(mean.size(), 1u);
+  EXPECT_EQ(Attr(WithAttr(custom[1], "Statistic", "name", "EMMEANSIndex"), "value"), "0");
+  const MCGLMM_850::GLMMEmmeansStat& stat = pStats->GetEmmeansStats()[0];
+  EXPECT_EQ(mean[0], stat.GetMeans()[0].GetMean());
+  EXPECT_EQ(Number(WithAttr(diagnostics, "Statistic", "name", "grandMean"), "value"), stat.GetMeans()[0].GetMean());
+  EXPECT_EQ(Number(WithAttr(diagnostics, "Statistic", "name", "grandMeanStdErr"), "value"),
+            stat.GetMeans()[0].GetStdError());
 }
 
 TEST(GLMMDocumentExport, OatsVarianceComponentsMarginalMeansAndMessages) {

@@ -49,6 +49,28 @@ TEST_F(BEPesReposTest, StoresWrittenFilesInOrder) {
   EXPECT_EQ(BEPesRepos::BEPesCheckError(), 0);
 }
 
+// Each hand-over remembers the split that was current, so that the viewer
+// can show a split's documents under its title.
+TEST_F(BEPesReposTest, EachHandOverKeepsTheSplitOfItsMoment) {
+  ScratchDir dir("pes_split");
+  WriteFile(dir.File("stats.xml"), "<doc/>");
+  ZORV_Variable variable;
+  ZORV_Session::SplitValue split;
+  split.fpVariable = &variable;
+  split.fvValue.resize(1);
+  split.fvValue[0].fNum = 2.0;
+  ZORV_Session::Current().SetCurrentSplit({split});
+  TestAndStoreToPes(dir.File("stats.xml").c_str(), 6, 1);
+  ZORV_Session::Current().ClearCurrentSplit();
+  TestAndStoreToPes(dir.File("stats.xml").c_str(), 6, 1);
+  const auto& files = BEPesRepos::GetFiles();
+  ASSERT_EQ(files.size(), 2u);
+  ASSERT_EQ(files[0].fvSplit.size(), 1u);
+  EXPECT_EQ(files[0].fvSplit[0].fpVariable, &variable);
+  EXPECT_EQ(files[0].fvSplit[0].fvValue[0].fNum, 2.0);
+  EXPECT_TRUE(files[1].fvSplit.empty());
+}
+
 TEST_F(BEPesReposTest, EachHandOverKeepsTheContentOfItsMoment) {
   ScratchDir dir("pes_again");
   WriteFile(dir.File("stats.json"), "{\"split\": 1}");

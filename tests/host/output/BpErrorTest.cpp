@@ -159,6 +159,18 @@ TEST_F(BpErrorTest, FrontEndTextStartsAndContinuesLines) {
   EXPECT_EQ(LastItem().fpText->fvLines, std::vector<std::string>{"continued"});
 }
 
+// A long text goes as one line in pieces the front end takes, never cut
+// inside a character.
+TEST_F(BpErrorTest, LongFrontEndTextGoesInPieces) {
+  std::string text = std::string(4095, 'a') + "\xC3\xA9" + std::string(5000, 'b');
+  BP_ToFrontText(text);
+  ASSERT_EQ(LastItem().fKind, OmItem::TEXT);
+  EXPECT_EQ(LastItem().fpText->fvLines, std::vector<std::string>{text});
+  BP_ToFrontText("");
+  BP_ToFrontText("next");
+  EXPECT_EQ(LastItem().fpText->fvLines, (std::vector<std::string>{text, "", "next"}));
+}
+
 TEST_F(BpErrorTest, FrontEndTextOverTheLimitIsABrokenInvariant) {
   EXPECT_DEBUG_DEATH(BP_ToFront(0, std::string(4097, 'x')), "pieces of 4096");
 }

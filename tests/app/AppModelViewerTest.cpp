@@ -1,0 +1,235 @@
+// The host driving the model viewer's plug-in after a GLIXFIT command.
+#include "app/AppModelViewer.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "app/AppProcedureHook.h"
+#include "app/AppSession.h"
+#include "host/data/ZORV_Dataset.h"
+#include "host/data/ZORV_Session.h"
+#include "host/files/BEPesRepos.h"
+#include "host/io/DataFileLoader.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/OmDocument.h"
+#include "run/MixDriver.h"
+#include "run/MixExports.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string FixturePath(const std::string& name) { return std::string(GLMIX_TEST_DATA_DIR) + "/documents/glmm/" + name; }
+
+std::string ReadText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// The texts of the items of a heading, each as "kind: text" ("heading: ...",
+// "message: ...", "text: ..."), tables by their sub-type.
+std::vector<std::string> Outline(const OmHeading& heading) {
+  std::vector<std::string> items;
+  for (const OmItem& item : heading.fvItems) {
+    switch (item.fKind) {
+      case OmItem::HEADING:
+        items.push_back("heading: " + item.fpHeading->fText);
+        break;
+      case OmItem::TABLE:
+        items.push_back("table: " + item.fpTable->fSubType);
+        break;
+      case OmItem::MESSAGE:
+        items.push_back("message: " + item.fpMessage->fText);
+        break;
+      case OmItem::TEXT:
+        items.push_back("text: " + (item.fpText->fvLines.empty() ? std::string() : item.fpText->fvLines.back()));
+        break;
+      case OmItem::CHART:
+        items.push_back("chart");
+        break;
+    }
+  }
+  return items;
+}
+
+bool Contains(const std::vector<std::string>& items, const std::string& text) {
+  for (const std::string& item : items) {
+    if (item.find(text) != std::string::npos) return true;
+  }
+  return false;
+}
+
+// The repository and the output of one command, driven by hand.
+class ModelViewerDriver : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ZORV_Session::Current().BeginCommand();
+    BEPesRepos::BEPesClear();
+    DataFileLoader::Load(FixturePath("clinic.csv"), fData);
+    fDir = fs::temp_directory_path() / ("glmixfit-viewer-test-" + std::to_string(::getpid()));
+    fs::create_directories(fDir);
+    fProcedure.reset(new BpProcedure(fDocument.fRoot.AddHeading("Mixed Model"), "Mixed Model", "Mixed"));
+    fProcedure->SetDataSource(&fData);
+  }
+  void TearDown() override {
+    fProcedure.reset();
+    BEPesRepos::BEPesClear();
+    display_output = false;
+    ZORV_Session::Current().BeginCommand();
+    std::error_code ec;
+    fs::remove_all(fDir, ec);
+  }
+
+  // Hands a document over as the procedure does, under its own name.
+  void Store(const std::string& name, const std::string& content, int kind = BEPesRepos::KIND_XML) {
+    const std::string path = (fDir / name).string();
+    std::ofstream(path, std::ios::binary) << content;
+    ASSERT_TRUE(TestAndStoreToPes(path.c_str(), kind, 1));
+  }
+  void StoreFixture(const std::string& name) {
+    Store(name + ".pmml.xml", ReadText(FixturePath(name + ".pmml.xml")));
+    Store(name + ".statxml.xml", ReadText(FixturePath(name + ".statxml.xml")));
+  }
+  const OmHeading& Command() const { return *fDocument.fRoot.fvItems.front().fpHeading; }
+
+  ZORV_Dataset fData;
+  OmDocument fDocument;
+  std::unique_ptr<BpProcedure> fProcedure;
+  fs::path fDir;
+};
+
+}  // namespace
+
+TEST_F(ModelViewerDriver, AnEmptyRepositoryShowsNothing) {
+  AppModelViewer::Run(*fProcedure, fData);
+  EXPECT_TRUE(Command().fvItems.empty());
+}
+
+TEST_F(ModelViewerDriver, EachModelIsShownUnderTheCommand) {
+  display_output = true;
+  StoreFixture("poisson");
+  Store("statjson.json", "{\"tables\": []}", BEPesRepos::KIND_JSON);
+  StoreFixture("gamma");
+  AppModelViewer::Run(*fProcedure, fData);
+  const std::vector<std::string> items = Outline(Command());
+  ASSERT_EQ(items.size(), 1u) << items.front();
+  // Both models' dumps, one after the other, and no JSON message.
+  const std::vector<std::string>& lines = Command().fvItems[0].fpText->fvLines;
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  EXPECT_NE(text.find("Distribution: POISSON"), std::string::npos);
+  EXPECT_NE(text.find("Distribution: GAMMA"), std::string::npos);
+  EXPECT_LT(text.find("POISSON"), text.find("GAMMA"));
+  EXPECT_FALSE(ZORV_Session::Current().IsFatal());
+}
+
+TEST_F(ModelViewerDriver, WithoutTheDebugSwitchTheModelViewerWritesNothingYet) {
+  StoreFixture("poisson");
+  AppModelViewer::Run(*fProcedure, fData);
+  EXPECT_TRUE(Command().fvItems.empty());
+  EXPECT_FALSE(ZORV_Session::Current().IsFatal());
+}
+
+// A StatXML document that cannot be read says so, once, as an error.
+TEST_F(ModelViewerDriver, ADocumentThatCannotBeReadIsReported) {
+  Store("model.xml", ReadText(FixturePath("poisson.pmml.xml")));
+  Store("statxml.xml", "<?xml version=\"1.0\"?>\n<StatXML><BuildSettings/></StatXML>");
+  AppModelViewer::Run(*fProcedure, fData);
+  const std::vector<std::string> items = Outline(Command());
+  ASSERT_EQ(items.size(), 1u);
+  EXPECT_TRUE(Contains(items, "message: The StatXML results document could not be read")) << items[0];
+  EXPECT_TRUE(ZORV_Session::Current().IsFatal());
+}
+
+// Without a model file the viewer has no variables: nothing is shown.
+TEST_F(ModelViewerDriver, AStatXMLWithoutAModelFileShowsNothing) {
+  display_output = true;
+  Store("statxml.xml", ReadText(FixturePath("poisson.statxml.xml")));
+  AppModelViewer::Run(*fProcedure, fData);
+  EXPECT_TRUE(Command().fvItems.empty());
+  EXPECT_FALSE(ZORV_Session::Current().IsFatal());
+}
+
+// Each split's documents go under a heading titled by the split; a heading
+// left empty goes.
+TEST_F(ModelViewerDriver, EachSplitStandsUnderItsTitle) {
+  display_output = true;
+  fData.SetSplitVars({2});
+  ZORV_Session::SplitValue split;
+  split.fpVariable = fData.GetVariable(2);
+  split.fvValue.assign(fData.GetCell(0, 2), fData.GetCell(0, 2) + fData.GetColumnWords(2));
+  ZORV_Session::Current().SetCurrentSplit({split});
+  StoreFixture("poisson");
+  split.fvValue.assign(fData.GetCell(12, 2), fData.GetCell(12, 2) + fData.GetColumnWords(2));
+  ZORV_Session::Current().SetCurrentSplit({split});
+  Store("model-b.xml", ReadText(FixturePath("poisson.pmml.xml")));
+  Store("statxml-b.xml", "<StatXML/>");
+  ZORV_Session::Current().ClearCurrentSplit();
+  AppModelViewer::Run(*fProcedure, fData);
+  const std::vector<std::string> items = Outline(Command());
+  ASSERT_EQ(items.size(), 2u);
+  EXPECT_EQ(items[0], "heading: Split file: Treatment = Active");
+  EXPECT_EQ(items[1], "heading: Split file: Treatment = Placebo");
+  EXPECT_TRUE(Contains(Outline(*Command().fvItems[0].fpHeading), "text: "));
+  EXPECT_TRUE(Contains(Outline(*Command().fvItems[1].fpHeading), "message: The StatXML results document"));
+  // The split is not left current, and the tables of the viewer are not
+  // the run side's split tables.
+  EXPECT_TRUE(ZORV_Session::Current().GetCurrentSplit().empty());
+
+  // Without the switch the first split writes nothing, and its heading goes.
+  fDocument.fRoot.fvItems.clear();
+  fProcedure.reset(new BpProcedure(fDocument.fRoot.AddHeading("Mixed Model"), "Mixed Model", "Mixed"));
+  display_output = false;
+  AppModelViewer::Run(*fProcedure, fData);
+  const std::vector<std::string> quiet = Outline(Command());
+  ASSERT_EQ(quiet.size(), 1u);
+  EXPECT_EQ(quiet[0], "heading: Split file: Treatment = Placebo");
+}
+
+// The program drives the plug-in after every GLIXFIT, split files
+// included: with the debug switch each split's result model is shown under
+// its title, and the numbers are the fit's.
+TEST(AppModelViewer, TheProgramDrivesThePlugInAfterEachFit) {
+  struct Hook {
+    Hook() { AppProcedureHook::Set(MixDriver); }
+    ~Hook() { AppProcedureHook::Set(nullptr); }
+  } hook;
+  const fs::path output = fs::temp_directory_path() / ("glmixfit-viewer-run-" + std::to_string(::getpid()));
+  AppOptions options;
+  options.fOutputDir = output.string();
+  AppSession session(options);
+  session.RunText(
+      "LOAD 'data/orthodont.csv'.\nSPLIT BY Sex SEPARATE.\nDEBUG display_output ON.\n"
+      "GLMIXFIT distance WITH age /FIXED age /RANDOM INTERCEPT SUBJECTS=Subject.\n",
+      "t.gmx", std::string(GLMIX_SOURCE_DIR) + "/examples");
+  EXPECT_EQ(session.ExitStatus(), 0);
+  const OmHeading& command = *session.GetDocument().fRoot.fvItems.back().fpHeading;
+  std::vector<const OmHeading*> splits;
+  for (const OmItem& item : command.fvItems) {
+    if (item.fKind == OmItem::HEADING && item.fpHeading->fText.rfind("Split file: ", 0) == 0) {
+      splits.push_back(item.fpHeading.get());
+    }
+  }
+  ASSERT_EQ(splits.size(), 2u);
+  EXPECT_NE(splits[0]->fText.find("Female"), std::string::npos) << splits[0]->fText;
+  EXPECT_NE(splits[1]->fText.find("Male"), std::string::npos) << splits[1]->fText;
+  for (const OmHeading* split : splits) {
+    ASSERT_EQ(split->fvItems.size(), 1u);
+    ASSERT_EQ(split->fvItems[0].fKind, OmItem::TEXT);
+    std::string text;
+    for (const std::string& line : split->fvItems[0].fpText->fvLines) text += line;
+    EXPECT_NE(text.find("Result model"), std::string::npos);
+    EXPECT_NE(text.find("Target: distance"), std::string::npos);
+  }
+  display_output = false;
+  std::error_code ec;
+  fs::remove_all(output, ec);
+}
