@@ -342,12 +342,7 @@ bool GNLMParseOutXML::fillEffectStruct(SDOMXMLWrapper* elem, Stats::ModelEffectD
 
 bool GNLMParseOutXML::fillEffectList(SDOMXMLWrapper* elem, std::vector<Stats::ModelEffectData>& list) {
   MIX_ASSERT(elem != nullptr, "effectListElm");
-  for (SDOMXMLWrapper* structured : Children(elem, "StructuredValue")) {
-    Stats::ModelEffectData effect;
-    if (!fillEffectStruct(structured, effect)) return false;
-    list.push_back(effect);
-  }
-  return true;
+  return FillChildren(*this, &GNLMParseOutXML::fillEffectStruct, elem, "StructuredValue", list);
 }
 
 bool GNLMParseOutXML::fillSimpleListValue(SDOMXMLWrapper* elem, std::vector<std::string>& list) {
@@ -358,12 +353,9 @@ bool GNLMParseOutXML::fillSimpleListValue(SDOMXMLWrapper* elem, std::vector<std:
 
 bool GNLMParseOutXML::fillRandomSpecs(SDOMXMLWrapper* elem, std::vector<Stats::RandomSpecsData>& list) {
   MIX_ASSERT(elem != nullptr, "effectListElm");
-  SDOMXMLWrapper* listValue = nullptr;
-  SDOMXMLIterator* blocks = nullptr;
-  if (!elem->GetFirstElement("ListValue", &listValue)) return false;
-  if (!listValue->GetElementIterator("StructuredValue", &blocks)) return false;
-  SDOMXMLWrapper* block = nullptr;
-  while (blocks->Next(&block)) {
+  std::vector<SDOMXMLWrapper*> blocks;
+  if (!StructuredValues(elem, blocks)) return false;
+  for (SDOMXMLWrapper* block : blocks) {
     Stats::RandomSpecsData spec;
     SDOMXMLIterator* attributes = nullptr;
     if (!block->GetElementIterator("Attribute", &attributes)) return false;
@@ -400,12 +392,9 @@ bool GNLMParseOutXML::fillRandomSpecs(SDOMXMLWrapper* elem, std::vector<Stats::R
 
 bool GNLMParseOutXML::fillEMMEANSSpecs(SDOMXMLWrapper* elem, std::vector<Stats::EMMEANSData>& list) {
   MIX_ASSERT(elem != nullptr, "EMMEANSElm");
-  SDOMXMLWrapper* listValue = nullptr;
-  SDOMXMLIterator* requests = nullptr;
-  if (!elem->GetFirstElement("ListValue", &listValue)) return false;
-  if (!listValue->GetElementIterator("StructuredValue", &requests)) return false;
-  SDOMXMLWrapper* request = nullptr;
-  while (requests->Next(&request)) {
+  std::vector<SDOMXMLWrapper*> requests;
+  if (!StructuredValues(elem, requests)) return false;
+  for (SDOMXMLWrapper* request : requests) {
     Stats::EMMEANSData means;
     means.fContrastType = 3;
     means.fReferenceType = 0;
@@ -458,17 +447,8 @@ bool GNLMParseOutXML::fillRegrParamData(SDOMXMLWrapper* elem, Stats::RegrParamDa
   param.fIsIntercept = isIntercept == "true";
   elem->GetAttribute("name", param.fName);
   if (param.fIsIntercept) return true;
-  for (SDOMXMLWrapper* child : Children(elem, "Covariate")) {
-    Stats::CovariateData covariate;
-    if (!fillCovariateData(child, covariate)) return false;
-    param.fvCovariates.push_back(covariate);
-  }
-  for (SDOMXMLWrapper* child : Children(elem, "Factor")) {
-    Stats::FactorData factor;
-    if (!fillFactorData(child, factor)) return false;
-    param.fvFactors.push_back(factor);
-  }
-  return true;
+  return FillChildren(*this, &GNLMParseOutXML::fillCovariateData, elem, "Covariate", param.fvCovariates) &&
+         FillChildren(*this, &GNLMParseOutXML::fillFactorData, elem, "Factor", param.fvFactors);
 }
 
 bool GNLMParseOutXML::fillRepMeasVarData(SDOMXMLWrapper* elem, Stats::RepMeasVarData& repeatMeasVarStruct) {

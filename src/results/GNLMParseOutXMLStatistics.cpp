@@ -263,10 +263,8 @@ bool GNLMParseOutXML::fillRepMeasSubjectData(SDOMXMLWrapper* elem, Stats::RepMea
   for (SDOMXMLWrapper* group : Children(multivariate, "CoordinatesGroup")) {
     const std::string description = Attribute(group, "description");
     if (description == "repeatedMeasures") {
-      for (SDOMXMLWrapper* coordinates : Children(group, "Coordinates")) {
-        Stats::RepMeasVarData variable;
-        if (!fillRepMeasVarData(coordinates, variable)) return false;
-        data.fvRepMeasVars.push_back(variable);
+      if (!FillChildren(*this, &GNLMParseOutXML::fillRepMeasVarData, group, "Coordinates", data.fvRepMeasVars)) {
+        return false;
       }
     } else if (description == "target") {
       if (!fillTargetRecords(group, data)) return false;
@@ -607,10 +605,9 @@ bool GNLMParseOutXML::fillEMMEANSCustomData(SDOMXMLWrapper* emmeansCustomElm, St
     if (description == "estimates" && !fillEMMEANSEstimatesData(block, data.fEstimates)) return false;
     if (description == "contrasts" && !fillEMMEANSContrastsData(block, data.fContrasts)) return false;
   }
-  for (SDOMXMLWrapper* test : Children(emmeansCustomElm, "ModelTestStats")) {
-    Stats::EMMEANSOverallTestData overall;
-    if (!fillEMMEANSOverallTestData(test, overall)) return false;
-    data.fvOverallTests.push_back(overall);
+  if (!FillChildren(*this, &GNLMParseOutXML::fillEMMEANSOverallTestData, emmeansCustomElm, "ModelTestStats",
+                    data.fvOverallTests)) {
+    return false;
   }
   SDOMXMLIterator* messages = nullptr;
   if (!emmeansCustomElm->GetElementIterator("Message", &messages)) return true;
@@ -654,12 +651,7 @@ bool GNLMParseOutXML::fillEMMEANSContrastsData(SDOMXMLWrapper* emmeansContrastEl
 }
 
 bool GNLMParseOutXML::fillCoordinatesGroup(SDOMXMLWrapper* group, std::vector<Stats::CoordinatesData>& list) {
-  for (SDOMXMLWrapper* coordinates : Children(group, "Coordinates")) {
-    Stats::CoordinatesData column;
-    if (!fillCoordinatesData(coordinates, column)) return false;
-    list.push_back(column);
-  }
-  return true;
+  return FillChildren(*this, &GNLMParseOutXML::fillCoordinatesData, group, "Coordinates", list);
 }
 
 bool GNLMParseOutXML::fillStatisticColumns(SDOMXMLWrapper* elem,
@@ -722,17 +714,9 @@ bool GNLMParseOutXML::fillPrintableList(SDOMXMLWrapper* printableListElm, Stats:
   list.fPattern = Attribute(printableListElm, "pattern");
   list.fIsKey = Attribute(printableListElm, "isKey") == "true";
   if (!readInteger(Attribute(printableListElm, "mapId"), list.fMapId, -1)) return false;
-  for (SDOMXMLWrapper* child : Children(printableListElm, "PrintableList")) {
-    Stats::PrintableListData sub;
-    if (!fillPrintableList(child, sub)) return false;
-    list.fvSubLists.push_back(sub);
-  }
-  for (SDOMXMLWrapper* child : Children(printableListElm, "PrintableValue")) {
-    Stats::PrintableValueData value;
-    if (!fillPrintableValue(child, value)) return false;
-    list.fvValues.push_back(value);
-  }
-  return true;
+  return FillChildren(*this, &GNLMParseOutXML::fillPrintableList, printableListElm, "PrintableList",
+                      list.fvSubLists) &&
+         FillChildren(*this, &GNLMParseOutXML::fillPrintableValue, printableListElm, "PrintableValue", list.fvValues);
 }
 
 bool GNLMParseOutXML::fillPrintableValue(SDOMXMLWrapper* printableValueElm, Stats::PrintableValueData& value) {

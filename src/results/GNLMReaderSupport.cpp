@@ -3,18 +3,19 @@
 #include <climits>
 #include <cmath>
 
-#include "host/documents/SDOMXMLIterator.h"
 #include "host/documents/SDOMXMLWrapper.h"
 
 namespace GNLMReaderSupport {
 
 std::vector<SDOMXMLWrapper*> Children(SDOMXMLWrapper* parent, const std::string& name) {
-  std::vector<SDOMXMLWrapper*> children;
-  SDOMXMLIterator* iterator = nullptr;
-  if (!SDOMXMLWrapper::GetElementIterator(parent, name, &iterator)) return children;
-  SDOMXMLWrapper* element = nullptr;
-  while (iterator->Next(&element)) children.push_back(element);
-  return children;
+  return SDOMXMLWrapper::GetChildren(parent, name);
+}
+
+bool StructuredValues(SDOMXMLWrapper* parameter, std::vector<SDOMXMLWrapper*>& members) {
+  SDOMXMLWrapper* list = nullptr;
+  if (!SDOMXMLWrapper::GetFirstElement(parameter, "ListValue", &list)) return false;
+  members = Children(list, "StructuredValue");
+  return !members.empty();
 }
 
 std::string Attribute(const SDOMXMLWrapper* element, const std::string& name) {

@@ -416,8 +416,20 @@ class AppRoundTrip : public ::testing::Test {
     return gRoundTrips.fModels;
   }
 
+  // Every structure of a list, fitted once each and read back: the command
+  // is the text before and after the structure's keyword.
+  void RunStructures(const std::vector<std::string>& structures, const std::string& before, const std::string& after,
+                     const std::string& context) {
+    for (const std::string& structure : structures) {
+      EXPECT_EQ(Run(before + structure + after, context + structure), 1) << structure;
+    }
+  }
+
   fs::path fOutput;
 };
+
+const std::vector<std::string> kStructures = {"AD1", "AR1", "ARH1", "ARMA11", "CS", "CSH", "CSR", "DIAG", "FA1",
+                                              "FAH1", "HF", "ID", "TP", "TPH", "UN", "UNR", "VC"};
 
 }  // namespace
 
@@ -439,30 +451,17 @@ TEST_F(AppRoundTrip, EveryExampleReadsBackWithTheEnginesNumbers) {
 }
 
 TEST_F(AppRoundTrip, EveryResidualStructureReadsBack) {
-  for (const char* structure :
-       {"AD1", "AR1", "ARH1", "ARMA11", "CS", "CSH", "CSR", "DIAG", "FA1", "FAH1", "HF", "ID", "TP", "TPH", "UN",
-        "UNR", "VC"}) {
-    const std::string text = std::string("LOAD 'data/orthodont.csv'.\nGLMIXFIT distance BY Sex WITH age\n") +
-                             "  /FIXED Sex age\n  /RESIDUAL INDEX=age SUBJECTS=Subject STRUCTURE=" + structure + ".\n";
-    EXPECT_EQ(Run(text, std::string("residual ") + structure), 1) << structure;
-  }
-  for (const char* structure : {"POWER", "EXPONENTIAL", "GAUSSIAN", "LINEAR", "LINEARLOG", "SPHERICAL"}) {
-    const std::string text = std::string("LOAD 'data/orthodont.csv'.\nGLMIXFIT distance BY Sex WITH age\n") +
-                             "  /FIXED Sex age\n  /RESIDUAL COORDINATES=age SUBJECTS=Subject STRUCTURE=" + structure +
-                             ".\n";
-    EXPECT_EQ(Run(text, std::string("spatial ") + structure), 1) << structure;
-  }
+  const std::string data = "LOAD 'data/orthodont.csv'.\nGLMIXFIT distance BY Sex WITH age\n  /FIXED Sex age\n";
+  RunStructures(kStructures, data + "  /RESIDUAL INDEX=age SUBJECTS=Subject STRUCTURE=", ".\n", "residual ");
+  RunStructures({"POWER", "EXPONENTIAL", "GAUSSIAN", "LINEAR", "LINEARLOG", "SPHERICAL"},
+                data + "  /RESIDUAL COORDINATES=age SUBJECTS=Subject STRUCTURE=", ".\n", "spatial ");
   EXPECT_TRUE(FacSTDictionary::GetMissingKeys().empty()) << *FacSTDictionary::GetMissingKeys().begin();
 }
 
 TEST_F(AppRoundTrip, EveryRandomStructureReadsBack) {
-  for (const char* structure :
-       {"AD1", "AR1", "ARH1", "ARMA11", "CS", "CSH", "CSR", "DIAG", "FA1", "FAH1", "HF", "ID", "TP", "TPH", "UN",
-        "UNR", "VC"}) {
-    const std::string text = std::string("LOAD 'data/sleepstudy.csv'.\nGLMIXFIT Reaction WITH Days\n") +
-                             "  /FIXED Days\n  /RANDOM INTERCEPT Days SUBJECTS=Subject STRUCTURE=" + structure +
-                             "\n  /MEANS OVERALL AT=Days(3).\n";
-    EXPECT_EQ(Run(text, std::string("random ") + structure), 1) << structure;
-  }
+  RunStructures(kStructures,
+                "LOAD 'data/sleepstudy.csv'.\nGLMIXFIT Reaction WITH Days\n  /FIXED Days\n"
+                "  /RANDOM INTERCEPT Days SUBJECTS=Subject STRUCTURE=",
+                "\n  /MEANS OVERALL AT=Days(3).\n", "random ");
   EXPECT_TRUE(FacSTDictionary::GetMissingKeys().empty()) << *FacSTDictionary::GetMissingKeys().begin();
 }

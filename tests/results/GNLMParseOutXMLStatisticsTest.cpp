@@ -36,6 +36,13 @@ std::string Message(const std::string& key, const std::string& values = "") {
   return "<Message><PrintableList pattern=\"" + key + "\" isKey=\"true\">" + values + "</PrintableList></Message>";
 }
 
+// A custom means group with one mean and what else it is given.
+std::string MeansGroup(const std::string& more) {
+  return "<DataGroup description=\"customEmmeans\"><MultivariateData description=\"estimates\">"
+         "<Coordinates statistic=\"mean\">" + Array("3.5", 1) + "</Coordinates></MultivariateData>" + more +
+         "</DataGroup>";
+}
+
 std::string Value(const std::string& value) {
   return "<PrintableValue storage=\"string\" value=\"" + value + "\"/>";
 }
@@ -493,10 +500,7 @@ TEST_F(ParseStatistics, APrintableValueWithoutStorageFails) {
 // A means group without a request number gets -1.
 TEST_F(ParseStatistics, AMeansGroupWithoutARequestNumber) {
   StatXMLPieces pieces;
-  pieces.fDiagnostics = Stat("AICC", "1") +
-                        "<DataGroup description=\"customEmmeans\"><MultivariateData description=\"estimates\">"
-                        "<Coordinates statistic=\"mean\">" + Array("3.5", 1) +
-                        "</Coordinates></MultivariateData></DataGroup><DataGroup description=\"other\"/>";
+  pieces.fDiagnostics = Stat("AICC", "1") + MeansGroup("") + "<DataGroup description=\"other\"/>";
   ASSERT_TRUE(Read(pieces));
   ASSERT_NE(fStats.GetEMMEANSCustomCollect(), nullptr);
   ASSERT_EQ(fStats.GetEMMEANSCustomCollect()->size(), 1u);
@@ -527,11 +531,8 @@ TEST_F(ParseStatistics, TheComponentsOwnMeansNeedTheirData) {
 
 TEST_F(ParseStatistics, AnOverallTestNeedsEveryNumber) {
   StatXMLPieces pieces;
-  pieces.fDiagnostics = Stat("AICC", "1") +
-                        "<DataGroup description=\"customEmmeans\"><MultivariateData description=\"estimates\">"
-                        "<Coordinates statistic=\"mean\">" + Array("3.5", 1) +
-                        "</Coordinates></MultivariateData><ModelTestStats testID=\"0\"><FTest fStatistic=\"1\" "
-                        "sig=\"0.3\" df1=\"1\"/></ModelTestStats></DataGroup>";
+  pieces.fDiagnostics = Stat("AICC", "1") + MeansGroup("<ModelTestStats testID=\"0\"><FTest fStatistic=\"1\" "
+                                                     "sig=\"0.3\" df1=\"1\"/></ModelTestStats>");
   EXPECT_FALSE(Read(pieces));
   ExpectTheOneParsingError();
 }
@@ -539,13 +540,10 @@ TEST_F(ParseStatistics, AnOverallTestNeedsEveryNumber) {
 TEST_F(ParseStatistics, ContrastsOfAnUnknownKind) {
   StatXMLPieces pieces;
   pieces.fDiagnostics = Stat("AICC", "1") +
-                        "<DataGroup description=\"customEmmeans\"><MultivariateData description=\"estimates\">"
-                        "<Coordinates statistic=\"mean\">" + Array("3.5", 1) +
-                        "</Coordinates></MultivariateData><MultivariateData description=\"contrasts\">" +
-                        Stat("alpha", "0.1") + "<CoordinatesGroup description=\"helmertContrast\"/>"
-                        "<Coordinates statistic=\"df\">" + Array("20", 1) +
-                        "</Coordinates><Coordinates statistic=\"unused\">" + Array("1", 1) +
-                        "</Coordinates></MultivariateData></DataGroup>";
+                        MeansGroup("<MultivariateData description=\"contrasts\">" + Stat("alpha", "0.1") +
+                                   "<CoordinatesGroup description=\"helmertContrast\"/><Coordinates statistic=\"df\">" +
+                                   Array("20", 1) + "</Coordinates><Coordinates statistic=\"unused\">" + Array("1", 1) +
+                                   "</Coordinates></MultivariateData>");
   ASSERT_TRUE(Read(pieces));
   const Stats::EMMEANSContrastsData& contrasts = fStats.GetEMMEANSCustomCollect()->front().fContrasts;
   EXPECT_EQ(contrasts.fContrastKind, 3);

@@ -304,6 +304,15 @@ bool SDOMXMLWrapper::GetElementIterator(SDOMXMLWrapper* parent, const std::strin
   return parent->GetElementIterator(name, iterator, bParentOwns);
 }
 
+std::vector<SDOMXMLWrapper*> SDOMXMLWrapper::GetChildren(SDOMXMLWrapper* parent, const std::string& name) {
+  std::vector<SDOMXMLWrapper*> children;
+  SDOMXMLIterator* iterator = nullptr;
+  if (!GetElementIterator(parent, name, &iterator)) return children;
+  SDOMXMLWrapper* element = nullptr;
+  while (iterator->Next(&element)) children.push_back(element);
+  return children;
+}
+
 bool SDOMXMLWrapper::GetAttribute(const std::string& name, std::string& value) const {
   if (fpImpl->fpElement == nullptr) return false;
   std::u16string wanted = FromUTF8(name);

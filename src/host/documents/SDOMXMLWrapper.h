@@ -63,6 +63,9 @@ class SDOMXMLWrapper {
                               bool bParentOwns = true);
   static bool GetElementIterator(SDOMXMLWrapper* parent, const std::string& name, SDOMXMLIterator** iterator,
                                  bool bParentOwns = true);
+  // The child elements of that name in document order, owned by the
+  // parent; none for a null parent.
+  static std::vector<SDOMXMLWrapper*> GetChildren(SDOMXMLWrapper* parent, const std::string& name);
 
   // False, and the text unchanged, when the attribute is absent.
   bool GetAttribute(const std::string& name, std::string& value) const;

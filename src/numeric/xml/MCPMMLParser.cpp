@@ -5,7 +5,6 @@
 #include <istream>
 #include <iterator>
 
-#include "host/documents/SDOMXMLIterator.h"
 #include "host/documents/SDOMXMLWrapper.h"
 #include "numeric/common/MCMV.h"
 #include "numeric/xml/IMCVariable.h"
@@ -49,18 +48,9 @@ MCVarRole RoleOfUsage(const std::string& usage) {
   return ROLE_NONE;
 }
 
-std::vector<SDOMXMLWrapper*> Children(SDOMXMLWrapper* parent, const std::string& name) {
-  std::vector<SDOMXMLWrapper*> children;
-  SDOMXMLIterator* iterator = nullptr;
-  if (!SDOMXMLWrapper::GetElementIterator(parent, name, &iterator)) return children;
-  SDOMXMLWrapper* element = nullptr;
-  while (iterator->Next(&element)) children.push_back(element);
-  return children;
-}
-
 // The value of the field's extension of that name; empty when it has none.
 std::string Extension(SDOMXMLWrapper* field, const std::string& name) {
-  for (SDOMXMLWrapper* extension : Children(field, "Extension")) {
+  for (SDOMXMLWrapper* extension : SDOMXMLWrapper::GetChildren(field, "Extension")) {
     if (Attribute(*extension, "name") == name) return Attribute(*extension, "value");
   }
   return std::string();
@@ -86,7 +76,7 @@ bool ReadField(SDOMXMLWrapper* field, IMCVariable& variable) {
   } else if (isString) {
     variable.SetStringWidth(1);
   }
-  for (SDOMXMLWrapper* value : Children(field, "Value")) {
+  for (SDOMXMLWrapper* value : SDOMXMLWrapper::GetChildren(field, "Value")) {
     const std::string text = Attribute(*value, "value");
     const std::string display = Attribute(*value, "displayValue");
     double category = MCCommon_850::MCMV::Missing();
@@ -132,13 +122,13 @@ MCStatus MCPMMLParser::FillVarList(MCVarList& varList, const std::vector<std::st
   fpDocument->GetFirstElement("DataDictionary", &dictionary);
   SDOMXMLWrapper* schema = nullptr;
   fpDocument->GetFirstElement("GeneralRegressionModel/MiningSchema", &schema);
-  for (SDOMXMLWrapper* field : Children(dictionary, "DataField")) {
+  for (SDOMXMLWrapper* field : SDOMXMLWrapper::GetChildren(dictionary, "DataField")) {
     IMCVariable variable;
     if (!ReadField(field, variable)) {
       varList.Clear();
       return Failed();
     }
-    for (SDOMXMLWrapper* mining : Children(schema, "MiningField")) {
+    for (SDOMXMLWrapper* mining : SDOMXMLWrapper::GetChildren(schema, "MiningField")) {
       if (Attribute(*mining, "name") == variable.GetName()) {
         variable.SetRole(RoleOfUsage(Attribute(*mining, "usageType")));
         break;

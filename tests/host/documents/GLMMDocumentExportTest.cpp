@@ -157,6 +157,60 @@ struct Sleepstudy {
   }
 };
 
+// Oats: yield 0, Block 1, Variety 2, nitro 3, all factors; Variety and
+// nitro fixed.
+struct Oats {
+  DocumentTestRecords fRecords;
+  GLMMSettings fSettings;
+  std::vector<int> fSet{1, 2, 3};
+  bool Load() {
+    if (!fRecords.Load(DataPath("oats.csv"), {"yield", "Block", "Variety", "nitro"}, {"Block", "Variety", "nitro"})) {
+      return false;
+    }
+    fSettings.SetSingleDependent(0);
+    for (int f : {1, 2, 3}) fSettings.AddFactor(f, fRecords.GetVarList().GetVarAt(f)->GetNCategories());
+    fSettings.AddModelEffect(Effect(fSet, 3, {2}, {}, {2}));
+    fSettings.AddModelEffect(Effect(fSet, 3, {3}, {}, {3}));
+    return true;
+  }
+};
+
+// Orthodont with age repeated within Subject: distance 0, age 1 (a
+// factor), Subject 2, Sex 3, Sex fixed. With a copy, age stands a second
+// time at 4, recoded for the repeated effect as the procedure does when
+// the repeated measure is also a factor of the model.
+struct OrthodontRepeated {
+  DocumentTestRecords fRecords;
+  GLMMSettings fSettings;
+  std::vector<int> fSet;
+  bool Load(bool copy, GLMMConst_850::CovarType type) {
+    std::vector<std::string> columns = {"distance", "age", "Subject", "Sex"};
+    if (copy) columns.push_back("age");
+    if (!fRecords.Load(DataPath("orthodont.csv"), columns, {"age", "Subject", "Sex"})) return false;
+    const int repeatedVar = copy ? 4 : 1;
+    fSet = copy ? std::vector<int>{1, 3, 4} : std::vector<int>{1, 3};
+    const int nFactors = static_cast<int>(fSet.size());
+    fSettings.SetSingleDependent(0);
+    fSettings.AddFactor(1, fRecords.GetVarList().GetVarAt(1)->GetNCategories());
+    fSettings.AddFactor(3, 2);
+    if (copy) {
+      MCXML_850::IMCVariable* pCopy = fRecords.GetVarList().GetVarAt(4);
+      pCopy->SetName(MCXML_850::IMCVariable::RecodedName("age"));
+      pCopy->SetMeasurementLevel(MCMath_850::MCConst::MEASURE_ORDINAL);
+      fSettings.AddFactor(4, pCopy->GetNCategories());
+      fSettings.AddModelEffect(Effect(fSet, nFactors, {1}, {}, {1}));
+    }
+    fSettings.AddModelEffect(Effect(fSet, nFactors, {3}, {}, {3}));
+    GLMMRandomSpec repeated;
+    repeated.Reset(true);
+    repeated.AddEffect(Effect(fSet, nFactors, {repeatedVar}, {}, {repeatedVar}));
+    repeated.AddSubjectVar(2);
+    repeated.SetCovarianceType(type);
+    fSettings.SetRepeated(repeated);
+    return true;
+  }
+};
+
 }  // namespace
 
 TEST(GLMMDocumentExport, SleepstudyStatXMLHoldsSettingsEstimatesAndCovariances) {
@@ -473,29 +527,10 @@ TEST(GLMMDocumentExport, OrthodontResidualStructureAndFactorLabels) {
 // recoded variable of the record under a name of its own; the documents
 // know it by its field's name, and describe the field once.
 TEST(GLMMDocumentExport, ARepeatedMeasureGoesUnderItsFieldsName) {
-  // distance 0, age 1 (a factor), Subject 2, Sex 3, age again 4 (the
-  // repeated measure).
-  DocumentTestRecords records;
-  ASSERT_TRUE(records.Load(DataPath("orthodont.csv"), {"distance", "age", "Subject", "Sex", "age"},
-                           {"age", "Subject", "Sex"}));
-  records.GetVarList().GetVarAt(4)->SetName(MCXML_850::IMCVariable::RecodedName("age"));
-  records.GetVarList().GetVarAt(4)->SetMeasurementLevel(MCMath_850::MCConst::MEASURE_ORDINAL);
-  GLMMSettings settings;
-  settings.SetSingleDependent(0);
-  settings.AddFactor(1, 4);
-  settings.AddFactor(3, 2);
-  settings.AddFactor(4, 4);
-  const std::vector<int> set = {1, 3, 4};
-  settings.AddModelEffect(Effect(set, 3, {1}, {}, {1}));
-  settings.AddModelEffect(Effect(set, 3, {3}, {}, {3}));
-  GLMMRandomSpec repeated;
-  repeated.Reset(true);
-  repeated.AddEffect(Effect(set, 3, {4}, {}, {4}));
-  repeated.AddSubjectVar(2);
-  repeated.SetCovarianceType(GLMMConst_850::AR1);
-  settings.SetRepeated(repeated);
-  GLMMAlgorithm algorithm(settings, records.GetVarList());
-  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  OrthodontRepeated model;
+  ASSERT_TRUE(model.Load(true, GLMMConst_850::AR1));
+  GLMMAlgorithm algorithm(model.fSettings, model.fRecords.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
   Documents docs;
   Export(algorithm, docs);
   EXPECT_EQ(docs.fPMML.find("@#$"), std::string::npos);
@@ -524,20 +559,14 @@ TEST(GLMMDocumentExport, ARepeatedMeasureGoesUnderItsFieldsName) {
 // the build settings list only the requests of factors, and the grand mean
 // statistics are the request's.
 TEST(GLMMDocumentExport, AnOverallRequestIsTheGrandMean) {
-  DocumentTestRecords records;
-  ASSERT_TRUE(records.Load(DataPath("oats.csv"), {"yield", "Block", "Variety", "nitro"}, {"Block", "Variety", "nitro"}));
-  GLMMSettings settings;
-  settings.SetSingleDependent(0);
-  for (int f : {1, 2, 3}) settings.AddFactor(f, records.GetVarList().GetVarAt(f)->GetNCategories());
-  const std::vector<int> set = {1, 2, 3};
-  settings.AddModelEffect(Effect(set, 3, {2}, {}, {2}));
-  settings.AddModelEffect(Effect(set, 3, {3}, {}, {3}));
+  Oats model;
+  ASSERT_TRUE(model.Load());
   MCMath_850::MCEmmeansSpec overall;
   MCMath_850::MCEmmeansSpec variety;
   variety.AddFactor(2, 0);
-  settings.SetEmmeans({overall, variety});
-  GLMMAlgorithm algorithm(settings, records.GetVarList());
-  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  model.fSettings.SetEmmeans({overall, variety});
+  GLMMAlgorithm algorithm(model.fSettings, model.fRecords.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
   const GLMMOutputStats* pStats = algorithm.GetOutputStats();
   Documents docs;
   Export(algorithm, docs);
@@ -569,14 +598,11 @@ TEST(GLMMDocumentExport, AnOverallRequestIsTheGrandMean) {
 
 TEST(GLMMDocumentExport, OatsVarianceComponentsMarginalMeansAndMessages) {
   // yield 0, Block 1, Variety 2, nitro 3; Block and Block*Variety random.
-  DocumentTestRecords records;
-  ASSERT_TRUE(records.Load(DataPath("oats.csv"), {"yield", "Block", "Variety", "nitro"}, {"Block", "Variety", "nitro"}));
-  GLMMSettings settings;
-  settings.SetSingleDependent(0);
-  for (int f : {1, 2, 3}) settings.AddFactor(f, records.GetVarList().GetVarAt(f)->GetNCategories());
-  const std::vector<int> set = {1, 2, 3};
-  settings.AddModelEffect(Effect(set, 3, {2}, {}, {2}));
-  settings.AddModelEffect(Effect(set, 3, {3}, {}, {3}));
+  Oats model;
+  ASSERT_TRUE(model.Load());
+  DocumentTestRecords& records = model.fRecords;
+  GLMMSettings& settings = model.fSettings;
+  const std::vector<int>& set = model.fSet;
   GLMMRandomSpec block;
   block.AddEffect(Effect(set, 3, {1}, {}, {1}));
   block.AddEffect(Effect(set, 3, {1, 2}, {}, {1, 2}));
@@ -752,23 +778,10 @@ TEST(GLMMDocumentExport, SleepstudyDataStructureDistributionAndPredictions) {
 TEST(GLMMDocumentExport, RepeatedEffectFieldsAreTheFirstSubjectsMeasures) {
   // distance 0, age 1 (a factor), Subject 2, Sex 3; Sex fixed, age repeated
   // within Subject with compound symmetry.
-  DocumentTestRecords records;
-  ASSERT_TRUE(
-      records.Load(DataPath("orthodont.csv"), {"distance", "age", "Subject", "Sex"}, {"age", "Subject", "Sex"}));
-  GLMMSettings settings;
-  settings.SetSingleDependent(0);
-  settings.AddFactor(1, records.GetVarList().GetVarAt(1)->GetNCategories());
-  settings.AddFactor(3, 2);
-  const std::vector<int> set = {1, 3};
-  settings.AddModelEffect(Effect(set, 2, {3}, {}, {3}));
-  GLMMRandomSpec repeated;
-  repeated.Reset(true);
-  repeated.AddEffect(Effect(set, 2, {1}, {}, {1}));
-  repeated.AddSubjectVar(2);
-  repeated.SetCovarianceType(GLMMConst_850::CS);
-  settings.SetRepeated(repeated);
-  GLMMAlgorithm algorithm(settings, records.GetVarList());
-  ASSERT_FALSE(algorithm.Execute(&records, 0).IsError());
+  OrthodontRepeated model;
+  ASSERT_TRUE(model.Load(false, GLMMConst_850::CS));
+  GLMMAlgorithm algorithm(model.fSettings, model.fRecords.GetVarList());
+  ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
   Documents docs;
   Export(algorithm, docs);
   SDOMXMLWrapper* structure = WithAttr(First(&docs.fStatDoc, "PMMLModel/ModelDiagnostics"), "StructuredData",
