@@ -3,7 +3,7 @@
 class BpProcedure;
 class ZORV_Dataset;
 
-// The host's side of the model viewer. After a GLIXFIT command's procedure
+// The host's side of the model viewer. After a GLMIXFIT command's procedure
 // has run, each fitted model has handed its model file (PMML) and its
 // StatXML document to the output repository, split by split. For each
 // model, the host creates the viewer's plug-in, gives it the output, the

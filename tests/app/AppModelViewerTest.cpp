@@ -1,4 +1,4 @@
-// The host driving the model viewer's plug-in after a GLIXFIT command.
+// The host driving the model viewer's plug-in after a GLMIXFIT command.
 #include "app/AppModelViewer.h"
 
 #include <gtest/gtest.h>
@@ -194,7 +194,7 @@ TEST_F(ModelViewerDriver, EachSplitStandsUnderItsTitle) {
   EXPECT_EQ(quiet[0], "heading: Split file: Treatment = Placebo");
 }
 
-// The program drives the plug-in after every GLIXFIT, split files
+// The program drives the plug-in after every GLMIXFIT, split files
 // included: with the debug switch each split's result model is shown under
 // its title, and the numbers are the fit's.
 TEST(AppModelViewer, TheProgramDrivesThePlugInAfterEachFit) {
