@@ -135,7 +135,8 @@ TEST_F(ParseMalformed, ABlockNumberThatIsNegative) {
 TEST_F(ParseMalformed, AReaderOfAnEmptyModelCanGoAtOnce) {
   auto* stats = new GNLMOutputStats;
   {
-    GNLMParseOutXML reader(fProcedure.get(), fData.get(), stats, fPMML, "<");
+    const std::string broken = "<";
+    GNLMParseOutXML reader(fProcedure.get(), fData.get(), stats, fPMML, broken);
     EXPECT_FALSE(reader.ParseXML());
   }
   delete stats;

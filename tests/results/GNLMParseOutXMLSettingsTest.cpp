@@ -302,7 +302,8 @@ TEST_F(ParseSettings, ABrokenMeansRequestIsKeptAndFails) {
 }
 
 TEST_F(ParseSettings, AnEmptyStatXMLTextFailsSilently) {
-  GNLMParseOutXML reader(fProcedure.get(), fData.get(), &fStats, fPMML, std::string());
+  const std::string empty;
+  GNLMParseOutXML reader(fProcedure.get(), fData.get(), &fStats, fPMML, empty);
   EXPECT_FALSE(reader.ParseXML());
   EXPECT_TRUE(Messages().empty());
   EXPECT_EQ(fStats.GetBuildSettings(), nullptr);
