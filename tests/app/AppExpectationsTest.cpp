@@ -28,11 +28,13 @@
 #include <unistd.h>
 
 #include "app/AppProcedureHook.h"
+#include "AppReportFile.h"
 #include "app/AppSession.h"
 #include "run/MixDriver.h"
 #include "run/MixExports.h"
 
 namespace fs = std::filesystem;
+using apptest::ReadJson;
 using nlohmann::json;
 
 namespace {
@@ -40,13 +42,6 @@ namespace {
 bool Updating() {
   const char* value = std::getenv("GLMIX_UPDATE_GOLDEN");
   return value != nullptr && std::string(value) == "1";
-}
-
-json ReadJson(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return json::parse(text.str());
 }
 
 void ReplaceAll(std::string& text, const std::string& from, const std::string& to) {

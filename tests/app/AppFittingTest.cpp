@@ -12,21 +12,16 @@
 #include <vector>
 
 #include "app/AppProcedureHook.h"
+#include "AppReportFile.h"
 #include "app/AppSession.h"
 #include "host/data/ZORV_Session.h"
 #include "run/MixDriver.h"
 
 namespace fs = std::filesystem;
+using apptest::ReadJson;
 using nlohmann::json;
 
 namespace {
-
-json ReadJson(const fs::path& path) {
-  std::ifstream in(path);
-  std::stringstream text;
-  text << in.rdbuf();
-  return json::parse(text.str());
-}
 
 // The tables of a rendered report, by sub-type, in the order written.
 void CollectTables(const json& items, std::multimap<std::string, json>& tables) {

@@ -34,8 +34,12 @@ class MCEngineInput {
   void SetTerms(const std::vector<MCEngineTerm>& terms) { fvTerms = terms; }
   void AddTerm(const MCEngineTerm& term) { fvTerms.push_back(term); }
 
-  // Frequency weights replicate the whole independent group of records they
-  // belong to and must be equal within it; empty means 1.
+  // Frequency weights: a record of weight k counts as k copies of itself,
+  // sharing its random effects, when the residual structure couples no
+  // records. Under one that does, two copies of a record would share its
+  // position, so the weight copies the whole independent group of records
+  // it belongs to, with random effects of its own, and must be equal within
+  // it. Empty means 1.
   const std::vector<double>& GetFrequencyWeights() const { return fvFrequencyWeights; }
   void SetFrequencyWeights(const std::vector<double>& w) { fvFrequencyWeights = w; }
   // Scale (regression) weights divide a record's residual variance; empty means 1.

@@ -51,14 +51,21 @@ class MCEngineResult {
   double GetCAIC() const { return fCAIC; }
   void SetCAIC(double v) { fCAIC = v; }
 
-  // Records used, and their total frequency weight.
+  // Records used, and their number with all their copies (the total
+  // frequency weight).
   int GetNRecordsUsed() const { return fNRecordsUsed; }
   void SetNRecordsUsed(int n) { fNRecordsUsed = n; }
   double GetTotalFreqWeight() const { return fTotalFreqWeight; }
   void SetTotalFreqWeight(double v) { fTotalFreqWeight = v; }
+  // Whether a frequency weight copies the whole independent group of its
+  // record, subjects included (under a residual structure that couples
+  // records), rather than the record within its subjects.
+  bool GetWeightsCopyGroups() const { return fbWeightsCopyGroups; }
+  void SetWeightsCopyGroups(bool b) { fbWeightsCopyGroups = b; }
   int GetRankX() const { return fRankX; }
   void SetRankX(int r) { fRankX = r; }
-  // Independent groups of records (weighted), as counted for the information criteria.
+  // Independent groups of records with their copies, as counted for the
+  // information criteria.
   double GetNSubjects() const { return fNSubjects; }
   void SetNSubjects(double v) { fNSubjects = v; }
   // Covariance parameters estimated, and those not on a bound.
@@ -79,7 +86,7 @@ class MCEngineResult {
   // least two independent groups of records.
   bool IsCovBetaRobust() const { return fbCovBetaRobust; }
   void SetCovBetaRobust(bool b) { fbCovBetaRobust = b; }
-  // Independent groups of records, weighted by their frequency weights.
+  // Independent groups of records with their copies.
   double GetNGroups() const { return fNGroups; }
   void SetNGroups(double v) { fNGroups = v; }
   // The denominator degrees of freedom of every test and interval of the
@@ -118,6 +125,7 @@ class MCEngineResult {
   double fCAIC = MCEngineMissing::Value();
   int fNRecordsUsed = 0;
   double fTotalFreqWeight = 0.0;
+  bool fbWeightsCopyGroups = false;
   int fRankX = 0;
   double fNSubjects = 0.0;
   int fNCovParamsFree = 0;

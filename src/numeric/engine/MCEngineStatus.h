@@ -24,7 +24,8 @@ class MCEngineStatus {
   static constexpr long kFinalHessianNotPD = 130070;
   // The residual scale is estimated as zero.
   static constexpr long kScaleZero = 130074;
-  // Frequency weights differ within one independent group of records.
+  // Frequency weights differ within one independent group of records under
+  // a residual structure that couples records.
   static constexpr long kDifferentWeightsInSubject = 130077;
   // The evaluation at the final estimates, from which every statistic is
   // computed, failed.

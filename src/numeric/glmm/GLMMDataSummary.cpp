@@ -35,15 +35,16 @@ void AppendUnique(std::vector<int>& list, const std::vector<int>& vars) {
   }
 }
 
-// Equal-width bins over [lo, hi]: their midpoints and the frequencies.
-void Histogram(const std::vector<double>& values, const std::vector<double>& weights, std::vector<double>& mids,
-               std::vector<double>& freqs) {
+// Equal-width bins over [lo, hi], as many as the records with their copies
+// (n) ask for: their midpoints and the frequencies.
+void Histogram(const std::vector<double>& values, const std::vector<double>& weights, double n,
+               std::vector<double>& mids, std::vector<double>& freqs) {
   mids.clear();
   freqs.clear();
   if (values.empty()) return;
   const double lo = *std::min_element(values.begin(), values.end());
   const double hi = *std::max_element(values.begin(), values.end());
-  int k = static_cast<int>(std::ceil(std::log2(static_cast<double>(values.size())))) + 1;
+  int k = static_cast<int>(std::ceil(std::log2(std::max(n, 1.0)))) + 1;
   k = std::min(std::max(k, 1), kMaxBins);
   if (!(hi > lo)) k = 1;
   const double width = k == 1 ? 0.0 : (hi - lo) / k;
@@ -56,12 +57,13 @@ void Histogram(const std::vector<double>& values, const std::vector<double>& wei
   }
 }
 
-// Observed against predicted: the points themselves while there are few,
-// otherwise each occupied grid cell at the mean of its points.
+// Observed against predicted: the points themselves while the records with
+// their copies (n) are few, otherwise each occupied grid cell at the mean of
+// its points.
 void PredictedByObserved(const std::vector<double>& obs, const std::vector<double>& pred,
-                         const std::vector<double>& weights, GLMMOutputStats& out) {
+                         const std::vector<double>& weights, double n, GLMMOutputStats& out) {
   if (obs.empty()) return;
-  if (static_cast<int>(obs.size()) <= kMaxPoints) {
+  if (n <= kMaxPoints) {
     out.SetPredictedByObserved(obs, pred, weights);
     return;
   }
@@ -130,11 +132,15 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
   };
   const std::vector<MCEngine_850::MCEngineBetaStat>& beta = fitter.GetResult().GetBeta();
 
+  // A frequency weight copies records within their subjects, or whole
+  // groups of records with their subjects.
+  const bool copyGroups = fitter.GetResult().GetWeightsCopyGroups();
   std::vector<double> observed, predicted, weights, targets;
   std::vector<std::vector<double>> repeated(repeatedVars.size());
-  std::map<std::vector<double>, int> subjects;
+  std::map<std::vector<double>, double> subjects;
   std::vector<double> first, key(subjectVars.size());
-  int firstCount = 0;
+  double firstCount = 0.0;
+  int firstListed = 0;
   bool haveFirst = false;
   bool predictionsOK = predict && static_cast<int>(beta.size()) == P;
   int r = 0;
@@ -150,12 +156,15 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
     }
     const double y = valueOf(record, s.GetDependent());
     const double w = input.GetFrequencyWeights().empty() ? 1.0 : input.GetFrequencyWeights()[R];
+    const double recordCopies = copyGroups ? 1.0 : w;
     for (std::size_t i = 0; i < subjectVars.size(); ++i) key[i] = valueOf(record, subjectVars[i]);
-    subjects.emplace(key, 0);
+    subjects.emplace(key, copyGroups ? w : 1.0);
     if (!haveFirst) first = key;
     haveFirst = true;
     if (key == first) {
-      if (firstCount++ < kFirstSubjectRecords) {
+      firstCount += recordCopies;
+      for (long c = std::max(1L, std::lround(recordCopies)); c > 0 && firstListed < kFirstSubjectRecords; --c) {
+        ++firstListed;
         targets.push_back(y);
         for (std::size_t v = 0; v < repeatedVars.size(); ++v) {
           repeated[v].push_back(valueOf(record, repeatedVars[v]));
@@ -195,14 +204,19 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
   out.SetTargetMean(mean);
   out.SetTargetStdDeviation(sw > 1.0 ? std::sqrt(ss / (sw - 1.0)) : MCCommon_850::MCMV::Missing());
   std::vector<double> mids, freqs;
-  Histogram(observed, weights, mids, freqs);
+  Histogram(observed, weights, sw, mids, freqs);
   out.SetTargetBins(mids, freqs);
-  if (predictionsOK && predicted.size() == observed.size()) PredictedByObserved(observed, predicted, weights, out);
+  if (predictionsOK && predicted.size() == observed.size()) PredictedByObserved(observed, predicted, weights, sw, out);
 
-  out.SetNCommonSubjects(static_cast<int>(subjects.size()));
-  if (subjectVars.empty()) return;
+  if (subjectVars.empty()) {
+    out.SetNCommonSubjects(1);
+    return;
+  }
+  double nSubjects = 0.0;
+  for (const auto& subject : subjects) nSubjects += subject.second;
+  out.SetNCommonSubjects(static_cast<int>(std::lround(nSubjects)));
   out.SetFirstSubject(subjectVars, first);
-  out.SetFirstSubjectNRecords(firstCount);
+  out.SetFirstSubjectNRecords(static_cast<int>(std::lround(firstCount)));
   out.SetFirstSubjectRepeated(repeatedVars, repeated);
   out.SetFirstSubjectTargets(targets);
 }

@@ -18,7 +18,9 @@ class GLMMSettings;
 
 // What the result documents show of the data of a fit: the target's
 // distribution, observed against predicted values, the common subjects and
-// the first subject's records, taken from the records the fit used.
+// the first subject's records, taken from the records the fit used. A
+// record of frequency weight k counts as its k copies everywhere, and where
+// the weight copies whole groups of records their subjects count k times.
 class GLMMDataSummary {
  public:
   static void Fill(const GLMMSettings& settings, const MCXML_850::MCVarList& varList, const GLMMDesignBuilder& builder,

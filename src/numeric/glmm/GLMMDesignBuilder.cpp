@@ -59,6 +59,18 @@ double GLMMDesignBuilder::Value(int r, int var) const {
   return v;
 }
 
+int GLMMDesignBuilder::FrequencyWeightVar() const {
+  const int listed = fpVarList->FindRole(MCMath_850::MCConst::ROLE_FREQUENCY_WEIGHT);
+  return listed >= 0 ? listed : fpSettings->GetFrequencyWeightVar();
+}
+
+double GLMMDesignBuilder::FrequencyWeight(int r, int var) const {
+  const double w = Value(r, var);
+  const MCXML_850::IMCVariable* pVar = fpVarList->GetVarAt(var);
+  const bool rounded = pVar != nullptr && pVar->GetWeightRounding() == 1;
+  return rounded ? std::round(w) : w;
+}
+
 int GLMMDesignBuilder::NCategories(int var) const {
   const int n = fpSettings->GetFactorNCategoriesOf(var);
   if (n > 0) return n;
@@ -207,7 +219,8 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   covariateVars.insert(covariateVars.end(), repeated.GetSubjectVars().begin(), repeated.GetSubjectVars().end());
   if (spatial) covariateVars.insert(covariateVars.end(), s.GetSpatialVars().begin(), s.GetSpatialVars().end());
   covariateVars.push_back(s.GetDependent());
-  if (s.GetFrequencyWeightVar() >= 0) covariateVars.push_back(s.GetFrequencyWeightVar());
+  const int frequencyWeightVar = FrequencyWeightVar();
+  if (frequencyWeightVar >= 0) covariateVars.push_back(frequencyWeightVar);
   if (s.GetRegrWeightVar() >= 0) covariateVars.push_back(s.GetRegrWeightVar());
   const bool offsetVar =
       s.GetOffsetType() == MCMath_850::MCConst::OFFSET_VARIABLE && s.GetOffset() >= 0;
@@ -268,9 +281,9 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   }
   fInput.SetX(P, X);
 
-  if (s.GetFrequencyWeightVar() >= 0) {
+  if (frequencyWeightVar >= 0) {
     std::vector<double> w(U(n));
-    for (int r = 0; r < n; ++r) w[U(r)] = Value(r, s.GetFrequencyWeightVar());
+    for (int r = 0; r < n; ++r) w[U(r)] = FrequencyWeight(r, frequencyWeightVar);
     fInput.SetFrequencyWeights(w);
   }
   if (s.GetRegrWeightVar() >= 0) {

@@ -60,6 +60,13 @@ class GLMMDesignBuilder {
                     std::vector<double>& vals, std::vector<MCMath_850::MCRegrParameter>& params) const;
   // The value of a variable (a list position) in record r; NaN when missing.
   double Value(int r, int var) const;
+  // The frequency weight is the variable list's variable of that role; a
+  // list without one takes the settings' (which only the run's own settings
+  // carry). -1 when there is none.
+  int FrequencyWeightVar() const;
+  // Record r's frequency weight, rounded as its variable asks; a weight that
+  // rounds to 0 leaves the record out of the fit.
+  double FrequencyWeight(int r, int var) const;
   // The category code of a factor in record r; -1 when missing or out of range.
   int Code(int r, int var) const;
   int NCategories(int var) const;

@@ -35,6 +35,13 @@ int MCVarList::FindVar(const std::string& name) const {
   return -1;
 }
 
+int MCVarList::FindRole(MCMath_850::MCConst::MCVarRole role) const {
+  for (int i = 0; i < Size(); ++i) {
+    if (fvVariables[static_cast<std::size_t>(i)].GetRole() == role) return i;
+  }
+  return -1;
+}
+
 void MCVarList::Display() const { Display(*MCDisplay_850::GetOutStream()); }
 
 void MCVarList::Display(std::ostream& os) const {

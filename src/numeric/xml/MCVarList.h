@@ -24,6 +24,8 @@ class MCVarList {
   IMCVariable* GetVarAt(int i);
   // Place of the variable of that name; -1 when there is none.
   int FindVar(const std::string& name) const;
+  // Place of the first variable with that role; -1 when there is none.
+  int FindRole(MCMath_850::MCConst::MCVarRole role) const;
 
   // Cases with a missing value in any variable are left out.
   bool GetListwiseDeletion() const { return fbListwiseDeletion; }

@@ -136,59 +136,6 @@ TEST(MCEngineFit, InvariantToTheScaleOfTheResponse) {
   }
 }
 
-TEST(MCEngineFit, FrequencyWeightsReplicateSubjects) {
-  const MCEngineTestSimulation sim(10);
-  MCEngineInput in = sim.BaseInput();
-  in.AddRandomBlock(sim.InterceptSlope(MCEngineCovType::UN));
-  // Weight 2 on subjects 0 and 3 ...
-  std::vector<double> w(static_cast<std::size_t>(sim.GetNRecords()), 1.0);
-  std::vector<int> extra;
-  for (int r = 0; r < sim.GetNRecords(); ++r) {
-    const int s = sim.GetSubjects()[static_cast<std::size_t>(r)];
-    if (s == 0 || s == 3) {
-      w[static_cast<std::size_t>(r)] = 2.0;
-      extra.push_back(r);
-    }
-  }
-  MCEngineInput weighted = in;
-  weighted.SetFrequencyWeights(w);
-  // ... against a copy of those subjects under new subject codes.
-  MCEngineInput copied = in;
-  std::vector<double> y = in.GetY(), X = in.GetX();
-  std::vector<double> Z;
-  std::vector<int> subj = sim.GetSubjects();
-  const MCEngineRandomBlock& b = in.GetRandomBlocks()[0];
-  for (int r = 0; r < sim.GetNRecords(); ++r) Z.insert(Z.end(), {1.0, in.GetX()[static_cast<std::size_t>(r) * 4 + 1]});
-  for (int r : extra) {
-    y.push_back(in.GetY()[static_cast<std::size_t>(r)]);
-    for (int c = 0; c < 4; ++c) X.push_back(in.GetX()[static_cast<std::size_t>(r) * 4 + static_cast<std::size_t>(c)]);
-    Z.insert(Z.end(), {1.0, in.GetX()[static_cast<std::size_t>(r) * 4 + 1]});
-    subj.push_back(1000 + sim.GetSubjects()[static_cast<std::size_t>(r)]);
-  }
-  copied.SetY(y);
-  copied.SetX(4, X);
-  MCEngineRandomBlock b2 = b;
-  b2.SetDenseColumns(2, Z);
-  b2.SetSubjects(subj);
-  copied.SetRandomBlocks({b2});
-  MCEngineFitter fa, fb;
-  ASSERT_TRUE(fa.Fit(weighted, MCEngineSettings()).IsOK());
-  ASSERT_TRUE(fb.Fit(copied, MCEngineSettings()).IsOK());
-  const MCEngineResult &ra = fa.GetResult(), &rb = fb.GetResult();
-  EXPECT_EQ(ra.GetTotalFreqWeight(), rb.GetTotalFreqWeight());
-  EXPECT_EQ(ra.GetNRecordsUsed(), sim.GetNRecords());
-  EXPECT_TRUE(Rel(ra.GetMinus2LogLik(), rb.GetMinus2LogLik(), 1e-9));
-  EXPECT_TRUE(Rel(ra.GetNSubjects(), rb.GetNSubjects(), 1e-12));
-  for (std::size_t j = 0; j < 2; ++j) {
-    EXPECT_TRUE(Rel(ra.GetBeta()[j].GetEstimate(), rb.GetBeta()[j].GetEstimate(), 1e-7));
-    EXPECT_TRUE(Rel(ra.GetBeta()[j].GetStdError(), rb.GetBeta()[j].GetStdError(), 1e-7));
-    EXPECT_TRUE(Rel(ra.GetBeta()[j].GetDF(), rb.GetBeta()[j].GetDF(), 1e-6));
-  }
-  for (std::size_t k = 0; k < ra.GetCovParams().size(); ++k) {
-    EXPECT_TRUE(Rel(ra.GetCovParams()[k].GetEstimate(), rb.GetCovParams()[k].GetEstimate(), 1e-7));
-  }
-}
-
 TEST(MCEngineFit, ConstantScaleWeightRescalesTheResidual) {
   const MCEngineTestSimulation sim(10);
   MCEngineInput in = sim.BaseInput();

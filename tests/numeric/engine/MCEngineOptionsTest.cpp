@@ -238,47 +238,6 @@ TEST(MCEngineOptions, RobustCovarianceOfIndependentRecords) {
   }
 }
 
-TEST(MCEngineOptions, RobustCovarianceCountsFrequencyWeights) {
-  // A subject with frequency weight 2 contributes as two identical subjects.
-  const MCEngineTestSimulation sim(10, 5);
-  MCEngineInput weighted = sim.BaseInput();
-  weighted.AddRandomBlock(sim.Intercept());
-  std::vector<double> w(U(sim.GetNRecords()), 1.0);
-  for (int r = 0; r < sim.GetNRecords(); ++r) {
-    if (sim.GetSubjects()[U(r)] == 0) w[U(r)] = 2.0;
-  }
-  weighted.SetFrequencyWeights(w);
-
-  const MCEngineInput base = sim.BaseInput();
-  MCEngineInput copied;
-  std::vector<double> y = base.GetY(), X = base.GetX();
-  std::vector<int> subjects = sim.GetSubjects();
-  for (int r = 0; r < sim.GetNRecords(); ++r) {
-    if (sim.GetSubjects()[U(r)] != 0) continue;
-    y.push_back(base.GetY()[U(r)]);
-    X.insert(X.end(), base.GetX().begin() + r * 4, base.GetX().begin() + r * 4 + 4);
-    subjects.push_back(1000);
-  }
-  copied.SetY(y);
-  copied.SetX(4, X);
-  copied.SetTerms(base.GetTerms());
-  MCEngineRandomBlock block;
-  block.SetDenseColumns(1, std::vector<double>(y.size(), 1.0));
-  block.SetSubjects(subjects);
-  copied.AddRandomBlock(block);
-
-  MCEngineFitter a, b;
-  ASSERT_FALSE(a.Fit(weighted, Robust()).IsError());
-  ASSERT_FALSE(b.Fit(copied, Robust()).IsError());
-  EXPECT_DOUBLE_EQ(a.GetResult().GetNGroups(), 11.0);
-  EXPECT_DOUBLE_EQ(b.GetResult().GetNGroups(), 11.0);
-  ASSERT_TRUE(a.GetResult().IsCovBetaRobust());
-  for (std::size_t i = 0; i < 16; ++i) {
-    const double v = b.GetResult().GetCovBeta()[i];
-    EXPECT_NEAR(a.GetResult().GetCovBeta()[i], v, 1e-6 * std::fabs(v) + 1e-12) << i;
-  }
-}
-
 TEST(MCEngineOptions, CancelledBeforeTheFirstIteration) {
   auto m = Sleepstudy();
   CancelAfter cancel(0);

@@ -132,43 +132,6 @@ TEST(MCEnginePredictor, SplitBlockPredictsAsSeparateBlocks) {
                    both, 1e-6));
 }
 
-TEST(MCEnginePredictor, FrequencyWeightsActAsCopiesOfTheSubjects) {
-  const MCEngineTestSimulation sim(12, 5u);
-  MCEngineInput weighted = sim.BaseInput();
-  weighted.AddRandomBlock(sim.InterceptSlope(MCEngineCovType::UN));
-  weighted.SetFrequencyWeights(std::vector<double>(U(sim.GetNRecords()), 2.0));
-
-  // Every subject twice, the copies with subjects of their own.
-  const MCEngineInput base = sim.BaseInput();
-  MCEngineInput copies;
-  std::vector<double> y = base.GetY(), X = base.GetX();
-  y.insert(y.end(), base.GetY().begin(), base.GetY().end());
-  X.insert(X.end(), base.GetX().begin(), base.GetX().end());
-  copies.SetY(y);
-  copies.SetX(4, X);
-  copies.SetTerms(base.GetTerms());
-  std::vector<int> subjects = sim.GetSubjects();
-  for (int s : sim.GetSubjects()) subjects.push_back(s + 1000);
-  std::vector<double> Z;
-  for (std::size_t r = 0; r < y.size(); ++r) Z.insert(Z.end(), {1.0, X[r * 4 + 1]});
-  MCEngineRandomBlock block;
-  block.SetCovType(MCEngineCovType::UN);
-  block.SetDenseColumns(2, Z);
-  block.SetSubjects(subjects);
-  copies.AddRandomBlock(block);
-
-  const auto a = Fit(weighted);
-  const auto b = Fit(copies);
-  ASSERT_TRUE(a->fbOK && b->fbOK);
-  const std::vector<double> zero(4, 0.0);
-  for (int col : {0, 1}) {
-    EXPECT_TRUE(Same(a->fPredictor.Predict(zero, {MCEngineRandomEntry(0, 3, col, 1.0)}),
-                     b->fPredictor.Predict(zero, {MCEngineRandomEntry(0, 1003, col, 1.0)}), 1e-6));
-  }
-  const std::vector<double> x = Row(base, 4);
-  EXPECT_TRUE(Same(a->fPredictor.Predict(x, {}), b->fPredictor.Predict(x, {}), 1e-6));
-}
-
 TEST(MCEnginePredictor, ColumnWithoutDataIsPredictedAsZero) {
   // Subject 0 has no slope data in the random block: its slope is 0, and its
   // prediction error is the slope's variance, in the DIAG block (a subject

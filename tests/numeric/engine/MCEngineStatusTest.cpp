@@ -101,18 +101,6 @@ TEST(MCEngineStatus, StructureNotAvailable) {
   EXPECT_TRUE(st.IsError());
 }
 
-TEST(MCEngineStatus, DifferentFrequencyWeightsWithinSubject) {
-  const MCEngineTestSimulation sim(8);
-  MCEngineInput in = RandomIntercept(sim);
-  std::vector<double> w(static_cast<std::size_t>(sim.GetNRecords()), 1.0);
-  w[1] = 2.0;  // the first subject's second record
-  in.SetFrequencyWeights(w);
-  MCEngineFitter fitter;
-  const MCEngineStatus st = fitter.Fit(in, MCEngineSettings());
-  EXPECT_EQ(st.GetCode(), MCEngineStatus::kDifferentWeightsInSubject);
-  EXPECT_TRUE(st.IsError());
-}
-
 TEST(MCEngineStatus, DuplicateRepeatedPosition) {
   const MCEngineTestSimulation sim(8);
   MCEngineInput in = sim.BaseInput();

@@ -431,25 +431,6 @@ TEST(GLMMAlgorithmFit, OrthodontRandomInterceptScaleWeighted) {
   EXPECT_DOUBLE_EQ(stats.GetTotalFreqWeight(), 108.0);
 }
 
-TEST(GLMMAlgorithmFit, FrequencyWeightsDifferingWithinASubject) {
-  GLMMTestRecords records;
-  ASSERT_TRUE(
-      records.Load(DataPath("orthodont.csv"), {"distance", "age", "Subject", "Sex"}, {"Subject", "Sex"}));
-  records.AddScaledVariable("w", 1, 0.5);
-  GLMMSettings settings;
-  settings.SetSingleDependent(0);
-  settings.AddCovariate(1);
-  settings.SetFrequencyWeightVar(4);
-  const std::vector<int> set = {1};
-  settings.AddModelEffect(Effect(set, 0, {}, {1}, {1}));
-  settings.AddRandomSpec(Block({MCModelEffect()}, {2}, GLMMConst_850::VC, 0));
-  GLMMAlgorithm algorithm(settings, records.GetVarList());
-  const MCCommon_850::MCStatus status = algorithm.Execute(&records, 0);
-  EXPECT_TRUE(status.IsError());
-  EXPECT_EQ(status.GetErrorCode(), 130077);
-  EXPECT_EQ(algorithm.GetOutputStats(), nullptr);
-}
-
 TEST(GLMMAlgorithmFit, IterationLimitIsAWarningWithResults) {
   GLMMTestRecords records;
   ASSERT_TRUE(records.Load(DataPath("sleepstudy.csv"), {"Reaction", "Days", "Subject"}, {"Subject"}));

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "numeric/common/MCMV.h"
+#include "numeric/engine/MCEngineFitter.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/glmm/GLMMTestRows.h"
 #include "numeric/xml/MCVarList.h"
@@ -121,6 +122,43 @@ TEST(GLMMDesignBuilder, CrossingWithoutInterceptAndWeights) {
   EXPECT_EQ(input.GetFrequencyWeights(), (std::vector<double>{1, 1, 2, 2, 1, 1}));
   EXPECT_EQ(input.GetScaleWeights(), (std::vector<double>{1, 1, 2, 2, 1, 1}));
   EXPECT_EQ(builder.GetBetaParameters()[5].GetCategories(), (std::vector<int>{1, 2}));
+}
+
+TEST(GLMMDesignBuilder, TheFrequencyWeightComesFromTheVariableList) {
+  // The settings of a split carry no frequency weight; the list's variable
+  // of that role is the weight, rounded to whole numbers when it asks so.
+  GLMMSettings settings = Settings();
+  settings.AddModelEffect(Effect({1}, 0));
+  for (int rounding : {1, 0}) {
+    SCOPED_TRACE(rounding);
+    MCVarList list = Variables();
+    list.GetVarAt(3)->SetRole(ROLE_FREQUENCY_WEIGHT);
+    list.GetVarAt(3)->SetWeightRounding(rounding);
+    GLMMDesignBuilder builder(settings, list);
+    RowsIterator rows({{1.0, 0, 2.0, 0.4, 0, 2},
+                       {2.0, 1, 3.0, 2.5, 0, 0},
+                       {4.0, 1, -1.0, 1.49, 1, 1},
+                       {3.0, 1, 1.0, 2.6, 1, 0}});
+    ASSERT_TRUE(builder.Build(&rows).IsOK());
+    const std::vector<double> expected =
+        rounding == 1 ? std::vector<double>{0, 3, 1, 3} : std::vector<double>{0.4, 2.5, 1.49, 2.6};
+    EXPECT_EQ(builder.GetInput().GetFrequencyWeights(), expected);
+  }
+  // A weight that rounds to 0 leaves its record out of the fit, as a
+  // missing value does.
+  MCVarList list = Variables();
+  list.GetVarAt(3)->SetRole(ROLE_FREQUENCY_WEIGHT);
+  list.GetVarAt(3)->SetWeightRounding(1);
+  GLMMDesignBuilder builder(settings, list);
+  RowsIterator rows({{1.0, 0, 2.0, 0.4, 0, 2}, {2.0, 1, 3.0, kMissing, 0, 0}, {4.0, 1, -1.0, 1.0, 1, 1}});
+  ASSERT_TRUE(builder.Build(&rows).IsOK());
+  EXPECT_TRUE(std::isnan(builder.GetInput().GetY()[1]));
+  MCEngine_850::MCEngineFitter fitter;
+  fitter.Fit(builder.GetInput(), MCEngine_850::MCEngineSettings());
+  // Only the last record is left, too few for the model.
+  EXPECT_EQ(fitter.GetResult().GetStatus().GetCode(), MCEngine_850::MCEngineStatus::kPerfectFit);
+  EXPECT_EQ(fitter.GetResult().GetNRecordsUsed(), 1);
+  EXPECT_EQ(fitter.GetResult().GetTotalFreqWeight(), 1.0);
 }
 
 TEST(GLMMDesignBuilder, RandomAndResidualBlocks) {

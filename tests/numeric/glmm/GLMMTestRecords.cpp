@@ -63,3 +63,29 @@ void GLMMTestRecords::AddScaledVariable(const std::string& name, int source, dou
   }
   fVarList.AddVariable(var);
 }
+
+void GLMMTestRecords::AddVariable(const std::string& name, const std::vector<double>& values) {
+  MCXML_850::IMCVariable var(name, ROLE_PREDICTOR, MEASURE_CONTINUOUS);
+  var.SetRecordIndex(fVarList.Size());
+  for (std::size_t r = 0; r < fvvRecords.size(); ++r) fvvRecords[r].push_back(values[r]);
+  fVarList.AddVariable(var);
+}
+
+void GLMMTestRecords::SetFrequencyWeight(int var) {
+  MCXML_850::IMCVariable* pVar = fVarList.GetVarAt(var);
+  pVar->SetRole(ROLE_FREQUENCY_WEIGHT);
+  pVar->SetWeightRounding(1);
+}
+
+GLMMTestRecords GLMMTestRecords::Repeated(const std::vector<int>& copies) const {
+  GLMMTestRecords out;
+  out.fVarList = fVarList;
+  for (int v = 0; v < out.fVarList.Size(); ++v) {
+    MCXML_850::IMCVariable* pVar = out.fVarList.GetVarAt(v);
+    if (pVar->GetRole() == ROLE_FREQUENCY_WEIGHT) pVar->SetRole(ROLE_PREDICTOR);
+  }
+  for (std::size_t r = 0; r < fvvRecords.size(); ++r) {
+    for (int j = 0; j < copies[r]; ++j) out.fvvRecords.push_back(fvvRecords[r]);
+  }
+  return out;
+}

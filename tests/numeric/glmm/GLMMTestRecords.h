@@ -17,6 +17,14 @@ class GLMMTestRecords : public MCCommon_850::RecordIterator {
 
   // Appends a continuous variable holding factor times variable source.
   void AddScaledVariable(const std::string& name, int source, double factor);
+  // Appends a variable holding the given values, one per record.
+  void AddVariable(const std::string& name, const std::vector<double>& values);
+  // Makes variable var the frequency weight, rounded to whole numbers as the
+  // procedure's variable lists ask.
+  void SetFrequencyWeight(int var);
+  // The records, record r written out copies[r] times in place, without a
+  // frequency weight.
+  GLMMTestRecords Repeated(const std::vector<int>& copies) const;
 
   const MCXML_850::MCVarList& GetVarList() const { return fVarList; }
   int GetNRecords() const { return static_cast<int>(fvvRecords.size()); }

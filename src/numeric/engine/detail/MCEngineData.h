@@ -26,11 +26,18 @@ struct MCEngineData {
   double fYScale = 1.0;
   std::vector<double> fvY;
   std::vector<double> fvXr;  // row-major, fNRecords x fRank
+  // What divides a record's residual variance: its scale weight times its
+  // own frequency weight (fvRecordWeight).
   std::vector<double> fvScaleWeight;
+  // Frequency weights, each standing for that many copies. A record's own
+  // weight copies the record within its group (the copies share its random
+  // effects); a group's weight copies the whole group. A record carries at
+  // most one of the two, the other being 1.
+  std::vector<double> fvRecordWeight;
 
   std::vector<int> fvComponentStart;  // size = components + 1
   std::vector<double> fvComponentWeight;
-  double fTotalWeight = 0.0;  // sum of frequency weights over records
+  double fTotalWeight = 0.0;  // the records with all their copies
 
   std::vector<MCEngineBlockData> fvBlocks;
 

@@ -233,7 +233,6 @@ MCEngineStatus MCEngineDataBuilder::Build(const MCEngineInput& input, double sin
   data.fNRecords = nu;
   data.fvOriginalIndex.resize(static_cast<std::size_t>(nu));
   data.fvComponentStart.assign(1, 0);
-  data.fvComponentWeight.clear();
   for (int k = 0; k < nu; ++k) {
     const int i = order[static_cast<std::size_t>(k)];
     data.fvOriginalIndex[static_cast<std::size_t>(k)] = used[static_cast<std::size_t>(i)];
@@ -242,21 +241,6 @@ MCEngineStatus MCEngineDataBuilder::Build(const MCEngineInput& input, double sin
     }
   }
   data.fvComponentStart.push_back(nu);
-
-  // Frequency weights replicate whole groups.
-  data.fTotalWeight = 0.0;
-  for (int c = 0; c + 1 < static_cast<int>(data.fvComponentStart.size()); ++c) {
-    const int r0 = data.fvOriginalIndex[static_cast<std::size_t>(data.fvComponentStart[static_cast<std::size_t>(c)])];
-    const double w = fw.empty() ? 1.0 : fw[static_cast<std::size_t>(r0)];
-    for (int k = data.fvComponentStart[static_cast<std::size_t>(c)]; k < data.fvComponentStart[static_cast<std::size_t>(c) + 1]; ++k) {
-      const int r = data.fvOriginalIndex[static_cast<std::size_t>(k)];
-      if (!fw.empty() && fw[static_cast<std::size_t>(r)] != w) {
-        return MCEngineStatus(MCEngineStatus::kDifferentWeightsInSubject, MCEngineStatus::kError);
-      }
-      data.fTotalWeight += w;
-    }
-    data.fvComponentWeight.push_back(w);
-  }
 
   // Records in engine order.
   double maxAbsY = 0.0;
@@ -401,6 +385,44 @@ MCEngineStatus MCEngineDataBuilder::Build(const MCEngineInput& input, double sin
     } else if (data.fResDimension > kMaxResidualDimension) {
       return MCEngineStatus(MCEngineStatus::kBuildModel, MCEngineStatus::kError);
     }
+  }
+  return AssignFrequencyWeights(fw, data);
+}
+
+MCEngineStatus MCEngineDataBuilder::AssignFrequencyWeights(const std::vector<double>& fw, MCEngineData& data) {
+  const int nu = data.fNRecords;
+  const bool recordCopies = IsDiagonalType(data.fResidualType);
+  data.fvRecordWeight.assign(static_cast<std::size_t>(nu), 1.0);
+  data.fvComponentWeight.assign(static_cast<std::size_t>(data.GetNComponents()), 1.0);
+  data.fTotalWeight = 0.0;
+  auto weightOf = [&](int k) {
+    return fw.empty() ? 1.0 : fw[static_cast<std::size_t>(data.fvOriginalIndex[static_cast<std::size_t>(k)])];
+  };
+  auto reachedByRandomEffect = [&](int k) {
+    for (const MCEngineBlockData& bd : data.fvBlocks) {
+      if (bd.fvRowStart[static_cast<std::size_t>(k) + 1] > bd.fvRowStart[static_cast<std::size_t>(k)]) return true;
+    }
+    return false;
+  };
+  for (int c = 0; c < data.GetNComponents(); ++c) {
+    const int k0 = data.fvComponentStart[static_cast<std::size_t>(c)];
+    const int k1 = data.fvComponentStart[static_cast<std::size_t>(c) + 1];
+    // A record no random effect reaches is a group of its own, and its
+    // copies are groups of their own too.
+    if (recordCopies && (k1 - k0 > 1 || reachedByRandomEffect(k0))) {
+      for (int k = k0; k < k1; ++k) {
+        data.fvRecordWeight[static_cast<std::size_t>(k)] = weightOf(k);
+        data.fvScaleWeight[static_cast<std::size_t>(k)] *= weightOf(k);
+        data.fTotalWeight += weightOf(k);
+      }
+      continue;
+    }
+    const double w = weightOf(k0);
+    for (int k = k0; k < k1; ++k) {
+      if (weightOf(k) != w) return MCEngineStatus(MCEngineStatus::kDifferentWeightsInSubject, MCEngineStatus::kError);
+    }
+    data.fvComponentWeight[static_cast<std::size_t>(c)] = w;
+    data.fTotalWeight += w * (k1 - k0);
   }
   return MCEngineStatus();
 }

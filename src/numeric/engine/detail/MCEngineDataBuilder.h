@@ -19,6 +19,14 @@ class MCEngineDataBuilder {
 
   // True for structures whose matrix is diagonal whatever the parameters.
   static bool IsDiagonalType(MCEngineCovType type);
+
+ private:
+  // Frequency weights, on records laid out by group with their blocks and
+  // residual positions. Where the residual structure couples no records, a
+  // record's weight copies the record within its subjects; where it couples
+  // them, two copies of a record would share its position, so the weight
+  // copies the whole independent group and must be equal within it.
+  static MCEngineStatus AssignFrequencyWeights(const std::vector<double>& fw, MCEngineData& data);
 };
 
 }  // namespace MCEngine_850

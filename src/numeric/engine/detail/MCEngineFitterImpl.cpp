@@ -52,8 +52,13 @@ bool MCEngineFitterImpl::BuildModel() {
 
 MCEngineSettings::SolverPath MCEngineFitterImpl::ChoosePath() const {
   if (fData.fvBlocks.empty()) return MCEngineSettings::kBySubject;
-  for (double w : fData.fvComponentWeight) {
-    if (w != 1.0) return MCEngineSettings::kBySubject;
+  // The equations give every copy of a group the same random effects, so a
+  // weight that copies groups random effects reach (under a residual
+  // structure that couples records) is for the group-by-group path.
+  if (!MCEngineDataBuilder::IsDiagonalType(fData.fResidualType)) {
+    for (double w : fData.fvComponentWeight) {
+      if (w != 1.0) return MCEngineSettings::kBySubject;
+    }
   }
   if (fSettings.GetSolverPath() != MCEngineSettings::kAutomatic) return fSettings.GetSolverPath();
   double costSubject = 0.0;
@@ -83,6 +88,7 @@ MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngin
   if (status.IsError()) return Finish(status);
   fResult.SetNRecordsUsed(fData.fNRecords);
   fResult.SetTotalFreqWeight(fData.fTotalWeight);
+  fResult.SetWeightsCopyGroups(!MCEngineDataBuilder::IsDiagonalType(fData.fResidualType));
   fResult.SetRankX(fData.fRank);
   if (!BuildModel()) return Finish(MCEngineStatus(MCEngineStatus::kBuildModel, MCEngineStatus::kError));
   fResult.SetScaleProfiled(fModel.IsProfiled());
@@ -458,9 +464,8 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   if (nStar < d + 2.0) nStar = d + 2.0;
   bool hasSubjects = !input.GetResidualBlock().GetSubjects().empty() || !fData.fvBlocks.empty();
   double nIC;
-  if (hasSubjects && fData.GetNComponents() > 1) {
-    nIC = 0.0;
-    for (double w : fData.fvComponentWeight) nIC += w;
+  if (hasSubjects && nGroups > 1.0) {
+    nIC = nGroups;
   } else if (!fData.fvBlocks.empty()) {
     const MCEngineBlockData& bd = fData.fvBlocks.front();
     int cols = 0;
@@ -500,7 +505,7 @@ bool MCEngineFitterImpl::RobustCovariance(const Eigen::VectorXd& theta, const MC
                                           Eigen::MatrixXd& robust) const {
   robust.resize(0, 0);
   const int nComp = fData.GetNComponents();
-  if (nComp < 2) return true;
+  if (fResult.GetNGroups() < 2.0) return true;
   int largest = 0;
   for (int c = 0; c < nComp; ++c) largest = std::max(largest, fData.fvComponentStart[U(c) + 1] - fData.fvComponentStart[U(c)]);
   const MCEngineSubjectEvaluator* bySubject = dynamic_cast<const MCEngineSubjectEvaluator*>(fpEvaluator.get());

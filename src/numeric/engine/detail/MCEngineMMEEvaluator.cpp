@@ -19,7 +19,7 @@ inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B)
 }  // namespace
 
 MCEngineMMEEvaluator::MCEngineMMEEvaluator(const MCEngineData& data, const MCEngineModel& model)
-    : fData(data), fModel(model) {
+    : fData(data), fModel(model), fCopies(data) {
   fbResidualDiagonal = MCEngineDataBuilder::IsDiagonalType(data.fResidualType);
   int offset = 0;
   for (const MCEngineBlockData& bd : data.fvBlocks) {
@@ -51,6 +51,15 @@ MCEngineMMEEvaluator::MCEngineMMEEvaluator(const MCEngineData& data, const MCEng
       if (!g.empty()) fvResGroups.push_back(std::move(g));
     }
   }
+  // A group's records lie in one independent group of records, whose copies
+  // are the residual group's.
+  std::vector<double> componentWeight(U(data.fNRecords));
+  for (int c = 0; c < data.GetNComponents(); ++c) {
+    for (int r = data.fvComponentStart[U(c)]; r < data.fvComponentStart[U(c) + 1]; ++r) {
+      componentWeight[U(r)] = data.fvComponentWeight[U(c)];
+    }
+  }
+  for (const std::vector<int>& g : fvResGroups) fvResGroupWeight.push_back(componentWeight[U(g.front())]);
 }
 
 bool MCEngineMMEEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, bool reml,
@@ -149,7 +158,9 @@ bool MCEngineMMEEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, b
   Eigen::MatrixXd D, Rg, Rinv, T;
   std::vector<Eigen::MatrixXd> Rl(U(KR)), Ul(U(KR)), RinvUl(U(KR));
   Eigen::LLT<Eigen::MatrixXd> llt;
-  for (const std::vector<int>& rows : fvResGroups) {
+  for (std::size_t g = 0; g < fvResGroups.size(); ++g) {
+    const std::vector<int>& rows = fvResGroups[g];
+    const double f = fvResGroupWeight[g];
     const int m = static_cast<int>(rows.size());
     idx.clear();
     for (int j = 0; j < p; ++j) idx.push_back(j);
@@ -183,13 +194,13 @@ bool MCEngineMMEEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, b
     for (int a = 0; a < m; ++a) {
       const double d = llt.matrixLLT()(a, a);
       if (!(d > 0.0) || !std::isfinite(d)) return false;
-      logDetR += 2.0 * std::log(d);
+      logDetR += f * 2.0 * std::log(d);
     }
     Rinv = llt.solve(Eigen::MatrixXd::Identity(m, m));
     T.noalias() = Rinv * D;
     const Eigen::MatrixXd q = D.transpose() * T;
     for (int a = 0; a < nu; ++a) {
-      for (int b = 0; b < nu; ++b) Qbar(idx[U(a)], idx[U(b)]) += q(a, b);
+      for (int b = 0; b < nu; ++b) Qbar(idx[U(a)], idx[U(b)]) += f * q(a, b);
     }
     if (!derivs) continue;
     for (int l = 0; l < KR; ++l) {
@@ -203,19 +214,19 @@ bool MCEngineMMEEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, b
       }
       Ul[U(l)].noalias() = Rl[U(l)] * T;
       RinvUl[U(l)].noalias() = Rinv * Ul[U(l)];
-      tR[l] += TraceOfProduct(Rinv, Rl[U(l)]);
+      tR[l] += f * TraceOfProduct(Rinv, Rl[U(l)]);
       const Eigen::MatrixXd a = T.transpose() * Ul[U(l)];
       for (int i = 0; i < nu; ++i) {
-        for (int j = 0; j < nu; ++j) AR[U(l)](idx[U(i)], idx[U(j)]) += a(i, j);
+        for (int j = 0; j < nu; ++j) AR[U(l)](idx[U(i)], idx[U(j)]) += f * a(i, j);
       }
     }
     for (int k = 0; k < KR; ++k) {
       const Eigen::MatrixXd RinvRk = Rinv * Rl[U(k)];
       for (int l = k; l < KR; ++l) {
-        tRR(k, l) += TraceOfProduct(RinvRk, Rinv * Rl[U(l)]);
+        tRR(k, l) += f * TraceOfProduct(RinvRk, Rinv * Rl[U(l)]);
         const Eigen::MatrixXd bkl = RinvUl[U(k)].transpose() * Ul[U(l)];
         for (int i = 0; i < nu; ++i) {
-          for (int j = 0; j < nu; ++j) BR[U(k * KR + l)](idx[U(i)], idx[U(j)]) += bkl(i, j);
+          for (int j = 0; j < nu; ++j) BR[U(k * KR + l)](idx[U(i)], idx[U(j)]) += f * bkl(i, j);
         }
       }
     }
@@ -228,12 +239,24 @@ bool MCEngineMMEEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, b
                       std::sqrt(fData.fvScaleWeight[U(ra)] * fData.fvScaleWeight[U(rb)]);
         }
       }
-      t2R[static_cast<Eigen::Index>(s)] += TraceOfProduct(Rinv, Rkl);
+      t2R[static_cast<Eigen::Index>(s)] += f * TraceOfProduct(Rinv, Rkl);
       const Eigen::MatrixXd a = T.transpose() * Rkl * T;
       for (int i = 0; i < nu; ++i) {
-        for (int j = 0; j < nu; ++j) A2R[s](idx[U(i)], idx[U(j)]) += a(i, j);
+        for (int j = 0; j < nu; ++j) A2R[s](idx[U(i)], idx[U(j)]) += f * a(i, j);
       }
     }
+  }
+
+  // Copies of weighted records.
+  if (!fCopies.IsEmpty()) {
+    double add = 0.0;
+    if (!fCopies.LogDet(SR, add)) return false;
+    logDetR += add;
+    for (int k = 0; derivs && k < KR; ++k) {
+      tR[k] += fCopies.Trace(SR, dR[U(k)]);
+      for (int l = k; l < KR; ++l) tRR(k, l) += fCopies.TraceOfProducts(SR, dR[U(k)], dR[U(l)]);
+    }
+    for (std::size_t s = 0; s < secondR.size(); ++s) t2R[static_cast<Eigen::Index>(s)] += fCopies.Trace(SR, d2R[s]);
   }
 
   // The mixed-model equations in the Lambda form.

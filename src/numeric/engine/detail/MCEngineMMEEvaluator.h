@@ -5,6 +5,7 @@
 #include "numeric/engine/detail/MCEngineData.h"
 #include "numeric/engine/detail/MCEngineEvaluator.h"
 #include "numeric/engine/detail/MCEngineModel.h"
+#include "numeric/engine/detail/MCEngineRecordCopies.h"
 
 namespace MCEngine_850 {
 
@@ -12,7 +13,9 @@ namespace MCEngine_850 {
 // designs whose V does not split into small groups (crossed random effects).
 // G = Lambda Lambda' enters as Lambda, so a singular G is allowed. Dense for
 // now: the work grows with the cube of the number of random-effect columns.
-// Frequency weights must all be 1 on this path.
+// A group's frequency weight counts its residual blocks that many times,
+// which copies the group only when no random effect reaches it; the fitter
+// sends weighted groups that random effects reach to the group-by-group path.
 class MCEngineMMEEvaluator : public MCEngineEvaluator {
  public:
   MCEngineMMEEvaluator(const MCEngineData& data, const MCEngineModel& model);
@@ -25,6 +28,7 @@ class MCEngineMMEEvaluator : public MCEngineEvaluator {
  private:
   const MCEngineData& fData;
   const MCEngineModel& fModel;
+  MCEngineRecordCopies fCopies;
   bool fbResidualDiagonal = true;
   int fNZ = 0;
   std::vector<int> fvBlockOffset;
@@ -32,6 +36,7 @@ class MCEngineMMEEvaluator : public MCEngineEvaluator {
   std::vector<int> fvZIndex;
   std::vector<double> fvZValue;
   std::vector<std::vector<int>> fvResGroups;
+  std::vector<double> fvResGroupWeight;
 };
 
 }  // namespace MCEngine_850

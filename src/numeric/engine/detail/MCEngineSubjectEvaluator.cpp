@@ -20,7 +20,7 @@ inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B)
 }  // namespace
 
 MCEngineSubjectEvaluator::MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model)
-    : fData(data), fModel(model) {
+    : fData(data), fModel(model), fCopies(data) {
   fbResidualDiagonal = MCEngineDataBuilder::IsDiagonalType(data.fResidualType);
   BuildGroups();
 }
@@ -297,6 +297,23 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
       }
       trW2[static_cast<Eigen::Index>(s)] += f * TraceOfProduct(W, Vkl);
       A2bar[s].noalias() += f * (WX.transpose() * Vkl * WX);
+    }
+  }
+
+  // Copies of weighted records.
+  if (!fCopies.IsEmpty()) {
+    double add = 0.0;
+    if (!fCopies.LogDet(SR, add)) return false;
+    logDetV += add;
+    for (int k = 0; derivs && k < K; ++k) {
+      if (fModel.GetBlockOf(k) >= 0) continue;
+      trW[k] += fCopies.Trace(SR, dS[U(k)]);
+      for (int l = k; l < K; ++l) {
+        if (fModel.GetBlockOf(l) < 0) trWW(k, l) += fCopies.TraceOfProducts(SR, dS[U(k)], dS[U(l)]);
+      }
+    }
+    for (std::size_t s = 0; s < secondPairs.size(); ++s) {
+      if (fModel.GetBlockOf(secondPairs[s].first) < 0) trW2[static_cast<Eigen::Index>(s)] += fCopies.Trace(SR, d2S[s]);
     }
   }
 

@@ -5,6 +5,7 @@
 #include "numeric/engine/detail/MCEngineData.h"
 #include "numeric/engine/detail/MCEngineEvaluator.h"
 #include "numeric/engine/detail/MCEngineModel.h"
+#include "numeric/engine/detail/MCEngineRecordCopies.h"
 
 namespace MCEngine_850 {
 
@@ -53,6 +54,7 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
 
   const MCEngineData& fData;
   const MCEngineModel& fModel;
+  MCEngineRecordCopies fCopies;
   bool fbResidualDiagonal = true;
   std::vector<Component> fvComponents;
   std::vector<RandomGroup> fvGroups;
