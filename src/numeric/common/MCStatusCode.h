@@ -15,7 +15,7 @@ enum MCStatusCode : long {
   MC_CANCELLED = 130032,                  // the caller asked to stop; nothing is said
   MC_SAME_SUBJECT_WITHIN = 130054,        // two records share subject and within-subject values
   MC_SCALE_ZERO = 130074,                 // the scale parameter is zero
-  MC_WEIGHTS_DIFFER_IN_SUBJECT = 130077,  // frequency weights vary within a subject
+  MC_WEIGHTS_DIFFER_IN_SUBJECT = 130077,  // frequency weights vary within a group that cannot be copied record by record
   MC_INVALID_RECORDS_OVERFLOW = 130079,   // too many invalid records
   MC_FILE_OPEN_FAILED = 130089,           // the data file could not be read again
   MC_OUTPUT_FILE_ERROR = 130093,          // a document could not be written

@@ -1,45 +1,48 @@
 #pragma once
 
+#include "numeric/common/MCStatusCode.h"
+
 namespace MCEngine_850 {
 
 // Outcome of a fit, or one warning raised during it: a numeric code and a
-// kind. The codes are the ones the procedure turns into user messages.
+// kind. The codes are the component's, which the procedure turns into user
+// messages.
 class MCEngineStatus {
  public:
   enum Kind { kOK = 0, kWarning = 1, kError = 2 };
 
   // Settings or input that cannot describe a model.
-  static constexpr long kInvalidSettings = 130009;
+  static constexpr long kInvalidSettings = MCCommon_850::MC_SETTINGS_INVALID;
   // A model that cannot be built, e.g. a structure that is not available.
-  static constexpr long kBuildModel = 130018;
+  static constexpr long kBuildModel = MCCommon_850::MC_BUILD_MODEL;
   // The line search could not decrease the objective.
-  static constexpr long kStepHalvingExhausted = 130024;
+  static constexpr long kStepHalvingExhausted = MCCommon_850::MC_MAX_STEP_HALVING;
   // No admissible starting point was found.
-  static constexpr long kInitialValueFailed = 130025;
+  static constexpr long kInitialValueFailed = MCCommon_850::MC_INITIAL_VALUE_FAILED;
   // The caller asked the fit to stop.
-  static constexpr long kCancelled = 130032;
+  static constexpr long kCancelled = MCCommon_850::MC_CANCELLED;
   // The Hessian could not be made positive definite during the iterations.
-  static constexpr long kHessianSingularity = 130069;
+  static constexpr long kHessianSingularity = MCCommon_850::MC_HESSIAN_SINGULAR;
   // Converged, but the final Hessian has a negative eigenvalue.
-  static constexpr long kFinalHessianNotPD = 130070;
+  static constexpr long kFinalHessianNotPD = MCCommon_850::MC_HESSIAN_NOT_PD;
   // The residual scale is estimated as zero.
-  static constexpr long kScaleZero = 130074;
+  static constexpr long kScaleZero = MCCommon_850::MC_SCALE_ZERO;
   // Frequency weights differ within one independent group of records under
   // a residual structure that couples records.
-  static constexpr long kDifferentWeightsInSubject = 130077;
+  static constexpr long kDifferentWeightsInSubject = MCCommon_850::MC_WEIGHTS_DIFFER_IN_SUBJECT;
   // The evaluation at the final estimates, from which every statistic is
   // computed, failed.
-  static constexpr long kPostEstimationFailed = 130090;
+  static constexpr long kPostEstimationFailed = MCCommon_850::MC_POST_ESTIMATION_FAILED;
   // Nothing left to fit after removing unusable records.
-  static constexpr long kNoValidCases = 230024;
+  static constexpr long kNoValidCases = MCCommon_850::MC_NO_VALID_CASES;
   // Two records of one residual subject share a repeated-measures position.
-  static constexpr long kDuplicateRepeated = 230025;
+  static constexpr long kDuplicateRepeated = MCCommon_850::MC_DUPLICATE_REPEATED;
   // The iteration limit was reached before convergence.
-  static constexpr long kIterationLimit = 230036;
+  static constexpr long kIterationLimit = MCCommon_850::MC_ITERATION_LIMIT;
   // Converged, but the final Hessian is singular.
-  static constexpr long kConvergedSingularHessian = 230037;
+  static constexpr long kConvergedSingularHessian = MCCommon_850::MC_CONVERGED_SINGULAR_HESSIAN;
   // The fixed effects reproduce the response exactly.
-  static constexpr long kPerfectFit = 230092;
+  static constexpr long kPerfectFit = MCCommon_850::MC_PERFECT_FIT;
 
   MCEngineStatus() = default;
   MCEngineStatus(long code, Kind kind) : fCode(code), fKind(kind) {}

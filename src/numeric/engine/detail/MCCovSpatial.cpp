@@ -5,8 +5,8 @@
 
 namespace MCEngine_850 {
 
-MCCovSpatial::MCCovSpatial(int dimension, const std::vector<double>& points)
-    : MCCovStructure(dimension), fDistances(Eigen::MatrixXd::Zero(dimension, dimension)) {
+MCCovSpatial::MCCovSpatial(int dimension, const std::vector<double>& points, const MCCovSpatialKernel& kernel)
+    : MCCovStructure(dimension), fKernel(kernel), fDistances(Eigen::MatrixXd::Zero(dimension, dimension)) {
   const int nc = dimension > 0 ? static_cast<int>(points.size()) / dimension : 0;
   for (int i = 0; i < dimension; ++i) {
     for (int j = 0; j < i; ++j) {
@@ -24,11 +24,11 @@ MCCovSpatial::MCCovSpatial(int dimension, const std::vector<double>& points)
 }
 
 MCEngineCovParam::Kind MCCovSpatial::GetParamKind(int k) const {
-  return k == 0 ? GetFunctionKind() : MCEngineCovParam::kVariance;
+  return k == 0 ? fKernel.fKind : MCEngineCovParam::kVariance;
 }
 
 std::string MCCovSpatial::GetParamLabel(int k, bool residualSide) const {
-  if (k == 0) return GetFunctionLabel();
+  if (k == 0) return fKernel.fLabel;
   return residualSide ? "Residual" : "Variance";
 }
 
@@ -40,12 +40,21 @@ void MCCovSpatial::Kernel(double phi, int order, Eigen::MatrixXd& out) const {
       const double d = fDistances(i, j);
       double v = 0.0;
       if (d > 0.0) {
-        v = order == 0 ? Function(d, phi) : order == 1 ? FunctionDerivative(d, phi) : FunctionSecondDerivative(d, phi);
+        v = order == 0 ? fKernel.fValue(d, phi) : order == 1 ? fKernel.fDerivative(d, phi) : fKernel.fSecondDerivative(d, phi);
       } else {
         v = order == 0 ? 1.0 : 0.0;
       }
       out(i, j) = out(j, i) = v;
     }
+  }
+}
+
+void MCCovSpatial::GetBounds(int k, double& lower, double& upper) const {
+  if (k == 0) {
+    lower = fKernel.fLower;
+    upper = fKernel.fUpper;
+  } else {
+    MCCovStructure::GetBounds(k, lower, upper);
   }
 }
 
@@ -76,7 +85,7 @@ void MCCovSpatial::SecondDerivative(const Eigen::VectorXd& theta, int k, int l, 
 
 void MCCovSpatial::NullParams(bool residualSide, Eigen::VectorXd& theta) const {
   // Without two distinct points phi plays no part; any admissible value serves.
-  double phi = fMinDistance > 0.0 ? NullFunctionParam(fMinDistance) : 0.5;
+  double phi = fMinDistance > 0.0 ? fKernel.fNullParam(fMinDistance) : 0.5;
   if (!(std::isfinite(phi) && phi >= 0.0)) phi = 0.5;
   theta.resize(2);
   theta << phi, residualSide ? 1.0 : 0.0;
@@ -104,7 +113,7 @@ std::vector<double> MCCovSpatial::GetStartCandidates(int k) const {
   std::vector<double> out;
   for (int i = 0; i < n; ++i) {
     const double r = lo * std::pow(hi / lo, static_cast<double>(i) / (n - 1));
-    const double phi = ParamForRange(r);
+    const double phi = fKernel.fParamForRange(r);
     Eigen::VectorXd theta(2);
     theta << phi, 1.0;
     if (std::isfinite(phi) && InBounds(theta)) out.push_back(phi);

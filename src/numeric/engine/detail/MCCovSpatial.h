@@ -2,17 +2,20 @@
 
 #include <vector>
 
+#include "numeric/engine/detail/MCCovSpatialKernel.h"
 #include "numeric/engine/detail/MCCovStructure.h"
 
 namespace MCEngine_850 {
 
 // A spatial structure over t points: sigma^2 f(d_ij; phi), with d_ij the
-// Euclidean distance between points i and j and f(0) = 1. Parameters: phi,
+// Euclidean distance between points i and j and f(0) = 1, the distance
+// function of one of the spatial types (MCCovSpatialKernel). Parameters: phi,
 // then sigma^2. The points are given by their coordinates, row-major t x c.
 class MCCovSpatial : public MCCovStructure {
  public:
-  MCCovSpatial(int dimension, const std::vector<double>& points);
+  MCCovSpatial(int dimension, const std::vector<double>& points, const MCCovSpatialKernel& kernel);
 
+  MCEngineCovType GetType() const override { return fKernel.fType; }
   int GetNParams() const override { return 2; }
   MCEngineCovParam::Kind GetParamKind(int k) const override;
   std::string GetParamLabel(int k, bool residualSide) const override;
@@ -24,30 +27,14 @@ class MCCovSpatial : public MCCovStructure {
   void NullParams(bool residualSide, Eigen::VectorXd& theta) const override;
   void Repair(Eigen::VectorXd& theta, double smallVariance) const override;
   std::vector<double> GetStartCandidates(int k) const override;
-
- protected:
-  // The label of phi, and its kind: a correlation or a range.
-  virtual std::string GetFunctionLabel() const = 0;
-  virtual MCEngineCovParam::Kind GetFunctionKind() const { return MCEngineCovParam::kRange; }
-  // f and its first and second derivatives in phi at a distance d > 0.
-  virtual double Function(double d, double phi) const = 0;
-  virtual double FunctionDerivative(double d, double phi) const = 0;
-  virtual double FunctionSecondDerivative(double d, double phi) const = 0;
-  // A phi for which f vanishes (to the last bit) at every distance of at
-  // least dMin > 0.
-  virtual double NullFunctionParam(double dMin) const = 0;
-  // The phi of a function that falls to about exp(-1), or to 0, at the
-  // distance r > 0.
-  virtual double ParamForRange(double r) const = 0;
-
-  double GetMinDistance() const { return fMinDistance; }
-  double GetMaxDistance() const { return fMaxDistance; }
+  void GetBounds(int k, double& lower, double& upper) const override;
 
  private:
   // order 0: f; 1: df/dphi; 2: d2f/dphi2. The diagonal of f is 1, of its
   // derivatives 0.
   void Kernel(double phi, int order, Eigen::MatrixXd& out) const;
 
+  const MCCovSpatialKernel& fKernel;
   Eigen::MatrixXd fDistances;
   double fMinDistance = 0.0;  // smallest positive distance, 0 when there is none
   double fMaxDistance = 0.0;

@@ -12,12 +12,7 @@
 #include "numeric/engine/detail/MCCovFAH1.h"
 #include "numeric/engine/detail/MCCovHF.h"
 #include "numeric/engine/detail/MCCovID.h"
-#include "numeric/engine/detail/MCCovSpExp.h"
-#include "numeric/engine/detail/MCCovSpGau.h"
-#include "numeric/engine/detail/MCCovSpLin.h"
-#include "numeric/engine/detail/MCCovSpLinl.h"
-#include "numeric/engine/detail/MCCovSpPow.h"
-#include "numeric/engine/detail/MCCovSpSph.h"
+#include "numeric/engine/detail/MCCovSpatial.h"
 #include "numeric/engine/detail/MCCovTP.h"
 #include "numeric/engine/detail/MCCovTPH.h"
 #include "numeric/engine/detail/MCCovUN.h"
@@ -67,17 +62,12 @@ std::unique_ptr<MCCovStructure> MCCovStructureFactory::Create(MCEngineCovType ty
     case MCEngineCovType::FAH1:
       return std::make_unique<MCCovFAH1>(dimension);
     case MCEngineCovType::SP_POW:
-      return pointsGiven ? std::make_unique<MCCovSpPow>(dimension, points) : nullptr;
     case MCEngineCovType::SP_EXP:
-      return pointsGiven ? std::make_unique<MCCovSpExp>(dimension, points) : nullptr;
     case MCEngineCovType::SP_GAU:
-      return pointsGiven ? std::make_unique<MCCovSpGau>(dimension, points) : nullptr;
     case MCEngineCovType::SP_LIN:
-      return pointsGiven ? std::make_unique<MCCovSpLin>(dimension, points) : nullptr;
     case MCEngineCovType::SP_LINL:
-      return pointsGiven ? std::make_unique<MCCovSpLinl>(dimension, points) : nullptr;
     case MCEngineCovType::SP_SPH:
-      return pointsGiven ? std::make_unique<MCCovSpSph>(dimension, points) : nullptr;
+      return pointsGiven ? std::make_unique<MCCovSpatial>(dimension, points, *MCCovSpatialKernel::Find(type)) : nullptr;
     case MCEngineCovType::COVAR_RESERVED:
       break;
   }

@@ -48,63 +48,96 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
   const bool residualDF = fbResidualDF;
   *this = MCEnginePredictorImpl();
   fbResidualDF = residualDF;
+  const MCEngineData& data = fitter.GetData();
+  const MCEnginePredictorImpl::Estimates fit = ReadEstimates(fitter, input);
+  if (!fit.fbOK) return false;
+  Eigen::MatrixXd SR;
+  BuildStructures(fitter.GetModel(), data, fit, SR);
+  if (!LinkInputBlocks(input, data)) return false;
+
+  // Group by group.
+  const int p = data.fRank;
+  Eigen::MatrixXd XVX = Eigen::MatrixXd::Zero(p, p);
+  Eigen::VectorXd XVy = Eigen::VectorXd::Zero(p);
+  for (int comp = 0; comp < data.GetNComponents(); ++comp) {
+    if (!AddGroup(data, comp, SR, XVX, XVy)) return false;
+  }
+  if (!SolveFixed(XVX, XVy)) return false;
+
+  fResidualDF = data.fTotalWeight - p;
+  fNColumns = data.fNColumns;
+  fvKept = data.fvKept;
+  fvAliased = data.fvAliased;
+  fHermite = fitter.GetHypothesis()->GetHermite();
+  fbReady = true;
+  return true;
+}
+
+MCEnginePredictorImpl::Estimates MCEnginePredictorImpl::ReadEstimates(const MCEngineFitterImpl& fitter,
+                                                          const MCEngineInput& input) {
+  Estimates fit;
   const MCEngineResult& result = fitter.GetResult();
   const MCEngineData& data = fitter.GetData();
   const MCEngineModel& model = fitter.GetModel();
-  const MCEngineHypothesis* pHypothesis = fitter.GetHypothesis();
-  if (result.GetStatus().IsError() || pHypothesis == nullptr || data.fNRecords == 0) return false;
+  if (result.GetStatus().IsError() || fitter.GetHypothesis() == nullptr || data.fNRecords == 0) return fit;
   const int K = model.GetNParams();
-  const int p = data.fRank;
-  const int nb = model.GetNBlocks();
   const std::vector<MCEngineCovParam>& params = result.GetCovParams();
-  if (static_cast<int>(params.size()) != K || input.GetNRecords() <= 0) return false;
+  if (static_cast<int>(params.size()) != K || input.GetNRecords() <= 0) return fit;
 
   // Everything is computed on the engine's scaled response, as the fit was.
   fYScale = data.fYScale;
   const double c2 = fYScale * fYScale;
-  Eigen::VectorXd factor(K), theta(K);
+  Eigen::VectorXd factor(K);
+  fit.fTheta.resize(K);
   for (int k = 0; k < K; ++k) {
     factor[k] = model.IsScaleLike(k) ? c2 : 1.0;
-    theta[k] = params[U(k)].GetEstimate() / factor[k];
+    fit.fTheta[k] = params[U(k)].GetEstimate() / factor[k];
   }
-  std::vector<int> freeSet;
   const std::vector<double>& asy = result.GetCovParamsCov();
   if (asy.size() == U(K) * U(K)) {
     for (int k = 0; k < K; ++k) {
-      if (!MCEngineMissing::Is(asy[U(k) * U(K) + U(k)])) freeSet.push_back(k);
+      if (!MCEngineMissing::Is(asy[U(k) * U(K) + U(k)])) fit.fvFree.push_back(k);
     }
   }
-  const int nf = static_cast<int>(freeSet.size());
+  const int nf = static_cast<int>(fit.fvFree.size());
   fAsy.resize(nf, nf);
   fbHaveAsy = nf > 0;
   for (int a = 0; a < nf; ++a) {
     for (int b = 0; b < nf; ++b) {
-      const double v = asy[U(freeSet[U(a)]) * U(K) + U(freeSet[U(b)])];
+      const double v = asy[U(fit.fvFree[U(a)]) * U(K) + U(fit.fvFree[U(b)])];
       if (MCEngineMissing::Is(v) || !std::isfinite(v)) fbHaveAsy = false;
-      fAsy(a, b) = v / (factor[freeSet[U(a)]] * factor[freeSet[U(b)]]);
+      fAsy(a, b) = v / (factor[fit.fvFree[U(a)]] * factor[fit.fvFree[U(b)]]);
     }
   }
+  fit.fbOK = true;
+  return fit;
+}
 
+void MCEnginePredictorImpl::BuildStructures(const MCEngineModel& model, const MCEngineData& data, const Estimates& fit,
+                                            Eigen::MatrixXd& SR) {
+  const int nb = model.GetNBlocks();
+  const int nf = static_cast<int>(fit.fvFree.size());
   fvG.resize(U(nb));
   fvEngineBlockDiagonal.resize(U(nb));
   for (int e = 0; e < nb; ++e) {
-    model.GetBlock(e).Build(model.Segment(theta, e), fvG[U(e)]);
+    model.GetBlock(e).Build(model.Segment(fit.fTheta, e), fvG[U(e)]);
     fvEngineBlockDiagonal[U(e)] = MCEngineDataBuilder::IsDiagonalType(data.fvBlocks[U(e)].fType) ? 1 : 0;
   }
-  Eigen::MatrixXd SR;
-  model.GetResidual().Build(model.Segment(theta, -1), SR);
+  model.GetResidual().Build(model.Segment(fit.fTheta, -1), SR);
   fvFreeBlock.resize(U(nf));
   fvFreeDG.resize(U(nf));
-  fvA.assign(U(nf), Eigen::MatrixXd::Zero(p, p));
+  fvA.assign(U(nf), Eigen::MatrixXd::Zero(data.fRank, data.fRank));
   for (int a = 0; a < nf; ++a) {
-    const int k = freeSet[U(a)];
+    const int k = fit.fvFree[U(a)];
     const int e = model.GetBlockOf(k);
     const MCCovStructure& s = e < 0 ? model.GetResidual() : model.GetBlock(e);
-    s.Derivative(model.Segment(theta, e), model.GetLocalIndex(k), fvFreeDG[U(a)]);
+    s.Derivative(model.Segment(fit.fTheta, e), model.GetLocalIndex(k), fvFreeDG[U(a)]);
     fvFreeBlock[U(a)] = e;
   }
+}
 
-  // The input's blocks and the engine blocks made from them.
+bool MCEnginePredictorImpl::LinkInputBlocks(const MCEngineInput& input, const MCEngineData& data) {
+  const int nb = static_cast<int>(data.fvBlocks.size());
   const std::vector<MCEngineRandomBlock>& inBlocks = input.GetRandomBlocks();
   fvInputBlocks.resize(inBlocks.size());
   for (std::size_t b = 0; b < inBlocks.size(); ++b) {
@@ -130,194 +163,226 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
       if (ib.fbSplit && (effect < 0 || effect >= static_cast<int>(ib.fvEngineBlocks.size()))) return false;
     }
   }
-  for (int k = 0; k < data.fNRecords; ++k) {
-    const int r = data.fvOriginalIndex[U(k)];
-    for (std::size_t b = 0; b < inBlocks.size(); ++b) {
-      const std::vector<int>& subjects = inBlocks[b].GetSubjects();
-      fvInputBlocks[b].fsSeen.insert(subjects.empty() ? 0 : subjects[U(r)]);
+  for (int k = 0; k < data.fNRecords; ++k) MapSubjects(input, data, k);
+  return true;
+}
+
+void MCEnginePredictorImpl::MapSubjects(const MCEngineInput& input, const MCEngineData& data, int k) {
+  const std::vector<MCEngineRandomBlock>& inBlocks = input.GetRandomBlocks();
+  const int r = data.fvOriginalIndex[U(k)];
+  for (std::size_t b = 0; b < inBlocks.size(); ++b) {
+    const std::vector<int>& subjects = inBlocks[b].GetSubjects();
+    fvInputBlocks[b].fsSeen.insert(subjects.empty() ? 0 : subjects[U(r)]);
+  }
+  for (int e = 0; e < static_cast<int>(data.fvBlocks.size()); ++e) {
+    const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+    if (bd.fvRowStart[U(k) + 1] == bd.fvRowStart[U(k)]) continue;
+    const MCEngineRandomBlock& block = inBlocks[U(bd.fOrigin)];
+    InputBlock& ib = fvInputBlocks[U(bd.fOrigin)];
+    const int subject = block.GetSubjects().empty() ? 0 : block.GetSubjects()[U(r)];
+    if (!ib.fbSplit) {
+      ib.fmSubjects[subject] = bd.fvSubject[U(k)];
+      continue;
     }
-    for (int e = 0; e < nb; ++e) {
-      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
-      if (bd.fvRowStart[U(k) + 1] == bd.fvRowStart[U(k)]) continue;
-      const MCEngineRandomBlock& block = inBlocks[U(bd.fOrigin)];
-      InputBlock& ib = fvInputBlocks[U(bd.fOrigin)];
-      const int subject = block.GetSubjects().empty() ? 0 : block.GetSubjects()[U(r)];
-      if (!ib.fbSplit) {
-        ib.fmSubjects[subject] = bd.fvSubject[U(k)];
-        continue;
-      }
-      const int part = static_cast<int>(std::find(ib.fvEngineBlocks.begin(), ib.fvEngineBlocks.end(), e) -
-                                        ib.fvEngineBlocks.begin());
-      for (int i = block.GetRowStart()[U(r)]; i < block.GetRowStart()[U(r) + 1]; ++i) {
-        const int col = block.GetColIndex()[U(i)];
-        if (block.GetValues()[U(i)] != 0.0 && ib.fvColumnEffects[U(col)] == part) {
-          ib.fmSplitSubjects[std::make_pair(subject, col)] = bd.fvSubject[U(k)];
-        }
+    const int part = static_cast<int>(std::find(ib.fvEngineBlocks.begin(), ib.fvEngineBlocks.end(), e) -
+                                      ib.fvEngineBlocks.begin());
+    for (int i = block.GetRowStart()[U(r)]; i < block.GetRowStart()[U(r) + 1]; ++i) {
+      const int col = block.GetColIndex()[U(i)];
+      if (block.GetValues()[U(i)] != 0.0 && ib.fvColumnEffects[U(col)] == part) {
+        ib.fmSplitSubjects[std::make_pair(subject, col)] = bd.fvSubject[U(k)];
       }
     }
   }
+}
 
-  // Group by group.
-  const bool residualDiagonal = MCEngineDataBuilder::IsDiagonalType(data.fResidualType);
-  Eigen::MatrixXd XVX = Eigen::MatrixXd::Zero(p, p);
-  Eigen::VectorXd XVy = Eigen::VectorXd::Zero(p);
-  for (int comp = 0; comp < data.GetNComponents(); ++comp) {
-    const int k0 = data.fvComponentStart[U(comp)];
-    const int m = data.fvComponentStart[U(comp) + 1] - k0;
-    const double weight = data.fvComponentWeight[U(comp)];
-    const int groupIndex = static_cast<int>(fvGroups.size());
+bool MCEnginePredictorImpl::AddGroup(const MCEngineData& data, int comp, const Eigen::MatrixXd& SR,
+                                     Eigen::MatrixXd& XVX, Eigen::VectorXd& XVy) {
+  const int p = data.fRank;
+  const int nf = static_cast<int>(fvFreeBlock.size());
+  const int k0 = data.fvComponentStart[U(comp)];
+  const int m = data.fvComponentStart[U(comp) + 1] - k0;
+  const double weight = data.fvComponentWeight[U(comp)];
+  Group group;
+  const int q = LayOutSegments(data, k0, m, static_cast<int>(fvGroups.size()), group);
+  Eigen::MatrixXd Q;
+  std::vector<Eigen::MatrixXd> Sk(U(nf));
+  if (!ResidualCrossProducts(data, SR, k0, m, q, Q, Sk)) return false;
 
-    Group group;
-    int q = 0;
-    for (int e = 0; e < nb; ++e) {
-      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
-      std::map<int, std::set<int>> columns;
-      for (int k = k0; k < k0 + m; ++k) {
-        for (int i = bd.fvRowStart[U(k)]; i < bd.fvRowStart[U(k) + 1]; ++i) {
-          if (bd.fvValues[U(i)] == 0.0) continue;
-          std::set<int>& cols = columns[bd.fvSubject[U(k)]];
-          if (fvEngineBlockDiagonal[U(e)]) {
-            cols.insert(bd.fvColIndex[U(i)]);
-          } else {
-            for (int j = 0; j < bd.fNColumns; ++j) cols.insert(j);
-          }
-        }
+  // With K = G (I + Z'R^-1 Z G)^-1 Z'R^-1 W: W'V^-1 W = Q - Z'R^-1 W' K, and
+  // W'V^-1 R_k V^-1 W = S_k - K'S_k(Z, .) - S_k(., Z)K + K'S_k(Z, Z)K.
+  Eigen::MatrixXd K;
+  Eigen::MatrixXd N = Q;
+  if (q > 0) RemoveRandomEffects(group, Q, N, K);
+  XVX += weight * N.block(q, q, p, p);
+  XVy += weight * N.block(q, q + p, p, 1);
+  group.fZVZ = N.topLeftCorner(q, q);
+  group.fZVX = N.block(0, q, q, p);
+  group.fZVr = N.block(0, q + p, q, 1);
+  group.fvZVkZ.resize(U(nf));
+  group.fvZVkX.resize(U(nf));
+  for (int a = 0; a < nf; ++a) {
+    const int e = fvFreeBlock[U(a)];
+    if (e >= 0) {
+      // A_k = X'V^-1 Z G_k Z'V^-1 X; the random parameters' other terms
+      // come from Z'V^-1 Z when predicting.
+      for (const Segment& sg : group.fvSegments) {
+        if (sg.fBlock != e) continue;
+        const int n = static_cast<int>(sg.fvColumns.size());
+        const Eigen::MatrixXd ZVXs = group.fZVX.middleRows(sg.fOffset, n);
+        fvA[U(a)].noalias() += weight * (ZVXs.transpose() * Restrict(fvFreeDG[U(a)], sg.fvColumns) * ZVXs);
       }
-      for (const auto& entry : columns) {
-        Segment segment;
-        segment.fBlock = e;
-        segment.fOffset = q;
-        segment.fvColumns.assign(entry.second.begin(), entry.second.end());
-        for (std::size_t i = 0; i < segment.fvColumns.size(); ++i) {
-          fmLocal[std::make_tuple(e, entry.first, segment.fvColumns[i])] =
-              std::make_pair(groupIndex, q + static_cast<int>(i));
-        }
-        q += static_cast<int>(segment.fvColumns.size());
-        group.fvSegments.push_back(std::move(segment));
-      }
-    }
-    group.fNColumns = q;
-
-    // Q = W'R^-1 W and, per residual parameter, S_k = W'R^-1 R_k R^-1 W for
-    // W = [Z X y], summed over the residual's blocks of records, each with
-    // only the random columns its records reach.
-    const int nw = q + p + 1;
-    Eigen::MatrixXd Q = Eigen::MatrixXd::Zero(nw, nw);
-    std::vector<Eigen::MatrixXd> Sk(U(nf));
-    for (int a = 0; a < nf; ++a) {
-      if (fvFreeBlock[U(a)] < 0) Sk[U(a)] = Eigen::MatrixXd::Zero(nw, nw);
-    }
-    std::vector<std::vector<int>> residualBlocks;
-    if (residualDiagonal) {
-      for (int k = k0; k < k0 + m; ++k) residualBlocks.push_back(std::vector<int>(1, k));
     } else {
-      std::map<int, std::vector<int>> bySubject;
-      for (int k = k0; k < k0 + m; ++k) bySubject[data.fvResSubject[U(k)]].push_back(k);
-      for (auto& entry : bySubject) residualBlocks.push_back(std::move(entry.second));
+      Eigen::MatrixXd T = Sk[U(a)];
+      if (q > 0) {
+        const Eigen::MatrixXd KtSZ = K.transpose() * Sk[U(a)].topRows(q);
+        T -= KtSZ + KtSZ.transpose();
+        T.noalias() += K.transpose() * Sk[U(a)].topLeftCorner(q, q) * K;
+      }
+      group.fvZVkZ[U(a)] = T.topLeftCorner(q, q);
+      group.fvZVkX[U(a)] = T.block(0, q, q, p);
+      fvA[U(a)] += weight * T.block(q, q, p, p);
     }
-    for (const std::vector<int>& rows : residualBlocks) {
-      const int mr = static_cast<int>(rows.size());
-      std::vector<int> index;
-      for (int k : rows) {
-        for (int e = 0; e < nb && q > 0; ++e) {
-          const MCEngineBlockData& bd = data.fvBlocks[U(e)];
-          for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
-            if (bd.fvValues[U(j)] == 0.0) continue;
-            index.push_back(fmLocal.find(std::make_tuple(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]))->second.second);
-          }
-        }
-      }
-      std::sort(index.begin(), index.end());
-      index.erase(std::unique(index.begin(), index.end()), index.end());
-      const int nz = static_cast<int>(index.size());
-      for (int j = 0; j <= p; ++j) index.push_back(q + j);
-      Eigen::MatrixXd Wr = Eigen::MatrixXd::Zero(mr, nz + p + 1);
-      for (int i = 0; i < mr; ++i) {
-        const int k = rows[U(i)];
-        for (int e = 0; e < nb && q > 0; ++e) {
-          const MCEngineBlockData& bd = data.fvBlocks[U(e)];
-          for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
-            if (bd.fvValues[U(j)] == 0.0) continue;
-            const int col = fmLocal.find(std::make_tuple(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]))->second.second;
-            const int at = static_cast<int>(std::lower_bound(index.begin(), index.begin() + nz, col) - index.begin());
-            Wr(i, at) += bd.fvValues[U(j)];
-          }
-        }
-        for (int j = 0; j < p; ++j) Wr(i, nz + j) = data.fvXr[U(k) * U(p) + U(j)];
-        Wr(i, nz + p) = data.fvY[U(k)];
-      }
-      Eigen::MatrixXd R(mr, mr);
-      for (int i = 0; i < mr; ++i) {
-        for (int j = 0; j < mr; ++j) R(i, j) = ResidualEntry(data, SR, rows[U(i)], rows[U(j)]);
-      }
-      const Eigen::LLT<Eigen::MatrixXd> llt(R);
-      if (llt.info() != Eigen::Success) return false;
-      const Eigen::MatrixXd RiW = llt.solve(Wr);
-      AddAt(Q, index, Wr.transpose() * RiW);
-      for (int a = 0; a < nf; ++a) {
-        if (fvFreeBlock[U(a)] >= 0) continue;
-        Eigen::MatrixXd dR(mr, mr);
-        for (int i = 0; i < mr; ++i) {
-          for (int j = 0; j < mr; ++j) dR(i, j) = ResidualEntry(data, fvFreeDG[U(a)], rows[U(i)], rows[U(j)]);
-        }
-        AddAt(Sk[U(a)], index, RiW.transpose() * dR * RiW);
-      }
-    }
-
-    // With K = G (I + Z'R^-1 Z G)^-1 Z'R^-1 W: W'V^-1 W = Q - Z'R^-1 W' K, and
-    // W'V^-1 R_k V^-1 W = S_k - K'S_k(Z, .) - S_k(., Z)K + K'S_k(Z, Z)K.
-    Eigen::MatrixXd K;
-    Eigen::MatrixXd N = Q;
-    if (q > 0) {
-      // G is block diagonal over the segments.
-      Eigen::MatrixXd H = Eigen::MatrixXd::Identity(q, q);
-      for (const Segment& sg : group.fvSegments) {
-        const int n = static_cast<int>(sg.fvColumns.size());
-        H.middleCols(sg.fOffset, n).noalias() +=
-            Q.topLeftCorner(q, q).middleCols(sg.fOffset, n) * Restrict(fvG[U(sg.fBlock)], sg.fvColumns);
-      }
-      const Eigen::PartialPivLU<Eigen::MatrixXd> lu(H);
-      const Eigen::MatrixXd Y = lu.solve(Q.topRows(q));
-      K.resize(q, nw);
-      for (const Segment& sg : group.fvSegments) {
-        const int n = static_cast<int>(sg.fvColumns.size());
-        K.middleRows(sg.fOffset, n).noalias() = Restrict(fvG[U(sg.fBlock)], sg.fvColumns) * Y.middleRows(sg.fOffset, n);
-      }
-      N.noalias() -= Q.topRows(q).transpose() * K;
-    }
-    XVX += weight * N.block(q, q, p, p);
-    XVy += weight * N.block(q, q + p, p, 1);
-    group.fZVZ = N.topLeftCorner(q, q);
-    group.fZVX = N.block(0, q, q, p);
-    group.fZVr = N.block(0, q + p, q, 1);
-    group.fvZVkZ.resize(U(nf));
-    group.fvZVkX.resize(U(nf));
-    for (int a = 0; a < nf; ++a) {
-      const int e = fvFreeBlock[U(a)];
-      if (e >= 0) {
-        // A_k = X'V^-1 Z G_k Z'V^-1 X; the random parameters' other terms
-        // come from Z'V^-1 Z when predicting.
-        for (const Segment& sg : group.fvSegments) {
-          if (sg.fBlock != e) continue;
-          const int n = static_cast<int>(sg.fvColumns.size());
-          const Eigen::MatrixXd ZVXs = group.fZVX.middleRows(sg.fOffset, n);
-          fvA[U(a)].noalias() += weight * (ZVXs.transpose() * Restrict(fvFreeDG[U(a)], sg.fvColumns) * ZVXs);
-        }
-      } else {
-        Eigen::MatrixXd T = Sk[U(a)];
-        if (q > 0) {
-          const Eigen::MatrixXd KtSZ = K.transpose() * Sk[U(a)].topRows(q);
-          T -= KtSZ + KtSZ.transpose();
-          T.noalias() += K.transpose() * Sk[U(a)].topLeftCorner(q, q) * K;
-        }
-        group.fvZVkZ[U(a)] = T.topLeftCorner(q, q);
-        group.fvZVkX[U(a)] = T.block(0, q, q, p);
-        fvA[U(a)] += weight * T.block(q, q, p, p);
-      }
-    }
-    if (q > 0) fvGroups.push_back(std::move(group));
   }
+  if (q > 0) fvGroups.push_back(std::move(group));
+  return true;
+}
 
+int MCEnginePredictorImpl::LayOutSegments(const MCEngineData& data, int k0, int m, int groupIndex, Group& group) {
+  int q = 0;
+  for (int e = 0; e < static_cast<int>(data.fvBlocks.size()); ++e) {
+    const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+    std::map<int, std::set<int>> columns;
+    for (int k = k0; k < k0 + m; ++k) {
+      for (int i = bd.fvRowStart[U(k)]; i < bd.fvRowStart[U(k) + 1]; ++i) {
+        if (bd.fvValues[U(i)] == 0.0) continue;
+        std::set<int>& cols = columns[bd.fvSubject[U(k)]];
+        if (fvEngineBlockDiagonal[U(e)]) {
+          cols.insert(bd.fvColIndex[U(i)]);
+        } else {
+          for (int j = 0; j < bd.fNColumns; ++j) cols.insert(j);
+        }
+      }
+    }
+    for (const auto& entry : columns) {
+      Segment segment;
+      segment.fBlock = e;
+      segment.fOffset = q;
+      segment.fvColumns.assign(entry.second.begin(), entry.second.end());
+      for (std::size_t i = 0; i < segment.fvColumns.size(); ++i) {
+        fmLocal[std::make_tuple(e, entry.first, segment.fvColumns[i])] = std::make_pair(groupIndex, q + static_cast<int>(i));
+      }
+      q += static_cast<int>(segment.fvColumns.size());
+      group.fvSegments.push_back(std::move(segment));
+    }
+  }
+  group.fNColumns = q;
+  return q;
+}
+
+bool MCEnginePredictorImpl::ResidualCrossProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m,
+                                                  int q, Eigen::MatrixXd& Q, std::vector<Eigen::MatrixXd>& Sk) const {
+  const int p = data.fRank;
+  const int nf = static_cast<int>(fvFreeBlock.size());
+  const int nw = q + p + 1;
+  Q = Eigen::MatrixXd::Zero(nw, nw);
+  for (int a = 0; a < nf; ++a) {
+    if (fvFreeBlock[U(a)] < 0) Sk[U(a)] = Eigen::MatrixXd::Zero(nw, nw);
+  }
+  for (const std::vector<int>& rows : ResidualBlocks(data, k0, m)) {
+    const int mr = static_cast<int>(rows.size());
+    std::vector<int> index;
+    Eigen::MatrixXd Wr;
+    ResidualBlockDesign(data, rows, q, index, Wr);
+    Eigen::MatrixXd R(mr, mr);
+    for (int i = 0; i < mr; ++i) {
+      for (int j = 0; j < mr; ++j) R(i, j) = ResidualEntry(data, SR, rows[U(i)], rows[U(j)]);
+    }
+    const Eigen::LLT<Eigen::MatrixXd> llt(R);
+    if (llt.info() != Eigen::Success) return false;
+    const Eigen::MatrixXd RiW = llt.solve(Wr);
+    AddAt(Q, index, Wr.transpose() * RiW);
+    for (int a = 0; a < nf; ++a) {
+      if (fvFreeBlock[U(a)] >= 0) continue;
+      Eigen::MatrixXd dR(mr, mr);
+      for (int i = 0; i < mr; ++i) {
+        for (int j = 0; j < mr; ++j) dR(i, j) = ResidualEntry(data, fvFreeDG[U(a)], rows[U(i)], rows[U(j)]);
+      }
+      AddAt(Sk[U(a)], index, RiW.transpose() * dR * RiW);
+    }
+  }
+  return true;
+}
+
+std::vector<std::vector<int>> MCEnginePredictorImpl::ResidualBlocks(const MCEngineData& data, int k0, int m) {
+  std::vector<std::vector<int>> blocks;
+  if (MCEngineDataBuilder::IsDiagonalType(data.fResidualType)) {
+    for (int k = k0; k < k0 + m; ++k) blocks.push_back(std::vector<int>(1, k));
+    return blocks;
+  }
+  std::map<int, std::vector<int>> bySubject;
+  for (int k = k0; k < k0 + m; ++k) bySubject[data.fvResSubject[U(k)]].push_back(k);
+  for (auto& entry : bySubject) blocks.push_back(std::move(entry.second));
+  return blocks;
+}
+
+void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const std::vector<int>& rows, int q,
+                                                std::vector<int>& index, Eigen::MatrixXd& Wr) const {
+  const int p = data.fRank;
+  const int nb = static_cast<int>(data.fvBlocks.size());
+  const int mr = static_cast<int>(rows.size());
+  index.clear();
+  for (int k : rows) {
+    for (int e = 0; e < nb && q > 0; ++e) {
+      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+      for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
+        if (bd.fvValues[U(j)] == 0.0) continue;
+        index.push_back(fmLocal.find(std::make_tuple(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]))->second.second);
+      }
+    }
+  }
+  std::sort(index.begin(), index.end());
+  index.erase(std::unique(index.begin(), index.end()), index.end());
+  const int nz = static_cast<int>(index.size());
+  for (int j = 0; j <= p; ++j) index.push_back(q + j);
+  Wr = Eigen::MatrixXd::Zero(mr, nz + p + 1);
+  for (int i = 0; i < mr; ++i) {
+    const int k = rows[U(i)];
+    for (int e = 0; e < nb && q > 0; ++e) {
+      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+      for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
+        if (bd.fvValues[U(j)] == 0.0) continue;
+        const int col = fmLocal.find(std::make_tuple(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]))->second.second;
+        const int at = static_cast<int>(std::lower_bound(index.begin(), index.begin() + nz, col) - index.begin());
+        Wr(i, at) += bd.fvValues[U(j)];
+      }
+    }
+    for (int j = 0; j < p; ++j) Wr(i, nz + j) = data.fvXr[U(k) * U(p) + U(j)];
+    Wr(i, nz + p) = data.fvY[U(k)];
+  }
+}
+
+void MCEnginePredictorImpl::RemoveRandomEffects(const Group& group, const Eigen::MatrixXd& Q, Eigen::MatrixXd& N,
+                                                Eigen::MatrixXd& K) const {
+  const int q = group.fNColumns;
+  const int nw = static_cast<int>(Q.rows());
+  // G is block diagonal over the segments.
+  Eigen::MatrixXd H = Eigen::MatrixXd::Identity(q, q);
+  for (const Segment& sg : group.fvSegments) {
+    const int n = static_cast<int>(sg.fvColumns.size());
+    H.middleCols(sg.fOffset, n).noalias() += Q.topLeftCorner(q, q).middleCols(sg.fOffset, n) * Restrict(fvG[U(sg.fBlock)], sg.fvColumns);
+  }
+  const Eigen::PartialPivLU<Eigen::MatrixXd> lu(H);
+  const Eigen::MatrixXd Y = lu.solve(Q.topRows(q));
+  K.resize(q, nw);
+  for (const Segment& sg : group.fvSegments) {
+    const int n = static_cast<int>(sg.fvColumns.size());
+    K.middleRows(sg.fOffset, n).noalias() = Restrict(fvG[U(sg.fBlock)], sg.fvColumns) * Y.middleRows(sg.fOffset, n);
+  }
+  N.noalias() -= Q.topRows(q).transpose() * K;
+}
+
+bool MCEnginePredictorImpl::SolveFixed(const Eigen::MatrixXd& XVX, const Eigen::VectorXd& XVy) {
+  const int p = static_cast<int>(XVX.rows());
   fC = Eigen::MatrixXd::Zero(p, p);
   fBeta = Eigen::VectorXd::Zero(p);
   if (p > 0) {
@@ -327,13 +392,6 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
     fBeta = fC * XVy;
   }
   for (Group& group : fvGroups) group.fZVr -= group.fZVX * fBeta;
-
-  fResidualDF = data.fTotalWeight - p;
-  fNColumns = data.fNColumns;
-  fvKept = data.fvKept;
-  fvAliased = data.fvAliased;
-  fHermite = pHypothesis->GetHermite();
-  fbReady = true;
   return true;
 }
 

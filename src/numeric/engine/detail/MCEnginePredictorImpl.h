@@ -15,6 +15,8 @@ namespace MCEngine_850 {
 
 class MCEngineFitterImpl;
 class MCEngineInput;
+class MCEngineModel;
+struct MCEngineData;
 
 // The state behind MCEnginePredictor.
 //
@@ -75,6 +77,46 @@ class MCEnginePredictorImpl {
     std::set<int> fsSeen;
   };
   using VirtualKey = std::tuple<int, int, long long>;
+  // The fit's covariance parameters on the engine's scaled response, and
+  // those with an asymptotic covariance (the free ones).
+  struct Estimates {
+    bool fbOK = false;
+    Eigen::VectorXd fTheta;
+    std::vector<int> fvFree;
+  };
+
+  // The steps of Setup: the fit's estimates and their asymptotic covariance;
+  // G and the derivatives of the free parameters' structures (and R's
+  // structure SR); the input blocks' link to the engine blocks; then group by
+  // group the cross products that predictions need, and finally the fixed
+  // estimates.
+  Estimates ReadEstimates(const MCEngineFitterImpl& fitter, const MCEngineInput& input);
+  void BuildStructures(const MCEngineModel& model, const MCEngineData& data, const Estimates& fit, Eigen::MatrixXd& SR);
+  bool LinkInputBlocks(const MCEngineInput& input, const MCEngineData& data);
+  // The input subjects of record k (engine order) and their engine subjects.
+  void MapSubjects(const MCEngineInput& input, const MCEngineData& data, int k);
+  // Independent group comp: its Z'V^-1 [Z X y] and residual terms, kept when
+  // random columns reach it, and its share of X'V^-1 [X y] and of the A_k.
+  bool AddGroup(const MCEngineData& data, int comp, const Eigen::MatrixXd& SR, Eigen::MatrixXd& XVX,
+                Eigen::VectorXd& XVy);
+  // The group's random columns: a segment per engine block and subject.
+  // Returns their number.
+  int LayOutSegments(const MCEngineData& data, int k0, int m, int groupIndex, Group& group);
+  // Q = W'R^-1 W and, per residual parameter, S_k = W'R^-1 R_k R^-1 W for
+  // W = [Z X y], summed over the residual's blocks of records, each with only
+  // the random columns its records reach. False when an R is not positive
+  // definite.
+  bool ResidualCrossProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, int q,
+                             Eigen::MatrixXd& Q, std::vector<Eigen::MatrixXd>& Sk) const;
+  // The residual's blocks of records within records k0 .. k0 + m - 1.
+  static std::vector<std::vector<int>> ResidualBlocks(const MCEngineData& data, int k0, int m);
+  // One residual block's rows of W over the columns it reaches (index).
+  void ResidualBlockDesign(const MCEngineData& data, const std::vector<int>& rows, int q, std::vector<int>& index,
+                           Eigen::MatrixXd& Wr) const;
+  // N = W'V^-1 W from Q, and K = G (I + Z'R^-1 Z G)^-1 Z'R^-1 W.
+  void RemoveRandomEffects(const Group& group, const Eigen::MatrixXd& Q, Eigen::MatrixXd& N, Eigen::MatrixXd& K) const;
+  // C, beta, and Z'V^-1 r = Z'V^-1 (y - X beta) of every group.
+  bool SolveFixed(const Eigen::MatrixXd& XVX, const Eigen::VectorXd& XVy);
 
   // out = M x over the segment's columns of M, x read from offset on.
   static void MultiplyRestricted(const Eigen::MatrixXd& M, const Segment& segment, const Eigen::VectorXd& x,
