@@ -5,11 +5,11 @@
 #include <vector>
 
 #include "app/AppCommandReader.h"
+#include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/io/DataFileError.h"
 #include "host/io/DataFileLoader.h"
-#include "run/MixExports.h"
 
 namespace {
 

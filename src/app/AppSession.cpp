@@ -15,6 +15,7 @@
 #include "app/AppMixedParser.h"
 #include "app/AppModelViewer.h"
 #include "app/AppProcedureHook.h"
+#include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/data/ZORV_StopFlag.h"
@@ -27,7 +28,6 @@
 #include "host/render/OmHtmlRenderer.h"
 #include "host/render/OmJsonRenderer.h"
 #include "host/render/OmTextRenderer.h"
-#include "run/MixExports.h"
 
 namespace {
 

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/MIXAssert.h"
+#include "base/MixExports.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/data/ZORV_Session.h"
 #include "host/data/ZORV_Variable.h"
@@ -21,9 +23,7 @@
 #include "numeric/glmm/GLMMOutputStats.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "params/MIXParameterMap.h"
-#include "run/MIXAssert.h"
 #include "run/MIXFactory.h"
-#include "run/MixExports.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/MIXAssert.h"
 #include "host/output/BpAnnotation.h"
 #include "host/output/BpCategory.h"
 #include "host/output/BpComposite.h"
@@ -28,7 +29,6 @@
 #include "output/MIXComOutputData.h"
 #include "params/MIXParameterAggregator.h"
 #include "params/MIXParameterMap.h"
-#include "run/MIXAssert.h"
 #include "run/MIXFactory.h"
 #include "specs/MIXValidSpecs.h"
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <map>
 
+#include "base/MIXAssert.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAVarValidSpecs.h"
 #include "host/data/ObsVecMap.h"
@@ -21,7 +22,6 @@
 #include "numeric/math/MCModelEffect.h"
 #include "numeric/math/MCRegrParameter.h"
 #include "params/MIXLabelGrammar.h"
-#include "run/MIXAssert.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace {

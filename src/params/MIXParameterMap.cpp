@@ -2,13 +2,13 @@
 
 #include <cstddef>
 
+#include "base/MIXAssert.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
 #include "numeric/math/MCModelEffect.h"
 #include "numeric/math/MCRegrParameter.h"
 #include "params/MIXLabelGrammar.h"
-#include "run/MIXAssert.h"
 #include "specs/MIXValidSpecs.h"
 
 MIXParameterMap::MIXParameterMap(const MIXValidSpecs* pSpecs, ProcedureDataSource& dataSource,

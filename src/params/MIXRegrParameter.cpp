@@ -2,13 +2,13 @@
 
 #include <cstddef>
 
+#include "base/MIXAssert.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "numeric/display/MCDisplay.h"
 #include "numeric/glmm/GLMMRandomSpec.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/math/MCModelEffect.h"
 #include "numeric/math/MCRegrParameter.h"
-#include "run/MIXAssert.h"
 
 namespace {
 

@@ -6,6 +6,8 @@
 #include <memory>
 #include <sstream>
 
+#include "base/MIXAssert.h"
+#include "base/MixExports.h"
 #include "host/adapter/ACADataFileIter.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAIterState.h"
@@ -33,8 +35,6 @@
 #include "numeric/xml/MCApplicInfo4XML.h"
 #include "numeric/xml/MCVarList.h"
 #include "params/MIXParameterAggregator.h"
-#include "run/MIXAssert.h"
-#include "run/MixExports.h"
 #include "specs/MIXValidSpecs.h"
 
 using MCCommon_850::MCStatus;

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "base/MixExports.h"
 #include "host/adapter/ACAInpAdaptMsg.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/data/ProcedureDataSource.h"
@@ -10,7 +11,6 @@
 #include "output/MIXOutput.h"
 #include "run/MIXFactory.h"
 #include "run/MIXRunTrace.h"
-#include "run/MixExports.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace {

@@ -8,6 +8,8 @@
 #include <ostream>
 #include <sstream>
 
+#include "base/MIXAssert.h"
+#include "base/MixExports.h"
 #include "host/adapter/ACACommonDisplay.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAStopProcessor.h"
@@ -29,8 +31,6 @@
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/gzl/GZLComponentDisplay.h"
 #include "numeric/xml/MCVarList.h"
-#include "run/MIXAssert.h"
-#include "run/MixExports.h"
 
 using MCGLMM_850::CustomTest;
 using MCGLMM_850::GLMMRandomSpec;

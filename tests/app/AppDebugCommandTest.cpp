@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "app/AppSession.h"
-#include "run/MixExports.h"
+#include "base/MixExports.h"
 
 namespace {
 

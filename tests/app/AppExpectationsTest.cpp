@@ -30,8 +30,8 @@
 #include "app/AppProcedureHook.h"
 #include "AppReportFile.h"
 #include "app/AppSession.h"
+#include "base/MixExports.h"
 #include "run/MixDriver.h"
-#include "run/MixExports.h"
 
 namespace fs = std::filesystem;
 using apptest::ReadJson;

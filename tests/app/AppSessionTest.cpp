@@ -9,13 +9,13 @@
 
 #include "AppTestSupport.h"
 #include "app/AppProcedureHook.h"
+#include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/data/ZORV_StopFlag.h"
 #include "host/output/BpError.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
-#include "run/MixExports.h"
 
 using namespace apptest;
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/data/ZORV_Variable.h"
@@ -16,7 +17,6 @@
 #include "host/output/OmDocument.h"
 #include "host/parser/ParserMemory.h"
 #include "params/MIXParameterMap.h"
-#include "run/MixExports.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace {

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <functional>
 
+#include "base/MixExports.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/data/ZORV_Session.h"
 #include "host/data/ZORV_Variable.h"
 #include "host/io/DataFileLoader.h"
 #include "run/MixDriver.h"
-#include "run/MixExports.h"
 
 namespace output_test {
 

@@ -4,12 +4,12 @@
 #include <algorithm>
 
 #include "ParamsTestSupport.h"
+#include "base/MixExports.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpHeading.h"
 #include "host/output/BpPivotTable.h"
 #include "host/output/BpString.h"
 #include "params/MIXParameterAggregator.h"
-#include "run/MixExports.h"
 
 using namespace params_test;
 namespace MCConst = MCMath_850::MCConst;

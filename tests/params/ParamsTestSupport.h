@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/AssertText.h"
 #include "host/adapter/ACADataFileIter.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAProcDataSourceIter.h"
@@ -35,15 +36,7 @@ using MCGLMM_850::GLMMSettings;
 using MCMath_850::MCModelEffect;
 using MCMath_850::MCRegrParameter;
 
-// The pattern a death test expects of a failed check with that literal text.
-inline std::string AssertText(const std::string& text) {
-  std::string pattern = "assertion failed: ";
-  for (char c : text) {
-    if (std::string("\\()[]{}.*+?^$|").find(c) != std::string::npos) pattern += '\\';
-    pattern += c;
-  }
-  return pattern;
-}
+using base_test::AssertText;
 
 // An algorithm that does not fit: it hands out the parameters it is given,
 // as a fit would.

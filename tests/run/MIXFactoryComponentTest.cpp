@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "RunTestSupport.h"
+#include "base/MixExports.h"
 #include "host/files/BEPesRepos.h"
 #include "host/strings/FacSTDictionary.h"
 #include "numeric/common/MCStatus.h"
@@ -16,7 +17,6 @@
 #include "numeric/xml/MCVarList.h"
 #include "params/MIXParameterAggregator.h"
 #include "run/MIXFactory.h"
-#include "run/MixExports.h"
 
 namespace run_test {
 namespace {

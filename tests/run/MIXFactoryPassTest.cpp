@@ -6,6 +6,7 @@
 
 #include "AllocationCounter.h"
 #include "RunTestSupport.h"
+#include "base/MixExports.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAProcDataSourceIter.h"
 #include "host/data/ZORV_PMMLPooling.h"
@@ -13,7 +14,6 @@
 #include "numeric/glmm/GLMMAlgorithm.h"
 #include "params/MIXParameterAggregator.h"
 #include "run/MIXFactory.h"
-#include "run/MixExports.h"
 
 namespace run_test {
 namespace {

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "RunTestSupport.h"
+#include "base/MixExports.h"
 #include "host/output/BpProcedure.h"
 #include "run/MIXRunTrace.h"
 #include "run/MixDriver.h"
-#include "run/MixExports.h"
 
 namespace run_test {
 namespace {

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "app/AppMixedLayout.h"
+#include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Format.h"
 #include "host/data/ZORV_Session.h"
@@ -21,7 +22,6 @@
 #include "host/output/OmDocument.h"
 #include "host/parser/ParserMemory.h"
 #include "run/MIXRunTrace.h"
-#include "run/MixExports.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace run_test {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <memory>
 
-#include "AssertText.h"
+#include "base/AssertText.h"
 #include "SpecsFixture.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAStopProcessor.h"

@@ -5,11 +5,12 @@
 
 #include <limits>
 
-#include "AssertText.h"
 #include "SpecsTestData.h"
+#include "base/AssertText.h"
 #include "host/data/ZORV_Dataset.h"
 
 using namespace specs_test;
+using base_test::AssertText;
 using MCMath_850::MCEmmeansSpec;
 using MCMath_850::MCModelEffect;
 using MCGLMM_850::GLMMRandomSpec;

@@ -2,7 +2,7 @@
 // translation to component indices.
 #include <gtest/gtest.h>
 
-#include "AssertText.h"
+#include "base/AssertText.h"
 #include "SpecsFixture.h"
 #include "host/adapter/ACAVarValidSpecs.h"
 

@@ -1,7 +1,7 @@
 // Custom tests and marginal means requests, read from their records.
 #include <gtest/gtest.h>
 
-#include "AssertText.h"
+#include "base/AssertText.h"
 #include "SpecsFixture.h"
 #include "numeric/common/MCMV.h"
 

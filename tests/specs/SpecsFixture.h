@@ -7,15 +7,18 @@
 #include <vector>
 
 #include "SpecsTestData.h"
+#include "base/AssertText.h"
+#include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
 #include "host/parser/ParserMemory.h"
-#include "run/MixExports.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace specs_test {
+
+using base_test::AssertText;
 
 // A test file, the parser's memory of a command on it (by default a model
 // of y with an intercept only), an output procedure that collects the

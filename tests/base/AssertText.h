@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace specs_test {
+namespace base_test {
 
 // The pattern a death test expects of a failed check with that literal
 // text: the text with every character a regular expression gives a meaning
@@ -16,4 +16,4 @@ inline std::string AssertText(const std::string& text) {
   return pattern;
 }
 
-}  // namespace specs_test
+}  // namespace base_test

@@ -1,10 +1,10 @@
-#include "run/MIXAssert.h"
+#include "base/MIXAssert.h"
 
 #include <gtest/gtest.h>
 
-#include "AssertText.h"
+#include "base/AssertText.h"
 
-using specs_test::AssertText;
+using base_test::AssertText;
 
 TEST(MIXAssert, PassingCheckDoesNothing) {
   int evaluated = 0;

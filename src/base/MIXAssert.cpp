@@ -1,4 +1,4 @@
-#include "run/MIXAssert.h"
+#include "base/MIXAssert.h"
 
 #include <cstdio>
 #include <cstdlib>

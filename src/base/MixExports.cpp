@@ -1,4 +1,4 @@
-#include "run/MixExports.h"
+#include "base/MixExports.h"
 
 extern "C" {
 bool display_settings = false;
