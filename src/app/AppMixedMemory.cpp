@@ -3,13 +3,26 @@
 #include <algorithm>
 
 #include "app/AppMixedCommand.h"
-#include "app/AppMixedLayout.h"
+#include "base/MIXCommandLayout.h"
 #include "host/data/ZORV_DataSource.h"
 #include "host/parser/ParserMemory.h"
 
 namespace {
 
-typedef AppMixedLayout L;
+namespace L = MIXCommandLayout;
+
+// A slot written as the kind it holds: a double only into a REAL slot.
+void Put(ParserMemory& memory, L::Slot<L::REAL> slot, double value) { memory.SetNumericReal(slot, value); }
+
+template <L::Kind K>
+void Put(ParserMemory& memory, L::Slot<K> slot, INTEGER value) {
+  static_assert(K != L::REAL, "a REAL slot holds a double");
+  memory.SetNumericInteger(slot, value);
+}
+
+void Put(ParserMemory& memory, L::Text field, const std::string& text) {
+  memory.SetCharacterText(field.fOffset, field.fBytes, text);
+}
 
 // The reserved first word, for lists whose rows have no words.
 const INTEGER kReserved = 1;
@@ -42,20 +55,20 @@ INTEGER WriteContrast(const AppMixedCommand::ContrastData& test, ParserMemory& m
   INTEGER labelAt = memory.AddText(test.fLabel);
   INTEGER kAt = memory.AddReals(test.fvK);
 
-  std::vector<double> record(8, 0.0);
-  record[0] = test.fbAllValues ? 1.0 : 0.0;
-  record[1] = static_cast<double>(test.fvRows.size());
+  std::vector<double> record(L::CONTRAST_WORDS, 0.0);
+  record[L::CONTRAST_ALL_VALUES] = test.fbAllValues ? 1.0 : 0.0;
+  record[L::CONTRAST_N_ROWS] = static_cast<double>(test.fvRows.size());
   if (test.fbAllValues) {
-    record[2] = test.fvFixedCounts.empty() ? 0.0 : test.fvFixedCounts[0];
-    record[3] = test.fvRandomCounts.empty() ? 0.0 : test.fvRandomCounts[0];
+    record[L::CONTRAST_FIXED] = test.fvFixedCounts.empty() ? 0.0 : test.fvFixedCounts[0];
+    record[L::CONTRAST_RANDOM] = test.fvRandomCounts.empty() ? 0.0 : test.fvRandomCounts[0];
   } else {
-    record[2] = static_cast<double>(fixedCounts);
-    record[3] = static_cast<double>(randomCounts);
+    record[L::CONTRAST_FIXED] = static_cast<double>(fixedCounts);
+    record[L::CONTRAST_RANDOM] = static_cast<double>(randomCounts);
   }
-  record[4] = static_cast<double>(valuesAt);
-  record[5] = static_cast<double>(test.fLabel.size());
-  record[6] = static_cast<double>(labelAt);
-  record[7] = static_cast<double>(kAt);
+  record[L::CONTRAST_VALUES] = static_cast<double>(valuesAt);
+  record[L::CONTRAST_LABEL_LENGTH] = static_cast<double>(test.fLabel.size());
+  record[L::CONTRAST_LABEL] = static_cast<double>(labelAt);
+  record[L::CONTRAST_K] = static_cast<double>(kAt);
   return memory.AddReals(record);
 }
 
@@ -71,10 +84,12 @@ INTEGER WriteMeans(const AppMixedCommand::MeansData& means, const AppMixedComman
   }
   std::vector<double> block;
   for (std::size_t c = 0; c < means.fvbHeld.size(); ++c) {
-    block.push_back(means.fvbHeld[c] ? -1.0 : 0.0);
-    block.push_back(means.fvbHeld[c] ? means.fvHeldValue[c] : 0.0);
-    block.push_back(means.fvbHeld[c] ? static_cast<double>(means.fvHeldText[c].size()) : 0.0);
-    block.push_back(static_cast<double>(textAt[c]));
+    double words[L::COVARIATE_WORDS] = {};
+    words[L::COVARIATE_HELD] = means.fvbHeld[c] ? -1.0 : 0.0;
+    words[L::COVARIATE_VALUE] = means.fvbHeld[c] ? means.fvHeldValue[c] : 0.0;
+    words[L::COVARIATE_TEXT_LENGTH] = means.fvbHeld[c] ? static_cast<double>(means.fvHeldText[c].size()) : 0.0;
+    words[L::COVARIATE_TEXT] = static_cast<double>(textAt[c]);
+    block.insert(block.end(), words, words + L::COVARIATE_WORDS);
   }
   INTEGER blockAt = memory.AddReals(block);
 
@@ -91,17 +106,17 @@ INTEGER WriteMeans(const AppMixedCommand::MeansData& means, const AppMixedComman
     referenceAt = memory.AddText(means.fReferenceText, std::max<std::size_t>(width, 8));
   }
 
-  std::vector<double> record(9, 0.0);
-  record[1] = static_cast<double>(means.fvFactors.size());
-  record[2] = static_cast<double>(factorsAt);
-  record[3] = static_cast<double>(means.fCompare);
-  record[4] = static_cast<double>(blockAt);
-  record[5] = static_cast<double>(means.fAdjust);
-  record[6] = static_cast<double>(means.fReference);
-  if (means.fReference == AppMixedCommand::REFERENCE_NUMBER) record[7] = means.fReferenceNumber;
+  std::vector<double> record(L::MEANS_WORDS, 0.0);
+  record[L::MEANS_N_FACTORS] = static_cast<double>(means.fvFactors.size());
+  record[L::MEANS_FACTORS] = static_cast<double>(factorsAt);
+  record[L::MEANS_COMPARE] = static_cast<double>(means.fCompare);
+  record[L::MEANS_COVARIATES] = static_cast<double>(blockAt);
+  record[L::MEANS_ADJUST] = static_cast<double>(means.fAdjust);
+  record[L::MEANS_REFERENCE_KIND] = static_cast<double>(means.fReference);
+  if (means.fReference == AppMixedCommand::REFERENCE_NUMBER) record[L::MEANS_REFERENCE] = means.fReferenceNumber;
   if (means.fReference == AppMixedCommand::REFERENCE_TEXT) {
-    record[7] = static_cast<double>(means.fReferenceText.size());
-    record[8] = static_cast<double>(referenceAt);
+    record[L::MEANS_REFERENCE] = static_cast<double>(means.fReferenceText.size());
+    record[L::MEANS_REFERENCE_TEXT] = static_cast<double>(referenceAt);
   }
   return memory.AddReals(record);
 }
@@ -113,42 +128,42 @@ void AppMixedMemory::Write(const AppMixedCommand& command, const ZORV_DataSource
   memory.AddInteger(0);
 
   // Settings.
-  memory.SetNumericReal(L::CONFIDENCE, command.fConfidence);
-  memory.SetNumericReal(L::HESSIAN_CRITERION, command.fHessianConvergence);
-  memory.SetNumericReal(L::LOGLIKELIHOOD_CRITERION, command.fLogLikelihoodConvergence);
-  memory.SetNumericReal(L::PARAMETER_CRITERION, command.fParameterConvergence);
-  memory.SetNumericReal(L::SINGULAR, command.fSingular);
-  memory.SetNumericInteger(L::TARGET, command.fTarget + 1);
-  memory.SetNumericInteger(L::CRITERIA_FORMAT, command.fCriteriaFormat.Packed());
-  memory.SetNumericInteger(L::ESTIMATES_FORMAT, command.fEstimatesFormat.Packed());
-  memory.SetNumericInteger(L::HESSIAN_KIND, command.fHessianKind);
-  memory.SetNumericInteger(L::HISTORY_STEP, command.fHistoryStep);
-  memory.SetNumericInteger(L::SCORING, command.fScoring);
-  memory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, command.fLogLikelihoodKind);
-  memory.SetNumericInteger(L::METHOD, command.fbReml ? 2 : 1);
-  memory.SetNumericInteger(L::ITERATIONS, command.fIterations);
-  memory.SetNumericInteger(L::HALVING, command.fHalving);
-  memory.SetNumericInteger(L::PARAMETER_KIND, command.fParameterKind);
-  memory.SetNumericInteger(L::TEST_TYPE, command.fTestType);
-  memory.SetNumericInteger(L::INTERCEPT, command.fbIntercept ? 1 : 0);
-  memory.SetNumericInteger(L::INCLUDE_USER_MISSING, command.fbIncludeUserMissing ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_CASES, command.fbShowCases ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_ESTIMATE_CORRELATIONS, command.fbShowEstimateCorrelations ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_ESTIMATE_COVARIANCES, command.fbShowEstimateCovariances ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_COVARIANCE_TESTS, command.fbShowCovarianceTests ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_VARIABLES, command.fbShowVariables ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_G, command.fbShowG ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_HISTORY, command.fbShowHistory ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_L, command.fbShowL ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_R, command.fbShowR ? 1 : 0);
-  memory.SetNumericInteger(L::SHOW_ESTIMATES, command.fbShowEstimates ? 1 : 0);
-  memory.SetNumericInteger(L::SCALE_WEIGHT, command.fScaleWeight >= 0 ? command.fScaleWeight + 1 : 0);
+  Put(memory, L::CONFIDENCE, command.fConfidence);
+  Put(memory, L::HESSIAN_CRITERION, command.fHessianConvergence);
+  Put(memory, L::LOGLIKELIHOOD_CRITERION, command.fLogLikelihoodConvergence);
+  Put(memory, L::PARAMETER_CRITERION, command.fParameterConvergence);
+  Put(memory, L::SINGULAR, command.fSingular);
+  Put(memory, L::TARGET, command.fTarget + 1);
+  Put(memory, L::CRITERIA_FORMAT, command.fCriteriaFormat.Packed());
+  Put(memory, L::ESTIMATES_FORMAT, command.fEstimatesFormat.Packed());
+  Put(memory, L::HESSIAN_KIND, command.fHessianKind);
+  Put(memory, L::HISTORY_STEP, command.fHistoryStep);
+  Put(memory, L::SCORING, command.fScoring);
+  Put(memory, L::LOGLIKELIHOOD_KIND, command.fLogLikelihoodKind);
+  Put(memory, L::METHOD, command.fbReml ? 2 : 1);
+  Put(memory, L::ITERATIONS, command.fIterations);
+  Put(memory, L::HALVING, command.fHalving);
+  Put(memory, L::PARAMETER_KIND, command.fParameterKind);
+  Put(memory, L::TEST_TYPE, command.fTestType);
+  Put(memory, L::INTERCEPT, command.fbIntercept ? 1 : 0);
+  Put(memory, L::INCLUDE_USER_MISSING, command.fbIncludeUserMissing ? 1 : 0);
+  Put(memory, L::SHOW_CASES, command.fbShowCases ? 1 : 0);
+  Put(memory, L::SHOW_ESTIMATE_CORRELATIONS, command.fbShowEstimateCorrelations ? 1 : 0);
+  Put(memory, L::SHOW_ESTIMATE_COVARIANCES, command.fbShowEstimateCovariances ? 1 : 0);
+  Put(memory, L::SHOW_COVARIANCE_TESTS, command.fbShowCovarianceTests ? 1 : 0);
+  Put(memory, L::SHOW_VARIABLES, command.fbShowVariables ? 1 : 0);
+  Put(memory, L::SHOW_G, command.fbShowG ? 1 : 0);
+  Put(memory, L::SHOW_HISTORY, command.fbShowHistory ? 1 : 0);
+  Put(memory, L::SHOW_L, command.fbShowL ? 1 : 0);
+  Put(memory, L::SHOW_R, command.fbShowR ? 1 : 0);
+  Put(memory, L::SHOW_ESTIMATES, command.fbShowEstimates ? 1 : 0);
+  Put(memory, L::SCALE_WEIGHT, command.fScaleWeight >= 0 ? command.fScaleWeight + 1 : 0);
 
   // Predictors.
-  memory.SetNumericInteger(L::N_FACTORS, static_cast<INTEGER>(command.fvFactors.size()));
-  memory.SetNumericInteger(L::FACTORS, memory.AddIntegers(Positions(command.fvFactors)));
-  memory.SetNumericInteger(L::N_COVARIATES, static_cast<INTEGER>(command.fvCovariates.size()));
-  memory.SetNumericInteger(L::COVARIATES, memory.AddIntegers(Positions(command.fvCovariates)));
+  Put(memory, L::N_FACTORS, static_cast<INTEGER>(command.fvFactors.size()));
+  Put(memory, L::FACTORS, memory.AddIntegers(Positions(command.fvFactors)));
+  Put(memory, L::N_COVARIATES, static_cast<INTEGER>(command.fvCovariates.size()));
+  Put(memory, L::COVARIATES, memory.AddIntegers(Positions(command.fvCovariates)));
 
   // Fixed terms, the intercept's row first when the model has one.
   AppMixedCommand::TermData intercept;
@@ -156,8 +171,8 @@ void AppMixedMemory::Write(const AppMixedCommand& command, const ZORV_DataSource
   std::vector<const AppMixedCommand::TermData*> fixed;
   if (command.fbIntercept) fixed.push_back(&intercept);
   for (const AppMixedCommand::TermData& term : command.fvFixedTerms) fixed.push_back(&term);
-  memory.SetNumericInteger(L::N_FIXED_TERMS, static_cast<INTEGER>(fixed.size()));
-  memory.SetNumericInteger(L::FIXED_TERMS, Rows(memory, fixed));
+  Put(memory, L::N_FIXED_TERMS, static_cast<INTEGER>(fixed.size()));
+  Put(memory, L::FIXED_TERMS, Rows(memory, fixed));
 
   // Random blocks. Term counts and the prediction flag are kept per block;
   // covariance codes and subjects at the place of each block's first term
@@ -179,47 +194,47 @@ void AppMixedMemory::Write(const AppMixedCommand& command, const ZORV_DataSource
       if (std::find(allSubjects.begin(), allSubjects.end(), subject) == allSubjects.end()) allSubjects.push_back(subject);
     }
   }
-  memory.SetNumericInteger(L::N_RANDOM_BLOCKS, static_cast<INTEGER>(command.fvRandomBlocks.size()));
-  memory.SetNumericInteger(L::N_RANDOM_TERMS, static_cast<INTEGER>(random.size()));
-  memory.SetNumericInteger(L::RANDOM_TERMS, Rows(memory, random));
-  memory.SetNumericInteger(L::BLOCK_TERM_COUNTS, memory.AddIntegers(termCounts));
-  memory.SetNumericInteger(L::BLOCK_PREDICT, memory.AddIntegers(predict));
-  memory.SetNumericInteger(L::BLOCK_COVARIANCES, memory.AddIntegers(covariances));
-  memory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, memory.AddIntegers(subjectCounts));
-  memory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, memory.AddIntegers(subjectLists));
-  memory.SetNumericInteger(L::N_RANDOM_SUBJECTS, static_cast<INTEGER>(allSubjects.size()));
-  memory.SetNumericInteger(L::RANDOM_SUBJECTS, memory.AddIntegers(Positions(allSubjects)));
+  Put(memory, L::N_RANDOM_BLOCKS, static_cast<INTEGER>(command.fvRandomBlocks.size()));
+  Put(memory, L::N_RANDOM_TERMS, static_cast<INTEGER>(random.size()));
+  Put(memory, L::RANDOM_TERMS, Rows(memory, random));
+  Put(memory, L::BLOCK_TERM_COUNTS, memory.AddIntegers(termCounts));
+  Put(memory, L::BLOCK_PREDICT, memory.AddIntegers(predict));
+  Put(memory, L::BLOCK_COVARIANCES, memory.AddIntegers(covariances));
+  Put(memory, L::BLOCK_SUBJECT_COUNTS, memory.AddIntegers(subjectCounts));
+  Put(memory, L::BLOCK_SUBJECT_LISTS, memory.AddIntegers(subjectLists));
+  Put(memory, L::N_RANDOM_SUBJECTS, static_cast<INTEGER>(allSubjects.size()));
+  Put(memory, L::RANDOM_SUBJECTS, memory.AddIntegers(Positions(allSubjects)));
 
   // The residual block.
-  memory.SetNumericInteger(L::N_REPEATED, static_cast<INTEGER>(command.fvRepeated.size()));
-  memory.SetNumericInteger(L::REPEATED, memory.AddIntegers(Positions(command.fvRepeated)));
-  memory.SetNumericInteger(L::N_REPEATED_SUBJECTS, static_cast<INTEGER>(command.fvRepeatedSubjects.size()));
-  memory.SetNumericInteger(L::REPEATED_SUBJECTS, memory.AddIntegers(Positions(command.fvRepeatedSubjects)));
-  memory.SetNumericInteger(L::N_COORDINATES, static_cast<INTEGER>(command.fvCoordinates.size()));
-  memory.SetNumericInteger(L::COORDINATES, memory.AddIntegers(Positions(command.fvCoordinates)));
-  memory.SetNumericInteger(L::REPEATED_COVARIANCE, command.fRepeatedCovariance);
+  Put(memory, L::N_REPEATED, static_cast<INTEGER>(command.fvRepeated.size()));
+  Put(memory, L::REPEATED, memory.AddIntegers(Positions(command.fvRepeated)));
+  Put(memory, L::N_REPEATED_SUBJECTS, static_cast<INTEGER>(command.fvRepeatedSubjects.size()));
+  Put(memory, L::REPEATED_SUBJECTS, memory.AddIntegers(Positions(command.fvRepeatedSubjects)));
+  Put(memory, L::N_COORDINATES, static_cast<INTEGER>(command.fvCoordinates.size()));
+  Put(memory, L::COORDINATES, memory.AddIntegers(Positions(command.fvCoordinates)));
+  Put(memory, L::REPEATED_COVARIANCE, command.fRepeatedCovariance);
 
   // Saved variables.
-  memory.SetNumericInteger(L::N_SAVES, static_cast<INTEGER>(command.fvSaves.size()));
+  Put(memory, L::N_SAVES, static_cast<INTEGER>(command.fvSaves.size()));
   for (std::size_t i = 0; i < command.fvSaves.size() && i < L::SAVE_SLOTS; ++i) {
-    const int slot = static_cast<int>(i) * 8;
-    memory.SetNumericInteger(L::SAVE_KINDS + slot, command.fvSaves[i].fKind + 1);
-    memory.SetNumericInteger(L::SAVE_NAMES + slot, memory.AddText(command.fvSaves[i].fName, L::SAVE_NAME_BYTES));
+    const int slot = static_cast<int>(i);
+    Put(memory, L::SAVE_KINDS.At(slot), command.fvSaves[i].fKind + 1);
+    Put(memory, L::SAVE_NAMES.At(slot), memory.AddText(command.fvSaves[i].fName, L::SAVE_NAME_BYTES));
   }
 
   // Custom tests and marginal means, as lists of records.
   std::vector<INTEGER> records;
   for (const AppMixedCommand::ContrastData& test : command.fvContrasts) records.push_back(WriteContrast(test, memory));
-  memory.SetNumericInteger(L::N_CONTRASTS, static_cast<INTEGER>(records.size()));
-  memory.SetNumericInteger(L::CONTRAST_LIST, memory.AddList(records));
+  Put(memory, L::N_CONTRASTS, static_cast<INTEGER>(records.size()));
+  Put(memory, L::CONTRAST_LIST, memory.AddList(records));
   records.clear();
   for (const AppMixedCommand::MeansData& means : command.fvMeans) records.push_back(WriteMeans(means, command, data, memory));
-  memory.SetNumericInteger(L::N_MEANS, static_cast<INTEGER>(records.size()));
-  memory.SetNumericInteger(L::MEANS_LIST, memory.AddList(records));
+  Put(memory, L::N_MEANS, static_cast<INTEGER>(records.size()));
+  Put(memory, L::MEANS_LIST, memory.AddList(records));
 
   // Documents.
-  memory.SetNumericInteger(L::FILE_KIND, command.fFileKind);
-  memory.SetCharacterText(L::MODEL_FILE, L::FILE_LENGTH, command.fModelFile);
-  memory.SetCharacterText(L::STATJSON_FILE, L::FILE_LENGTH, command.fStatJsonFile);
-  memory.SetCharacterText(L::STATXML_FILE, L::FILE_LENGTH, command.fStatXmlFile);
+  Put(memory, L::FILE_KIND, command.fFileKind);
+  Put(memory, L::MODEL_FILE, command.fModelFile);
+  Put(memory, L::STATJSON_FILE, command.fStatJsonFile);
+  Put(memory, L::STATXML_FILE, command.fStatXmlFile);
 }

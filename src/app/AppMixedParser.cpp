@@ -6,11 +6,15 @@
 
 #include "app/AppCommandReader.h"
 #include "app/AppHostCommands.h"
+#include "base/MIXCommandLayout.h"
 #include "host/data/ZORV_Dataset.h"
 
 namespace {
 
 const long kMaxInt = 2147483647L;
+// The longest file name and the longest name of a saved variable, in bytes.
+const std::size_t kMaxFileName = MIXCommandLayout::FILE_NAME_BYTES;
+const std::size_t kMaxSaveName = MIXCommandLayout::SAVE_NAME_BYTES;
 
 const char* const kSubcommands[] = {"FIXED",   "RANDOM",   "RESIDUAL", "ESTIMATION", "MISSING",
                                     "TESTS",   "DISPLAY",  "FORMAT",   "CONTRAST",   "MEANS",
@@ -186,7 +190,7 @@ std::string AppMixedParser::ReadFileName(AppCommandReader& reader) {
   if (name.find_first_not_of(" \t") == std::string::npos) reader.Fail(token, "a file name in quotes");
   std::string resolved = AppHostCommands::ResolvePath(fBaseDir, name);
   if (resolved.size() > kMaxFileName) {
-    reader.FailAt(token, "expected a file name of at most 255 bytes, found one of " +
+    reader.FailAt(token, "expected a file name of at most " + std::to_string(kMaxFileName) + " bytes, found one of " +
                              std::to_string(resolved.size()) + " bytes (" + resolved + ")");
   }
   return resolved;
@@ -230,7 +234,7 @@ AppMixedCommand AppMixedParser::Parse(AppCommandReader& reader) {
     if (name->size() > kMaxFileName) {
       reader.FailAt(reader.GetCommand().fvTokens.front(),
                     "the output folder's name is too long for the documents of the command: " + *name +
-                        " has more than 255 bytes");
+                        " has more than " + std::to_string(kMaxFileName) + " bytes");
     }
   }
   return fCommand;
@@ -1006,7 +1010,8 @@ void AppMixedParser::ParseSave(AppCommandReader& reader) {
       const AppToken& n = reader.Peek();
       save.fName = reader.ExpectWord("a name for the new variable").fText;
       if (save.fName.size() > kMaxSaveName) {
-        reader.FailAt(n, "expected a name of at most 64 bytes, found one of " + std::to_string(save.fName.size()));
+        reader.FailAt(n, "expected a name of at most " + std::to_string(kMaxSaveName) + " bytes, found one of " +
+                             std::to_string(save.fName.size()));
       }
       if (fData.FindVarIndex(save.fName.c_str(), 0) >= 0) {
         reader.FailAt(n, "expected a new variable name, found '" + save.fName + "', which the data have already");

@@ -30,11 +30,6 @@ class AppMixedParser {
   // Reads the whole command; throws AppCommandError at the first mistake.
   AppMixedCommand Parse(AppCommandReader& reader);
 
-  // The longest file name the procedure takes, in bytes.
-  enum { kMaxFileName = 255 };
-  // The longest name of a saved variable, in bytes.
-  enum { kMaxSaveName = 64 };
-
  private:
   struct Subcommand {
     std::string fName;        // upper case

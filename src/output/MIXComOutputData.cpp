@@ -68,13 +68,14 @@ std::intptr_t MIXComOutputData::GetCmnMixMap() { return CmnMix; }
 
 std::intptr_t MIXComOutputData::GetCmaMixMap() { return CmaMix; }
 
-ZORV_Format MIXComOutputData::GetTableFormat(long byteOffset) {
+ZORV_Format MIXComOutputData::GetTableFormat(MIXCommandLayout::Slot<MIXCommandLayout::FORMAT> slot) {
   std::int64_t word = 0;
-  if (CmnMix != 0) std::memcpy(&word, reinterpret_cast<const char*>(CmnMix) + byteOffset, sizeof word);
-  const std::uint32_t packed = static_cast<std::uint32_t>(static_cast<std::uint64_t>(word) & 0xffffffffu);
-  int decimals = static_cast<int>(packed & 0xff);
-  int width = static_cast<int>((packed >> 8) & 0xff);
-  const int type = static_cast<int>((packed >> 16) & 0xff);
+  if (CmnMix != 0) std::memcpy(&word, reinterpret_cast<const char*>(CmnMix) + slot.fOffset, sizeof word);
+  const ZORV_Format packed =
+      ZORV_Format::FromPacked(static_cast<std::uint32_t>(static_cast<std::uint64_t>(word) & 0xffffffffu));
+  int decimals = packed.fDecimals;
+  int width = packed.fWidth;
+  const int type = packed.fType;
   if (width > kMaxFormatWidth && type != ZORV_Format::A && type != ZORV_Format::AHEX) width = kMaxFormatWidth;
   if (type == ZORV_Format::A) {
     width = (decimals << 8) + width;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/MIXCommandLayout.h"
 #include "host/data/OBS.h"
 #include "host/data/ZORV_Format.h"
 
@@ -44,11 +45,11 @@ class MIXComOutputData {
   static std::intptr_t GetCmnMixMap();
   static std::intptr_t GetCmaMixMap();
 
-  // The number format kept in the word at `byteOffset` of the numeric
-  // block: 128 for the information criteria, 136 for the estimates and the
-  // covariance matrix. Widths above 40 become 40, except for string types;
-  // a type 1 format carries its decimals in the width's high byte.
-  static ZORV_Format GetTableFormat(long byteOffset);
+  // The number format of a format slot of the numeric block: the
+  // information criteria's, or the estimates' and covariance matrix's.
+  // Widths above 40 become 40, except for string types; a type 1 format
+  // carries its decimals in the width's high byte.
+  static ZORV_Format GetTableFormat(MIXCommandLayout::Slot<MIXCommandLayout::FORMAT> slot);
 
   // Fills the fixed parameter map from the current split's fit.
   void GenerateMaps();

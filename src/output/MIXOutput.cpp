@@ -23,13 +23,6 @@
 #include "run/MIXFactory.h"
 #include "specs/MIXValidSpecs.h"
 
-namespace {
-
-// Byte offset of the information criteria's format word in the numeric block.
-const long kCriteriaFormatOffset = 128;
-
-}  // namespace
-
 MIXOutput::MIXOutput(MIXValidSpecs* pValidSpecs, ProcedureDataSource& dataSource, BpProcedure* pProcedure,
                      MIXFactory* pFactory)
     : fpValidSpecs(pValidSpecs),
@@ -107,7 +100,7 @@ void MIXOutput::DisplayInfoCriteria(const MCGLMM_850::GLMMOutputStats& stats) {
   if (fpComOutputData != nullptr) fpComOutputData->AddTableCaption(table, false);
   table.Caption(BpString("Smaller is better ...", true));
 
-  const BpFormatSpec format(MIXComOutputData::GetTableFormat(kCriteriaFormatOffset));
+  const BpFormatSpec format(MIXComOutputData::GetTableFormat(MIXCommandLayout::CRITERIA_FORMAT));
   BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
   statistics.Position(0, 1, true, false);
 

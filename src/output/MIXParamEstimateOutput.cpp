@@ -34,8 +34,6 @@
 
 namespace {
 
-// Byte offset of the estimates' format word in the numeric block.
-const long kEstimatesFormatOffset = 136;
 // The component's mark of a standard error it could not compute.
 const double kUnsetValue = -1.7976931348623157e308;
 // Build warnings after which an unset standard error is explained.
@@ -155,7 +153,7 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
   const std::vector<MCMath_850::MCRegrParameter>& params = pStats->GetBetaParameters();
   const std::vector<MCMath_850::BetaParamStat>& paramStats = pStats->GetBetaParamStats();
   const double missing = MCCommon_850::MCMV::Missing();
-  const BpFormatSpec estimateFormat(MIXComOutputData::GetTableFormat(kEstimatesFormatOffset));
+  const BpFormatSpec estimateFormat(MIXComOutputData::GetTableFormat(MIXCommandLayout::ESTIMATES_FORMAT));
 
   bool hessianFlag = false;
   for (const MCCommon_850::MCStatus& status : pStats->GetBuildModelWarnings()) {
@@ -255,7 +253,7 @@ void MIXParamEstimateOutput::DisplayMatrix(const MCGLMM_850::GLMMOutputStats* pS
 
   const std::vector<MCMath_850::BetaParamStat>& paramStats = pStats->GetBetaParamStats();
   const double missing = MCCommon_850::MCMV::Missing();
-  const BpFormatSpec estimateFormat(MIXComOutputData::GetTableFormat(kEstimatesFormatOffset));
+  const BpFormatSpec estimateFormat(MIXComOutputData::GetTableFormat(MIXCommandLayout::ESTIMATES_FORMAT));
   auto isRedundant = [&paramStats](int k) {
     return static_cast<std::size_t>(k) < paramStats.size() && paramStats[static_cast<std::size_t>(k)].GetRedundant();
   };

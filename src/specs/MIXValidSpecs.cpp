@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "base/MIXAssert.h"
+#include "base/MIXCommandLayout.h"
 #include "base/MixExports.h"
 #include "host/adapter/ACACommonDisplay.h"
 #include "host/adapter/ACAInputAdapter.h"
@@ -42,75 +43,10 @@ namespace MCConst = MCMath_850::MCConst;
 
 namespace {
 
-// Byte offsets of the parser's numeric block.
-enum NumericBlock : long {
-  kCILevelPct = 0,
-  kHConvCrit = 8,
-  kLConvCrit = 16,
-  kPConvCrit = 64,
-  kTolerance = 80,
-  kTarget = 104,
-  kHConvType = 144,
-  kPrintHistPar = 232,
-  kMaxFisherSteps = 240,
-  kLConvType = 272,
-  kThetaEstType = 312,
-  kMaxIter = 336,
-  kMaxStepHalving = 344,
-  kNCovariates = 360,
-  kNFixedTerms = 368,
-  kNRandomTerms = 376,
-  kNEMMeans = 384,
-  kNFactors = 392,
-  kNRandomBlocks = 480,
-  kNRepeatedSubjects = 504,
-  kNRepeatedVars = 512,
-  kNSpatialVars = 520,
-  kNSavedVars = 528,
-  kNRandomSubjects = 544,
-  kNCustomTests = 552,
-  kPConvType = 584,
-  kCovariates = 600,
-  kFixedTerms = 696,
-  kRandomTerms = 712,
-  kFactors = 720,
-  kBlockEffectCounts = 968,
-  kEMMeansHead = 1032,
-  kCustomTestHead = 1048,
-  kRepeatedSubjects = 1128,
-  kBlockCovarCodes = 1144,
-  kBlockSubjectCounts = 1232,
-  kSpatialVars = 1256,
-  kRepeatedVars = 1264,
-  kBlockSubjectLists = 1296,
-  kBlockEBLUPs = 1336,
-  kRandomSubjects = 1384,
-  kRepeatedCovarCode = 1536,
-  kScaleWeight = 1560,
-  kSaveTypes = 1576,
-  kSaveNames = 1632,
-  kFileKind = 1688,
-  kEffectAnalysis = 1696,
-  kIntercept = 1736,
-  kMissingInclude = 1752,
-  kPrintCPS = 1760,
-  kPrintCORB = 1768,
-  kPrintCOVB = 1776,
-  kPrintTestCov = 1784,
-  kPrintVARIABLEINFO = 1792,
-  kPrintGMatrix = 1800,
-  kPrintHISTORY = 1808,
-  kPrintLMATRIX = 1816,
-  kPrintRMatrix = 1824,
-  kPrintSOLUTION = 1832
-};
+namespace L = MIXCommandLayout;
 
-// Byte offsets of the parser's character block: three file names.
-enum CharacterBlock : long { kFirstFileName = 40, kStatJSONFileName = 295, kStatXMLFileName = 550 };
-const std::size_t kFileNameLength = 255;
-
-const int kMaxSavedVars = 7;
-const std::size_t kSavedNameLength = 64;
+const int kMaxSavedVars = L::SAVE_SLOTS;
+const std::size_t kSavedNameLength = L::SAVE_NAME_BYTES;
 const std::size_t kMessageLength = 256;
 // Host messages that label the saved variables, by SaveTypes.
 const long kSaveLabelMessages[kMaxSavedVars] = {15904, 15903, 15902, 15905, 15906, 15907, 15908};
@@ -323,21 +259,25 @@ void MIXValidSpecs::SetEMMeansSpec(const std::vector<MCEmmeansSpec>& specs, cons
 
 bool MIXValidSpecs::HasCommand() const { return CmnMix != 0 && CommandInteger != nullptr; }
 
-double MIXValidSpecs::CmnReal(long offset) const {
+double MIXValidSpecs::CmnReal(MIXCommandLayout::Slot<MIXCommandLayout::REAL> slot) const {
   double value = 0.0;
-  std::memcpy(&value, reinterpret_cast<const char*>(CmnMix) + offset, sizeof value);
+  std::memcpy(&value, reinterpret_cast<const char*>(CmnMix) + slot.fOffset, sizeof value);
   return value;
 }
 
-INTEGER MIXValidSpecs::CmnWord(long offset) const {
+INTEGER MIXValidSpecs::CmnWordAt(int offset) const {
   INTEGER value = 0;
   std::memcpy(&value, reinterpret_cast<const char*>(CmnMix) + offset, sizeof value);
   return value;
 }
 
-int MIXValidSpecs::CmnInt(long offset) const {
+int MIXValidSpecs::CmnInt(MIXCommandLayout::Slot<MIXCommandLayout::CODE> slot) const {
   // Counts and codes live in the low half of their word.
-  return static_cast<int>(static_cast<std::int32_t>(static_cast<std::uint32_t>(CmnWord(offset) & 0xffffffff)));
+  return static_cast<int>(static_cast<std::int32_t>(static_cast<std::uint32_t>(CmnWordAt(slot) & 0xffffffff)));
+}
+
+bool MIXValidSpecs::CmnFlag(MIXCommandLayout::Slot<MIXCommandLayout::FLAG> slot) const {
+  return (CmnWordAt(slot) & 1) != 0;
 }
 
 INTEGER MIXValidSpecs::WordAt(INTEGER position, long entry) const { return CommandInteger[position - 1 + entry]; }
@@ -352,12 +292,11 @@ void MIXValidSpecs::ReadVarList(int count, INTEGER position, std::vector<int>& l
   for (int i = 0; i < count; ++i) list.push_back(DataSource->VarIndex(static_cast<long>(WordAt(position, i) - 1)));
 }
 
-std::string MIXValidSpecs::ReadBlockName(long offset) const {
+std::string MIXValidSpecs::ReadBlockName(MIXCommandLayout::Text field) const {
   if (CmaMix == 0) return std::string();
-  char buffer[kFileNameLength + 1];
-  std::memcpy(buffer, reinterpret_cast<const char*>(CmaMix) + offset, kFileNameLength);
-  buffer[kFileNameLength] = '\0';
-  return ZORVMBstrtrim_A(buffer);
+  std::vector<char> buffer(static_cast<std::size_t>(field.fBytes) + 1, '\0');
+  std::memcpy(buffer.data(), reinterpret_cast<const char*>(CmaMix) + field.fOffset, buffer.size() - 1);
+  return ZORVMBstrtrim_A(buffer.data());
 }
 
 // ---------------------------------------------------------------------------
@@ -367,54 +306,54 @@ bool MIXValidSpecs::SetMixedSpecs() {
   MIX_ASSERT(CmnMix != 0, "CmnMix != 0");
 
   ZORVWeightIndex = DataSource->GetWeightVarIndex();
-  DependVar = DataSource->VarIndex(static_cast<long>(CmnWord(kTarget) - 1));
+  DependVar = DataSource->VarIndex(static_cast<long>(CmnWord(L::TARGET) - 1));
 
-  const int nFactors = CmnInt(kNFactors);
+  const int nFactors = CmnInt(L::N_FACTORS);
   FactorList.clear();
-  if (nFactors > 0) ReadVarList(nFactors, CmnWord(kFactors), FactorList);
+  if (nFactors > 0) ReadVarList(nFactors, CmnWord(L::FACTORS), FactorList);
   RefinedFactorList = FactorList;
-  const int nCovariates = CmnInt(kNCovariates);
+  const int nCovariates = CmnInt(L::N_COVARIATES);
   CovariateList.clear();
-  if (nCovariates > 0) ReadVarList(nCovariates, CmnWord(kCovariates), CovariateList);
+  if (nCovariates > 0) ReadVarList(nCovariates, CmnWord(L::COVARIATES), CovariateList);
   RefinedCovariateList = CovariateList;
   ModelVarList = FactorList;
   ModelVarList.insert(ModelVarList.end(), CovariateList.begin(), CovariateList.end());
 
-  CILevelPct = CmnReal(kCILevelPct);
-  const int hConvType = CmnInt(kHConvType);
+  CILevelPct = CmnReal(L::CONFIDENCE);
+  const int hConvType = CmnInt(L::HESSIAN_KIND);
   if (hConvType == MCConst::CONV_RELATIVE || hConvType == MCConst::CONV_ABSOLUTE) {
     HConvType = static_cast<MCConst::MCConvType>(hConvType);
   }
-  HConvCrit = CmnReal(kHConvCrit);
-  const int lConvType = CmnInt(kLConvType);
+  HConvCrit = CmnReal(L::HESSIAN_CRITERION);
+  const int lConvType = CmnInt(L::LOGLIKELIHOOD_KIND);
   if (lConvType == MCConst::CONV_RELATIVE || lConvType == MCConst::CONV_ABSOLUTE) {
     LConvType = static_cast<MCConst::MCConvType>(lConvType);
     LConvTypeSetByUser = true;
   }
-  LConvCrit = CmnReal(kLConvCrit);
+  LConvCrit = CmnReal(L::LOGLIKELIHOOD_CRITERION);
   LConvCritSetByUser = true;
-  const int pConvType = CmnInt(kPConvType);
+  const int pConvType = CmnInt(L::PARAMETER_KIND);
   if (pConvType == MCConst::CONV_RELATIVE || pConvType == MCConst::CONV_ABSOLUTE) {
     PConvType = static_cast<MCConst::MCConvType>(pConvType);
   }
-  PConvCrit = CmnReal(kPConvCrit);
-  Tolerance = CmnReal(kTolerance);
-  MaxFisherSteps = CmnInt(kMaxFisherSteps);
+  PConvCrit = CmnReal(L::PARAMETER_CRITERION);
+  Tolerance = CmnReal(L::SINGULAR);
+  MaxFisherSteps = CmnInt(L::SCORING);
   EstMethod = MaxFisherSteps > 0 ? MCConst::HESSIAN_FISHER_THEN_NEWTON : MCConst::HESSIAN_NEWTON_RAPHSON;
-  const int maxIter = CmnInt(kMaxIter);
+  const int maxIter = CmnInt(L::ITERATIONS);
   MaxIter = maxIter > 0 ? maxIter : 1;
-  MaxStepHalving = CmnInt(kMaxStepHalving);
-  InterceptInModel = (CmnWord(kIntercept) & 1) != 0;
-  const int effectAnalysis = CmnInt(kEffectAnalysis);
+  MaxStepHalving = CmnInt(L::HALVING);
+  InterceptInModel = CmnFlag(L::INTERCEPT);
+  const int effectAnalysis = CmnInt(L::TEST_TYPE);
   if (effectAnalysis == 1) EffectAnalysisType = MCConst::EFFECT_TYPE_I;
   if (effectAnalysis == 3) EffectAnalysisType = MCConst::EFFECT_TYPE_III;
 
   // Fixed terms; the intercept's row is counted but kept only as the flag.
   ModelEffectList.clear();
   CovarateNested.clear();
-  const int nFixedTerms = CmnInt(kNFixedTerms);
+  const int nFixedTerms = CmnInt(L::N_FIXED_TERMS);
   if (nFixedTerms > 0) {
-    INTEGER* cursor = WordPointer(CmnWord(kFixedTerms));
+    INTEGER* cursor = WordPointer(CmnWord(L::FIXED_TERMS));
     for (int t = 0; t < nFixedTerms; ++t) {
       MCModelEffect effect;
       std::vector<bool> flags;
@@ -425,31 +364,31 @@ bool MIXValidSpecs::SetMixedSpecs() {
     }
   }
 
-  const int thetaEst = CmnInt(kThetaEstType);
+  const int thetaEst = CmnInt(L::METHOD);
   if (thetaEst == 1) ThetaEstType = GLMMConst_850::ML;
   if (thetaEst == 2) ThetaEstType = GLMMConst_850::REML;
-  ClassMissInclude = (CmnWord(kMissingInclude) & 1) != 0;
+  ClassMissInclude = CmnFlag(L::INCLUDE_USER_MISSING);
 
   if (!ReadOutputFiles()) return false;
 
-  PrintHistPar = CmnInt(kPrintHistPar);
-  PrintOptionCPS = (CmnWord(kPrintCPS) & 1) != 0;
-  PrintOptionCORB = (CmnWord(kPrintCORB) & 1) != 0;
-  PrintOptionCOVB = (CmnWord(kPrintCOVB) & 1) != 0;
-  PrintOptionTestCov = (CmnWord(kPrintTestCov) & 1) != 0;
-  PrintOptionVARIABLEINFO = (CmnWord(kPrintVARIABLEINFO) & 1) != 0;
-  PrintOptionGMatrix = (CmnWord(kPrintGMatrix) & 1) != 0;
-  PrintOptionHISTORY = (CmnWord(kPrintHISTORY) & 1) != 0;
-  PrintOptionLMATRIX = (CmnWord(kPrintLMATRIX) & 1) != 0;
-  PrintOptionRMatrix = (CmnWord(kPrintRMatrix) & 1) != 0;
-  PrintOptionSOLUTION = (CmnWord(kPrintSOLUTION) & 1) != 0;
+  PrintHistPar = CmnInt(L::HISTORY_STEP);
+  PrintOptionCPS = CmnFlag(L::SHOW_CASES);
+  PrintOptionCORB = CmnFlag(L::SHOW_ESTIMATE_CORRELATIONS);
+  PrintOptionCOVB = CmnFlag(L::SHOW_ESTIMATE_COVARIANCES);
+  PrintOptionTestCov = CmnFlag(L::SHOW_COVARIANCE_TESTS);
+  PrintOptionVARIABLEINFO = CmnFlag(L::SHOW_VARIABLES);
+  PrintOptionGMatrix = CmnFlag(L::SHOW_G);
+  PrintOptionHISTORY = CmnFlag(L::SHOW_HISTORY);
+  PrintOptionLMATRIX = CmnFlag(L::SHOW_L);
+  PrintOptionRMatrix = CmnFlag(L::SHOW_R);
+  PrintOptionSOLUTION = CmnFlag(L::SHOW_ESTIMATES);
 
   // Random terms of all blocks in one list; an intercept row stays here.
   RandEffectList.clear();
   RandEffectNested.clear();
-  const int nRandomTerms = CmnInt(kNRandomTerms);
+  const int nRandomTerms = CmnInt(L::N_RANDOM_TERMS);
   if (nRandomTerms > 0) {
-    INTEGER* cursor = WordPointer(CmnWord(kRandomTerms));
+    INTEGER* cursor = WordPointer(CmnWord(L::RANDOM_TERMS));
     for (int t = 0; t < nRandomTerms; ++t) {
       MCModelEffect effect;
       std::vector<bool> flags;
@@ -459,14 +398,14 @@ bool MIXValidSpecs::SetMixedSpecs() {
     }
   }
 
-  const int nRandomSubjects = CmnInt(kNRandomSubjects);
+  const int nRandomSubjects = CmnInt(L::N_RANDOM_SUBJECTS);
   RandVarList.clear();
-  if (nRandomSubjects > 0) ReadVarList(nRandomSubjects, CmnWord(kRandomSubjects), RandVarList);
+  if (nRandomSubjects > 0) ReadVarList(nRandomSubjects, CmnWord(L::RANDOM_SUBJECTS), RandVarList);
 
   RandomList.clear();
   NRandEffects.clear();
   RandCovarNested.clear();
-  const int nBlocks = CmnInt(kNRandomBlocks);
+  const int nBlocks = CmnInt(L::N_RANDOM_BLOCKS);
   int blockIndex = 0;
   int firstEffect = 0;
   for (int b = 0; b < nBlocks; ++b) {
@@ -480,16 +419,16 @@ bool MIXValidSpecs::SetMixedSpecs() {
     if (spec.GetComputeEBLUPs()) UseStatJSON = true;
   }
 
-  const INTEGER scaleWeight = CmnWord(kScaleWeight);
+  const INTEGER scaleWeight = CmnWord(L::SCALE_WEIGHT);
   if (scaleWeight > 0) RegrWeightIndex = DataSource->VarIndex(static_cast<long>(scaleWeight - 1));
 
-  const int nRepeatedVars = CmnInt(kNRepeatedVars);
+  const int nRepeatedVars = CmnInt(L::N_REPEATED);
   RepeatedVarList.clear();
-  if (nRepeatedVars > 0) ReadVarList(nRepeatedVars, CmnWord(kRepeatedVars), RepeatedVarList);
-  const int nRepeatedSubjects = CmnInt(kNRepeatedSubjects);
+  if (nRepeatedVars > 0) ReadVarList(nRepeatedVars, CmnWord(L::REPEATED), RepeatedVarList);
+  const int nRepeatedSubjects = CmnInt(L::N_REPEATED_SUBJECTS);
   RepeatedSubjVarList.clear();
-  if (nRepeatedSubjects > 0) ReadVarList(nRepeatedSubjects, CmnWord(kRepeatedSubjects), RepeatedSubjVarList);
-  BuildRepeatedSpec(CmnInt(kRepeatedCovarCode));
+  if (nRepeatedSubjects > 0) ReadVarList(nRepeatedSubjects, CmnWord(L::REPEATED_SUBJECTS), RepeatedSubjVarList);
+  BuildRepeatedSpec(CmnInt(L::REPEATED_COVARIANCE));
 
   if (!ReadSpatialVars()) return false;
 
@@ -497,8 +436,8 @@ bool MIXValidSpecs::SetMixedSpecs() {
 
   bool ok = true;
   CustomTests.clear();
-  const int nCustomTests = CmnInt(kNCustomTests);
-  const INTEGER testHead = CmnWord(kCustomTestHead);
+  const int nCustomTests = CmnInt(L::N_CONTRASTS);
+  const INTEGER testHead = CmnWord(L::CONTRAST_LIST);
   for (int k = 1; k <= nCustomTests; ++k) {
     const LR index = static_cast<LR>(k);
     const INTEGER position = tmcget_(CommandInteger, reinterpret_cast<LR*>(CommandInteger), testHead, index);
@@ -513,8 +452,8 @@ bool MIXValidSpecs::SetMixedSpecs() {
   EmmRCTypeList.clear();
   EmmRCLongList.clear();
   EmmFixCovStr.clear();
-  const int nEMMeans = CmnInt(kNEMMeans);
-  const INTEGER emmHead = CmnWord(kEMMeansHead);
+  const int nEMMeans = CmnInt(L::N_MEANS);
+  const INTEGER emmHead = CmnWord(L::MEANS_LIST);
   for (int k = 1; k <= nEMMeans; ++k) {
     const LR index = static_cast<LR>(k);
     const INTEGER position = tmcget_(CommandInteger, reinterpret_cast<LR*>(CommandInteger), emmHead, index);
@@ -538,14 +477,14 @@ bool MIXValidSpecs::SetMixedSpecs() {
 }
 
 bool MIXValidSpecs::ReadOutputFiles() {
-  const int kind = CmnInt(kFileKind);
+  const int kind = CmnInt(L::FILE_KIND);
   const bool modelFile = kind == 2 || kind == 4;
   const bool parameterFile = kind == 1 || kind == 3;
   if (!modelFile && !parameterFile) return true;
 
-  const std::string first = ReadBlockName(kFirstFileName);
-  const std::string statJSON = ReadBlockName(kStatJSONFileName);
-  const std::string statXML = ReadBlockName(kStatXMLFileName);
+  const std::string first = ReadBlockName(L::MODEL_FILE);
+  const std::string statJSON = ReadBlockName(L::STATJSON_FILE);
+  const std::string statXML = ReadBlockName(L::STATXML_FILE);
   const std::string upperFirst = UpperCase(first);
   const std::string upperJSON = UpperCase(statJSON);
   const std::string upperXML = UpperCase(statXML);
@@ -589,9 +528,9 @@ bool MIXValidSpecs::ReadOutputFiles() {
 
 bool MIXValidSpecs::ReadSpatialVars() {
   SpatVarInds.clear();
-  const int nSpatial = CmnInt(kNSpatialVars);
+  const int nSpatial = CmnInt(L::N_COORDINATES);
   if (nSpatial <= 0) return true;
-  const INTEGER position = CmnWord(kSpatialVars);
+  const INTEGER position = CmnWord(L::COORDINATES);
   for (int i = 0; i < nSpatial; ++i) {
     const int index = DataSource->VarIndex(static_cast<long>(WordAt(position, i) - 1));
     const ZORV_Variable* variable = DataSource->GetVariable(index);
@@ -613,12 +552,12 @@ void MIXValidSpecs::ReadSavedVars() {
   SaveVarNames.clear();
   SaveVarLabels.clear();
   SaveVarFormats.clear();
-  const int nSaved = std::min(CmnInt(kNSavedVars), kMaxSavedVars);
+  const int nSaved = std::min(CmnInt(L::N_SAVES), kMaxSavedVars);
   for (int slot = 0; slot < nSaved; ++slot) {
-    const SaveTypes type = static_cast<SaveTypes>(CmnInt(kSaveTypes + 8 * slot) - 1);
+    const SaveTypes type = static_cast<SaveTypes>(CmnInt(L::SAVE_KINDS.At(slot)) - 1);
 
     char name[kSavedNameLength + 1];
-    std::memcpy(name, CommandInteger + (CmnWord(kSaveNames + 8 * slot) - 1), kSavedNameLength);
+    std::memcpy(name, CommandInteger + (CmnWord(L::SAVE_NAMES.At(slot)) - 1), kSavedNameLength);
     name[kSavedNameLength] = '\0';
 
     std::string label;
@@ -729,11 +668,11 @@ bool MIXValidSpecs::FillRandomSpec(int& blockIndex, int& firstEffect, GLMMRandom
   spec.Reset(false);
   nestedFlags.clear();
 
-  const INTEGER count = WordAt(CmnWord(kBlockEffectCounts), blockIndex);
+  const INTEGER count = WordAt(CmnWord(L::BLOCK_TERM_COUNTS), blockIndex);
   nEffects = static_cast<int>(count < 0 ? -count : count);
   if (nEffects > 0) {
-    const long rowLength = static_cast<long>(CmnInt(kNFactors)) + CmnInt(kNCovariates);
-    INTEGER* cursor = WordPointer(CmnWord(kRandomTerms)) + static_cast<long>(firstEffect) * rowLength;
+    const long rowLength = static_cast<long>(CmnInt(L::N_FACTORS)) + CmnInt(L::N_COVARIATES);
+    INTEGER* cursor = WordPointer(CmnWord(L::RANDOM_TERMS)) + static_cast<long>(firstEffect) * rowLength;
     for (int e = 0; e < nEffects; ++e) {
       MCModelEffect effect;
       std::vector<bool> flags;
@@ -745,11 +684,11 @@ bool MIXValidSpecs::FillRandomSpec(int& blockIndex, int& firstEffect, GLMMRandom
 
   // Per block: the effect count and the EBLUP flag. Per first effect of the
   // block: the covariance code and the subjects.
-  spec.SetComputeEBLUPs(WordAt(CmnWord(kBlockEBLUPs), blockIndex) == 1);
-  spec.SetCovarianceType(GetCovarType(static_cast<long>(WordAt(CmnWord(kBlockCovarCodes), firstEffect)), false));
-  const INTEGER nSubjects = WordAt(CmnWord(kBlockSubjectCounts), firstEffect);
+  spec.SetComputeEBLUPs(WordAt(CmnWord(L::BLOCK_PREDICT), blockIndex) == 1);
+  spec.SetCovarianceType(GetCovarType(static_cast<long>(WordAt(CmnWord(L::BLOCK_COVARIANCES), firstEffect)), false));
+  const INTEGER nSubjects = WordAt(CmnWord(L::BLOCK_SUBJECT_COUNTS), firstEffect);
   if (nSubjects > 0) {
-    const INTEGER subjectList = WordAt(CmnWord(kBlockSubjectLists), firstEffect);
+    const INTEGER subjectList = WordAt(CmnWord(L::BLOCK_SUBJECT_LISTS), firstEffect);
     for (INTEGER s = 0; s < nSubjects; ++s) {
       const INTEGER zorvInd = WordAt(subjectList, static_cast<long>(s)) - 1;
       MIX_ASSERT(zorvInd >= 0, "zorvInd >= 0");
@@ -821,28 +760,28 @@ bool MIXValidSpecs::FillCustomTest(const LR* record, CustomTest& test, bool useC
   static_cast<void>(useCompEffects);
 
   test.Reset();
-  const int nFixEffExt = CmnInt(kNFixedTerms);
+  const int nFixEffExt = CmnInt(L::N_FIXED_TERMS);
   MIX_ASSERT(nFixEffExt > 0, "nFixEffExt > 0");
-  const int nRandEff = std::max(CmnInt(kNRandomTerms), 0);
+  const int nRandEff = std::max(CmnInt(L::N_RANDOM_TERMS), 0);
   const int nFixEff = InterceptInModel ? nFixEffExt - 1 : nFixEffExt;
 
-  const bool allValues = record[0] == 1.0;
-  const int nRows = TruncatedInt(record[1]);
+  const bool allValues = record[L::CONTRAST_ALL_VALUES] == 1.0;
+  const int nRows = TruncatedInt(record[L::CONTRAST_N_ROWS]);
   std::vector<int> fixCounts;
   std::vector<int> randCounts;
   int fixTotal = 0;
   int randTotal = 0;
   if (allValues) {
-    fixTotal = std::max(TruncatedInt(record[2]), 0);
-    randTotal = std::max(TruncatedInt(record[3]), 0);
+    fixTotal = std::max(TruncatedInt(record[L::CONTRAST_FIXED]), 0);
+    randTotal = std::max(TruncatedInt(record[L::CONTRAST_RANDOM]), 0);
   } else {
-    const INTEGER fixPosition = Truncated(record[2]);
+    const INTEGER fixPosition = Truncated(record[L::CONTRAST_FIXED]);
     for (int i = 0; i < nFixEffExt; ++i) {
       fixCounts.push_back(static_cast<int>(WordAt(fixPosition, i)));
       fixTotal += std::max(fixCounts.back(), 0);
     }
     if (nRandEff > 0) {
-      const INTEGER randPosition = Truncated(record[3]);
+      const INTEGER randPosition = Truncated(record[L::CONTRAST_RANDOM]);
       for (int i = 0; i < nRandEff; ++i) {
         randCounts.push_back(static_cast<int>(WordAt(randPosition, i)));
         randTotal += std::max(randCounts.back(), 0);
@@ -850,16 +789,16 @@ bool MIXValidSpecs::FillCustomTest(const LR* record, CustomTest& test, bool useC
     }
   }
 
-  const int labelLength = TruncatedInt(record[5]);
+  const int labelLength = TruncatedInt(record[L::CONTRAST_LABEL_LENGTH]);
   if (labelLength >= 1) {
-    const INTEGER intLabPtr = Truncated(record[6]);
+    const INTEGER intLabPtr = Truncated(record[L::CONTRAST_LABEL]);
     MIX_ASSERT(intLabPtr > 0, "intLabPtr > 0");
     test.SetLabel(std::string(reinterpret_cast<const char*>(CommandInteger + (intLabPtr - 1)),
                               static_cast<std::size_t>(labelLength)));
   }
 
   // The values of all rows follow one another.
-  INTEGER valuePosition = Truncated(record[4]);
+  INTEGER valuePosition = Truncated(record[L::CONTRAST_VALUES]);
   auto nextValues = [this, &valuePosition](int n) {
     std::vector<double> values;
     for (int k = 0; k < n; ++k) values.push_back(CommandLR[valuePosition - 1 + k]);
@@ -911,7 +850,7 @@ bool MIXValidSpecs::FillCustomTest(const LR* record, CustomTest& test, bool useC
     test.AddMixedRow(fixedRow, randomRow);
   }
 
-  const INTEGER kPosition = Truncated(record[7]);
+  const INTEGER kPosition = Truncated(record[L::CONTRAST_K]);
   if (kPosition > 0) {
     std::vector<double> kValues;
     for (int r = 0; r < nRows; ++r) kValues.push_back(CommandLR[kPosition - 1 + r]);
@@ -936,8 +875,8 @@ bool MIXValidSpecs::FillEMMeansSpec(const LR* record, MCEmmeansSpec& spec, const
                                                                           : -1;
   };
 
-  const int nTabFacts = std::max(TruncatedInt(record[1]), 0);
-  const INTEGER factorPosition = Truncated(record[2]);
+  const int nTabFacts = std::max(TruncatedInt(record[L::MEANS_N_FACTORS]), 0);
+  const INTEGER factorPosition = Truncated(record[L::MEANS_FACTORS]);
   std::vector<INTEGER> tablePlaces;
   for (int k = 0; k < nTabFacts; ++k) {
     tablePlaces.push_back(WordAt(factorPosition, k) - 1);
@@ -945,7 +884,7 @@ bool MIXValidSpecs::FillEMMeansSpec(const LR* record, MCEmmeansSpec& spec, const
   }
 
   int compareFactInd = -1;
-  const int comparePlace = TruncatedInt(record[3]);
+  const int comparePlace = TruncatedInt(record[L::MEANS_COMPARE]);
   if (comparePlace >= 1) {
     const int locComprFactInd = comparePlace - 1;
     MIX_ASSERT(locComprFactInd < nTabFacts, "locComprFactInd < nTabFacts");
@@ -966,15 +905,15 @@ bool MIXValidSpecs::FillEMMeansSpec(const LR* record, MCEmmeansSpec& spec, const
 
   // Four words per covariate: fixed or not, the value, and the value as
   // written (length and position of its characters).
-  const INTEGER covariatePosition = Truncated(record[4]);
+  const INTEGER covariatePosition = Truncated(record[L::MEANS_COVARIATES]);
   for (std::size_t j = 0; j < CovariateList.size(); ++j) {
     double value = MissingValue;
     std::string text;
     if (covariatePosition > 0) {
-      const LR* block = CommandLR + (covariatePosition - 1) + 4 * static_cast<long>(j);
-      if (block[0] < 0.0) value = block[1];
-      const int length = TruncatedInt(block[2]);
-      const INTEGER textPosition = Truncated(block[3]);
+      const LR* block = CommandLR + (covariatePosition - 1) + L::COVARIATE_WORDS * static_cast<long>(j);
+      if (block[L::COVARIATE_HELD] < 0.0) value = block[L::COVARIATE_VALUE];
+      const int length = TruncatedInt(block[L::COVARIATE_TEXT_LENGTH]);
+      const INTEGER textPosition = Truncated(block[L::COVARIATE_TEXT]);
       if (length > 0 && textPosition > 0) {
         text.assign(reinterpret_cast<const char*>(CommandLR + (textPosition - 1)), static_cast<std::size_t>(length));
       }
@@ -983,19 +922,19 @@ bool MIXValidSpecs::FillEMMeansSpec(const LR* record, MCEmmeansSpec& spec, const
     spec.AddCovariate(CovariateList[j], value);
   }
 
-  const int adjustment = TruncatedInt(record[5]);
+  const int adjustment = TruncatedInt(record[L::MEANS_ADJUST]);
   spec.SetPAdjust(adjustment == 2   ? MCConst::PADJUST_SEQ_BONFERRONI
                   : adjustment == 3 ? MCConst::PADJUST_SEQ_SIDAK
                                     : MCConst::PADJUST_LSD);
 
-  refCatType = static_cast<RefCatTypes>(TruncatedInt(record[6]));
+  refCatType = static_cast<RefCatTypes>(TruncatedInt(record[L::MEANS_REFERENCE_KIND]));
   spec.SetReferenceType(refCatType == REFCAT_LAST ? MCConst::REFERENCE_LAST : MCConst::REFERENCE_CATEGORY);
   if (refCatType == REFCAT_VALUE) {
-    refValue = reinterpret_cast<const OBS*>(record + 7);
+    refValue = reinterpret_cast<const OBS*>(record + L::MEANS_REFERENCE);
   } else if (refCatType == REFCAT_TEXT) {
     MIX_ASSERT(compareFactInd >= 0, "compareFactInd >= 0");
-    const int length = std::max(TruncatedInt(record[7]), 0);
-    const INTEGER textPosition = Truncated(record[8]);
+    const int length = std::max(TruncatedInt(record[L::MEANS_REFERENCE]), 0);
+    const INTEGER textPosition = Truncated(record[L::MEANS_REFERENCE_TEXT]);
     refValue = reinterpret_cast<const OBS*>(CommandLR + (textPosition - 1));
     refText.assign(reinterpret_cast<const char*>(refValue), static_cast<std::size_t>(length));
     tooLong = length > static_cast<int>(format.fWidth);
@@ -1169,8 +1108,8 @@ void MIXValidSpecs::CompleteSpecs() {
   // that its random rows refer to the component's random effects.
   CompCustomTests.clear();
   if (HasCommand()) {
-    const int nCustomTests = CmnInt(kNCustomTests);
-    const INTEGER testHead = CmnWord(kCustomTestHead);
+    const int nCustomTests = CmnInt(L::N_CONTRASTS);
+    const INTEGER testHead = CmnWord(L::CONTRAST_LIST);
     for (int k = 1; k <= nCustomTests; ++k) {
       const LR index = static_cast<LR>(k);
       const INTEGER position = tmcget_(CommandInteger, reinterpret_cast<LR*>(CommandInteger), testHead, index);

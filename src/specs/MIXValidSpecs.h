@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/MIXCommandLayout.h"
 #include "host/data/OBS.h"
 #include "host/data/ZORV_Format.h"
 #include "host/parser/ParserWords.h"
@@ -326,16 +327,26 @@ class MIXValidSpecs final {
 
  private:
   // The parser's memory.
-  double CmnReal(long offset) const;
-  INTEGER CmnWord(long offset) const;
-  int CmnInt(long offset) const;
+  double CmnReal(MIXCommandLayout::Slot<MIXCommandLayout::REAL> slot) const;
+  int CmnInt(MIXCommandLayout::Slot<MIXCommandLayout::CODE> slot) const;
+  bool CmnFlag(MIXCommandLayout::Slot<MIXCommandLayout::FLAG> slot) const;
+  // A dictionary position, a word array position or a list head: the whole
+  // word.
+  template <MIXCommandLayout::Kind K>
+  INTEGER CmnWord(MIXCommandLayout::Slot<K> slot) const {
+    static_assert(K == MIXCommandLayout::VARIABLE || K == MIXCommandLayout::POSITION ||
+                      K == MIXCommandLayout::LIST_HEAD,
+                  "the slot holds no whole word");
+    return CmnWordAt(slot);
+  }
+  INTEGER CmnWordAt(int offset) const;
   bool HasCommand() const;
   INTEGER WordAt(INTEGER position, long entry) const;
   INTEGER* WordPointer(INTEGER position) const;
   // Reads `count` dictionary positions from the list at `position` into
   // host indices.
   void ReadVarList(int count, INTEGER position, std::vector<int>& list) const;
-  std::string ReadBlockName(long offset) const;
+  std::string ReadBlockName(MIXCommandLayout::Text field) const;
   bool ReadOutputFiles();
   bool ReadSpatialVars();
   void ReadSavedVars();

@@ -4,11 +4,13 @@
 
 #include "AppTestSupport.h"
 #include "app/AppMixedMemory.h"
+#include "base/MIXCommandLayout.h"
 
 using namespace apptest;
+namespace L = MIXCommandLayout;
 
-// Every check here reads the memory by its byte offsets and word positions,
-// the way the procedure reads it, with the numbers written out.
+// Every check here reads the memory by its slots and word positions, the way
+// the procedure reads it, independently of the code that wrote it.
 
 namespace {
 
@@ -45,38 +47,48 @@ INTEGER Record(ParserMemory& memory, int offset, double index) {
 
 INTEGER Packed(int type, int width, int decimals) { return (type << 16) | (width << 8) | decimals; }
 
+// The ten items of /DISPLAY, in the order of their slots.
+const int kDisplaySlots[] = {L::SHOW_CASES,     L::SHOW_ESTIMATE_CORRELATIONS, L::SHOW_ESTIMATE_COVARIANCES,
+                             L::SHOW_COVARIANCE_TESTS, L::SHOW_VARIABLES, L::SHOW_G,
+                             L::SHOW_HISTORY,   L::SHOW_L, L::SHOW_R, L::SHOW_ESTIMATES};
+
 }  // namespace
 
 TEST(AppMixedMemory, ACommandWithoutSettingsCarriesTheDefaults) {
   ParserMemory memory;
   Lay("GLMIXFIT y", memory);
-  EXPECT_EQ(R(memory, 0), 95.0);
-  EXPECT_EQ(R(memory, 8), 0.0);
-  EXPECT_EQ(R(memory, 16), 0.0);
-  EXPECT_EQ(R(memory, 64), 1e-6);
-  EXPECT_EQ(R(memory, 80), 1e-12);
-  EXPECT_EQ(N(memory, 104), 1);
-  EXPECT_EQ(N(memory, 128), Packed(5, 40, 3));
-  EXPECT_EQ(N(memory, 136), Packed(5, 40, 4));
-  EXPECT_EQ(N(memory, 144), 2);
-  EXPECT_EQ(N(memory, 232), 1);
-  EXPECT_EQ(N(memory, 240), 1);
-  EXPECT_EQ(N(memory, 272), 2);
-  EXPECT_EQ(N(memory, 312), 2);
-  EXPECT_EQ(N(memory, 336), 100);
-  EXPECT_EQ(N(memory, 344), 5);
-  EXPECT_EQ(N(memory, 584), 1);
-  for (int offset : {360, 376, 384, 392, 480, 504, 512, 520, 528, 544, 552, 1536, 1560}) {
+  EXPECT_EQ(R(memory, L::CONFIDENCE), 95.0);
+  EXPECT_EQ(R(memory, L::HESSIAN_CRITERION), 0.0);
+  EXPECT_EQ(R(memory, L::LOGLIKELIHOOD_CRITERION), 0.0);
+  EXPECT_EQ(R(memory, L::PARAMETER_CRITERION), 1e-6);
+  EXPECT_EQ(R(memory, L::SINGULAR), 1e-12);
+  EXPECT_EQ(N(memory, L::TARGET), 1);
+  EXPECT_EQ(N(memory, L::CRITERIA_FORMAT), Packed(5, 40, 3));
+  EXPECT_EQ(N(memory, L::ESTIMATES_FORMAT), Packed(5, 40, 4));
+  EXPECT_EQ(N(memory, L::HESSIAN_KIND), 2);
+  EXPECT_EQ(N(memory, L::HISTORY_STEP), 1);
+  EXPECT_EQ(N(memory, L::SCORING), 1);
+  EXPECT_EQ(N(memory, L::LOGLIKELIHOOD_KIND), 2);
+  EXPECT_EQ(N(memory, L::METHOD), 2);
+  EXPECT_EQ(N(memory, L::ITERATIONS), 100);
+  EXPECT_EQ(N(memory, L::HALVING), 5);
+  EXPECT_EQ(N(memory, L::PARAMETER_KIND), 1);
+  const int empty[] = {L::N_COVARIATES,      L::N_RANDOM_TERMS, L::N_MEANS,   L::N_FACTORS,
+                       L::N_RANDOM_BLOCKS,   L::N_REPEATED_SUBJECTS, L::N_REPEATED, L::N_COORDINATES,
+                       L::N_SAVES,           L::N_RANDOM_SUBJECTS,   L::N_CONTRASTS, L::REPEATED_COVARIANCE,
+                       L::SCALE_WEIGHT};
+  for (int offset : empty) {
     EXPECT_EQ(N(memory, offset), 0) << offset;
   }
-  EXPECT_EQ(N(memory, 368), 1);  // the intercept's row, of no words
-  EXPECT_EQ(N(memory, 1688), 4);
-  EXPECT_EQ(N(memory, 1696), 3);
-  EXPECT_EQ(N(memory, 1736), 1);
-  for (int offset = 1752; offset <= 1832; offset += 8) EXPECT_EQ(N(memory, offset), 0) << offset;
-  EXPECT_EQ(Field(memory, 40), "out/model-1.xml");
-  EXPECT_EQ(Field(memory, 295), "out/statjson-1.json");
-  EXPECT_EQ(Field(memory, 550), "out/statxml-1.xml");
+  EXPECT_EQ(N(memory, L::N_FIXED_TERMS), 1);  // the intercept's row, of no words
+  EXPECT_EQ(N(memory, L::FILE_KIND), 4);
+  EXPECT_EQ(N(memory, L::TEST_TYPE), 3);
+  EXPECT_EQ(N(memory, L::INTERCEPT), 1);
+  EXPECT_EQ(N(memory, L::INCLUDE_USER_MISSING), 0);
+  for (int offset : kDisplaySlots) EXPECT_EQ(N(memory, offset), 0) << offset;
+  EXPECT_EQ(Field(memory, L::MODEL_FILE), "out/model-1.xml");
+  EXPECT_EQ(Field(memory, L::STATJSON_FILE), "out/statjson-1.json");
+  EXPECT_EQ(Field(memory, L::STATXML_FILE), "out/statxml-1.xml");
   ASSERT_NE(memory.GetCommand(), nullptr);
   EXPECT_EQ(W(memory, 1), 0);
 }
@@ -91,65 +103,71 @@ TEST(AppMixedMemory, EverySettingReachesItsSlot) {
       "   VARIABLES HISTORY(4)"
       " /FORMAT CRITERIA=F10.2 ESTIMATES=E12.5 /SCALEWEIGHT w",
       memory);
-  EXPECT_EQ(N(memory, 104), 3);
-  EXPECT_EQ(R(memory, 0), 90.0);
-  EXPECT_EQ(N(memory, 312), 1);
-  EXPECT_EQ(N(memory, 336), 250);
-  EXPECT_EQ(N(memory, 344), 7);
-  EXPECT_EQ(N(memory, 240), 0);
-  EXPECT_EQ(R(memory, 80), 1e-10);
-  EXPECT_EQ(R(memory, 64), 1e-8);
-  EXPECT_EQ(N(memory, 584), 2);
-  EXPECT_EQ(R(memory, 16), 1e-5);
-  EXPECT_EQ(N(memory, 272), 1);
-  EXPECT_EQ(R(memory, 8), 0.01);
-  EXPECT_EQ(N(memory, 144), 2);
-  EXPECT_EQ(N(memory, 1752), 1);
-  EXPECT_EQ(N(memory, 1696), 1);
-  for (int offset = 1760; offset <= 1832; offset += 8) EXPECT_EQ(N(memory, offset), 1) << offset;
-  EXPECT_EQ(N(memory, 232), 4);
-  EXPECT_EQ(N(memory, 128), Packed(5, 10, 2));
-  EXPECT_EQ(N(memory, 136), Packed(6, 12, 5));
-  EXPECT_EQ(N(memory, 1560), 4);
+  EXPECT_EQ(N(memory, L::TARGET), 3);
+  EXPECT_EQ(R(memory, L::CONFIDENCE), 90.0);
+  EXPECT_EQ(N(memory, L::METHOD), 1);
+  EXPECT_EQ(N(memory, L::ITERATIONS), 250);
+  EXPECT_EQ(N(memory, L::HALVING), 7);
+  EXPECT_EQ(N(memory, L::SCORING), 0);
+  EXPECT_EQ(R(memory, L::SINGULAR), 1e-10);
+  EXPECT_EQ(R(memory, L::PARAMETER_CRITERION), 1e-8);
+  EXPECT_EQ(N(memory, L::PARAMETER_KIND), 2);
+  EXPECT_EQ(R(memory, L::LOGLIKELIHOOD_CRITERION), 1e-5);
+  EXPECT_EQ(N(memory, L::LOGLIKELIHOOD_KIND), 1);
+  EXPECT_EQ(R(memory, L::HESSIAN_CRITERION), 0.01);
+  EXPECT_EQ(N(memory, L::HESSIAN_KIND), 2);
+  EXPECT_EQ(N(memory, L::INCLUDE_USER_MISSING), 1);
+  EXPECT_EQ(N(memory, L::TEST_TYPE), 1);
+  for (int offset : kDisplaySlots) EXPECT_EQ(N(memory, offset), 1) << offset;
+  EXPECT_EQ(N(memory, L::HISTORY_STEP), 4);
+  EXPECT_EQ(N(memory, L::CRITERIA_FORMAT), Packed(5, 10, 2));
+  EXPECT_EQ(N(memory, L::ESTIMATES_FORMAT), Packed(6, 12, 5));
+  EXPECT_EQ(N(memory, L::SCALE_WEIGHT), 4);
 }
 
 TEST(AppMixedMemory, EachDisplayItemSetsItsOwnSlot) {
   const std::vector<std::pair<const char*, int>> items = {
-      {"CASES", 1760},           {"ESTIMATECORRELATIONS", 1768}, {"ESTIMATECOVARIANCES", 1776},
-      {"COVARIANCETESTS", 1784}, {"VARIABLES", 1792},            {"GMATRIX", 1800},
-      {"HISTORY", 1808},         {"LMATRIX", 1816},              {"RMATRIX", 1824},
-      {"ESTIMATES", 1832}};
+      {"CASES", L::SHOW_CASES},
+      {"ESTIMATECORRELATIONS", L::SHOW_ESTIMATE_CORRELATIONS},
+      {"ESTIMATECOVARIANCES", L::SHOW_ESTIMATE_COVARIANCES},
+      {"COVARIANCETESTS", L::SHOW_COVARIANCE_TESTS},
+      {"VARIABLES", L::SHOW_VARIABLES},
+      {"GMATRIX", L::SHOW_G},
+      {"HISTORY", L::SHOW_HISTORY},
+      {"LMATRIX", L::SHOW_L},
+      {"RMATRIX", L::SHOW_R},
+      {"ESTIMATES", L::SHOW_ESTIMATES}};
   for (const auto& item : items) {
     ParserMemory memory;
     Lay(std::string("GLMIXFIT y /DISPLAY ") + item.first, memory);
-    for (int offset = 1760; offset <= 1832; offset += 8) {
+    for (int offset : kDisplaySlots) {
       EXPECT_EQ(N(memory, offset), offset == item.second ? 1 : 0) << item.first << " at " << offset;
     }
-    EXPECT_EQ(N(memory, 232), 1);
+    EXPECT_EQ(N(memory, L::HISTORY_STEP), 1);
   }
 }
 
 TEST(AppMixedMemory, ConvergenceKindsHaveDefaults) {
   ParserMemory memory;
   Lay("GLMIXFIT y /ESTIMATION CONVERGENCE=LOGLIKELIHOOD(0.5) PARAMETERS(0) HESSIAN(1 RELATIVE)", memory);
-  EXPECT_EQ(R(memory, 16), 0.5);
-  EXPECT_EQ(N(memory, 272), 2);
-  EXPECT_EQ(R(memory, 64), 0.0);
-  EXPECT_EQ(N(memory, 584), 1);
-  EXPECT_EQ(R(memory, 8), 1.0);
-  EXPECT_EQ(N(memory, 144), 1);
+  EXPECT_EQ(R(memory, L::LOGLIKELIHOOD_CRITERION), 0.5);
+  EXPECT_EQ(N(memory, L::LOGLIKELIHOOD_KIND), 2);
+  EXPECT_EQ(R(memory, L::PARAMETER_CRITERION), 0.0);
+  EXPECT_EQ(N(memory, L::PARAMETER_KIND), 1);
+  EXPECT_EQ(R(memory, L::HESSIAN_CRITERION), 1.0);
+  EXPECT_EQ(N(memory, L::HESSIAN_KIND), 1);
 }
 
 TEST(AppMixedMemory, TermsAreRowsOfLevelsAndPowers) {
   ParserMemory memory;
   // Factors a b s, covariates x z.
   Lay("GLMIXFIT y BY a b s WITH x z /FIXED a b(a) x*x z(a) a*B*x s(b(a)) x*z*z(s*a)", memory);
-  EXPECT_EQ(N(memory, 392), 3);
-  EXPECT_EQ(Words(memory, N(memory, 720), 3), (std::vector<INTEGER>{5, 6, 7}));
-  EXPECT_EQ(N(memory, 360), 2);
-  EXPECT_EQ(Words(memory, N(memory, 600), 2), (std::vector<INTEGER>{2, 3}));
-  ASSERT_EQ(N(memory, 368), 8);
-  std::vector<INTEGER> rows = Words(memory, N(memory, 696), 8 * 5);
+  EXPECT_EQ(N(memory, L::N_FACTORS), 3);
+  EXPECT_EQ(Words(memory, N(memory, L::FACTORS), 3), (std::vector<INTEGER>{5, 6, 7}));
+  EXPECT_EQ(N(memory, L::N_COVARIATES), 2);
+  EXPECT_EQ(Words(memory, N(memory, L::COVARIATES), 2), (std::vector<INTEGER>{2, 3}));
+  ASSERT_EQ(N(memory, L::N_FIXED_TERMS), 8);
+  std::vector<INTEGER> rows = Words(memory, N(memory, L::FIXED_TERMS), 8 * 5);
   EXPECT_EQ(rows, (std::vector<INTEGER>{0, 0, 0, 0, 0,     // intercept
                                         1, 0, 0, 0, 0,     // a
                                         1, 2, 0, 0, 0,     // b(a): b within a
@@ -163,21 +181,21 @@ TEST(AppMixedMemory, TermsAreRowsOfLevelsAndPowers) {
 TEST(AppMixedMemory, WithoutTheInterceptTheRowsStartWithTheFirstTerm) {
   ParserMemory memory;
   Lay("GLMIXFIT y BY a WITH x /FIXED x a INTERCEPT=NO", memory);
-  EXPECT_EQ(N(memory, 1736), 0);
-  ASSERT_EQ(N(memory, 368), 2);
-  EXPECT_EQ(Words(memory, N(memory, 696), 4), (std::vector<INTEGER>{0, 1, 1, 0}));
+  EXPECT_EQ(N(memory, L::INTERCEPT), 0);
+  ASSERT_EQ(N(memory, L::N_FIXED_TERMS), 2);
+  EXPECT_EQ(Words(memory, N(memory, L::FIXED_TERMS), 4), (std::vector<INTEGER>{0, 1, 1, 0}));
 }
 
 TEST(AppMixedMemory, AnEmptyInterceptModelStillHasAPosition) {
   ParserMemory memory;
   Lay("GLMIXFIT y /FIXED INTERCEPT=NO", memory);
-  EXPECT_EQ(N(memory, 368), 0);
-  EXPECT_EQ(N(memory, 1736), 0);
+  EXPECT_EQ(N(memory, L::N_FIXED_TERMS), 0);
+  EXPECT_EQ(N(memory, L::INTERCEPT), 0);
   ParserMemory intercept;
   Lay("GLMIXFIT y /RANDOM INTERCEPT", intercept);
-  EXPECT_EQ(N(intercept, 376), 1);
-  EXPECT_GE(N(intercept, 712), 1);
-  EXPECT_LE(N(intercept, 712), intercept.GetWordCount());
+  EXPECT_EQ(N(intercept, L::N_RANDOM_TERMS), 1);
+  EXPECT_GE(N(intercept, L::RANDOM_TERMS), 1);
+  EXPECT_LE(N(intercept, L::RANDOM_TERMS), intercept.GetWordCount());
 }
 
 TEST(AppMixedMemory, RandomBlocksKeepCountsPerBlockAndDetailsAtTheirFirstTerm) {
@@ -187,28 +205,28 @@ TEST(AppMixedMemory, RandomBlocksKeepCountsPerBlockAndDetailsAtTheirFirstTerm) {
       " /RANDOM a SUBJECTS=s*b STRUCTURE=CS"
       " /RANDOM INTERCEPT",
       memory);
-  EXPECT_EQ(N(memory, 480), 3);
-  ASSERT_EQ(N(memory, 376), 4);
-  EXPECT_EQ(Words(memory, N(memory, 712), 4 * 3), (std::vector<INTEGER>{0, 0, 0,  // INTERCEPT
+  EXPECT_EQ(N(memory, L::N_RANDOM_BLOCKS), 3);
+  ASSERT_EQ(N(memory, L::N_RANDOM_TERMS), 4);
+  EXPECT_EQ(Words(memory, N(memory, L::RANDOM_TERMS), 4 * 3), (std::vector<INTEGER>{0, 0, 0,  // INTERCEPT
                                                                         0, 0, 1,  // x
                                                                         1, 0, 0,  // a
                                                                         0, 0, 0}));
-  EXPECT_EQ(Words(memory, N(memory, 968), 3), (std::vector<INTEGER>{2, 1, 1}));
-  EXPECT_EQ(Words(memory, N(memory, 1336), 3), (std::vector<INTEGER>{1, 0, 0}));
+  EXPECT_EQ(Words(memory, N(memory, L::BLOCK_TERM_COUNTS), 3), (std::vector<INTEGER>{2, 1, 1}));
+  EXPECT_EQ(Words(memory, N(memory, L::BLOCK_PREDICT), 3), (std::vector<INTEGER>{1, 0, 0}));
   // Covariance codes and subjects at each block's first term: 0, 2 and 3.
-  INTEGER covariances = N(memory, 1144);
+  INTEGER covariances = N(memory, L::BLOCK_COVARIANCES);
   EXPECT_EQ(W(memory, covariances + 0), 15);
   EXPECT_EQ(W(memory, covariances + 2), 5);
   EXPECT_EQ(W(memory, covariances + 3), 0);
-  INTEGER counts = N(memory, 1232);
-  INTEGER lists = N(memory, 1296);
+  INTEGER counts = N(memory, L::BLOCK_SUBJECT_COUNTS);
+  INTEGER lists = N(memory, L::BLOCK_SUBJECT_LISTS);
   EXPECT_EQ(W(memory, counts + 0), 1);
   EXPECT_EQ(Words(memory, W(memory, lists + 0), 1), (std::vector<INTEGER>{7}));
   EXPECT_EQ(W(memory, counts + 2), 2);
   EXPECT_EQ(Words(memory, W(memory, lists + 2), 2), (std::vector<INTEGER>{7, 6}));
   EXPECT_EQ(W(memory, counts + 3), 0);
-  EXPECT_EQ(N(memory, 544), 2);
-  EXPECT_EQ(Words(memory, N(memory, 1384), 2), (std::vector<INTEGER>{7, 6}));
+  EXPECT_EQ(N(memory, L::N_RANDOM_SUBJECTS), 2);
+  EXPECT_EQ(Words(memory, N(memory, L::RANDOM_SUBJECTS), 2), (std::vector<INTEGER>{7, 6}));
 }
 
 TEST(AppMixedMemory, EveryStructureKeywordHasItsCode) {
@@ -219,31 +237,31 @@ TEST(AppMixedMemory, EveryStructureKeywordHasItsCode) {
   for (const auto& code : codes) {
     ParserMemory random;
     Lay(std::string("GLMIXFIT y /RANDOM INTERCEPT STRUCTURE=") + code.first, random);
-    EXPECT_EQ(W(random, N(random, 1144)), code.second) << code.first;
+    EXPECT_EQ(W(random, N(random, L::BLOCK_COVARIANCES)), code.second) << code.first;
     ParserMemory residual;
     Lay(std::string("GLMIXFIT y /RESIDUAL STRUCTURE=") + code.first, residual);
-    EXPECT_EQ(N(residual, 1536), code.second) << code.first;
+    EXPECT_EQ(N(residual, L::REPEATED_COVARIANCE), code.second) << code.first;
   }
   const std::vector<std::pair<const char*, int>> spatial = {{"POWER", 20},  {"EXPONENTIAL", 21}, {"GAUSSIAN", 22},
                                                             {"LINEAR", 23}, {"LINEARLOG", 24},   {"SPHERICAL", 25}};
   for (const auto& code : spatial) {
     ParserMemory residual;
     Lay(std::string("GLMIXFIT y /RESIDUAL STRUCTURE=") + code.first + " COORDINATES=x t", residual);
-    EXPECT_EQ(N(residual, 1536), code.second) << code.first;
-    EXPECT_EQ(N(residual, 520), 2);
-    EXPECT_EQ(Words(residual, N(residual, 1256), 2), (std::vector<INTEGER>{2, 8}));
+    EXPECT_EQ(N(residual, L::REPEATED_COVARIANCE), code.second) << code.first;
+    EXPECT_EQ(N(residual, L::N_COORDINATES), 2);
+    EXPECT_EQ(Words(residual, N(residual, L::COORDINATES), 2), (std::vector<INTEGER>{2, 8}));
   }
 }
 
 TEST(AppMixedMemory, TheResidualBlockCarriesIndexSubjectsAndStructure) {
   ParserMemory memory;
   Lay("GLMIXFIT y BY b WITH t /RESIDUAL INDEX=t*b SUBJECTS=s*name STRUCTURE=ar1", memory);
-  EXPECT_EQ(N(memory, 512), 2);
-  EXPECT_EQ(Words(memory, N(memory, 1264), 2), (std::vector<INTEGER>{8, 6}));
-  EXPECT_EQ(N(memory, 504), 2);
-  EXPECT_EQ(Words(memory, N(memory, 1128), 2), (std::vector<INTEGER>{7, 9}));
-  EXPECT_EQ(N(memory, 1536), 2);
-  EXPECT_EQ(N(memory, 520), 0);
+  EXPECT_EQ(N(memory, L::N_REPEATED), 2);
+  EXPECT_EQ(Words(memory, N(memory, L::REPEATED), 2), (std::vector<INTEGER>{8, 6}));
+  EXPECT_EQ(N(memory, L::N_REPEATED_SUBJECTS), 2);
+  EXPECT_EQ(Words(memory, N(memory, L::REPEATED_SUBJECTS), 2), (std::vector<INTEGER>{7, 9}));
+  EXPECT_EQ(N(memory, L::REPEATED_COVARIANCE), 2);
+  EXPECT_EQ(N(memory, L::N_COORDINATES), 0);
 }
 
 TEST(AppMixedMemory, CustomTestsByEffects) {
@@ -251,19 +269,19 @@ TEST(AppMixedMemory, CustomTestsByEffects) {
   Lay("GLMIXFIT y BY a WITH x /FIXED a x /RANDOM INTERCEPT x SUBJECTS=s"
       " /CONTRAST 'a1 vs a3' INTERCEPT 1 a 1 0 -1 | x 1 ; a 0 1 -1 K=0 0.5",
       memory);
-  ASSERT_EQ(N(memory, 552), 1);
-  INTEGER record = Record(memory, 1048, 1.0);
+  ASSERT_EQ(N(memory, L::N_CONTRASTS), 1);
+  INTEGER record = Record(memory, L::CONTRAST_LIST, 1.0);
   ASSERT_GT(record, 0);
-  std::vector<double> r = Reals(memory, record, 8);
-  EXPECT_NE(r[0], 1.0);
-  EXPECT_EQ(r[1], 2.0);
-  EXPECT_EQ(Words(memory, static_cast<INTEGER>(r[2]), 3), (std::vector<INTEGER>{1, 3, 0}));
-  EXPECT_EQ(Words(memory, static_cast<INTEGER>(r[3]), 2), (std::vector<INTEGER>{0, 1}));
-  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(r[4]), 10),
+  std::vector<double> r = Reals(memory, record, L::CONTRAST_WORDS);
+  EXPECT_NE(r[L::CONTRAST_ALL_VALUES], 1.0);
+  EXPECT_EQ(r[L::CONTRAST_N_ROWS], 2.0);
+  EXPECT_EQ(Words(memory, static_cast<INTEGER>(r[L::CONTRAST_FIXED]), 3), (std::vector<INTEGER>{1, 3, 0}));
+  EXPECT_EQ(Words(memory, static_cast<INTEGER>(r[L::CONTRAST_RANDOM]), 2), (std::vector<INTEGER>{0, 1}));
+  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(r[L::CONTRAST_VALUES]), 10),
             (std::vector<double>{1, 1, 0, -1, 1, /* row 2 */ 0, 0, 1, -1, 0}));
-  EXPECT_EQ(r[5], 8.0);
-  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(r[6]), 8), "a1 vs a3");
-  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(r[7]), 2), (std::vector<double>{0, 0.5}));
+  EXPECT_EQ(r[L::CONTRAST_LABEL_LENGTH], 8.0);
+  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(r[L::CONTRAST_LABEL]), 8), "a1 vs a3");
+  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(r[L::CONTRAST_K]), 2), (std::vector<double>{0, 0.5}));
 }
 
 TEST(AppMixedMemory, CustomTestsOverSeveralRandomBlocks) {
@@ -271,18 +289,18 @@ TEST(AppMixedMemory, CustomTestsOverSeveralRandomBlocks) {
   Lay("GLMIXFIT y BY a WITH x /FIXED a /RANDOM INTERCEPT x SUBJECTS=s /RANDOM INTERCEPT SUBJECTS=b"
       " /CONTRAST a 1 -1 0 | | INTERCEPT 2 /CONTRAST INTERCEPT 1 | x 1 INTERCEPT 3",
       memory);
-  ASSERT_EQ(N(memory, 552), 2);
-  std::vector<double> first = Reals(memory, Record(memory, 1048, 1.0), 8);
-  EXPECT_EQ(first[1], 1.0);
-  EXPECT_EQ(Words(memory, static_cast<INTEGER>(first[2]), 2), (std::vector<INTEGER>{0, 3}));
-  EXPECT_EQ(Words(memory, static_cast<INTEGER>(first[3]), 3), (std::vector<INTEGER>{0, 0, 1}));
-  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(first[4]), 4), (std::vector<double>{1, -1, 0, 2}));
-  EXPECT_EQ(first[5], 0.0);
-  EXPECT_EQ(first[7], 0.0);
-  std::vector<double> second = Reals(memory, Record(memory, 1048, 2.0), 8);
-  EXPECT_EQ(Words(memory, static_cast<INTEGER>(second[2]), 2), (std::vector<INTEGER>{1, 0}));
-  EXPECT_EQ(Words(memory, static_cast<INTEGER>(second[3]), 3), (std::vector<INTEGER>{1, 1, 0}));
-  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(second[4]), 3), (std::vector<double>{1, 3, 1}));
+  ASSERT_EQ(N(memory, L::N_CONTRASTS), 2);
+  std::vector<double> first = Reals(memory, Record(memory, L::CONTRAST_LIST, 1.0), L::CONTRAST_WORDS);
+  EXPECT_EQ(first[L::CONTRAST_N_ROWS], 1.0);
+  EXPECT_EQ(Words(memory, static_cast<INTEGER>(first[L::CONTRAST_FIXED]), 2), (std::vector<INTEGER>{0, 3}));
+  EXPECT_EQ(Words(memory, static_cast<INTEGER>(first[L::CONTRAST_RANDOM]), 3), (std::vector<INTEGER>{0, 0, 1}));
+  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(first[L::CONTRAST_VALUES]), 4), (std::vector<double>{1, -1, 0, 2}));
+  EXPECT_EQ(first[L::CONTRAST_LABEL_LENGTH], 0.0);
+  EXPECT_EQ(first[L::CONTRAST_K], 0.0);
+  std::vector<double> second = Reals(memory, Record(memory, L::CONTRAST_LIST, 2.0), L::CONTRAST_WORDS);
+  EXPECT_EQ(Words(memory, static_cast<INTEGER>(second[L::CONTRAST_FIXED]), 2), (std::vector<INTEGER>{1, 0}));
+  EXPECT_EQ(Words(memory, static_cast<INTEGER>(second[L::CONTRAST_RANDOM]), 3), (std::vector<INTEGER>{1, 1, 0}));
+  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(second[L::CONTRAST_VALUES]), 3), (std::vector<double>{1, 3, 1}));
 }
 
 TEST(AppMixedMemory, CustomTestsByAllValues) {
@@ -290,23 +308,23 @@ TEST(AppMixedMemory, CustomTestsByAllValues) {
   Lay("GLMIXFIT y BY a /FIXED a /RANDOM INTERCEPT a SUBJECTS=s"
       " /CONTRAST 'all' ALL 0 1 -1 0 | ALL 1 0 ; ALL 0 0 1 -1 | ALL 0 1 K=1 2",
       memory);
-  std::vector<double> r = Reals(memory, Record(memory, 1048, 1.0), 8);
-  EXPECT_EQ(r[0], 1.0);
-  EXPECT_EQ(r[1], 2.0);
-  EXPECT_EQ(r[2], 4.0);
-  EXPECT_EQ(r[3], 2.0);
-  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(r[4]), 12),
+  std::vector<double> r = Reals(memory, Record(memory, L::CONTRAST_LIST, 1.0), L::CONTRAST_WORDS);
+  EXPECT_EQ(r[L::CONTRAST_ALL_VALUES], 1.0);
+  EXPECT_EQ(r[L::CONTRAST_N_ROWS], 2.0);
+  EXPECT_EQ(r[L::CONTRAST_FIXED], 4.0);
+  EXPECT_EQ(r[L::CONTRAST_RANDOM], 2.0);
+  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(r[L::CONTRAST_VALUES]), 12),
             (std::vector<double>{0, 1, -1, 0, 1, 0, 0, 0, 1, -1, 0, 1}));
-  EXPECT_EQ(r[5], 3.0);
-  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(r[6]), 3), "all");
-  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(r[7]), 2), (std::vector<double>{1, 2}));
+  EXPECT_EQ(r[L::CONTRAST_LABEL_LENGTH], 3.0);
+  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(r[L::CONTRAST_LABEL]), 3), "all");
+  EXPECT_EQ(Reals(memory, static_cast<INTEGER>(r[L::CONTRAST_K]), 2), (std::vector<double>{1, 2}));
 
   ParserMemory fixedOnly;
   Lay("GLMIXFIT y BY a /FIXED a /CONTRAST ALL 1 -1", fixedOnly);
-  std::vector<double> f = Reals(fixedOnly, Record(fixedOnly, 1048, 1.0), 8);
-  EXPECT_EQ(f[0], 1.0);
-  EXPECT_EQ(f[2], 2.0);
-  EXPECT_EQ(f[3], 0.0);
+  std::vector<double> f = Reals(fixedOnly, Record(fixedOnly, L::CONTRAST_LIST, 1.0), L::CONTRAST_WORDS);
+  EXPECT_EQ(f[L::CONTRAST_ALL_VALUES], 1.0);
+  EXPECT_EQ(f[L::CONTRAST_FIXED], 2.0);
+  EXPECT_EQ(f[L::CONTRAST_RANDOM], 0.0);
 }
 
 TEST(AppMixedMemory, MarginalMeansWithEachKindOfReference) {
@@ -319,49 +337,49 @@ TEST(AppMixedMemory, MarginalMeansWithEachKindOfReference) {
       " /MEANS b*a COMPARE=a"
       " /MEANS OVERALL AT=x(-1.25) z(3)",
       memory);
-  ASSERT_EQ(N(memory, 384), 6);
+  ASSERT_EQ(N(memory, L::N_MEANS), 6);
   std::vector<std::vector<double>> records;
-  for (int i = 1; i <= 6; ++i) records.push_back(Reals(memory, Record(memory, 1032, i), 9));
+  for (int i = 1; i <= 6; ++i) records.push_back(Reals(memory, Record(memory, L::MEANS_LIST, i), L::MEANS_WORDS));
 
   const std::vector<double>& number = records[0];
-  EXPECT_EQ(number[1], 2.0);
-  EXPECT_EQ(Words(memory, static_cast<INTEGER>(number[2]), 2), (std::vector<INTEGER>{1, 2}));
-  EXPECT_EQ(number[3], 2.0);
-  std::vector<double> block = Reals(memory, static_cast<INTEGER>(number[4]), 8);
-  EXPECT_GE(block[0], 0.0);  // x at its mean
-  EXPECT_LT(block[4], 0.0);  // z held
-  EXPECT_EQ(block[5], 0.5);
-  EXPECT_EQ(block[6], 3.0);
-  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(block[7]), 3), "0.5");
-  EXPECT_EQ(number[5], 3.0);
-  EXPECT_EQ(number[6], 1.0);
-  EXPECT_EQ(number[7], 2.0);
+  EXPECT_EQ(number[L::MEANS_N_FACTORS], 2.0);
+  EXPECT_EQ(Words(memory, static_cast<INTEGER>(number[L::MEANS_FACTORS]), 2), (std::vector<INTEGER>{1, 2}));
+  EXPECT_EQ(number[L::MEANS_COMPARE], 2.0);
+  std::vector<double> block = Reals(memory, static_cast<INTEGER>(number[L::MEANS_COVARIATES]), 2 * L::COVARIATE_WORDS);
+  EXPECT_GE(block[L::COVARIATE_HELD], 0.0);  // x at its mean
+  EXPECT_LT(block[L::COVARIATE_WORDS + L::COVARIATE_HELD], 0.0);  // z held
+  EXPECT_EQ(block[L::COVARIATE_WORDS + L::COVARIATE_VALUE], 0.5);
+  EXPECT_EQ(block[L::COVARIATE_WORDS + L::COVARIATE_TEXT_LENGTH], 3.0);
+  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(block[L::COVARIATE_WORDS + L::COVARIATE_TEXT]), 3), "0.5");
+  EXPECT_EQ(number[L::MEANS_ADJUST], 3.0);
+  EXPECT_EQ(number[L::MEANS_REFERENCE_KIND], 1.0);
+  EXPECT_EQ(number[L::MEANS_REFERENCE], 2.0);
 
   const std::vector<double>& text = records[1];
-  EXPECT_EQ(text[3], 1.0);
-  EXPECT_EQ(text[6], 2.0);
-  EXPECT_EQ(text[7], 2.0);
-  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(text[8]), 8), "a2      ");
-  EXPECT_EQ(text[5], 1.0);
+  EXPECT_EQ(text[L::MEANS_COMPARE], 1.0);
+  EXPECT_EQ(text[L::MEANS_REFERENCE_KIND], 2.0);
+  EXPECT_EQ(text[L::MEANS_REFERENCE], 2.0);
+  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(text[L::MEANS_REFERENCE_TEXT]), 8), "a2      ");
+  EXPECT_EQ(text[L::MEANS_ADJUST], 1.0);
 
-  EXPECT_EQ(records[2][6], 3.0);
-  EXPECT_EQ(records[2][5], 2.0);
-  EXPECT_EQ(records[3][6], 4.0);
-  EXPECT_EQ(records[3][5], 1.0);
-  EXPECT_EQ(records[4][6], 0.0);
-  EXPECT_EQ(Words(memory, static_cast<INTEGER>(records[4][2]), 2), (std::vector<INTEGER>{2, 1}));
-  EXPECT_EQ(records[4][3], 2.0);
+  EXPECT_EQ(records[2][L::MEANS_REFERENCE_KIND], 3.0);
+  EXPECT_EQ(records[2][L::MEANS_ADJUST], 2.0);
+  EXPECT_EQ(records[3][L::MEANS_REFERENCE_KIND], 4.0);
+  EXPECT_EQ(records[3][L::MEANS_ADJUST], 1.0);
+  EXPECT_EQ(records[4][L::MEANS_REFERENCE_KIND], 0.0);
+  EXPECT_EQ(Words(memory, static_cast<INTEGER>(records[4][L::MEANS_FACTORS]), 2), (std::vector<INTEGER>{2, 1}));
+  EXPECT_EQ(records[4][L::MEANS_COMPARE], 2.0);
 
   const std::vector<double>& overall = records[5];
-  EXPECT_EQ(overall[1], 0.0);
-  EXPECT_EQ(overall[3], 0.0);
-  EXPECT_EQ(overall[6], 0.0);
-  std::vector<double> held = Reals(memory, static_cast<INTEGER>(overall[4]), 8);
-  EXPECT_LT(held[0], 0.0);
-  EXPECT_EQ(held[1], -1.25);
-  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(held[3]), 5), "-1.25");
-  EXPECT_LT(held[4], 0.0);
-  EXPECT_EQ(held[5], 3.0);
+  EXPECT_EQ(overall[L::MEANS_N_FACTORS], 0.0);
+  EXPECT_EQ(overall[L::MEANS_COMPARE], 0.0);
+  EXPECT_EQ(overall[L::MEANS_REFERENCE_KIND], 0.0);
+  std::vector<double> held = Reals(memory, static_cast<INTEGER>(overall[L::MEANS_COVARIATES]), 2 * L::COVARIATE_WORDS);
+  EXPECT_LT(held[L::COVARIATE_HELD], 0.0);
+  EXPECT_EQ(held[L::COVARIATE_VALUE], -1.25);
+  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(held[L::COVARIATE_TEXT]), 5), "-1.25");
+  EXPECT_LT(held[L::COVARIATE_WORDS + L::COVARIATE_HELD], 0.0);
+  EXPECT_EQ(held[L::COVARIATE_WORDS + L::COVARIATE_VALUE], 3.0);
 }
 
 TEST(AppMixedMemory, AReferenceTextCoversTheFactorsWidth) {
@@ -370,9 +388,9 @@ TEST(AppMixedMemory, AReferenceTextCoversTheFactorsWidth) {
   data.AddVariable("group", 12);
   ParserMemory memory;
   Lay("GLMIXFIT y BY group /FIXED group /MEANS group COMPARE=group REFERENCE='ctl'", memory, data);
-  std::vector<double> r = Reals(memory, Record(memory, 1032, 1.0), 9);
-  EXPECT_EQ(r[7], 3.0);
-  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(r[8]), 16), "ctl" + std::string(13, ' '));
+  std::vector<double> r = Reals(memory, Record(memory, L::MEANS_LIST, 1.0), L::MEANS_WORDS);
+  EXPECT_EQ(r[L::MEANS_REFERENCE], 3.0);
+  EXPECT_EQ(Chars(memory, static_cast<INTEGER>(r[L::MEANS_REFERENCE_TEXT]), 16), "ctl" + std::string(13, ' '));
 }
 
 TEST(AppMixedMemory, SevenSavedVariablesFillEverySlot) {
@@ -380,15 +398,15 @@ TEST(AppMixedMemory, SevenSavedVariablesFillEverySlot) {
   Lay("GLMIXFIT y /SAVE PREDICTED(p) FIXEDPREDICTED RESIDUAL(r) PREDICTEDSE FIXEDPREDICTEDSE PREDICTEDDF "
       "FIXEDPREDICTEDDF",
       memory);
-  ASSERT_EQ(N(memory, 528), 7);
+  ASSERT_EQ(N(memory, L::N_SAVES), 7);
   const std::vector<INTEGER> kinds = {2, 1, 3, 5, 4, 7, 6};
   const std::vector<std::string> names = {"p",           "FixedPredicted",   "r",
                                           "PredictedSE", "FixedPredictedSE", "PredictedDF",
                                           "FixedPredictedDF"};
   for (int i = 0; i < 7; ++i) {
-    EXPECT_EQ(N(memory, 1576 + 8 * i), kinds[static_cast<std::size_t>(i)]) << i;
+    EXPECT_EQ(N(memory, L::SAVE_KINDS.At(i)), kinds[static_cast<std::size_t>(i)]) << i;
     std::string name = names[static_cast<std::size_t>(i)];
-    EXPECT_EQ(Chars(memory, N(memory, 1632 + 8 * i), 64), name + std::string(64 - name.size(), ' ')) << i;
+    EXPECT_EQ(Chars(memory, N(memory, L::SAVE_NAMES.At(i)), 64), name + std::string(64 - name.size(), ' ')) << i;
   }
 }
 
@@ -399,44 +417,44 @@ TEST(AppMixedMemory, DefaultSaveNamesStayClearOfTheData) {
   data.AddVariable("Residual_1", 0);
   ParserMemory memory;
   Lay("GLMIXFIT y /SAVE RESIDUAL PREDICTED(Residual_2)", memory, data);
-  EXPECT_EQ(Chars(memory, N(memory, 1632), 10), "Residual_3");
-  EXPECT_EQ(Chars(memory, N(memory, 1640), 10), "Residual_2");
+  EXPECT_EQ(Chars(memory, N(memory, L::SAVE_NAMES), 10), "Residual_3");
+  EXPECT_EQ(Chars(memory, N(memory, L::SAVE_NAMES.At(1)), 10), "Residual_2");
 }
 
 TEST(AppMixedMemory, UserFilesWinAndSayTheirKind) {
   ParserMemory model;
   Lay("GLMIXFIT y /EXPORT MODEL='m.xml' STATXML='sub/r.xml'", model);
-  EXPECT_EQ(N(model, 1688), 2);
-  EXPECT_EQ(Field(model, 40), "cmd/m.xml");
-  EXPECT_EQ(Field(model, 550), "cmd/sub/r.xml");
-  EXPECT_EQ(Field(model, 295), "out/statjson-1.json");
+  EXPECT_EQ(N(model, L::FILE_KIND), 2);
+  EXPECT_EQ(Field(model, L::MODEL_FILE), "cmd/m.xml");
+  EXPECT_EQ(Field(model, L::STATXML_FILE), "cmd/sub/r.xml");
+  EXPECT_EQ(Field(model, L::STATJSON_FILE), "out/statjson-1.json");
 
   ParserMemory parameters;
   Lay("GLMIXFIT y /EXPORT PARAMETERS='/tmp/p.xml' STATJSON='../r.json'", parameters);
-  EXPECT_EQ(N(parameters, 1688), 1);
-  EXPECT_EQ(Field(parameters, 40), "/tmp/p.xml");
-  EXPECT_EQ(Field(parameters, 295), "r.json");
-  EXPECT_EQ(Field(parameters, 550), "out/statxml-1.xml");
+  EXPECT_EQ(N(parameters, L::FILE_KIND), 1);
+  EXPECT_EQ(Field(parameters, L::MODEL_FILE), "/tmp/p.xml");
+  EXPECT_EQ(Field(parameters, L::STATJSON_FILE), "r.json");
+  EXPECT_EQ(Field(parameters, L::STATXML_FILE), "out/statxml-1.xml");
 
   // Files that share a name are left for the procedure to report.
   ParserMemory shared;
   Lay("GLMIXFIT y /EXPORT MODEL='same.xml' STATXML='SAME.xml'", shared);
-  EXPECT_EQ(Field(shared, 40), "cmd/same.xml");
-  EXPECT_EQ(Field(shared, 550), "cmd/SAME.xml");
+  EXPECT_EQ(Field(shared, L::MODEL_FILE), "cmd/same.xml");
+  EXPECT_EQ(Field(shared, L::STATXML_FILE), "cmd/SAME.xml");
 }
 
 TEST(AppMixedMemory, NonNumericCoordinatesAreLeftForTheProcedure) {
   ParserMemory memory;
   Lay("GLMIXFIT y /RESIDUAL STRUCTURE=POWER COORDINATES=name", memory);
-  EXPECT_EQ(Words(memory, N(memory, 1256), 1), (std::vector<INTEGER>{9}));
+  EXPECT_EQ(Words(memory, N(memory, L::COORDINATES), 1), (std::vector<INTEGER>{9}));
 }
 
 TEST(AppMixedMemory, WritingAgainStartsAfresh) {
   ParserMemory memory;
   Lay("GLMIXFIT y BY a /FIXED a /MEANS a /SAVE RESIDUAL", memory);
-  EXPECT_EQ(N(memory, 384), 1);
+  EXPECT_EQ(N(memory, L::N_MEANS), 1);
   Lay("GLMIXFIT y", memory);
-  EXPECT_EQ(N(memory, 384), 0);
-  EXPECT_EQ(N(memory, 528), 0);
-  EXPECT_EQ(N(memory, 1032), 0);
+  EXPECT_EQ(N(memory, L::N_MEANS), 0);
+  EXPECT_EQ(N(memory, L::N_SAVES), 0);
+  EXPECT_EQ(N(memory, L::MEANS_LIST), 0);
 }

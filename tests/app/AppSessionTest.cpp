@@ -9,6 +9,7 @@
 
 #include "AppTestSupport.h"
 #include "app/AppProcedureHook.h"
+#include "base/MIXCommandLayout.h"
 #include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
@@ -41,7 +42,7 @@ void Record(void* command, BpProcedure& procedure, ProcedureDataSource& data) {
   gSeen.fHeading = procedure.GetOmHeading() ? procedure.GetOmHeading()->fText : "";
   gSeen.fColumns = data.ColumnCount();
   INTEGER target = 0;
-  std::memcpy(&target, reinterpret_cast<const char*>(CmnMix) + 104, sizeof target);
+  std::memcpy(&target, reinterpret_cast<const char*>(CmnMix) + MIXCommandLayout::TARGET, sizeof target);
   gSeen.fTarget = target;
 }
 
@@ -289,7 +290,7 @@ TEST_F(AppSessionTest, TheProcedureGetsThePublishedMemory) {
   EXPECT_TRUE(Messages(1).empty());
   EXPECT_TRUE(std::filesystem::is_directory(fOptions.fOutputDir));
   // The second command names its documents apart from the first.
-  EXPECT_EQ(Field(fpSession->GetMemory(), 40),
+  EXPECT_EQ(Field(fpSession->GetMemory(), MIXCommandLayout::MODEL_FILE),
             (std::filesystem::path(fOptions.fOutputDir) / "model-2.xml").lexically_normal().string());
   EXPECT_EQ(fpSession->ExitStatus(), 0);
 }

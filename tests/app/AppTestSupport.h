@@ -9,6 +9,7 @@
 #include "app/AppLexer.h"
 #include "app/AppMixedCommand.h"
 #include "app/AppMixedParser.h"
+#include "base/MIXCommandLayout.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/io/DataFileLoader.h"
 #include "host/parser/ParserMemory.h"
@@ -84,11 +85,9 @@ inline double D(ParserMemory& memory, INTEGER position) { return memory.GetRealW
 inline std::string Chars(ParserMemory& memory, INTEGER position, std::size_t bytes) {
   return std::string(reinterpret_cast<const char*>(memory.GetIntegerWords() + position - 1), bytes);
 }
-inline std::string Field(const ParserMemory& memory, int offset) {
-  char buffer[256];
-  std::memcpy(buffer, memory.GetCharacterBlock() + offset, 255);
-  buffer[255] = '\0';
-  std::string text(buffer);
+inline std::string Field(const ParserMemory& memory, MIXCommandLayout::Text field) {
+  std::string text(memory.GetCharacterBlock() + field.fOffset, static_cast<std::size_t>(field.fBytes));
+  text = text.c_str();
   std::size_t end = text.find_last_not_of(' ');
   return end == std::string::npos ? std::string() : text.substr(0, end + 1);
 }

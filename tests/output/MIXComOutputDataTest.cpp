@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/MIXCommandLayout.h"
 #include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
@@ -20,6 +21,8 @@
 #include "specs/MIXValidSpecs.h"
 
 namespace {
+
+namespace L = MIXCommandLayout;
 
 const double kMissing = -DBL_MAX;
 
@@ -66,9 +69,9 @@ class FormatWords : public ::testing::Test {
   ~FormatWords() override { exposemix_(0, 0); }
 
   ZORV_Format At128(std::uint32_t word) {
-    fMemory.SetNumericInteger(128, word);
+    fMemory.SetNumericInteger(L::CRITERIA_FORMAT, word);
     exposemix_(fMemory.GetNumericAddress(), fMemory.GetCharacterAddress());
-    return MIXComOutputData::GetTableFormat(128);
+    return MIXComOutputData::GetTableFormat(L::CRITERIA_FORMAT);
   }
 
   static std::uint32_t Word(int type, int width, int decimals) {
@@ -88,8 +91,8 @@ TEST_F(FormatWords, ThePackedWordGivesTheFormat) {
   EXPECT_EQ(At128(Word(2, 60, 0)), ZORV_Format(ZORV_Format::AHEX, 60, 0));
   EXPECT_EQ(At128(Word(1, 4, 1)), ZORV_Format(ZORV_Format::A, 260, 0));
   // The word at 136 is read the same way; only the low 32 bits count.
-  fMemory.SetNumericInteger(136, (static_cast<INTEGER>(7) << 40) | Word(5, 12, 4));
-  EXPECT_EQ(MIXComOutputData::GetTableFormat(136), ZORV_Format(ZORV_Format::F, 12, 4));
+  fMemory.SetNumericInteger(L::ESTIMATES_FORMAT, (static_cast<INTEGER>(7) << 40) | Word(5, 12, 4));
+  EXPECT_EQ(MIXComOutputData::GetTableFormat(L::ESTIMATES_FORMAT), ZORV_Format(ZORV_Format::F, 12, 4));
   EXPECT_EQ(MIXComOutputData::GetCmnMixMap(), fMemory.GetNumericAddress());
   EXPECT_EQ(MIXComOutputData::GetCmaMixMap(), fMemory.GetCharacterAddress());
 }

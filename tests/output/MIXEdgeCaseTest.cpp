@@ -31,7 +31,7 @@ class OatsEdgeCase : public OutputFixture {
     Load("oats");
     Command("yield", {"Variety"}, {"nitro"}, {{1, 0}, {0, 1}},
             {RandomBlock{{{}}, {"Block"}, false}, RandomBlock{{{}}, {"Block", "Variety"}, false}});
-    SetOption(kShowEstimates, 1);
+    SetOption(L::SHOW_ESTIMATES, 1);
     ASSERT_TRUE(Run());
     fOutput->DisplayOutput();
     fStats = *fFactory->GetOutputStats();

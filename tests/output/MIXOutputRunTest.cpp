@@ -10,10 +10,10 @@
 #include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
 #include "host/strings/FacSTDictionary.h"
-#include "params/MIXParameterMap.h"
 #include "numeric/glmm/GLMMOutputStats.h"
 #include "output/MIXComOutputData.h"
 #include "output/MIXOutput.h"
+#include "params/MIXParameterMap.h"
 
 namespace output_test {
 namespace {
@@ -32,7 +32,7 @@ class DyestuffRun : public OutputFixture {
   void SetUp() override {
     Load("dyestuff");
     Command("Yield", {}, {}, {}, {RandomBlock{{{}}, {"Batch"}, false}});
-    SetOption(kMethod, 1);
+    SetOption(L::METHOD, 1);
   }
 };
 
@@ -100,9 +100,9 @@ TEST_F(DyestuffRun, AModelWithOnlyAnInterceptTestsTheInterceptAlone) {
 }
 
 TEST_F(DyestuffRun, TablesStandInTheirOrderUnderTheirHeadings) {
-  SetOption(kShowEstimates, 1);
-  SetOption(kShowCorrelations, 1);
-  SetOption(kShowCovariances, 1);
+  SetOption(L::SHOW_ESTIMATES, 1);
+  SetOption(L::SHOW_ESTIMATE_CORRELATIONS, 1);
+  SetOption(L::SHOW_ESTIMATE_COVARIANCES, 1);
   RunDriver();
   std::vector<std::string> subTypes;
   for (const OmTable* table : Tables()) subTypes.push_back(table->fSubType);
@@ -155,7 +155,7 @@ TEST_F(OatsRun, TestsNameTheEffects) {
 }
 
 TEST_F(OatsRun, TypeOneTestsHaveTheirTitle) {
-  SetOption(kTestType, 1);
+  SetOption(L::TEST_TYPE, 1);
   ASSERT_TRUE(Run());
   fOutput->DisplayOutput();
   const OmTable& table = *TablesOf("Tests of Fixed Effects")[0];
@@ -173,7 +173,7 @@ TEST_F(OatsRun, WithoutPrintOptionsOnlyCriteriaAndTestsAreWritten) {
 }
 
 TEST_F(OatsRun, EstimatesShowTheRedundantParameterAsZero) {
-  SetOption(kShowEstimates, 1);
+  SetOption(L::SHOW_ESTIMATES, 1);
   ASSERT_TRUE(Run());
   fOutput->DisplayOutput();
   const std::vector<MCMath_850::BetaParamStat>& stats = fFactory->GetOutputStats()->GetBetaParamStats();
@@ -214,8 +214,8 @@ TEST_F(OatsRun, EstimatesShowTheRedundantParameterAsZero) {
 }
 
 TEST_F(OatsRun, MatricesOfTheEstimates) {
-  SetOption(kShowCorrelations, 1);
-  SetOption(kShowCovariances, 1);
+  SetOption(L::SHOW_ESTIMATE_CORRELATIONS, 1);
+  SetOption(L::SHOW_ESTIMATE_COVARIANCES, 1);
   ASSERT_TRUE(Run());
   fOutput->DisplayOutput();
   const MCMath_850::MCSymMatrix& matrix = *fFactory->GetOutputStats()->GetCovarianceMatrixBeta();
@@ -250,9 +250,9 @@ TEST_F(OatsRun, MatricesOfTheEstimates) {
 }
 
 TEST_F(OatsRun, EveryFixedTextHasItsTranslation) {
-  SetOption(kShowEstimates, 1);
-  SetOption(kShowCorrelations, 1);
-  SetOption(kShowCovariances, 1);
+  SetOption(L::SHOW_ESTIMATES, 1);
+  SetOption(L::SHOW_ESTIMATE_CORRELATIONS, 1);
+  SetOption(L::SHOW_ESTIMATE_COVARIANCES, 1);
   FacSTDictionary::ClearMissingKeys();
   RunDriver();
   EXPECT_EQ(Tables().size(), 6u);
@@ -327,7 +327,7 @@ class OrthodontSplitRun : public OutputFixture {
     Load("orthodont");
     fData.SetSplitVars({Column("Sex")});
     Command("distance", {}, {"age"}, {{1}}, {RandomBlock{{{}}, {"Subject"}, false}});
-    SetOption(kShowEstimates, 1);
+    SetOption(L::SHOW_ESTIMATES, 1);
   }
 };
 

@@ -69,33 +69,33 @@ void OutputFixture::Command(const std::string& target, const std::vector<std::st
     return words.empty() ? 1 : fMemory.AddIntegers(words);
   };
 
-  fMemory.SetNumericReal(kConfidence, 95.0);
-  fMemory.SetNumericReal(kParameterCriterion, 1e-6);
-  fMemory.SetNumericReal(kSingular, 1e-12);
-  fMemory.SetNumericInteger(kTarget, Column(target) + 1);
-  fMemory.SetNumericInteger(kCriteriaFormat, ZORV_Format(ZORV_Format::F, 40, 3).Packed());
-  fMemory.SetNumericInteger(kEstimatesFormat, ZORV_Format(ZORV_Format::F, 40, 4).Packed());
-  fMemory.SetNumericInteger(kHessianKind, 2);
-  fMemory.SetNumericInteger(kHistoryStep, 1);
-  fMemory.SetNumericInteger(kScoring, 1);
-  fMemory.SetNumericInteger(kLogLikelihoodKind, 2);
-  fMemory.SetNumericInteger(kMethod, 2);
-  fMemory.SetNumericInteger(kIterations, 100);
-  fMemory.SetNumericInteger(kHalving, 5);
-  fMemory.SetNumericInteger(kParameterKind, 1);
-  fMemory.SetNumericInteger(kTestType, 3);
-  fMemory.SetNumericInteger(kIntercept, intercept ? 1 : 0);
+  fMemory.SetNumericReal(L::CONFIDENCE, 95.0);
+  fMemory.SetNumericReal(L::PARAMETER_CRITERION, 1e-6);
+  fMemory.SetNumericReal(L::SINGULAR, 1e-12);
+  fMemory.SetNumericInteger(L::TARGET, Column(target) + 1);
+  fMemory.SetNumericInteger(L::CRITERIA_FORMAT, ZORV_Format(ZORV_Format::F, 40, 3).Packed());
+  fMemory.SetNumericInteger(L::ESTIMATES_FORMAT, ZORV_Format(ZORV_Format::F, 40, 4).Packed());
+  fMemory.SetNumericInteger(L::HESSIAN_KIND, 2);
+  fMemory.SetNumericInteger(L::HISTORY_STEP, 1);
+  fMemory.SetNumericInteger(L::SCORING, 1);
+  fMemory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 2);
+  fMemory.SetNumericInteger(L::METHOD, 2);
+  fMemory.SetNumericInteger(L::ITERATIONS, 100);
+  fMemory.SetNumericInteger(L::HALVING, 5);
+  fMemory.SetNumericInteger(L::PARAMETER_KIND, 1);
+  fMemory.SetNumericInteger(L::TEST_TYPE, 3);
+  fMemory.SetNumericInteger(L::INTERCEPT, intercept ? 1 : 0);
 
-  fMemory.SetNumericInteger(kNFactors, static_cast<INTEGER>(factors.size()));
-  fMemory.SetNumericInteger(kFactors, fMemory.AddIntegers(positions(factors)));
-  fMemory.SetNumericInteger(kNCovariates, static_cast<INTEGER>(covariates.size()));
-  fMemory.SetNumericInteger(kCovariates, fMemory.AddIntegers(positions(covariates)));
+  fMemory.SetNumericInteger(L::N_FACTORS, static_cast<INTEGER>(factors.size()));
+  fMemory.SetNumericInteger(L::FACTORS, fMemory.AddIntegers(positions(factors)));
+  fMemory.SetNumericInteger(L::N_COVARIATES, static_cast<INTEGER>(covariates.size()));
+  fMemory.SetNumericInteger(L::COVARIATES, fMemory.AddIntegers(positions(covariates)));
 
   std::vector<std::vector<INTEGER>> fixed;
   if (intercept) fixed.push_back({});
   fixed.insert(fixed.end(), fixedTerms.begin(), fixedTerms.end());
-  fMemory.SetNumericInteger(kNFixedTerms, static_cast<INTEGER>(fixed.size()));
-  fMemory.SetNumericInteger(kFixedTerms, rows(fixed));
+  fMemory.SetNumericInteger(L::N_FIXED_TERMS, static_cast<INTEGER>(fixed.size()));
+  fMemory.SetNumericInteger(L::FIXED_TERMS, rows(fixed));
 
   std::vector<std::vector<INTEGER>> randomTerms;
   std::vector<INTEGER> termCounts, predict, covariances, subjectCounts, subjectLists;
@@ -116,16 +116,16 @@ void OutputFixture::Command(const std::string& target, const std::vector<std::st
       }
     }
   }
-  fMemory.SetNumericInteger(kNRandomBlocks, static_cast<INTEGER>(blocks.size()));
-  fMemory.SetNumericInteger(kNRandomTerms, static_cast<INTEGER>(randomTerms.size()));
-  fMemory.SetNumericInteger(kRandomTerms, rows(randomTerms));
-  fMemory.SetNumericInteger(kBlockTermCounts, fMemory.AddIntegers(termCounts));
-  fMemory.SetNumericInteger(kBlockPredict, fMemory.AddIntegers(predict));
-  fMemory.SetNumericInteger(kBlockCovariances, fMemory.AddIntegers(covariances));
-  fMemory.SetNumericInteger(kBlockSubjectCounts, fMemory.AddIntegers(subjectCounts));
-  fMemory.SetNumericInteger(kBlockSubjectLists, fMemory.AddIntegers(subjectLists));
-  fMemory.SetNumericInteger(kNRandomSubjects, static_cast<INTEGER>(allSubjects.size()));
-  fMemory.SetNumericInteger(kRandomSubjects, fMemory.AddIntegers(positions(allSubjects)));
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, static_cast<INTEGER>(blocks.size()));
+  fMemory.SetNumericInteger(L::N_RANDOM_TERMS, static_cast<INTEGER>(randomTerms.size()));
+  fMemory.SetNumericInteger(L::RANDOM_TERMS, rows(randomTerms));
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, fMemory.AddIntegers(termCounts));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, fMemory.AddIntegers(predict));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, fMemory.AddIntegers(covariances));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, fMemory.AddIntegers(subjectCounts));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, fMemory.AddIntegers(subjectLists));
+  fMemory.SetNumericInteger(L::N_RANDOM_SUBJECTS, static_cast<INTEGER>(allSubjects.size()));
+  fMemory.SetNumericInteger(L::RANDOM_SUBJECTS, fMemory.AddIntegers(positions(allSubjects)));
 }
 
 void OutputFixture::RunDriver() {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/MIXCommandLayout.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
@@ -16,45 +17,7 @@
 
 namespace output_test {
 
-// Byte offsets of the command in the parser's numeric block.
-enum Slot : int {
-  kConfidence = 0,
-  kParameterCriterion = 64,
-  kSingular = 80,
-  kTarget = 104,
-  kCriteriaFormat = 128,
-  kEstimatesFormat = 136,
-  kHessianKind = 144,
-  kHistoryStep = 232,
-  kScoring = 240,
-  kLogLikelihoodKind = 272,
-  kMethod = 312,  // 1 ML, 2 REML
-  kIterations = 336,
-  kHalving = 344,
-  kNCovariates = 360,
-  kNFixedTerms = 368,
-  kNRandomTerms = 376,
-  kNFactors = 392,
-  kNRandomBlocks = 480,
-  kNRandomSubjects = 544,
-  kParameterKind = 584,
-  kCovariates = 600,
-  kFixedTerms = 696,
-  kRandomTerms = 712,
-  kFactors = 720,
-  kBlockTermCounts = 968,
-  kBlockCovariances = 1144,
-  kBlockSubjectCounts = 1232,
-  kBlockSubjectLists = 1296,
-  kBlockPredict = 1336,
-  kRandomSubjects = 1384,
-  kTestType = 1696,
-  kIntercept = 1736,
-  kShowCorrelations = 1768,
-  kShowCovariances = 1776,
-  kShowHistory = 1808,
-  kShowEstimates = 1832
-};
+namespace L = MIXCommandLayout;
 
 // A random block of the command: its terms (rows over the factors, then
 // the covariates; all zero for the intercept) and its subjects.
@@ -83,7 +46,8 @@ class OutputFixture : public ::testing::Test {
   void Command(const std::string& target, const std::vector<std::string>& factors,
                const std::vector<std::string>& covariates, const std::vector<std::vector<INTEGER>>& fixedTerms,
                const std::vector<RandomBlock>& blocks, bool intercept = true);
-  void SetOption(int slot, INTEGER value) { fMemory.SetNumericInteger(slot, value); }
+  template <L::Kind K>
+  void SetOption(L::Slot<K> slot, INTEGER value) { fMemory.SetNumericInteger(slot, value); }
 
   // The whole run through the driver.
   void RunDriver();

@@ -11,7 +11,7 @@
 #include <vector>
 #include <unistd.h>
 
-#include "app/AppMixedLayout.h"
+#include "base/MIXCommandLayout.h"
 #include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Format.h"
@@ -88,7 +88,7 @@ struct CommandData {
 };
 
 inline void WriteCommand(const CommandData& command, ParserMemory& memory) {
-  typedef AppMixedLayout L;
+  namespace L = MIXCommandLayout;
   memory.Clear();
   memory.AddInteger(0);
   memory.SetNumericReal(L::CONFIDENCE, 95.0);
@@ -129,15 +129,17 @@ inline void WriteCommand(const CommandData& command, ParserMemory& memory) {
 
   memory.SetNumericInteger(L::N_SAVES, static_cast<INTEGER>(command.fvSaves.size()));
   for (std::size_t i = 0; i < command.fvSaves.size() && i < L::SAVE_SLOTS; ++i) {
-    const int slot = static_cast<int>(i) * 8;
-    memory.SetNumericInteger(L::SAVE_KINDS + slot, command.fvSaves[i].first + 1);
-    memory.SetNumericInteger(L::SAVE_NAMES + slot, memory.AddText(command.fvSaves[i].second, L::SAVE_NAME_BYTES));
+    const int slot = static_cast<int>(i);
+    memory.SetNumericInteger(L::SAVE_KINDS.At(slot), command.fvSaves[i].first + 1);
+    memory.SetNumericInteger(L::SAVE_NAMES.At(slot), memory.AddText(command.fvSaves[i].second, L::SAVE_NAME_BYTES));
   }
 
   memory.SetNumericInteger(L::FILE_KIND, command.fFileKind);
-  memory.SetCharacterText(L::MODEL_FILE, L::FILE_LENGTH, command.fModelFile);
-  memory.SetCharacterText(L::STATJSON_FILE, L::FILE_LENGTH, command.fStatJsonFile);
-  memory.SetCharacterText(L::STATXML_FILE, L::FILE_LENGTH, command.fStatXmlFile);
+  for (const auto& file : {std::make_pair(L::MODEL_FILE, &command.fModelFile),
+                           std::make_pair(L::STATJSON_FILE, &command.fStatJsonFile),
+                           std::make_pair(L::STATXML_FILE, &command.fStatXmlFile)}) {
+    memory.SetCharacterText(file.first.fOffset, file.first.fBytes, *file.second);
+  }
 }
 
 // One message of the output, with its level.

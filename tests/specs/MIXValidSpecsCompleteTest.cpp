@@ -40,22 +40,22 @@ class SpecsComplete : public SpecsFixture {
   // name; spatial coordinate cx.
   void FullModel() {
     fData.SetWeightVar(W);
-    SetVarList(392, 720, {A, B});
-    SetVarList(360, 600, {X, Z});
-    SetTerms(368, 696, {{}, {1, 0, 0, 0}, {0, 0, 1, 0}});
-    SetTerms(376, 712, {{0, 1, 0, 0}});
-    fMemory.SetNumericInteger(480, 1);
-    fMemory.SetNumericInteger(968, List({1}));
-    fMemory.SetNumericInteger(1336, List({0}));
-    fMemory.SetNumericInteger(1144, List({15}));
-    fMemory.SetNumericInteger(1232, List({1}));
-    fMemory.SetNumericInteger(1296, List({List({SUBJ + 1})}));
-    SetVarList(544, 1384, {SUBJ});
-    fMemory.SetNumericInteger(1560, SW + 1);
-    SetVarList(512, 1264, {T, A});
-    SetVarList(504, 1128, {NAME});
-    fMemory.SetNumericInteger(1536, 20);
-    SetVarList(520, 1256, {CX});
+    SetVarList(L::N_FACTORS, L::FACTORS, {A, B});
+    SetVarList(L::N_COVARIATES, L::COVARIATES, {X, Z});
+    SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{}, {1, 0, 0, 0}, {0, 0, 1, 0}});
+    SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{0, 1, 0, 0}});
+    fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 1);
+    fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({1}));
+    fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({0}));
+    fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({15}));
+    fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({1}));
+    fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({List({SUBJ + 1})}));
+    SetVarList(L::N_RANDOM_SUBJECTS, L::RANDOM_SUBJECTS, {SUBJ});
+    fMemory.SetNumericInteger(L::SCALE_WEIGHT, SW + 1);
+    SetVarList(L::N_REPEATED, L::REPEATED, {T, A});
+    SetVarList(L::N_REPEATED_SUBJECTS, L::REPEATED_SUBJECTS, {NAME});
+    fMemory.SetNumericInteger(L::REPEATED_COVARIANCE, 20);
+    SetVarList(L::N_COORDINATES, L::COORDINATES, {CX});
   }
 
   // An adapter on the record's layout, standing on the first split.
@@ -73,7 +73,7 @@ using SpecsCompleteDeathTest = SpecsComplete;
 
 TEST_F(SpecsComplete, RegistrationOrderAndFlags) {
   FullModel();
-  fMemory.SetNumericInteger(1752, 1);
+  fMemory.SetNumericInteger(L::INCLUDE_USER_MISSING, 1);
   Read();
   fSpecs->SetOffsetType(MCConst::OFFSET_VARIABLE);
   fSpecs->SetOffsetIndex(CY);
@@ -133,27 +133,27 @@ TEST_F(SpecsComplete, MissingValuesExcludedByDefault) {
 
 TEST_F(SpecsComplete, RunSettingsTakeEveryValue) {
   FullModel();
-  fMemory.SetNumericReal(0, 90.0);
-  fMemory.SetNumericReal(8, 1e-3);
-  fMemory.SetNumericReal(16, 1e-4);
-  fMemory.SetNumericReal(64, 1e-7);
-  fMemory.SetNumericReal(80, 1e-9);
-  fMemory.SetNumericInteger(144, 2);
-  fMemory.SetNumericInteger(232, 3);
-  fMemory.SetNumericInteger(240, 4);
-  fMemory.SetNumericInteger(272, 2);
-  fMemory.SetNumericInteger(584, 2);
-  fMemory.SetNumericInteger(312, 1);
-  fMemory.SetNumericInteger(336, 60);
-  fMemory.SetNumericInteger(344, 8);
-  fMemory.SetNumericInteger(1696, 1);
-  fMemory.SetNumericInteger(1736, 0);
-  SetTerms(368, 696, {{1, 0, 0, 0}, {0, 0, 1, 0}});
-  fMemory.SetNumericInteger(528, 2);
-  fMemory.SetNumericInteger(1576, 2);
-  fMemory.SetNumericInteger(1632, fMemory.AddText("P", 64));
-  fMemory.SetNumericInteger(1584, 7);
-  fMemory.SetNumericInteger(1640, fMemory.AddText("D", 64));
+  fMemory.SetNumericReal(L::CONFIDENCE, 90.0);
+  fMemory.SetNumericReal(L::HESSIAN_CRITERION, 1e-3);
+  fMemory.SetNumericReal(L::LOGLIKELIHOOD_CRITERION, 1e-4);
+  fMemory.SetNumericReal(L::PARAMETER_CRITERION, 1e-7);
+  fMemory.SetNumericReal(L::SINGULAR, 1e-9);
+  fMemory.SetNumericInteger(L::HESSIAN_KIND, 2);
+  fMemory.SetNumericInteger(L::HISTORY_STEP, 3);
+  fMemory.SetNumericInteger(L::SCORING, 4);
+  fMemory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 2);
+  fMemory.SetNumericInteger(L::PARAMETER_KIND, 2);
+  fMemory.SetNumericInteger(L::METHOD, 1);
+  fMemory.SetNumericInteger(L::ITERATIONS, 60);
+  fMemory.SetNumericInteger(L::HALVING, 8);
+  fMemory.SetNumericInteger(L::TEST_TYPE, 1);
+  fMemory.SetNumericInteger(L::INTERCEPT, 0);
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{1, 0, 0, 0}, {0, 0, 1, 0}});
+  fMemory.SetNumericInteger(L::N_SAVES, 2);
+  fMemory.SetNumericInteger(L::SAVE_KINDS, 2);
+  fMemory.SetNumericInteger(L::SAVE_NAMES, fMemory.AddText("P", L::SAVE_NAME_BYTES));
+  fMemory.SetNumericInteger(L::SAVE_KINDS.At(1), 7);
+  fMemory.SetNumericInteger(L::SAVE_NAMES.At(1), fMemory.AddText("D", L::SAVE_NAME_BYTES));
   Read();
   fSpecs->SetEffectAnalysisStat(GZLConst_850::EFFECT_STAT_LIKELIHOOD_RATIO);
   fSpecs->SetIterSep(7);
@@ -313,16 +313,16 @@ TEST_F(SpecsComplete, ADefaultRunHasNoOffset) {
 }
 
 TEST_F(SpecsComplete, SortVariablesAreTheSubjectsResidualFirst) {
-  SetVarList(392, 720, {A, B});
-  SetTerms(376, 712, {{}, {1, 0}});
-  fMemory.SetNumericInteger(480, 2);
-  fMemory.SetNumericInteger(968, List({1, 1}));
-  fMemory.SetNumericInteger(1336, List({0, 0}));
-  fMemory.SetNumericInteger(1144, List({0, 0}));
-  fMemory.SetNumericInteger(1232, List({2, 1}));
-  fMemory.SetNumericInteger(1296, List({List({SUBJ + 1, C + 1}), List({B + 1})}));
-  SetVarList(544, 1384, {SUBJ, C, B});
-  SetVarList(504, 1128, {NAME, SUBJ});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A, B});
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{}, {1, 0}});
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 2);
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({1, 1}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({0, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({0, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({2, 1}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({List({SUBJ + 1, C + 1}), List({B + 1})}));
+  SetVarList(L::N_RANDOM_SUBJECTS, L::RANDOM_SUBJECTS, {SUBJ, C, B});
+  SetVarList(L::N_REPEATED_SUBJECTS, L::REPEATED_SUBJECTS, {NAME, SUBJ});
   ReadAndComplete();
   // Record: y 0, a b 1 2, subj c 3 4 (b is there already), name 5.
   std::vector<int> sortVars;
@@ -337,8 +337,8 @@ TEST_F(SpecsComplete, SortVariablesAreTheSubjectsResidualFirst) {
 }
 
 TEST_F(SpecsComplete, FactorsTakeTheSplitsCategoriesInTheirOrder) {
-  SetVarList(392, 720, {A, G});
-  SetVarList(512, 1264, {B});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A, G});
+  SetVarList(L::N_REPEATED, L::REPEATED, {B});
   ReadAndComplete();
   auto adapter = OpenAdapter();
   int type = 0;
@@ -367,7 +367,7 @@ TEST_F(SpecsComplete, FactorsTakeTheSplitsCategoriesInTheirOrder) {
 }
 
 TEST_F(SpecsComplete, SplitBookkeeping) {
-  SetVarList(392, 720, {A});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A});
   Read();
   MCEmmeansSpec request;
   request.AddFactor(A, 0);
@@ -425,7 +425,7 @@ class SpecsCompleteMeans : public SpecsComplete {
   SpecsCompleteMeans() : fMid(TextCells("mid", 4)), fUnknown(TextCells("zzz", 4)) {
     fTwo.fNum = 2.0;
     fSeven.fNum = 7.0;
-    SetVarList(392, 720, {A, B, G});
+    SetVarList(L::N_FACTORS, L::FACTORS, {A, B, G});
   }
 
   MCEmmeansSpec Request(int factor, MCConst::MCContrastType contrast) {
@@ -494,7 +494,7 @@ TEST_F(SpecsCompleteMeans, EachReferenceKindInASplit) {
 
 TEST_F(SpecsCompleteMeans, ACompareFactorAtRecordPositionZeroIsNotEncoded) {
   // Without a target the first factor takes record position 0.
-  fMemory.SetNumericInteger(104, 0);
+  fMemory.SetNumericInteger(L::TARGET, 0);
   Read();
   ASSERT_EQ(fSpecs->GetDependVar(), -1);
   fSpecs->SetEMMeansSpec({Request(A, MCConst::CONTRAST_SIMPLE), Request(B, MCConst::CONTRAST_SIMPLE)},

@@ -65,15 +65,15 @@ TEST_F(SpecsDisplay, AFreshRecordShowsWhatIsNotDefined) {
 
 TEST_F(SpecsDisplay, AReadRecordShowsItsValues) {
   fData.SetWeightVar(W);
-  SetVarList(392, 720, {A, B});
-  SetVarList(360, 600, {X});
-  SetTerms(368, 696, {{}, {1, 0, 0}});
-  fMemory.SetNumericInteger(1688, 2);
-  fMemory.SetCharacterText(40, 255, "model.xml");
-  fMemory.SetCharacterText(550, 255, "stats.xml");
-  fMemory.SetNumericInteger(528, 1);
-  fMemory.SetNumericInteger(1576, 3);
-  fMemory.SetNumericInteger(1632, fMemory.AddText("RESID", 64));
+  SetVarList(L::N_FACTORS, L::FACTORS, {A, B});
+  SetVarList(L::N_COVARIATES, L::COVARIATES, {X});
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{}, {1, 0, 0}});
+  fMemory.SetNumericInteger(L::FILE_KIND, 2);
+  SetText(L::MODEL_FILE, "model.xml");
+  SetText(L::STATXML_FILE, "stats.xml");
+  fMemory.SetNumericInteger(L::N_SAVES, 1);
+  fMemory.SetNumericInteger(L::SAVE_KINDS, 3);
+  fMemory.SetNumericInteger(L::SAVE_NAMES, fMemory.AddText("RESID", L::SAVE_NAME_BYTES));
   MIXValidSpecs& specs = ReadAndComplete();
   std::ostringstream stream;
   specs.Display(stream);
@@ -96,8 +96,8 @@ TEST_F(SpecsDisplay, AReadRecordShowsItsValues) {
 }
 
 TEST_F(SpecsDisplay, TheSameTextGoesToTheFrontEndInPieces) {
-  SetVarList(392, 720, {A, B});
-  SetTerms(368, 696, {{}, {1, 0}, {0, 1}, {1, 1}});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A, B});
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{}, {1, 0}, {0, 1}, {1, 1}});
   MIXValidSpecs& specs = ReadAndComplete();
   std::ostringstream stream;
   specs.Display(stream);

@@ -54,19 +54,19 @@ class SpecsLists : public SpecsFixture {
 }  // namespace
 
 TEST_F(SpecsLists, CustomTestsInBothForms) {
-  SetVarList(392, 720, {A, B});
-  SetVarList(360, 600, {X});
-  SetTerms(368, 696, {{}, {1, 0, 0}, {0, 1, 0}});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A, B});
+  SetVarList(L::N_COVARIATES, L::COVARIATES, {X});
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{}, {1, 0, 0}, {0, 1, 0}});
   // One random block: the intercept and a, by subj.
-  SetTerms(376, 712, {{}, {1, 0, 0}});
-  fMemory.SetNumericInteger(480, 1);
-  fMemory.SetNumericInteger(968, List({2}));
-  fMemory.SetNumericInteger(1336, List({0}));
-  fMemory.SetNumericInteger(1144, List({0, 0}));
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{}, {1, 0, 0}});
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 1);
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({2}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({0}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({0, 0}));
   const INTEGER subjects = List({SUBJ + 1});
-  fMemory.SetNumericInteger(1232, List({1, 1}));
-  fMemory.SetNumericInteger(1296, List({subjects, subjects}));
-  SetVarList(544, 1384, {SUBJ});
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({1, 1}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({subjects, subjects}));
+  SetVarList(L::N_RANDOM_SUBJECTS, L::RANDOM_SUBJECTS, {SUBJ});
 
   // By effects: the intercept, b, then a's random values.
   const INTEGER fixedCounts = List({1, 0, 1});
@@ -76,8 +76,8 @@ TEST_F(SpecsLists, CustomTestsInBothForms) {
   const INTEGER byEffects = TestRecord(0.0, 1, fixedCounts, randomCounts, values, "b and a", k);
   // All values: three fixed, no random.
   const INTEGER allValues = TestRecord(1.0, 2, 3, 0, fMemory.AddReals({1, 0, 0, 0, 1, 0}), "", 0);
-  fMemory.SetNumericInteger(552, 2);
-  fMemory.SetNumericInteger(1048, fMemory.AddList({byEffects, allValues}));
+  fMemory.SetNumericInteger(L::N_CONTRASTS, 2);
+  fMemory.SetNumericInteger(L::CONTRAST_LIST, fMemory.AddList({byEffects, allValues}));
 
   MIXValidSpecs& specs = ReadAndComplete();
   EXPECT_TRUE(fbRead);
@@ -110,8 +110,8 @@ TEST_F(SpecsLists, CustomTestsInBothForms) {
 TEST_F(SpecsLists, MeansRequestsWithEveryReferenceKind) {
   // Split by c, so that every request is checked in two splits.
   fData.SetSplitVars({C});
-  SetVarList(392, 720, {A, G});
-  SetVarList(360, 600, {X});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A, G});
+  SetVarList(L::N_COVARIATES, L::COVARIATES, {X});
   const INTEGER heldAt = fMemory.AddText("0.5");
   const INTEGER covariates = fMemory.AddReals({-1, 0.5, 3, static_cast<double>(heldAt)});
   const std::vector<INTEGER> records = {
@@ -123,8 +123,8 @@ TEST_F(SpecsLists, MeansRequestsWithEveryReferenceKind) {
       MeansRecord({2}, 1, 0, 0, 4),              // the last category
       MeansRecord({1}, 1, 0, 0, 1, 7.0),         // a = 7, in no split
   };
-  fMemory.SetNumericInteger(384, static_cast<INTEGER>(records.size()));
-  fMemory.SetNumericInteger(1032, fMemory.AddList(records));
+  fMemory.SetNumericInteger(L::N_MEANS, static_cast<INTEGER>(records.size()));
+  fMemory.SetNumericInteger(L::MEANS_LIST, fMemory.AddList(records));
 
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(fbRead);

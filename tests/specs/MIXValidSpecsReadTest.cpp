@@ -38,25 +38,27 @@ TEST_F(SpecsReading, PlainCommandGivesTheDefaults) {
 }
 
 TEST_F(SpecsReading, EveryScalarOffsetReachesItsField) {
-  fMemory.SetNumericReal(0, 90.0);
-  fMemory.SetNumericReal(8, 1e-3);
-  fMemory.SetNumericReal(16, 1e-4);
-  fMemory.SetNumericReal(64, 1e-7);
-  fMemory.SetNumericReal(80, 1e-9);
-  fMemory.SetNumericInteger(104, Z + 1);
-  fMemory.SetNumericInteger(144, 1);
-  fMemory.SetNumericInteger(232, 3);
-  fMemory.SetNumericInteger(240, 4);
-  fMemory.SetNumericInteger(272, 1);
-  fMemory.SetNumericInteger(312, 1);
-  fMemory.SetNumericInteger(336, 50);
-  fMemory.SetNumericInteger(344, 7);
-  fMemory.SetNumericInteger(584, 2);
-  fMemory.SetNumericInteger(1696, 1);
-  fMemory.SetNumericInteger(1736, 0);
-  fMemory.SetNumericInteger(1752, 1);
-  const long printOffsets[] = {1760, 1768, 1776, 1784, 1792, 1800, 1808, 1816, 1824, 1832};
-  for (long offset : printOffsets) fMemory.SetNumericInteger(offset, 1);
+  fMemory.SetNumericReal(L::CONFIDENCE, 90.0);
+  fMemory.SetNumericReal(L::HESSIAN_CRITERION, 1e-3);
+  fMemory.SetNumericReal(L::LOGLIKELIHOOD_CRITERION, 1e-4);
+  fMemory.SetNumericReal(L::PARAMETER_CRITERION, 1e-7);
+  fMemory.SetNumericReal(L::SINGULAR, 1e-9);
+  fMemory.SetNumericInteger(L::TARGET, Z + 1);
+  fMemory.SetNumericInteger(L::HESSIAN_KIND, 1);
+  fMemory.SetNumericInteger(L::HISTORY_STEP, 3);
+  fMemory.SetNumericInteger(L::SCORING, 4);
+  fMemory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 1);
+  fMemory.SetNumericInteger(L::METHOD, 1);
+  fMemory.SetNumericInteger(L::ITERATIONS, 50);
+  fMemory.SetNumericInteger(L::HALVING, 7);
+  fMemory.SetNumericInteger(L::PARAMETER_KIND, 2);
+  fMemory.SetNumericInteger(L::TEST_TYPE, 1);
+  fMemory.SetNumericInteger(L::INTERCEPT, 0);
+  fMemory.SetNumericInteger(L::INCLUDE_USER_MISSING, 1);
+  for (int offset : {L::SHOW_CASES, L::SHOW_ESTIMATE_CORRELATIONS, L::SHOW_ESTIMATE_COVARIANCES, L::SHOW_COVARIANCE_TESTS,
+                     L::SHOW_VARIABLES, L::SHOW_G, L::SHOW_HISTORY, L::SHOW_L, L::SHOW_R, L::SHOW_ESTIMATES}) {
+    fMemory.SetNumericInteger(offset, 1);
+  }
 
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(fbRead);
@@ -96,7 +98,7 @@ TEST_F(SpecsReading, EveryScalarOffsetReachesItsField) {
 }
 
 TEST_F(SpecsReading, EachPrintOptionHasItsOwnSlot) {
-  fMemory.SetNumericInteger(1816, 1);
+  fMemory.SetNumericInteger(L::SHOW_L, 1);
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(specs.GetPrintOptionLMATRIX());
   EXPECT_FALSE(specs.GetPrintOptionCPS());
@@ -111,11 +113,11 @@ TEST_F(SpecsReading, EachPrintOptionHasItsOwnSlot) {
 }
 
 TEST_F(SpecsReading, KindsOutsideTheirValuesLeaveTheDefaults) {
-  fMemory.SetNumericInteger(144, 0);
-  fMemory.SetNumericInteger(272, 3);
-  fMemory.SetNumericInteger(584, 7);
-  fMemory.SetNumericInteger(312, 0);
-  fMemory.SetNumericInteger(1696, 2);
+  fMemory.SetNumericInteger(L::HESSIAN_KIND, 0);
+  fMemory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 3);
+  fMemory.SetNumericInteger(L::PARAMETER_KIND, 7);
+  fMemory.SetNumericInteger(L::METHOD, 0);
+  fMemory.SetNumericInteger(L::TEST_TYPE, 2);
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetHConvType(), MCConst::CONV_RELATIVE);
   EXPECT_EQ(specs.GetLConvType(), MCConst::CONV_RELATIVE);
@@ -123,10 +125,10 @@ TEST_F(SpecsReading, KindsOutsideTheirValuesLeaveTheDefaults) {
   EXPECT_EQ(specs.GetThetaEstType(), GLMMConst_850::REML);
   EXPECT_EQ(specs.GetEffectAnalysisType(), MCConst::EFFECT_TYPE_III);
 
-  fMemory.SetNumericInteger(144, 2);
-  fMemory.SetNumericInteger(272, 2);
-  fMemory.SetNumericInteger(312, 2);
-  fMemory.SetNumericInteger(1696, 3);
+  fMemory.SetNumericInteger(L::HESSIAN_KIND, 2);
+  fMemory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 2);
+  fMemory.SetNumericInteger(L::METHOD, 2);
+  fMemory.SetNumericInteger(L::TEST_TYPE, 3);
   Read();
   EXPECT_EQ(fSpecs->GetHConvType(), MCConst::CONV_ABSOLUTE);
   EXPECT_EQ(fSpecs->GetLConvType(), MCConst::CONV_ABSOLUTE);
@@ -135,11 +137,11 @@ TEST_F(SpecsReading, KindsOutsideTheirValuesLeaveTheDefaults) {
 }
 
 TEST_F(SpecsReading, CountsAndCodesUseTheLowHalfOfTheirWord) {
-  fMemory.SetNumericInteger(336, (INTEGER(1) << 32) + 40);
-  fMemory.SetNumericInteger(1696, (INTEGER(5) << 32) + 1);
+  fMemory.SetNumericInteger(L::ITERATIONS, (INTEGER(1) << 32) + 40);
+  fMemory.SetNumericInteger(L::TEST_TYPE, (INTEGER(5) << 32) + 1);
   // Flags use bit 0 only.
-  fMemory.SetNumericInteger(1736, 2);
-  fMemory.SetNumericInteger(1752, 3);
+  fMemory.SetNumericInteger(L::INTERCEPT, 2);
+  fMemory.SetNumericInteger(L::INCLUDE_USER_MISSING, 3);
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetMaxIter(), 40);
   EXPECT_EQ(specs.GetEffectAnalysisType(), MCConst::EFFECT_TYPE_I);
@@ -148,14 +150,14 @@ TEST_F(SpecsReading, CountsAndCodesUseTheLowHalfOfTheirWord) {
 }
 
 TEST_F(SpecsReading, NoIterationsMeansOne) {
-  fMemory.SetNumericInteger(336, 0);
+  fMemory.SetNumericInteger(L::ITERATIONS, 0);
   EXPECT_EQ(Read().GetMaxIter(), 1);
-  fMemory.SetNumericInteger(336, -4);
+  fMemory.SetNumericInteger(L::ITERATIONS, -4);
   EXPECT_EQ(Read().GetMaxIter(), 1);
 }
 
 TEST_F(SpecsReading, NoFisherStepsMeansNewtonRaphson) {
-  fMemory.SetNumericInteger(240, 0);
+  fMemory.SetNumericInteger(L::SCORING, 0);
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetEstMethod(), MCConst::HESSIAN_NEWTON_RAPHSON);
   EXPECT_EQ(specs.GetMaxFisherSteps(), 0);
@@ -163,8 +165,8 @@ TEST_F(SpecsReading, NoFisherStepsMeansNewtonRaphson) {
 
 TEST_F(SpecsReading, VariableListsAndTheFileWeight) {
   fData.SetWeightVar(W);
-  SetVarList(392, 720, {A, B});
-  SetVarList(360, 600, {X, Z, T});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A, B});
+  SetVarList(L::N_COVARIATES, L::COVARIATES, {X, Z, T});
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetZORVWeightIndex(), W);
   EXPECT_EQ(specs.GetFactorList(), (std::vector<int>{A, B}));
@@ -174,10 +176,10 @@ TEST_F(SpecsReading, VariableListsAndTheFileWeight) {
 }
 
 TEST_F(SpecsReading, AModelOfTheInterceptAloneHasNoFixedEffect) {
-  SetVarList(392, 720, {A});
-  SetVarList(360, 600, {X});
-  SetTerms(368, 696, {{0, 0}});
-  ASSERT_EQ(fMemory.GetNumericInteger(368), 1);
+  SetVarList(L::N_FACTORS, L::FACTORS, {A});
+  SetVarList(L::N_COVARIATES, L::COVARIATES, {X});
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{0, 0}});
+  ASSERT_EQ(fMemory.GetNumericInteger(L::N_FIXED_TERMS), 1);
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(specs.GetModelEffectList().empty());
   EXPECT_TRUE(specs.GetCovarateNested().empty());
@@ -185,10 +187,10 @@ TEST_F(SpecsReading, AModelOfTheInterceptAloneHasNoFixedEffect) {
 }
 
 TEST_F(SpecsReading, FixedTermsWithoutTheInterceptRow) {
-  SetVarList(392, 720, {A, B});
-  SetVarList(360, 600, {X});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A, B});
+  SetVarList(L::N_COVARIATES, L::COVARIATES, {X});
   // Intercept, A, A*B, X(A) with X nested.
-  SetTerms(368, 696, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {1, 0, -1}});
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {1, 0, -1}});
   MIXValidSpecs& specs = Read();
   ASSERT_EQ(specs.GetNModelEffect(), 3);
   EXPECT_EQ(specs.GetModelEffectList()[0].GetFactors(), std::vector<int>{A});
@@ -201,20 +203,20 @@ TEST_F(SpecsReading, FixedTermsWithoutTheInterceptRow) {
 }
 
 TEST_F(SpecsReading, ScaleWeightFromItsDictionaryPosition) {
-  fMemory.SetNumericInteger(1560, 0);
+  fMemory.SetNumericInteger(L::SCALE_WEIGHT, 0);
   EXPECT_EQ(Read().GetRegrWeightIndex(), -1);
-  fMemory.SetNumericInteger(1560, -3);
+  fMemory.SetNumericInteger(L::SCALE_WEIGHT, -3);
   EXPECT_EQ(Read().GetRegrWeightIndex(), -1);
-  fMemory.SetNumericInteger(1560, SW + 1);
+  fMemory.SetNumericInteger(L::SCALE_WEIGHT, SW + 1);
   EXPECT_EQ(Read().GetRegrWeightIndex(), SW);
 }
 
 TEST_F(SpecsReading, SevenSavedItemsFillEverySlot) {
   const char* names[] = {"FXPRED", "PRED", "RESID", "FXSE", "PREDSE", "FXDF", "PREDDF"};
-  fMemory.SetNumericInteger(528, 7);
+  fMemory.SetNumericInteger(L::N_SAVES, 7);
   for (int slot = 0; slot < 7; ++slot) {
-    fMemory.SetNumericInteger(1576 + 8 * slot, slot + 1);
-    fMemory.SetNumericInteger(1632 + 8 * slot, fMemory.AddText(std::string("  ") + names[slot], 64));
+    fMemory.SetNumericInteger(L::SAVE_KINDS.At(slot), slot + 1);
+    fMemory.SetNumericInteger(L::SAVE_NAMES.At(slot), fMemory.AddText(std::string("  ") + names[slot], L::SAVE_NAME_BYTES));
   }
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetMaxObsAdded(), 7);
@@ -243,9 +245,9 @@ TEST_F(SpecsReading, SevenSavedItemsFillEverySlot) {
 
 TEST_F(SpecsReading, SavedNameTakesSixtyFourBytes) {
   const std::string longName(64, 'n');
-  fMemory.SetNumericInteger(528, 1);
-  fMemory.SetNumericInteger(1576, 3);
-  fMemory.SetNumericInteger(1632, fMemory.AddText(longName + "TAIL"));
+  fMemory.SetNumericInteger(L::N_SAVES, 1);
+  fMemory.SetNumericInteger(L::SAVE_KINDS, 3);
+  fMemory.SetNumericInteger(L::SAVE_NAMES, fMemory.AddText(longName + "TAIL"));
   MIXValidSpecs& specs = Read();
   EXPECT_EQ(specs.GetSaveVarNames(), std::vector<std::string>{longName});
   EXPECT_EQ(specs.GetSaveVarTypes(), std::vector<MIXValidSpecs::SaveTypes>{MIXValidSpecs::SAVE_RESIDUAL});
@@ -258,10 +260,10 @@ namespace {
 class SpecsFiles : public SpecsFixture {
  protected:
   void Names(INTEGER kind, const std::string& first, const std::string& statJSON, const std::string& statXML) {
-    fMemory.SetNumericInteger(1688, kind);
-    fMemory.SetCharacterText(40, 255, first);
-    fMemory.SetCharacterText(295, 255, statJSON);
-    fMemory.SetCharacterText(550, 255, statXML);
+    fMemory.SetNumericInteger(L::FILE_KIND, kind);
+    SetText(L::MODEL_FILE, first);
+    SetText(L::STATJSON_FILE, statJSON);
+    SetText(L::STATXML_FILE, statXML);
   }
   void ExpectNoFiles() {
     EXPECT_EQ(fSpecs->GetOutFModelFileName(), "");
@@ -324,7 +326,7 @@ TEST_F(SpecsFiles, EmptyNamesNeverConflict) {
 }
 
 TEST_F(SpecsFiles, NamesDifferingInCaseConflictAndTheFirstShowsAsTyped) {
-  fMemory.SetNumericInteger(232, 4);
+  fMemory.SetNumericInteger(L::HISTORY_STEP, 4);
   Names(2, "Out.XML", "r.json", "out.xml");
   Read();
   EXPECT_FALSE(fbRead);
@@ -373,7 +375,7 @@ TEST_F(SpecsFiles, AParameterFileIsReportedAsTheModelFile) {
 // ---- spatial coordinates ----
 
 TEST_F(SpecsReading, SpatialCoordinatesInTheirOrder) {
-  SetVarList(520, 1256, {CY, CX});
+  SetVarList(L::N_COORDINATES, L::COORDINATES, {CY, CX});
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(fbRead);
   EXPECT_EQ(specs.GetSpatVarInds(), (std::vector<int>{CY, CX}));
@@ -382,10 +384,10 @@ TEST_F(SpecsReading, SpatialCoordinatesInTheirOrder) {
 
 TEST_F(SpecsReading, ANonNumericCoordinateIsAUserError) {
   fData.GetVariable(G)->SetLabel("Grade");
-  SetVarList(520, 1256, {CX, NAME, G});
-  fMemory.SetNumericInteger(528, 1);
-  fMemory.SetNumericInteger(1576, 2);
-  fMemory.SetNumericInteger(1632, fMemory.AddText("PRED", 64));
+  SetVarList(L::N_COORDINATES, L::COORDINATES, {CX, NAME, G});
+  fMemory.SetNumericInteger(L::N_SAVES, 1);
+  fMemory.SetNumericInteger(L::SAVE_KINDS, 2);
+  fMemory.SetNumericInteger(L::SAVE_NAMES, fMemory.AddText("PRED", L::SAVE_NAME_BYTES));
   MIXValidSpecs& specs = Read();
   EXPECT_FALSE(fbRead);
   // Only the first offending coordinate is reported.
@@ -402,7 +404,7 @@ TEST_F(SpecsReading, ANonNumericCoordinateIsAUserError) {
 
 TEST_F(SpecsReading, TheCoordinateIsNamedAsTheDisplaySettingSays) {
   fData.GetVariable(NAME)->SetLabel("Case name");
-  SetVarList(520, 1256, {NAME});
+  SetVarList(L::N_COORDINATES, L::COORDINATES, {NAME});
   Read();
   ASSERT_EQ(Messages().size(), 1u);
   EXPECT_EQ(Messages()[0],
@@ -411,9 +413,9 @@ TEST_F(SpecsReading, TheCoordinateIsNamedAsTheDisplaySettingSays) {
 }
 
 TEST_F(SpecsReading, APartialRecordStillCompletes) {
-  SetVarList(392, 720, {A});
-  SetTerms(368, 696, {{0}, {1}});
-  SetVarList(520, 1256, {NAME});
+  SetVarList(L::N_FACTORS, L::FACTORS, {A});
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{0}, {1}});
+  SetVarList(L::N_COORDINATES, L::COORDINATES, {NAME});
   MIXValidSpecs& specs = Read();
   EXPECT_FALSE(fbRead);
   specs.CompleteSpecs();

@@ -16,8 +16,8 @@ namespace {
 class SpecsTerms : public SpecsFixture {
  protected:
   SpecsTerms() {
-    SetVarList(392, 720, {A, B, C});
-    SetVarList(360, 600, {X, Z});
+    SetVarList(L::N_FACTORS, L::FACTORS, {A, B, C});
+    SetVarList(L::N_COVARIATES, L::COVARIATES, {X, Z});
   }
 
   // Reads one row with the record's lists; the cursor must move by a row.
@@ -95,18 +95,18 @@ TEST_F(SpecsTerms, FactorsComeBeforeCovariates) {
 
 TEST_F(SpecsTerms, TwoBlocksWithTheirTwoIndexBases) {
   // Random rows: a, x (block 0), the intercept (block 1).
-  SetTerms(376, 712, {{1, 0, 0, 0, 0}, {0, 0, 0, 1, 0}, {0, 0, 0, 0, 0}});
-  fMemory.SetNumericInteger(480, 2);
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{1, 0, 0, 0, 0}, {0, 0, 0, 1, 0}, {0, 0, 0, 0, 0}});
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 2);
   // By block: effect counts and EBLUP flags.
-  fMemory.SetNumericInteger(968, List({2, 1}));
-  fMemory.SetNumericInteger(1336, List({0, 1}));
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({2, 1}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({0, 1}));
   // By first effect: covariance codes, subject counts and subject lists.
-  fMemory.SetNumericInteger(1144, List({15, 99, 2}));
-  fMemory.SetNumericInteger(1232, List({1, 0, 2}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({15, 99, 2}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({1, 0, 2}));
   const INTEGER first = List({SUBJ + 1});
   const INTEGER second = List({SUBJ + 1, NAME + 1});
-  fMemory.SetNumericInteger(1296, List({first, 0, second}));
-  SetVarList(544, 1384, {SUBJ, NAME});
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({first, 0, second}));
+  SetVarList(L::N_RANDOM_SUBJECTS, L::RANDOM_SUBJECTS, {SUBJ, NAME});
 
   MIXValidSpecs& specs = Read();
   EXPECT_TRUE(fbRead);
@@ -134,13 +134,13 @@ TEST_F(SpecsTerms, TwoBlocksWithTheirTwoIndexBases) {
 }
 
 TEST_F(SpecsTerms, ANegativeEffectCountCountsAsItsSize) {
-  SetTerms(376, 712, {{0, 1, 0, 0, 0}, {0, 0, 1, 0, 0}});
-  fMemory.SetNumericInteger(480, 1);
-  fMemory.SetNumericInteger(968, List({-2}));
-  fMemory.SetNumericInteger(1336, List({0}));
-  fMemory.SetNumericInteger(1144, List({0, 0}));
-  fMemory.SetNumericInteger(1232, List({0, 0}));
-  fMemory.SetNumericInteger(1296, List({0, 0}));
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{0, 1, 0, 0, 0}, {0, 0, 1, 0, 0}});
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 1);
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({-2}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({0}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({0, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({0, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({0, 0}));
   MIXValidSpecs& specs = Read();
   ASSERT_EQ(specs.GetNRandSpecs(), 1);
   EXPECT_EQ(specs.GetNRandEffects(), std::vector<int>{2});
@@ -153,13 +153,13 @@ TEST_F(SpecsTerms, ANegativeEffectCountCountsAsItsSize) {
 }
 
 TEST_F(SpecsTerms, ARandomInterceptBlockKeepsItsEffect) {
-  SetTerms(376, 712, {{}});
-  fMemory.SetNumericInteger(480, 1);
-  fMemory.SetNumericInteger(968, List({1}));
-  fMemory.SetNumericInteger(1336, List({1}));
-  fMemory.SetNumericInteger(1144, List({5}));
-  fMemory.SetNumericInteger(1232, List({1}));
-  fMemory.SetNumericInteger(1296, List({List({SUBJ + 1})}));
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{}});
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 1);
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({1}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({1}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({5}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({1}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({List({SUBJ + 1})}));
   MIXValidSpecs& specs = Read();
   ASSERT_EQ(specs.GetNRandSpecs(), 1);
   ASSERT_EQ(specs.GetRandomList()[0].GetNEffects(), 1);
@@ -168,13 +168,13 @@ TEST_F(SpecsTerms, ARandomInterceptBlockKeepsItsEffect) {
 }
 
 TEST_F(SpecsTerms, ABlockWithoutEffectsReadsNoRow) {
-  SetTerms(376, 712, {{1, 0, 0, 0, 0}});
-  fMemory.SetNumericInteger(480, 2);
-  fMemory.SetNumericInteger(968, List({0, 1}));
-  fMemory.SetNumericInteger(1336, List({0, 0}));
-  fMemory.SetNumericInteger(1144, List({12}));
-  fMemory.SetNumericInteger(1232, List({0}));
-  fMemory.SetNumericInteger(1296, List({0}));
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{1, 0, 0, 0, 0}});
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 2);
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({0, 1}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({0, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({12}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({0}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({0}));
   MIXValidSpecs& specs = Read();
   ASSERT_EQ(specs.GetNRandSpecs(), 2);
   EXPECT_EQ(specs.GetRandomList()[0].GetNEffects(), 0);
@@ -185,12 +185,12 @@ TEST_F(SpecsTerms, ABlockWithoutEffectsReadsNoRow) {
 }
 
 TEST_F(SpecsTerms, FillRandomSpecAdvancesBothCounters) {
-  SetTerms(376, 712, {{1, 0, 0, 0, 0}, {0, 0, 0, -1, 0}, {0, 0, 1, 0, 0}});
-  fMemory.SetNumericInteger(968, List({2, 1}));
-  fMemory.SetNumericInteger(1336, List({0, 0}));
-  fMemory.SetNumericInteger(1144, List({0, 0, 17}));
-  fMemory.SetNumericInteger(1232, List({0, 0, 0}));
-  fMemory.SetNumericInteger(1296, List({0, 0, 0}));
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{1, 0, 0, 0, 0}, {0, 0, 0, -1, 0}, {0, 0, 1, 0, 0}});
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({2, 1}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({0, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({0, 0, 17}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({0, 0, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({0, 0, 0}));
   Read();
   int blockIndex = 0;
   int firstEffect = 0;
@@ -212,20 +212,20 @@ TEST_F(SpecsTerms, FillRandomSpecAdvancesBothCounters) {
 }
 
 TEST_F(SpecsTermsDeathTest, SubjectEntriesArePositions) {
-  SetTerms(376, 712, {{}});
-  fMemory.SetNumericInteger(480, 1);
-  fMemory.SetNumericInteger(968, List({1}));
-  fMemory.SetNumericInteger(1336, List({0}));
-  fMemory.SetNumericInteger(1144, List({0}));
-  fMemory.SetNumericInteger(1232, List({1}));
-  fMemory.SetNumericInteger(1296, List({List({0})}));
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{}});
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 1);
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({1}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({0}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({0}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({1}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({List({0})}));
   EXPECT_DEATH(Read(), AssertText("zorvInd >= 0"));
 }
 
 TEST_F(SpecsTerms, RepeatedBlockIsOneEffectOfCrossedMeasures) {
-  SetVarList(512, 1264, {T, C});
-  SetVarList(504, 1128, {SUBJ});
-  fMemory.SetNumericInteger(1536, 20);
+  SetVarList(L::N_REPEATED, L::REPEATED, {T, C});
+  SetVarList(L::N_REPEATED_SUBJECTS, L::REPEATED_SUBJECTS, {SUBJ});
+  fMemory.SetNumericInteger(L::REPEATED_COVARIANCE, 20);
   MIXValidSpecs& specs = Read();
   const GLMMRandomSpec& repeated = specs.GetRepeatedSpec();
   ASSERT_EQ(repeated.GetNEffects(), 1);
@@ -241,30 +241,30 @@ TEST_F(SpecsTerms, RepeatedBlockIsOneEffectOfCrossedMeasures) {
 }
 
 TEST_F(SpecsTerms, RepeatedBlockWithoutMeasuresKeepsItsSubjectsAndType) {
-  SetVarList(504, 1128, {SUBJ, NAME});
-  fMemory.SetNumericInteger(1536, 2);
+  SetVarList(L::N_REPEATED_SUBJECTS, L::REPEATED_SUBJECTS, {SUBJ, NAME});
+  fMemory.SetNumericInteger(L::REPEATED_COVARIANCE, 2);
   MIXValidSpecs& specs = Read();
   const GLMMRandomSpec& repeated = specs.GetRepeatedSpec();
   EXPECT_EQ(repeated.GetNEffects(), 0);
   EXPECT_EQ(repeated.GetSubjectVars(), (std::vector<int>{SUBJ, NAME}));
   EXPECT_EQ(repeated.GetCovarianceType(), GLMMConst_850::AR1);
   EXPECT_EQ(repeated.GetIndex(), -1);
-  fMemory.SetNumericInteger(1536, 0);
+  fMemory.SetNumericInteger(L::REPEATED_COVARIANCE, 0);
   EXPECT_EQ(Read().GetRepeatedSpec().GetCovarianceType(), GLMMConst_850::DIAG);
 }
 
 // ---- component indices ----
 
 TEST_F(SpecsTerms, EffectsAndBlocksInComponentIndices) {
-  SetTerms(368, 696, {{}, {1, 0, 0, 0, 0}, {0, 1, 0, -1, 0}});
-  SetTerms(376, 712, {{}, {0, 0, 1, 0, 0}});
-  fMemory.SetNumericInteger(480, 1);
-  fMemory.SetNumericInteger(968, List({2}));
-  fMemory.SetNumericInteger(1336, List({1}));
-  fMemory.SetNumericInteger(1144, List({15, 0}));
-  fMemory.SetNumericInteger(1232, List({1, 0}));
-  fMemory.SetNumericInteger(1296, List({List({NAME + 1}), 0}));
-  SetVarList(544, 1384, {NAME});
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{}, {1, 0, 0, 0, 0}, {0, 1, 0, -1, 0}});
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{}, {0, 0, 1, 0, 0}});
+  fMemory.SetNumericInteger(L::N_RANDOM_BLOCKS, 1);
+  fMemory.SetNumericInteger(L::BLOCK_TERM_COUNTS, List({2}));
+  fMemory.SetNumericInteger(L::BLOCK_PREDICT, List({1}));
+  fMemory.SetNumericInteger(L::BLOCK_COVARIANCES, List({15, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_COUNTS, List({1, 0}));
+  fMemory.SetNumericInteger(L::BLOCK_SUBJECT_LISTS, List({List({NAME + 1}), 0}));
+  SetVarList(L::N_RANDOM_SUBJECTS, L::RANDOM_SUBJECTS, {NAME});
   MIXValidSpecs& specs = ReadAndComplete();
   // Record: y 0, a b c 1 2 3, x z 4 5, name 6.
   ASSERT_EQ(specs.GetCompModelEffectList().size(), 2u);
@@ -290,9 +290,9 @@ TEST_F(SpecsTerms, EffectsAndBlocksInComponentIndices) {
 }
 
 TEST_F(SpecsTerms, RepeatedBlockInComponentIndices) {
-  SetVarList(512, 1264, {T, A});
-  SetVarList(504, 1128, {SUBJ});
-  fMemory.SetNumericInteger(1536, 9);
+  SetVarList(L::N_REPEATED, L::REPEATED, {T, A});
+  SetVarList(L::N_REPEATED_SUBJECTS, L::REPEATED_SUBJECTS, {SUBJ});
+  fMemory.SetNumericInteger(L::REPEATED_COVARIANCE, 9);
   MIXValidSpecs& specs = ReadAndComplete();
   // Record: y 0, a b c 1 2 3, x z 4 5, subj 6, then t 7 and a once more 8
   // (the repeated measures have positions of their own).

@@ -17,9 +17,9 @@ namespace {
 class SpecsCustomTests : public SpecsFixture {
  protected:
   SpecsCustomTests() {
-    SetVarList(392, 720, {A, B});
-    SetVarList(360, 600, {X});
-    SetTerms(368, 696, {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+    SetVarList(L::N_FACTORS, L::FACTORS, {A, B});
+    SetVarList(L::N_COVARIATES, L::COVARIATES, {X});
+    SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
   }
 
   // A test record; returns its position.
@@ -98,8 +98,8 @@ TEST_F(SpecsCustomTestsDeathTest, TheInterceptTakesOneValue) {
 }
 
 TEST_F(SpecsCustomTests, WithoutAnInterceptTheCountsStartWithTheFirstEffect) {
-  fMemory.SetNumericInteger(1736, 0);
-  SetTerms(368, 696, {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+  fMemory.SetNumericInteger(L::INTERCEPT, 0);
+  SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
   const INTEGER counts = fMemory.AddIntegers({2, 1, 0});
   const INTEGER values = fMemory.AddReals({1, -1, 3});
   const INTEGER record = Record(0.0, 1, counts, 0, values, 0, 0, 0);
@@ -129,7 +129,7 @@ TEST_F(SpecsCustomTests, AllValuesSizedByTheTermsWithTheIntercept) {
 }
 
 TEST_F(SpecsCustomTests, RandomPartByEffects) {
-  SetTerms(376, 712, {{}, {1, 0, 0}});
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{}, {1, 0, 0}});
   const INTEGER fixedCounts = fMemory.AddIntegers({1, 0, 1, 0});
   const INTEGER randomCounts = fMemory.AddIntegers({1, 2});
   // Per row: intercept, b, then the random intercept and two values of a.
@@ -154,7 +154,7 @@ TEST_F(SpecsCustomTests, RandomPartByEffects) {
 }
 
 TEST_F(SpecsCustomTests, RandomPartOfAllValues) {
-  SetTerms(376, 712, {{}, {1, 0, 0}});
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{}, {1, 0, 0}});
   const INTEGER values = fMemory.AddReals({1, 2, 3, 4, 5, 6});
   const INTEGER record = Record(1.0, 1, 3, 3, values, 0, 0, 0);
   Read();
@@ -168,7 +168,7 @@ TEST_F(SpecsCustomTests, RandomPartOfAllValues) {
 }
 
 TEST_F(SpecsCustomTests, RandomTermsWithoutRandomValuesGiveFixedRowsOnly) {
-  SetTerms(376, 712, {{}});
+  SetTerms(L::N_RANDOM_TERMS, L::RANDOM_TERMS, {{}});
   const INTEGER fixedCounts = fMemory.AddIntegers({0, 1, 0, 0});
   const INTEGER randomCounts = fMemory.AddIntegers({0});
   const INTEGER values = fMemory.AddReals({7});
@@ -188,7 +188,7 @@ TEST_F(SpecsCustomTestsDeathTest, RecordChecks) {
   Read();
   CustomTest test;
   EXPECT_DEATH(fSpecs->FillCustomTest(RealsAt(noLabel), test, false), AssertText("intLabPtr > 0"));
-  fMemory.SetNumericInteger(368, 0);
+  fMemory.SetNumericInteger(L::N_FIXED_TERMS, 0);
   EXPECT_DEATH(fSpecs->FillCustomTest(RealsAt(record), test, false), AssertText("nFixEffExt > 0"));
 }
 
@@ -200,8 +200,8 @@ namespace {
 class SpecsMeans : public SpecsFixture {
  protected:
   SpecsMeans() {
-    SetVarList(392, 720, {A, B, G});
-    SetVarList(360, 600, {X, Z});
+    SetVarList(L::N_FACTORS, L::FACTORS, {A, B, G});
+    SetVarList(L::N_COVARIATES, L::COVARIATES, {X, Z});
   }
 
   // A request record; `factors` are 1-based places in the factor list.

@@ -8,6 +8,7 @@
 
 #include "SpecsTestData.h"
 #include "base/AssertText.h"
+#include "base/MIXCommandLayout.h"
 #include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
@@ -19,6 +20,7 @@
 namespace specs_test {
 
 using base_test::AssertText;
+namespace L = MIXCommandLayout;
 
 // A test file, the parser's memory of a command on it (by default a model
 // of y with an intercept only), an output procedure that collects the
@@ -43,25 +45,25 @@ class SpecsFixture : public ::testing::Test {
 
   // The values a command with no optional keyword gives.
   void SetDefaults(int targetColumn) {
-    fMemory.SetNumericReal(0, 95.0);
-    fMemory.SetNumericReal(64, 1e-6);
-    fMemory.SetNumericReal(80, 1e-12);
-    fMemory.SetNumericInteger(104, targetColumn + 1);
-    fMemory.SetNumericInteger(144, 2);
-    fMemory.SetNumericInteger(232, 1);
-    fMemory.SetNumericInteger(240, 1);
-    fMemory.SetNumericInteger(272, 2);
-    fMemory.SetNumericInteger(312, 2);
-    fMemory.SetNumericInteger(336, 100);
-    fMemory.SetNumericInteger(344, 5);
-    fMemory.SetNumericInteger(584, 1);
-    fMemory.SetNumericInteger(1696, 3);
-    fMemory.SetNumericInteger(1736, 1);
+    fMemory.SetNumericReal(L::CONFIDENCE, 95.0);
+    fMemory.SetNumericReal(L::PARAMETER_CRITERION, 1e-6);
+    fMemory.SetNumericReal(L::SINGULAR, 1e-12);
+    fMemory.SetNumericInteger(L::TARGET, targetColumn + 1);
+    fMemory.SetNumericInteger(L::HESSIAN_KIND, 2);
+    fMemory.SetNumericInteger(L::HISTORY_STEP, 1);
+    fMemory.SetNumericInteger(L::SCORING, 1);
+    fMemory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 2);
+    fMemory.SetNumericInteger(L::METHOD, 2);
+    fMemory.SetNumericInteger(L::ITERATIONS, 100);
+    fMemory.SetNumericInteger(L::HALVING, 5);
+    fMemory.SetNumericInteger(L::PARAMETER_KIND, 1);
+    fMemory.SetNumericInteger(L::TEST_TYPE, 3);
+    fMemory.SetNumericInteger(L::INTERCEPT, 1);
   }
 
   // A list of variables: its count at one offset, and at the other the
   // position of their dictionary positions (columns + 1).
-  void SetVarList(int countOffset, int positionOffset, const std::vector<int>& columns) {
+  void SetVarList(L::Slot<L::CODE> countOffset, L::Slot<L::POSITION> positionOffset, const std::vector<int>& columns) {
     std::vector<INTEGER> positions;
     for (int column : columns) positions.push_back(column + 1);
     fMemory.SetNumericInteger(countOffset, static_cast<INTEGER>(columns.size()));
@@ -70,18 +72,22 @@ class SpecsFixture : public ::testing::Test {
 
   // Term rows: their count at one offset, the position of the first row at
   // the other. A row shorter than the model's predictors is zero padded.
-  void SetTerms(int countOffset, int positionOffset, const std::vector<std::vector<INTEGER>>& rows) {
+  void SetTerms(L::Slot<L::CODE> countOffset, L::Slot<L::POSITION> positionOffset,
+                const std::vector<std::vector<INTEGER>>& rows) {
     const std::size_t length =
-        static_cast<std::size_t>(fMemory.GetNumericInteger(392) + fMemory.GetNumericInteger(360));
+        static_cast<std::size_t>(fMemory.GetNumericInteger(L::N_FACTORS) + fMemory.GetNumericInteger(L::N_COVARIATES));
     std::vector<INTEGER> words;
     for (std::vector<INTEGER> row : rows) {
       row.resize(length, 0);
       words.insert(words.end(), row.begin(), row.end());
     }
-    if (countOffset == 368) fbFixedTermsSet = true;
+    if (countOffset == L::N_FIXED_TERMS) fbFixedTermsSet = true;
     fMemory.SetNumericInteger(countOffset, static_cast<INTEGER>(rows.size()));
     fMemory.SetNumericInteger(positionOffset, fMemory.AddIntegers(words));
   }
+
+  // A file name of the character block, blank padded.
+  void SetText(L::Text field, const std::string& text) { fMemory.SetCharacterText(field.fOffset, field.fBytes, text); }
 
   // Words in the array; returns the position of the first.
   INTEGER List(const std::vector<INTEGER>& words) { return fMemory.AddIntegers(words); }
@@ -92,7 +98,7 @@ class SpecsFixture : public ::testing::Test {
   // SetMixedSpecs is kept in fbRead. Without fixed terms of its own the
   // command has the intercept's row.
   MIXValidSpecs& Read() {
-    if (!fbFixedTermsSet) SetTerms(368, 696, {{}});
+    if (!fbFixedTermsSet) SetTerms(L::N_FIXED_TERMS, L::FIXED_TERMS, {{}});
     fSpecs.reset();
     exposemix_(fMemory.GetNumericAddress(), fMemory.GetCharacterAddress());
     fSpecs.emplace(fMemory.GetCommand(), fData);
