@@ -22,8 +22,8 @@
 #include "numeric/glmm/GLMMAlgorithm.h"
 #include "numeric/glmm/GLMMOutputStats.h"
 #include "numeric/glmm/GLMMSettings.h"
+#include "output/MIXSplitResults.h"
 #include "params/MIXParameterMap.h"
-#include "run/MIXFactory.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace {
@@ -39,7 +39,7 @@ bool KeepsItsWidth(int type) {
 
 }  // namespace
 
-MIXComOutputData::MIXComOutputData(MIXValidSpecs* pValidSpecs, MIXFactory* pFactory, ProcedureDataSource& dataSource,
+MIXComOutputData::MIXComOutputData(MIXValidSpecs* pValidSpecs, MIXSplitResults* pFactory, ProcedureDataSource& dataSource,
                                    BpProcedure* pProcedure)
     : fpProcedure(pProcedure),
       fpFactory(pFactory),

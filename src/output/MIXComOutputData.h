@@ -11,7 +11,7 @@
 class ACAVarValidSpecs;
 class BpPivotTable;
 class BpProcedure;
-class MIXFactory;
+class MIXSplitResults;
 class MIXParameterMap;
 class MIXValidSpecs;
 class ProcedureDataSource;
@@ -25,14 +25,14 @@ class GLMMSettings;
 // each split has parameters of its own.
 class MIXComOutputData {
  public:
-  MIXComOutputData(MIXValidSpecs* pValidSpecs, MIXFactory* pFactory, ProcedureDataSource& dataSource,
+  MIXComOutputData(MIXValidSpecs* pValidSpecs, MIXSplitResults* pFactory, ProcedureDataSource& dataSource,
                    BpProcedure* pProcedure);
   ~MIXComOutputData();
   MIXComOutputData(const MIXComOutputData&) = delete;
   MIXComOutputData& operator=(const MIXComOutputData&) = delete;
 
   MIXValidSpecs* GetValidSpecs() const { return fpValidSpecs; }
-  MIXFactory* GetFactory() const { return fpFactory; }
+  MIXSplitResults* GetFactory() const { return fpFactory; }
   BpProcedure* GetProcedure() const { return fpProcedure; }
   ProcedureDataSource* GetProcDS() const { return fpProcDS; }
   ACAVarValidSpecs* GetVarSpecs() const { return fpVarSpecs; }
@@ -74,7 +74,7 @@ class MIXComOutputData {
   bool HasEffects() const;
 
   BpProcedure* fpProcedure;
-  MIXFactory* fpFactory;
+  MIXSplitResults* fpFactory;
   MIXValidSpecs* fpValidSpecs;
   ACAVarValidSpecs* fpVarSpecs;
   MCGLMM_850::GLMMSettings* fpCompSettings;

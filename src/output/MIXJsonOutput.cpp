@@ -18,7 +18,7 @@
 #include "host/strings/FacSTDictionary.h"
 #include "host/text/NumericText.h"
 #include "output/MIXComOutputData.h"
-#include "run/MIXFactory.h"
+#include "output/MIXSplitResults.h"
 
 MIXJsonOutput::MIXJsonOutput(BpProcedure* pProcedure, ProcedureDataSource* pProcDS, MIXComOutputData* pComOutputData,
                              const std::string& text)

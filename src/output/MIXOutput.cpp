@@ -20,11 +20,11 @@
 #include "output/MIXComOutputData.h"
 #include "output/MIXJsonOutput.h"
 #include "output/MIXParamEstimateOutput.h"
-#include "run/MIXFactory.h"
+#include "output/MIXSplitResults.h"
 #include "specs/MIXValidSpecs.h"
 
 MIXOutput::MIXOutput(MIXValidSpecs* pValidSpecs, ProcedureDataSource& dataSource, BpProcedure* pProcedure,
-                     MIXFactory* pFactory)
+                     MIXSplitResults* pFactory)
     : fpValidSpecs(pValidSpecs),
       fpDataSource(&dataSource),
       fpProcedure(pProcedure),

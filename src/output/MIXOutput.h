@@ -2,7 +2,7 @@
 
 class BpProcedure;
 class MIXComOutputData;
-class MIXFactory;
+class MIXSplitResults;
 class MIXValidSpecs;
 class ProcedureDataSource;
 namespace MCGLMM_850 {
@@ -16,13 +16,14 @@ class GLMMOutputStats;
 class MIXOutput {
  public:
   MIXOutput(MIXValidSpecs* pValidSpecs, ProcedureDataSource& dataSource, BpProcedure* pProcedure,
-            MIXFactory* pFactory);
+            MIXSplitResults* pFactory);
   ~MIXOutput();
   MIXOutput(const MIXOutput&) = delete;
   MIXOutput& operator=(const MIXOutput&) = delete;
 
-  MIXFactory* GetFactory() const { return fpFactory; }
-  void SetFactory(MIXFactory* pFactory) { fpFactory = pFactory; }
+  // The run controller, as the current split's results.
+  MIXSplitResults* GetFactory() const { return fpFactory; }
+  void SetFactory(MIXSplitResults* pFactory) { fpFactory = pFactory; }
   // Null until the first DisplayOutput; then the last split's.
   MIXComOutputData* GetComOutputData() const { return fpComOutputData; }
 
@@ -46,6 +47,6 @@ class MIXOutput {
   MIXValidSpecs* fpValidSpecs;
   ProcedureDataSource* fpDataSource;
   BpProcedure* fpProcedure;
-  MIXFactory* fpFactory;
+  MIXSplitResults* fpFactory;
   MIXComOutputData* fpComOutputData;
 };

@@ -27,9 +27,9 @@
 #include "numeric/math/MCRegrParameter.h"
 #include "numeric/math/MCSymMatrix.h"
 #include "output/MIXComOutputData.h"
+#include "output/MIXSplitResults.h"
 #include "params/MIXParameterAggregator.h"
 #include "params/MIXParameterMap.h"
-#include "run/MIXFactory.h"
 #include "specs/MIXValidSpecs.h"
 
 namespace {
@@ -132,7 +132,7 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
   if (fpComOutputData == nullptr) return;
   const MIXValidSpecs* pSpecs = fpComOutputData->GetValidSpecs();
   BpProcedure* pProcedure = fpComOutputData->GetProcedure();
-  const MIXFactory* pFactory = fpComOutputData->GetFactory();
+  const MIXSplitResults* pFactory = fpComOutputData->GetFactory();
   if (pSpecs == nullptr || pProcedure == nullptr) return;
   if (pSpecs->GetPrintOptionNONE()) return;
 
@@ -227,7 +227,7 @@ void MIXParamEstimateOutput::DisplayCovarParamEst(const MCGLMM_850::GLMMOutputSt
 void MIXParamEstimateOutput::DisplayMatrix(const MCGLMM_850::GLMMOutputStats* pStats, bool correlation) {
   if (fpComOutputData == nullptr || pStats == nullptr) return;
   BpProcedure* pProcedure = fpComOutputData->GetProcedure();
-  const MIXFactory* pFactory = fpComOutputData->GetFactory();
+  const MIXSplitResults* pFactory = fpComOutputData->GetFactory();
   if (pProcedure == nullptr) return;
 
   static_cast<void>(pStats->GetBetaParameters());

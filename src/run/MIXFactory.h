@@ -6,6 +6,7 @@
 #include "host/adapter/ACAInpAdaptMsg.h"
 #include "host/strings/ParserMessage.h"
 #include "numeric/common/MCStatus.h"
+#include "output/MIXSplitResults.h"
 
 class ACAInputAdapter;
 class ACAProcDataSourceIter;
@@ -39,8 +40,9 @@ class MCVarList;
 // CompleteMetaData builds its settings, RunGLMMComponent fits it, and
 // PrepareComponentRun goes back to before the first split for the next pass.
 // Passes answer with a boolean; a statistical failure travels in the status
-// and becomes a message through DisplayMessage.
-class MIXFactory {
+// and becomes a message through DisplayMessage. The tables read the current
+// split through its MIXSplitResults face.
+class MIXFactory final : public MIXSplitResults {
  public:
   // Opens the adapter and its record iterator on the data source and looks
   // for valid cases; with none, says so and, on an unsplit file, leaves the
@@ -53,9 +55,9 @@ class MIXFactory {
   MIXFactory& operator=(const MIXFactory&) = delete;
 
   // ---- owned objects ----
-  MIXParameterAggregator* GetFixParamAggr() const { return fpFixParamAggr; }
+  MIXParameterAggregator* GetFixParamAggr() const override { return fpFixParamAggr; }
   const std::vector<MIXParameterAggregator*>* GetRandomParamAggrs() const { return &fvpRandParamAggrs; }
-  ACAInputAdapter* GetInputAdapter() const { return fpInpAdapt; }
+  ACAInputAdapter* GetInputAdapter() const override { return fpInpAdapt; }
   ACAProcDataSourceIter* GetRecordIterator() const { return fpRecIter; }
   ZORV_PMMLPooling* GetPMMLPooling() const { return fpPMMLPooling; }
   MIXValidSpecs* GetSpecs() const { return fpSpecs; }
@@ -65,14 +67,14 @@ class MIXFactory {
   // ---- the current split ----
   // The current split's entries; null for a failed split, and where the
   // current split has no entry yet.
-  MCGLMM_850::GLMMAlgorithm* GetGLMMAlgorithm() const;
-  MCGLMM_850::GLMMSettings* GetGLMMSettings() const;
+  MCGLMM_850::GLMMAlgorithm* GetGLMMAlgorithm() const override;
+  MCGLMM_850::GLMMSettings* GetGLMMSettings() const override;
   int GetSplitIndex() const { return fSplitIndex; }
-  MCCommon_850::MCStatus GetStatus() const { return fStatus; }
+  MCCommon_850::MCStatus GetStatus() const override { return fStatus; }
   void SetStatus(const MCCommon_850::MCStatus& status) { fStatus = status; }
   // The statistics of the current split's fit. A broken invariant when the
   // status is an error or the split has no algorithm.
-  const MCGLMM_850::GLMMOutputStats* GetOutputStats() const;
+  const MCGLMM_850::GLMMOutputStats* GetOutputStats() const override;
   // Set by DisplayMessage for the codes that let the component go on;
   // cleared by StartNewSplit.
   bool GetProcContinues() const { return fProcContinues; }
