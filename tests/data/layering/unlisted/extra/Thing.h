@@ -1,0 +1,3 @@
+#pragma once
+
+// A folder that the folder table does not name.
