@@ -48,6 +48,14 @@ class MCVarList;
 //
 // Display is the one virtual operation and the destructor is not virtual;
 // the class is final, so that nothing derives from it.
+//
+// The implementation is in one file per step: MIXValidSpecs.cpp (the record,
+// its setters and codes), MIXValidSpecsRead.cpp (reading the parser's
+// blocks), MIXValidSpecsTerms.cpp (model terms and random blocks),
+// MIXValidSpecsTestsAndMeans.cpp (custom tests and marginal means),
+// MIXValidSpecsComplete.cpp (the component form of the record),
+// MIXValidSpecsSettings.cpp (settings and variable list per split) and
+// MIXValidSpecsDisplay.cpp (the debug text).
 class MIXValidSpecs final {
  public:
   // What a saved variable holds.
