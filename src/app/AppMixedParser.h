@@ -18,6 +18,13 @@ struct AppToken;
 // are numeric, that no variable is both a factor and a covariate, and that a
 // subcommand that may stand once does. What only the fit can tell is left to
 // the procedure.
+//
+// The implementation is in one file per family of subcommands:
+// AppMixedParser.cpp (the command, its variables and the readers of values),
+// AppMixedParserModel.cpp (terms, /FIXED, /RANDOM, /RESIDUAL),
+// AppMixedParserSettings.cpp (/ESTIMATION, /MISSING, /TESTS, /DISPLAY,
+// /FORMAT, /SCALEWEIGHT), AppMixedParserContrastsAndMeans.cpp (/CONTRAST,
+// /MEANS) and AppMixedParserOutputs.cpp (/SAVE, /EXPORT).
 class AppMixedParser {
  public:
   // `baseDir` is the folder that relative file names are taken from;
@@ -78,6 +85,7 @@ class AppMixedParser {
   std::string DefaultFile(const std::string& name) const;
   std::vector<double> ReadValues(AppCommandReader& reader, const std::string& expected);
 
+  static bool Contains(const std::vector<int>& list, int value);
   int FactorPlace(int column) const;
   int CovariatePlace(int column) const;
   bool IsNumeric(int column) const;
