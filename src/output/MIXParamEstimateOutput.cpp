@@ -36,9 +36,13 @@ namespace {
 
 // The component's mark of a standard error it could not compute.
 const double kUnsetValue = -1.7976931348623157e308;
+
 // Build warnings after which an unset standard error is explained.
-const long kHessianSingularCode = 230038;
-const long kHessianNotPositiveCode = 130070;
+bool ExplainsUnsetErrors(const MCCommon_850::MCStatus& status) {
+  if (!status.IsError() && !status.IsWarning()) return false;
+  return status.GetErrorCode() == MCCommon_850::MC_PARAM_HESSIAN_SINGULAR ||
+         status.GetErrorCode() == MCCommon_850::MC_HESSIAN_NOT_PD;
+}
 
 typedef std::unique_ptr<BpCellText> CellTextPtr;
 
@@ -109,9 +113,6 @@ void MIXParamEstimateOutput::DisplayFixedEffectsTable(const MCGLMM_850::GLMMOutp
 
   for (int i = 0; i < tests.GetNTests(); ++i) {
     const MCMath_850::MCTestStats& stats = tests.GetTestStats(i);
-    static_cast<void>(tests.GetLMatrix(i));
-    static_cast<void>(tests.GetRowIndices(i));
-    static_cast<void>(tests.GetStatus(i));
 
     if (intercept && i == 0) {
       sources.Category(BpString("(Intercept)", true));
@@ -157,8 +158,7 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
 
   bool hessianFlag = false;
   for (const MCCommon_850::MCStatus& status : pStats->GetBuildModelWarnings()) {
-    if ((status.IsError() || status.IsWarning()) && (status.GetErrorCode() == kHessianSingularCode ||
-                                                     status.GetErrorCode() == kHessianNotPositiveCode)) {
+    if (ExplainsUnsetErrors(status)) {
       hessianFlag = true;
       break;
     }
@@ -167,7 +167,6 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
   const double level = pSpecs->GetCILevelPct();
   const std::size_t nParams = params.size() < paramStats.size() ? params.size() : paramStats.size();
   for (std::size_t i = 0; i < nParams; ++i) {
-    static_cast<void>(params[i].IsIntercept());
     const MCMath_850::BetaParamStat& stat = paramStats[i];
     const bool redundant = stat.GetRedundant();
     const double stdError = stat.GetStdError();
@@ -230,7 +229,6 @@ void MIXParamEstimateOutput::DisplayMatrix(const MCGLMM_850::GLMMOutputStats* pS
   const MIXSplitResults* pFactory = fpComOutputData->GetFactory();
   if (pProcedure == nullptr) return;
 
-  static_cast<void>(pStats->GetBetaParameters());
   const MCMath_850::MCSymMatrix* pMatrix = pStats->GetCovarianceMatrixBeta();
   const std::vector<std::string>& labels = fpComOutputData->GetFixParamMap()->GetParameterMap(false);
   const int p = static_cast<int>(labels.size());

@@ -55,47 +55,61 @@ struct MessageData {
 };
 
 const MessageData kMessages[] = {
-    {130009, "Component Settings are invalid...", "Component Settings are invalid for split [%1 = %2:,^1 = ^2:]1...",
-     false},
-    {130024, "Max number of step-halving reached ...",
+    {MCCommon_850::MC_SETTINGS_INVALID, "Component Settings are invalid...",
+     "Component Settings are invalid for split [%1 = %2:,^1 = ^2:]1...", false},
+    {MCCommon_850::MC_MAX_STEP_HALVING, "Max number of step-halving reached ...",
      "Max number of step-halving reached for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130025, "Initial Value Failed...", "Initial Value Failed for split [%1 = %2:,^1 = ^2:]1...", false},
-    {130032, nullptr, nullptr, false},
-    {130035, "The compared factor has at most one level on estimated marginal means request number ^1...",
+    {MCCommon_850::MC_INITIAL_VALUE_FAILED, "Initial Value Failed...",
+     "Initial Value Failed for split [%1 = %2:,^1 = ^2:]1...", false},
+    {MCCommon_850::MC_CANCELLED, nullptr, nullptr, false},
+    {MCCommon_850::MC_EMMEANS_ONE_LEVEL,
+     "The compared factor has at most one level on estimated marginal means request number ^1...",
      "The compared factor has at most one level on estimated marginal means request number ^1 for split file "
      "[%1 = %2:,^1 = ^2:]2.",
      false},
-    {130044, "The log likelihood value is approaching zero.",
+    {MCCommon_850::MC_LOGLIK_NEAR_ZERO, "The log likelihood value is approaching zero.",
      "The log likelihood value is approaching zero for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130045, "A quasi-complete separation may exist in the data.",
+    {MCCommon_850::MC_QUASI_SEPARATION, "A quasi-complete separation may exist in the data.",
      "A quasi-complete separation may exist in the data for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130051, nullptr, nullptr, false},
-    {130054, "Same subject and within-subject values...",
+    {MCCommon_850::MC_TESTS_INCOMPLETE, nullptr, nullptr, false},
+    {MCCommon_850::MC_SAME_SUBJECT_WITHIN, "Same subject and within-subject values...",
      "Same subject and within-subject values for split file [%1 = %2:,^1 = ^2:]1 ...", false},
-    {130069, "An unexpected singularity in the Hessian matrix was encountered.",
+    {MCCommon_850::MC_HESSIAN_SINGULAR, "An unexpected singularity in the Hessian matrix was encountered.",
      "An unexpected singularity in the Hessian matrix was encountered for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130070, "All convergence criteria are satisfied. but the final Hessian matrix is not positive definite.",
+    {MCCommon_850::MC_HESSIAN_NOT_PD,
+     "All convergence criteria are satisfied. but the final Hessian matrix is not positive definite.",
      "All convergence criteria are satisfied, but the final Hessian matrix for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130074, "Scale parameter is zero...", "Scale parameter is zero for split file [%1 = %2:,^1 = ^2:]1 ...", false},
-    {130075, nullptr, nullptr, false},
-    {130077, "Different weights in subject...", "Different weights in subject for split file [%1 = %2:,^1 = ^2:]1 ...",
-     false},
-    {130079, "Invalid records overflow...", "Invalid records overflow for split file [%1 = %2:,^1 = ^2:]1 ...", false},
-    {130088, "Convergence was achieved, but no Hessian convergence ...",
+    {MCCommon_850::MC_SCALE_ZERO, "Scale parameter is zero...",
+     "Scale parameter is zero for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {MCCommon_850::MC_COVPARAM_REDUNDANT, nullptr, nullptr, false},
+    {MCCommon_850::MC_WEIGHTS_DIFFER_IN_SUBJECT, "Different weights in subject...",
+     "Different weights in subject for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {MCCommon_850::MC_INVALID_RECORDS_OVERFLOW, "Invalid records overflow...",
+     "Invalid records overflow for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {MCCommon_850::MC_NO_HESSIAN_CONVERGENCE, "Convergence was achieved, but no Hessian convergence ...",
      "Convergence achieved, no Hessian in split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130089, "Failed to open file for new pass...", "Failed to open file for new pass for split [%1 = %2:,^1 = ^2:]1...",
+    {MCCommon_850::MC_FILE_OPEN_FAILED, "Failed to open file for new pass...",
+     "Failed to open file for new pass for split [%1 = %2:,^1 = ^2:]1...", false},
+    {MCCommon_850::MC_POST_ESTIMATION_FAILED, "Post estimation failed ...",
+     "Post estimation failed for split [%1 = %2:,^1 = ^2:]1 ...", false},
+    {MCCommon_850::MC_OUTPUT_FILE_ERROR, "Output file error...", "Output file error for split [%1 = %2:,^1 = ^2:]1...",
      false},
-    {130090, "Post estimation failed ...", "Post estimation failed for split [%1 = %2:,^1 = ^2:]1 ...", false},
-    {130093, "Output file error...", "Output file error for split [%1 = %2:,^1 = ^2:]1...", false},
-    {230024, "No valid cases ...", "No valid cases in split [%1=%2:,^1=^2:]1 ...", false},
-    {230025, "Duplicate repeated measure ...", "Duplicate rep. meas. split [%1=%2:,^1=^2:]1 ...", false},
-    {230036, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
-    {230037, "Converged singular Hessian ...", "Converged singular Hessian in split [%1=%2:,^1=^2:]1 ...", false},
-    {230038, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
-    {230087, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
-    {230092, "Perfect fit ...", "Perfect fit [%1=%2:,^1=^2:]1 ...", false},
-    {230094, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
-    {230095, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_NO_VALID_CASES, "No valid cases ...", "No valid cases in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_DUPLICATE_REPEATED, "Duplicate repeated measure ...",
+     "Duplicate rep. meas. split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_ITERATION_LIMIT, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_CONVERGED_SINGULAR_HESSIAN, "Converged singular Hessian ...",
+     "Converged singular Hessian in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_PARAM_HESSIAN_SINGULAR, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_PARAM_AT_LOWER_BOUND, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_PERFECT_FIT, "Perfect fit ...", "Perfect fit [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_STEP_HALVING_LIMIT, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_PARAM_AT_UPPER_BOUND, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
 };
 
 const MessageData* FindMessage(long code) {
@@ -543,7 +557,6 @@ void MIXFactory::DisplayAllMessages() {
   const GLMMAlgorithm* pAlgorithm = GetGLMMAlgorithm();
   DisplayAdapterWarnings();
   if (pAlgorithm == nullptr) return;
-  static_cast<void>(pAlgorithm->GetOutputStats());
   std::vector<MCStatus> warnings = pAlgorithm->GetWarnings();
   CheckForWarningToAdd(warnings);
   for (const MCStatus& warning : warnings) DisplayMessage(warning);
@@ -583,7 +596,6 @@ void MIXFactory::SavePMMLFile() {
   if (fpPMMLPooling != nullptr) fpPMMLPooling->GetCurrentPMMLName(name, fpInpAdapt->GetSplitValues());
   // Whether a model file is written follows from the name alone, which is
   // not empty only when CreateParamAggregators made the pool.
-  if (!fpSpecs->GetOutFOptionMODEL()) static_cast<void>(fpSpecs->GetOutFOptionPARAMETER());
 
   if (!name.empty()) {
     const AppParams* pParams = GetAppParams();

@@ -7,7 +7,6 @@
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/files/BEPesRepos.h"
-#include "numeric/common/MCStatus.h"
 #include "output/MIXOutput.h"
 #include "run/MIXFactory.h"
 #include "run/MIXRunTrace.h"
@@ -77,7 +76,6 @@ void MixDriver(void* commandTree, BpProcedure& procedure, ProcedureDataSource& d
   BEPesRepos::BEPesClear();
   MIXRunTrace::Note("BEPesClear");
   const int nColumns = dataSource.ColumnCount();
-  static_cast<void>(specs.GetMaxObsAdded());
   if (nColumns == 0) {
     ACAInpAdaptMsg(dataSource).NoValidCasesForSelect();
     MIXRunTrace::Note("NoValidCasesForSelect");
@@ -149,8 +147,6 @@ void MixDriver(void* commandTree, BpProcedure& procedure, ProcedureDataSource& d
       // fatal state stops the run.
       if (!isFatal()) MIXRunTrace::Note("RunGLMMComponent", factory.RunGLMMComponent());
     }
-  } else {
-    static_cast<void>(isFatal());
   }
 
   // Aggregation and the output pass.
@@ -182,8 +178,6 @@ void MixDriver(void* commandTree, BpProcedure& procedure, ProcedureDataSource& d
       output.DisplayOutput();
       MIXRunTrace::Note("DisplayOutput");
     }
-    const MCCommon_850::MCStatus status = factory.GetStatus();
-    static_cast<void>(status.GetErrorCode());
     factory.ClearSplitHistory();
     if (splitFile) {
       more = factory.StartNewSplit(true);
@@ -195,8 +189,6 @@ void MixDriver(void* commandTree, BpProcedure& procedure, ProcedureDataSource& d
   }
 
   // Close.
-  if (!isFatal() && ok) static_cast<void>(specs.GetPrintOptionMODELINFO());
-  static_cast<void>(isFatal());
   BEPesRepos::BEPesCheckError();
   MIXRunTrace::Note("BEPesCheckError");
   output.CompleteNotesTable();

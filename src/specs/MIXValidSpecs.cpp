@@ -8,6 +8,7 @@
 #include "host/data/ProcedureDataSource.h"
 #include "host/data/ZORV_Variable.h"
 #include "numeric/common/MCMV.h"
+#include "numeric/common/MCStatusCode.h"
 #include "numeric/glmm/GLMMSettings.h"
 
 using MCGLMM_850::GLMMRandomSpec;
@@ -240,16 +241,26 @@ long MIXValidSpecs::GetConvCode(long code, int* sign) {
   long result = 0;
   int resultSign = 0;
   switch (code) {
-    case 230036: result = 3; break;
-    case 230037: result = 4; break;
-    case 230038: result = 6; break;
-    case 230087:
+    case MCCommon_850::MC_ITERATION_LIMIT:
+      result = 3;
+      break;
+    case MCCommon_850::MC_CONVERGED_SINGULAR_HESSIAN:
+      result = 4;
+      break;
+    case MCCommon_850::MC_PARAM_HESSIAN_SINGULAR:
+      result = 6;
+      break;
+    case MCCommon_850::MC_PARAM_AT_LOWER_BOUND:
       result = 3;
       resultSign = -1;
       break;
-    case 230092: result = 8; break;
-    case 230094: result = 2; break;
-    case 230095:
+    case MCCommon_850::MC_PERFECT_FIT:
+      result = 8;
+      break;
+    case MCCommon_850::MC_STEP_HALVING_LIMIT:
+      result = 2;
+      break;
+    case MCCommon_850::MC_PARAM_AT_UPPER_BOUND:
       result = 3;
       resultSign = 1;
       break;

@@ -37,11 +37,11 @@ int TruncatedInt(double value) {
 // ---------------------------------------------------------------------------
 // Custom tests and marginal means
 
-bool MIXValidSpecs::FillCustomTest(const LR* record, CustomTest& test, bool useCompEffects) {
-  // Rows name a random effect by its place in the flat list of random
-  // effects. The place is the same in host and component terms, so the two
-  // forms of a test differ only in the list those places refer to.
-  static_cast<void>(useCompEffects);
+// Rows name a random effect by its place in the flat list of random effects.
+// The place is the same in host and component terms, so the two forms of a
+// test differ only in the list those places refer to, and the flag that
+// chooses the form changes nothing in the reading.
+bool MIXValidSpecs::FillCustomTest(const LR* record, CustomTest& test, bool /*useCompEffects*/) {
 
   test.Reset();
   const int nFixEffExt = CmnInt(L::N_FIXED_TERMS);

@@ -148,7 +148,7 @@ TEST_F(OatsEdgeCase, AZeroStandardErrorKeepsTheEstimateAndTheBounds) {
 
 TEST_F(OatsEdgeCase, AnUnsetStandardErrorIsExplainedOnlyAfterAHessianWarning) {
   SetStat(4, 73.5, kMissing);
-  fStats.AddBuildModelWarning(MCCommon_850::MCStatus(230024, true));
+  fStats.AddBuildModelWarning(MCCommon_850::MCStatus(MCCommon_850::MC_NO_VALID_CASES, true));
   MIXParamEstimateOutput writer(fOutput->GetComOutputData());
   writer.DisplayParamEstimates(&fStats);
   EXPECT_TRUE(CellNotes(Last(), "nitro", "Estimate").empty());
@@ -156,9 +156,9 @@ TEST_F(OatsEdgeCase, AnUnsetStandardErrorIsExplainedOnlyAfterAHessianWarning) {
 
   const std::string note =
       "The standard error of this parameter cannot be computed because the Hessian matrix is singular for it.";
-  for (long code : {230038L, 130070L}) {
+  for (long code : {MCCommon_850::MC_PARAM_HESSIAN_SINGULAR, MCCommon_850::MC_HESSIAN_NOT_PD}) {
     MCGLMM_850::GLMMOutputStats warned = fStats;
-    warned.AddBuildModelWarning(MCCommon_850::MCStatus(code, code == 130070L));
+    warned.AddBuildModelWarning(MCCommon_850::MCStatus(code, code == MCCommon_850::MC_HESSIAN_NOT_PD));
     writer.DisplayParamEstimates(&warned);
     EXPECT_EQ(CellNotes(Last(), "nitro", "Estimate"), (std::vector<std::string>{note})) << code;
     // Parameters whose standard error is known get no note.
@@ -237,7 +237,7 @@ TEST_F(OatsEdgeCase, TheCorrelationDiagonalNeedsAPositiveVariance) {
 TEST_F(OatsEdgeCase, AFailedSplitWritesNoCriteria) {
   // The component's statistics are there only after a fit; an error status
   // of the split leaves the table out.
-  fFactory->SetStatus(MCCommon_850::MCStatus(230024, false));
+  fFactory->SetStatus(MCCommon_850::MCStatus(MCCommon_850::MC_NO_VALID_CASES, false));
   const std::size_t before = Count();
   fOutput->DisplayInfoCriteria();
   EXPECT_EQ(Count(), before);

@@ -143,7 +143,7 @@ TEST_F(MIXFactoryComponentTest, AnErrorStatusBeforeTheRunLeavesANullAlgorithmAnd
   ASSERT_TRUE(factory.CreateParamAggregators());
   ASSERT_TRUE(factory.PrepareComponentRun(true));
   ASSERT_TRUE(factory.StartNewSplit(true));
-  factory.SetStatus(MCStatus(130025, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   EXPECT_FALSE(factory.RunGLMMComponent());
   ASSERT_EQ(factory.GetAlgorithms().size(), 1u);
   EXPECT_EQ(factory.GetAlgorithms()[0], nullptr);
@@ -164,7 +164,7 @@ TEST_F(MIXFactoryComponentTest, ASplitWithoutSortVariablesAndNoRecordsIsStillRun
 
   ASSERT_NO_FATAL_FAILURE(FitFirstOfTwoSplits(factory));
   // The component itself read the empty split and said so.
-  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 230024);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), MCCommon_850::MC_NO_VALID_CASES);
   std::vector<MessageText> messages = Messages();
   ASSERT_EQ(messages.size(), said + 1);
   EXPECT_NE(messages.back().fText.find("grp=2"), std::string::npos) << messages.back().fText;
@@ -183,7 +183,7 @@ TEST_F(MIXFactoryComponentTest, ASplitWithSortVariablesAndNoRecordsIsNotRun) {
   EXPECT_EQ(factory.GetAlgorithms()[1]->GetOutputStats(), nullptr);
   EXPECT_EQ(Messages().size(), said);
   // The failure tail walked the empty split again.
-  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 230024);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), MCCommon_850::MC_NO_VALID_CASES);
 }
 
 TEST_F(MIXFactoryComponentTest, AWarningFromTheFitIsShownOnceAndTheRunGoesOn) {

@@ -26,40 +26,53 @@ struct ExpectedMessage {
 };
 
 const ExpectedMessage kExpected[] = {
-    {130009, "Component Settings are invalid...", "Component Settings are invalid for split [%1 = %2:,^1 = ^2:]1...",
-     false},
-    {130024, "Max number of step-halving reached ...",
+    {MCCommon_850::MC_SETTINGS_INVALID, "Component Settings are invalid...",
+     "Component Settings are invalid for split [%1 = %2:,^1 = ^2:]1...", false},
+    {MCCommon_850::MC_MAX_STEP_HALVING, "Max number of step-halving reached ...",
      "Max number of step-halving reached for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130025, "Initial Value Failed...", "Initial Value Failed for split [%1 = %2:,^1 = ^2:]1...", false},
-    {130044, "The log likelihood value is approaching zero.",
+    {MCCommon_850::MC_INITIAL_VALUE_FAILED, "Initial Value Failed...",
+     "Initial Value Failed for split [%1 = %2:,^1 = ^2:]1...", false},
+    {MCCommon_850::MC_LOGLIK_NEAR_ZERO, "The log likelihood value is approaching zero.",
      "The log likelihood value is approaching zero for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130045, "A quasi-complete separation may exist in the data.",
+    {MCCommon_850::MC_QUASI_SEPARATION, "A quasi-complete separation may exist in the data.",
      "A quasi-complete separation may exist in the data for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130054, "Same subject and within-subject values...",
+    {MCCommon_850::MC_SAME_SUBJECT_WITHIN, "Same subject and within-subject values...",
      "Same subject and within-subject values for split file [%1 = %2:,^1 = ^2:]1 ...", false},
-    {130069, "An unexpected singularity in the Hessian matrix was encountered.",
+    {MCCommon_850::MC_HESSIAN_SINGULAR, "An unexpected singularity in the Hessian matrix was encountered.",
      "An unexpected singularity in the Hessian matrix was encountered for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130070, "All convergence criteria are satisfied. but the final Hessian matrix is not positive definite.",
+    {MCCommon_850::MC_HESSIAN_NOT_PD,
+     "All convergence criteria are satisfied. but the final Hessian matrix is not positive definite.",
      "All convergence criteria are satisfied, but the final Hessian matrix for split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130074, "Scale parameter is zero...", "Scale parameter is zero for split file [%1 = %2:,^1 = ^2:]1 ...", false},
-    {130077, "Different weights in subject...", "Different weights in subject for split file [%1 = %2:,^1 = ^2:]1 ...",
-     false},
-    {130079, "Invalid records overflow...", "Invalid records overflow for split file [%1 = %2:,^1 = ^2:]1 ...", false},
-    {130088, "Convergence was achieved, but no Hessian convergence ...",
+    {MCCommon_850::MC_SCALE_ZERO, "Scale parameter is zero...",
+     "Scale parameter is zero for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {MCCommon_850::MC_WEIGHTS_DIFFER_IN_SUBJECT, "Different weights in subject...",
+     "Different weights in subject for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {MCCommon_850::MC_INVALID_RECORDS_OVERFLOW, "Invalid records overflow...",
+     "Invalid records overflow for split file [%1 = %2:,^1 = ^2:]1 ...", false},
+    {MCCommon_850::MC_NO_HESSIAN_CONVERGENCE, "Convergence was achieved, but no Hessian convergence ...",
      "Convergence achieved, no Hessian in split [%1 = %2:,^1 = ^2:]1 ...", true},
-    {130089, "Failed to open file for new pass...", "Failed to open file for new pass for split [%1 = %2:,^1 = ^2:]1...",
+    {MCCommon_850::MC_FILE_OPEN_FAILED, "Failed to open file for new pass...",
+     "Failed to open file for new pass for split [%1 = %2:,^1 = ^2:]1...", false},
+    {MCCommon_850::MC_POST_ESTIMATION_FAILED, "Post estimation failed ...",
+     "Post estimation failed for split [%1 = %2:,^1 = ^2:]1 ...", false},
+    {MCCommon_850::MC_OUTPUT_FILE_ERROR, "Output file error...", "Output file error for split [%1 = %2:,^1 = ^2:]1...",
      false},
-    {130090, "Post estimation failed ...", "Post estimation failed for split [%1 = %2:,^1 = ^2:]1 ...", false},
-    {130093, "Output file error...", "Output file error for split [%1 = %2:,^1 = ^2:]1...", false},
-    {230024, "No valid cases ...", "No valid cases in split [%1=%2:,^1=^2:]1 ...", false},
-    {230025, "Duplicate repeated measure ...", "Duplicate rep. meas. split [%1=%2:,^1=^2:]1 ...", false},
-    {230036, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
-    {230037, "Converged singular Hessian ...", "Converged singular Hessian in split [%1=%2:,^1=^2:]1 ...", false},
-    {230038, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
-    {230087, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
-    {230092, "Perfect fit ...", "Perfect fit [%1=%2:,^1=^2:]1 ...", false},
-    {230094, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
-    {230095, "Model validity is uncertain ...", "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_NO_VALID_CASES, "No valid cases ...", "No valid cases in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_DUPLICATE_REPEATED, "Duplicate repeated measure ...",
+     "Duplicate rep. meas. split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_ITERATION_LIMIT, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_CONVERGED_SINGULAR_HESSIAN, "Converged singular Hessian ...",
+     "Converged singular Hessian in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_PARAM_HESSIAN_SINGULAR, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_PARAM_AT_LOWER_BOUND, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_PERFECT_FIT, "Perfect fit ...", "Perfect fit [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_STEP_HALVING_LIMIT, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_PARAM_AT_UPPER_BOUND, "Model validity is uncertain ...",
+     "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
 };
 
 std::string Replace(std::string text, const std::string& from, const std::string& to) {
@@ -144,7 +157,7 @@ TEST_F(MIXFactoryMessageTest, SixWarningsLetTheProcedureContinue) {
 
 TEST_F(MIXFactoryMessageTest, ANewSplitClearsTheContinueFlag) {
   MIXFactory& factory = Factory(true);
-  factory.DisplayMessage(MCStatus(130069, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_HESSIAN_SINGULAR, false));
   ASSERT_TRUE(factory.GetProcContinues());
   ASSERT_TRUE(factory.StartNewSplit(true));
   EXPECT_FALSE(factory.GetProcContinues());
@@ -160,8 +173,8 @@ TEST_F(MIXFactoryMessageTest, AnOkStatusSaysNothing) {
 
 TEST_F(MIXFactoryMessageTest, BuildModelTextFollowsTheKindNotTheCode) {
   MIXFactory& factory = Factory(false);
-  factory.DisplayMessage(MCStatus(130018, true));
-  factory.DisplayMessage(MCStatus(130018, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_BUILD_MODEL, true));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_BUILD_MODEL, false));
   std::vector<MessageText> messages = Messages();
   ASSERT_EQ(messages.size(), 2u);
   EXPECT_EQ(messages[0].fText, Expected("Warning building model...", false));
@@ -172,8 +185,8 @@ TEST_F(MIXFactoryMessageTest, BuildModelTextFollowsTheKindNotTheCode) {
 
 TEST_F(MIXFactoryMessageTest, BuildModelInASplitHasTheSplitForms) {
   MIXFactory& factory = Factory(true);
-  factory.DisplayMessage(MCStatus(130018, true));
-  factory.DisplayMessage(MCStatus(130018, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_BUILD_MODEL, true));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_BUILD_MODEL, false));
   std::vector<MessageText> messages = Messages();
   ASSERT_EQ(messages.size(), 2u);
   EXPECT_EQ(messages[0].fText, Expected("Warning building model for split [%1 = %2:,^1 = ^2:]1...", true));
@@ -183,17 +196,17 @@ TEST_F(MIXFactoryMessageTest, BuildModelInASplitHasTheSplitForms) {
 
 TEST_F(MIXFactoryMessageTest, SilentCodesSayNothingAndDoNotTurnTheHostFatal) {
   MIXFactory& factory = Factory(false);
-  factory.DisplayMessage(MCStatus(130032, false));
-  factory.DisplayMessage(MCStatus(130051, false));
-  factory.DisplayMessage(MCStatus(130075, false));
-  factory.DisplayMessage(MCStatus(130032, MCCommon_850::STATUS_ERROR));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_CANCELLED, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_TESTS_INCOMPLETE, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_COVPARAM_REDUNDANT, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_CANCELLED, MCCommon_850::STATUS_ERROR));
   EXPECT_TRUE(Messages().empty());
   EXPECT_FALSE(Fatal());
 }
 
 TEST_F(MIXFactoryMessageTest, AMarginalMeansRequestNumberFillsTheText) {
   MIXFactory& factory = Factory(false);
-  MCStatus status(130035, false);
+  MCStatus status(MCCommon_850::MC_EMMEANS_ONE_LEVEL, false);
   status.SetDiscreteDatum(0, 3);
   factory.DisplayMessage(status);
   std::vector<MessageText> messages = Messages();
@@ -206,7 +219,7 @@ TEST_F(MIXFactoryMessageTest, AMarginalMeansRequestNumberFillsTheText) {
 
 TEST_F(MIXFactoryMessageTest, AMarginalMeansRequestNumberAndTheSplitFillTheSplitText) {
   MIXFactory& factory = Factory(true);
-  MCStatus status(130035, false);
+  MCStatus status(MCCommon_850::MC_EMMEANS_ONE_LEVEL, false);
   status.SetDiscreteDatum(0, 2);
   factory.DisplayMessage(status);
   std::vector<MessageText> messages = Messages();
@@ -241,7 +254,7 @@ TEST_F(MIXFactoryMessageTest, AnUnknownErrorInASplitStaysAWarning) {
 TEST_F(MIXFactoryMessageTest, TheSplitFormNamesTheCurrentSplit) {
   MIXFactory& factory = Factory(true);
   ASSERT_TRUE(factory.StartNewSplit(true));
-  factory.DisplayMessage(MCStatus(230092, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_PERFECT_FIT, false));
   std::vector<MessageText> messages = Messages();
   ASSERT_EQ(messages.size(), 1u);
   EXPECT_NE(messages[0].fText.find("grp=2"), std::string::npos) << messages[0].fText;
@@ -263,7 +276,7 @@ TEST_F(MIXFactoryMessageTest, AllMessagesOfAnAlgorithmWithoutWarningsKeepTheCont
 
   // A warning that lets the procedure go on raises the flag; the algorithm's
   // empty list leaves it, and the line that the procedure continues follows.
-  factory.DisplayMessage(MCStatus(130024, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_MAX_STEP_HALVING, false));
   ASSERT_TRUE(factory.GetProcContinues());
   factory.DisplayAllMessages();
   EXPECT_TRUE(factory.GetProcContinues());
@@ -275,7 +288,7 @@ TEST_F(MIXFactoryMessageTest, AllMessagesOfAnAlgorithmWithoutWarningsKeepTheCont
 
 TEST_F(MIXFactoryMessageTest, AllMessagesWithoutAnAlgorithmSayNothing) {
   MIXFactory& factory = Factory(false);
-  factory.DisplayMessage(MCStatus(130024, false));
+  factory.DisplayMessage(MCStatus(MCCommon_850::MC_MAX_STEP_HALVING, false));
   const std::size_t before = Messages().size();
   factory.DisplayAllMessages();
   EXPECT_EQ(Messages().size(), before);
@@ -291,7 +304,7 @@ class StatusDisplayTest : public MIXFactoryMessageTest {
 
 TEST_F(StatusDisplayTest, ShowsTheCodeAndTheKind) {
   MIXFactory& factory = Factory(false);
-  factory.SetStatus(MCStatus(130024, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_MAX_STEP_HALVING, false));
   factory.DisplayStatus();
   std::vector<std::string> lines = FrontEndLines();
   ASSERT_GE(lines.size(), 2u);
@@ -302,7 +315,7 @@ TEST_F(StatusDisplayTest, ShowsTheCodeAndTheKind) {
   factory.SetStatus(MCStatus());
   factory.DisplayStatus();
   EXPECT_EQ(FrontEndLines().back(), "GLMM algorithm status: OK");
-  factory.SetStatus(MCStatus(230024, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_NO_VALID_CASES, false));
   factory.DisplayStatus();
   EXPECT_EQ(FrontEndLines().back(), "GLMM algorithm status: Error");
 }

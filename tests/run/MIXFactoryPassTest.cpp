@@ -51,7 +51,7 @@ class MIXFactoryPassTest : public RunFixture {
 
 TEST_F(MIXFactoryPassTest, ConstructionFindsNoValidCaseOnAnUnsplitFile) {
   MIXFactory& factory = Factory({{8, true}}, false);
-  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 230024);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), MCCommon_850::MC_NO_VALID_CASES);
   EXPECT_TRUE(factory.GetStatus().IsError());
   std::vector<MessageText> messages = Messages();
   ASSERT_EQ(messages.size(), 1u);
@@ -73,7 +73,7 @@ TEST_F(MIXFactoryPassTest, ConstructionFindsNoValidCaseInASplitFileAndKeepsTheSt
 TEST_F(MIXFactoryPassTest, AnUnsplitFileKeepsAnErrorFromConstructionIntoTheFirstPass) {
   MIXFactory& factory = Factory({{8, true}}, false);
   ASSERT_TRUE(factory.StartNewSplit(true));
-  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 230024);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), MCCommon_850::MC_NO_VALID_CASES);
 }
 
 TEST_F(MIXFactoryPassTest, ASplitWithoutRecordsGetsNullEntriesAndTheLaterSplitsKeepTheirIndices) {
@@ -120,7 +120,7 @@ TEST_F(MIXFactoryPassTest, AnEmptySplitInALaterPassSets230024WithoutAMessage) {
   EXPECT_TRUE(factory.GetStatus().IsOK());
   ASSERT_TRUE(factory.StartNewSplit(true));
   EXPECT_FALSE(factory.ProcedureDataPass(false));
-  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 230024);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), MCCommon_850::MC_NO_VALID_CASES);
   EXPECT_EQ(Messages().size(), said);
 }
 
@@ -140,11 +140,11 @@ TEST_F(MIXFactoryPassTest, AnUnsplitFileStandsOnSplitZeroInTheComponentAndOutput
 
 TEST_F(MIXFactoryPassTest, StartNewSplitResetsTheStatusOfASplitFileOnly) {
   MIXFactory& split = Factory({{12, false}, {12, false}}, true);
-  split.SetStatus(MCStatus(130025, false));
+  split.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   EXPECT_TRUE(split.StartNewSplit(true));
   EXPECT_TRUE(split.GetStatus().IsOK());
   EXPECT_TRUE(split.StartNewSplit(true));
-  split.SetStatus(MCStatus(130025, false));
+  split.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   // Also on the call that finds the file exhausted.
   EXPECT_FALSE(split.StartNewSplit(true));
   EXPECT_TRUE(split.GetStatus().IsOK());
@@ -168,10 +168,10 @@ TEST_F(MIXFactoryPassTest, StartNewSplitWithoutTheIteratorMovesWithinTheSplitsMe
 TEST_F(MIXFactoryPassTest, PrepareComponentRunRefusesAnErrorStatus) {
   MIXFactory& factory = Factory({{24, false}}, false);
   DataPass(factory);
-  factory.SetStatus(MCStatus(130025, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   EXPECT_FALSE(factory.PrepareComponentRun(true));
   EXPECT_EQ(factory.GetSplitIndex(), 0);
-  factory.SetStatus(MCStatus(130024, false));  // a warning does not stop it
+  factory.SetStatus(MCStatus(MCCommon_850::MC_MAX_STEP_HALVING, false));  // a warning does not stop it
   EXPECT_TRUE(factory.PrepareComponentRun(true));
   EXPECT_EQ(factory.GetSplitIndex(), -1);
 }
@@ -179,15 +179,15 @@ TEST_F(MIXFactoryPassTest, PrepareComponentRunRefusesAnErrorStatus) {
 TEST_F(MIXFactoryPassTest, ADataPassClearsAWarningButNeverAnEarlierError) {
   MIXFactory& factory = Factory({{24, false}}, false);
   ASSERT_TRUE(factory.StartNewSplit(true));
-  factory.SetStatus(MCStatus(130024, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_MAX_STEP_HALVING, false));
   EXPECT_TRUE(factory.ProcedureDataPass(true));
   EXPECT_TRUE(factory.GetStatus().IsOK());
 
   ASSERT_TRUE(factory.PrepareComponentRun(true));
   ASSERT_TRUE(factory.StartNewSplit(true));
-  factory.SetStatus(MCStatus(130025, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   EXPECT_TRUE(factory.ProcedureDataPass(false));
-  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 130025);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), MCCommon_850::MC_INITIAL_VALUE_FAILED);
 }
 
 TEST_F(MIXFactoryPassTest, AStopRequestEndsTheRecordLoopWithoutAnError) {
@@ -209,7 +209,7 @@ TEST_F(MIXFactoryPassTest, AFailingIteratorEndsThePassWith230024AndNoMessage) {
   // Cases added while the data are read make the iterator fail.
   fData.AppendCases(1);
   EXPECT_FALSE(factory.ProcedureDataPass(true));
-  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 230024);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), MCCommon_850::MC_NO_VALID_CASES);
   EXPECT_TRUE(Messages().empty());
 }
 
@@ -297,7 +297,7 @@ TEST_F(MIXFactoryPassTest, TheFirstSplitWithSortVariablesFixesThemAfterAFailedSp
 TEST_F(MIXFactoryPassTest, AnUnsplitFileKeepsItsObjectsWhenCompleteMetaDataFails) {
   MIXFactory& factory = Factory({{24, false}}, false);
   ASSERT_TRUE(factory.StartNewSplit(true));
-  factory.SetStatus(MCStatus(130025, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   EXPECT_FALSE(factory.CompleteMetaData());
   ASSERT_EQ(factory.GetCompSettingsList().size(), 1u);
   // The error came before anything was built: nothing to keep.
@@ -322,7 +322,7 @@ TEST_F(MIXFactoryPassDeathTest, ASilentErrorOnAnUnsplitFileReachesTheOutputStats
   MIXFactory& factory = Factory({{24, false}}, false);
   DataPass(factory);
   ComponentPass(factory);
-  factory.SetStatus(MCStatus(130032, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_CANCELLED, false));
   factory.DisplayMessage(factory.GetStatus());
   EXPECT_FALSE(Fatal());
   EXPECT_DEATH(factory.GetOutputStats(), "!fStatus.IsError\\(\\) && \\(pAlgorithm != 0\\)");
@@ -331,7 +331,7 @@ TEST_F(MIXFactoryPassDeathTest, ASilentErrorOnAnUnsplitFileReachesTheOutputStats
 TEST_F(MIXFactoryPassDeathTest, AnUnsplitFileWithoutSettingsIsABrokenInvariantInTheComponentRun) {
   MIXFactory& factory = Factory({{24, false}}, false);
   ASSERT_TRUE(factory.StartNewSplit(true));
-  factory.SetStatus(MCStatus(130025, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   factory.CompleteMetaData();
   factory.SetStatus(MCStatus());
   EXPECT_DEATH(factory.RunGLMMComponent(), "pCompSettings!=0");

@@ -106,7 +106,7 @@ TEST_F(MIXFactoryScoringTest, AnErrorStatusStopsThePreparation) {
   MIXFactory& factory = Factory({{12, false}}, false, SavingCommand());
   DataPass(factory);
   const int columns = fData.ColumnCount();
-  factory.SetStatus(MCStatus(130025, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   EXPECT_FALSE(factory.PrepareScoringPass());
   EXPECT_EQ(fData.ColumnCount(), columns);
   EXPECT_TRUE(TableTitles().empty());
@@ -119,7 +119,7 @@ TEST_F(MIXFactoryScoringTest, ANullAlgorithmLeavesTheColumnsUnwrittenAndTheRecor
   ASSERT_TRUE(factory.PrepareComponentRun(true));
   // Neither split gets an algorithm.
   while (factory.StartNewSplit(true)) {
-    factory.SetStatus(MCStatus(130025, false));
+    factory.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
     EXPECT_FALSE(factory.RunGLMMComponent());
   }
   ASSERT_EQ(factory.GetAlgorithms(), (std::vector<MCGLMM_850::GLMMAlgorithm*>{nullptr, nullptr}));
@@ -163,9 +163,9 @@ TEST_F(MIXFactoryScoringTest, AnErrorBeforeTheScoringPassMakesItFalseButTheRecor
   DataPass(factory);
   ASSERT_TRUE(factory.PrepareScoringPass());
   ASSERT_TRUE(factory.StartNewSplit(true));
-  factory.SetStatus(MCStatus(130025, false));
+  factory.SetStatus(MCStatus(MCCommon_850::MC_INITIAL_VALUE_FAILED, false));
   EXPECT_FALSE(factory.ScoringDataPass());
-  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 130025);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), MCCommon_850::MC_INITIAL_VALUE_FAILED);
   EXPECT_FALSE(factory.GetRecordIterator()->HasRecord());
 }
 

@@ -8,6 +8,7 @@
 #include "SpecsTestData.h"
 #include "base/AssertText.h"
 #include "host/data/ZORV_Dataset.h"
+#include "numeric/common/MCStatusCode.h"
 
 using namespace specs_test;
 using base_test::AssertText;
@@ -372,7 +373,15 @@ TEST(MIXValidSpecsCodes, ScoreTypesOfTheSavedItems) {
 }
 
 TEST(MIXValidSpecsCodes, ConvergenceKeywordCodes) {
-  const long codes[] = {230036, 230037, 230038, 230087, 230092, 230094, 230095, 1, 0};
+  const long codes[] = {MCCommon_850::MC_ITERATION_LIMIT,
+                        MCCommon_850::MC_CONVERGED_SINGULAR_HESSIAN,
+                        MCCommon_850::MC_PARAM_HESSIAN_SINGULAR,
+                        MCCommon_850::MC_PARAM_AT_LOWER_BOUND,
+                        MCCommon_850::MC_PERFECT_FIT,
+                        MCCommon_850::MC_STEP_HALVING_LIMIT,
+                        MCCommon_850::MC_PARAM_AT_UPPER_BOUND,
+                        1,
+                        0};
   const long results[] = {3, 4, 6, 3, 8, 2, 3, 0, 0};
   const int signs[] = {0, 0, 0, -1, 0, 0, 1, 0, 0};
   for (std::size_t i = 0; i < sizeof codes / sizeof codes[0]; ++i) {
@@ -380,7 +389,7 @@ TEST(MIXValidSpecsCodes, ConvergenceKeywordCodes) {
     EXPECT_EQ(MIXValidSpecs::GetConvCode(codes[i], &sign), results[i]) << codes[i];
     EXPECT_EQ(sign, signs[i]) << codes[i];
   }
-  EXPECT_EQ(MIXValidSpecs::GetConvCode(230087, nullptr), 3);
+  EXPECT_EQ(MIXValidSpecs::GetConvCode(MCCommon_850::MC_PARAM_AT_LOWER_BOUND, nullptr), 3);
 }
 
 TEST_F(MIXValidSpecsRecord, SavedFormatsGrowTheTargetsFormat) {

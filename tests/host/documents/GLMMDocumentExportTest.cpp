@@ -17,6 +17,7 @@
 #include "host/documents/SDOMXMLIterator.h"
 #include "host/documents/SDOMXMLWrapper.h"
 #include "numeric/common/MCMV.h"
+#include "numeric/common/MCStatusCode.h"
 #include "numeric/glmm/GLMMAlgorithm.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/glmm/GLMMXMLWriter.h"
@@ -909,29 +910,30 @@ TEST(GLMMDocumentExport, FailingStreamsAndFailedFitsGiveErrors) {
   ASSERT_TRUE(model.Load());
   GLMMAlgorithm algorithm(model.fSettings, model.fRecords.GetVarList());
   std::ostringstream before;
-  EXPECT_EQ(algorithm.ExportStatXML(before).GetErrorCode(), 130093);
-  EXPECT_EQ(algorithm.ExportPMML(before, nullptr).GetErrorCode(), 130093);
+  EXPECT_EQ(algorithm.ExportStatXML(before).GetErrorCode(), MCCommon_850::MC_OUTPUT_FILE_ERROR);
+  EXPECT_EQ(algorithm.ExportPMML(before, nullptr).GetErrorCode(), MCCommon_850::MC_OUTPUT_FILE_ERROR);
   EXPECT_TRUE(before.str().empty());
   ASSERT_FALSE(algorithm.Execute(&model.fRecords, 0).IsError());
 
   std::ostringstream bad;
   bad.setstate(std::ios_base::badbit);
-  EXPECT_EQ(algorithm.ExportPMML(bad, nullptr).GetErrorCode(), 130093);
-  EXPECT_EQ(algorithm.ExportStatXML(bad).GetErrorCode(), 130093);
+  EXPECT_EQ(algorithm.ExportPMML(bad, nullptr).GetErrorCode(), MCCommon_850::MC_OUTPUT_FILE_ERROR);
+  EXPECT_EQ(algorithm.ExportStatXML(bad).GetErrorCode(), MCCommon_850::MC_OUTPUT_FILE_ERROR);
 
   // A stream that throws when a write fails: the failure is caught.
   FailingBuffer buffer;
   std::ostream throwing(&buffer);
   throwing.exceptions(std::ios_base::badbit | std::ios_base::failbit);
-  EXPECT_NO_THROW(EXPECT_EQ(algorithm.ExportPMML(throwing, nullptr).GetErrorCode(), 130093));
+  EXPECT_NO_THROW(
+      EXPECT_EQ(algorithm.ExportPMML(throwing, nullptr).GetErrorCode(), MCCommon_850::MC_OUTPUT_FILE_ERROR));
   throwing.exceptions(std::ios_base::goodbit);
   throwing.clear();
   throwing.exceptions(std::ios_base::badbit | std::ios_base::failbit);
-  EXPECT_NO_THROW(EXPECT_EQ(algorithm.ExportStatXML(throwing).GetErrorCode(), 130093));
+  EXPECT_NO_THROW(EXPECT_EQ(algorithm.ExportStatXML(throwing).GetErrorCode(), MCCommon_850::MC_OUTPUT_FILE_ERROR));
   // Without exceptions the failure shows in the status.
   throwing.exceptions(std::ios_base::goodbit);
   throwing.clear();
-  EXPECT_EQ(algorithm.ExportStatXML(throwing).GetErrorCode(), 130093);
+  EXPECT_EQ(algorithm.ExportStatXML(throwing).GetErrorCode(), MCCommon_850::MC_OUTPUT_FILE_ERROR);
 
   // A null info writes an empty application.
   std::ostringstream pmml;
