@@ -7,7 +7,7 @@
 #include "host/render/OmOutline.h"
 #include "host/render/OmOutputFile.h"
 #include "host/render/OmTableLayout.h"
-#include "host/render/OmUtf8.h"
+#include "numeric/common/MCMarkupText.h"
 
 namespace {
 
@@ -285,42 +285,7 @@ class Writer {
 }  // namespace
 
 std::string OmHtmlRenderer::Escape(const std::string& text) {
-  const std::string clean = OmUtf8::Sanitize(text);
-  std::string out;
-  out.reserve(clean.size());
-  for (char c : clean) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
-      case '\'':
-        out += "&#39;";
-        break;
-      case '\n':
-      case '\t':
-        out += c;
-        break;
-      case '\r':
-        break;
-      default:
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
-          out += ' ';
-        } else {
-          out += c;
-        }
-        break;
-    }
-  }
-  return out;
+  return MCCommon_850::MCMarkupText::Escape(text, MCCommon_850::MCMarkupText::HTML);
 }
 
 std::string OmHtmlRenderer::Render(const OmDocument& document) const {

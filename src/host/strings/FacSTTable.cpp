@@ -3,32 +3,13 @@
 #include <fstream>
 #include <sstream>
 
+#include "numeric/common/MCUtf8.h"
+
 namespace {
 
 bool IsValidUtf8(const std::string& text) {
-  std::size_t i = 0;
-  while (i < text.size()) {
-    unsigned char c = static_cast<unsigned char>(text[i]);
-    int follow = 0;
-    if (c < 0x80) {
-      follow = 0;
-    } else if (c >= 0xC2 && c <= 0xDF) {
-      follow = 1;
-    } else if (c >= 0xE0 && c <= 0xEF) {
-      follow = 2;
-    } else if (c >= 0xF0 && c <= 0xF4) {
-      follow = 3;
-    } else {
-      return false;
-    }
-    for (int k = 1; k <= follow; ++k) {
-      if (i + static_cast<std::size_t>(k) >= text.size()) return false;
-      unsigned char d = static_cast<unsigned char>(text[i + static_cast<std::size_t>(k)]);
-      if ((d & 0xC0) != 0x80) return false;
-    }
-    i += static_cast<std::size_t>(follow) + 1;
-  }
-  return true;
+  std::size_t bad = 0;
+  return MCCommon_850::MCUtf8::Validate(text.data(), text.size(), bad);
 }
 
 std::string StemOf(const std::string& path) {

@@ -21,9 +21,6 @@ class ZORVMBConverter {
   void ToUTF8(const char* text, std::string& out) const;
   void FromUTF8(const char* text, std::string& out) const;
 
-  // Repairs a UTF-8 text: every malformed sequence becomes U+FFFD.
-  static void CleanUTF8(const char* text, std::string& out);
-
  private:
   CodePage fCodePage;
 };

@@ -1,6 +1,6 @@
 #include "host/viz/ChartString.h"
 
-#include "host/render/OmUtf8.h"
+#include "numeric/common/MCUtf8.h"
 
 namespace {
 
@@ -20,8 +20,9 @@ ChartString ChartString::fromUTF8(const std::string& text) {
   std::u16string out;
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size();) {
-    const int length = OmUtf8::SequenceLength(text, i);
-    AppendUTF16(out, OmUtf8::CodePoint(text, i));
+    char32_t code = 0xFFFD;  // what a malformed byte stands for
+    const int length = MCCommon_850::MCUtf8::SequenceLength(text, i, &code);
+    AppendUTF16(out, code);
     i += length > 0 ? static_cast<std::size_t>(length) : 1;
   }
   return ChartString(out);
@@ -35,10 +36,10 @@ std::string ChartString::toUTF8() const {
     char32_t unit = fText[i];
     if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < n && fText[i + 1] >= 0xDC00 && fText[i + 1] <= 0xDFFF) {
       char32_t low = fText[++i];
-      OmUtf8::Append(out, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
+      MCCommon_850::MCUtf8::Append(out, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
     } else {
       // An unpaired surrogate becomes U+FFFD there.
-      OmUtf8::Append(out, unit);
+      MCCommon_850::MCUtf8::Append(out, unit);
     }
   }
   return out;

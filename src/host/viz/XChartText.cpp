@@ -3,7 +3,7 @@
 #include <cctype>
 #include <cstdlib>
 
-#include "host/render/OmUtf8.h"
+#include "numeric/common/MCUtf8.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ std::size_t Reference(const std::string& text, std::size_t i, std::string& out) 
   }
   out.clear();
   const unsigned long code = std::strtoul(digits.c_str(), nullptr, hex ? 16 : 10);
-  OmUtf8::Append(out, code == 0 || code > 0x10FFFF ? 0xFFFD : static_cast<char32_t>(code));
+  MCCommon_850::MCUtf8::Append(out, code == 0 || code > 0x10FFFF ? 0xFFFD : static_cast<char32_t>(code));
   return semicolon - i + 1;
 }
 

@@ -1,6 +1,6 @@
 #include "host/viz/XMarkupWriter.h"
 
-#include "host/render/OmHtmlRenderer.h"
+#include "numeric/common/MCMarkupText.h"
 
 namespace {
 
@@ -33,17 +33,9 @@ std::string XMarkupWriter::StartTag(const XMarkupNode& node, bool bEmpty) {
 }
 
 std::string XMarkupWriter::AttributeValue(const std::string& text) {
-  std::string out;
-  for (char c : OmHtmlRenderer::Escape(text)) {
-    if (c == '\n') {
-      out += "&#10;";
-    } else if (c == '\t') {
-      out += "&#9;";
-    } else {
-      out += c;
-    }
-  }
-  return out;
+  return MCCommon_850::MCMarkupText::Escape(text, MCCommon_850::MCMarkupText::XML_ATTRIBUTE);
 }
 
-std::string XMarkupWriter::Content(const std::string& text) { return OmHtmlRenderer::Escape(text); }
+std::string XMarkupWriter::Content(const std::string& text) {
+  return MCCommon_850::MCMarkupText::Escape(text, MCCommon_850::MCMarkupText::XML_CONTENT);
+}

@@ -17,6 +17,6 @@ class XMarkupWriter {
   // Markup characters as references; line feeds and tabs kept as
   // references too, so that they survive attribute value normalization.
   static std::string AttributeValue(const std::string& text);
-  // Markup characters as references.
+  // Markup characters as references; quotes need none in content.
   static std::string Content(const std::string& text);
 };

@@ -1,7 +1,16 @@
 #include "host/viz/XSvgWriter.h"
 
-#include "host/render/OmHtmlRenderer.h"
 #include "host/viz/XNumber.h"
+#include "numeric/common/MCMarkupText.h"
+
+namespace {
+
+// The drawing stands inside the HTML report, so its text is escaped as HTML.
+std::string Escape(const std::string& text) {
+  return MCCommon_850::MCMarkupText::Escape(text, MCCommon_850::MCMarkupText::HTML);
+}
+
+}  // namespace
 
 std::string XSvgWriter::Num(double value) { return XNumber::Fixed(value, 2); }
 
@@ -11,7 +20,7 @@ void XSvgWriter::StartTag(const std::string& tag, const Attributes& attributes) 
   Indent();
   fText += "<" + tag;
   for (const auto& attribute : attributes)
-    fText += " " + attribute.first + "=\"" + OmHtmlRenderer::Escape(attribute.second) + "\"";
+    fText += " " + attribute.first + "=\"" + Escape(attribute.second) + "\"";
 }
 
 void XSvgWriter::Open(const std::string& tag, const Attributes& attributes) {
@@ -32,7 +41,7 @@ void XSvgWriter::Element(const std::string& tag, const Attributes& attributes, c
     fText += "/>\n";
     return;
   }
-  fText += "><title>" + OmHtmlRenderer::Escape(tooltip) + "</title></" + tag + ">\n";
+  fText += "><title>" + Escape(tooltip) + "</title></" + tag + ">\n";
 }
 
 void XSvgWriter::Text(double x, double y, const std::vector<std::string>& lines, double lineHeight,
@@ -41,13 +50,13 @@ void XSvgWriter::Text(double x, double y, const std::vector<std::string>& lines,
   all.insert(all.end(), attributes.begin(), attributes.end());
   StartTag("text", all);
   fText += ">";
-  if (!tooltip.empty()) fText += "<title>" + OmHtmlRenderer::Escape(tooltip) + "</title>";
+  if (!tooltip.empty()) fText += "<title>" + Escape(tooltip) + "</title>";
   if (lines.size() == 1) {
-    fText += OmHtmlRenderer::Escape(lines[0]);
+    fText += Escape(lines[0]);
   } else {
     for (std::size_t i = 0; i < lines.size(); ++i) {
       fText += "<tspan x=\"" + Num(x) + "\" y=\"" + Num(y + static_cast<double>(i) * lineHeight) + "\">" +
-               OmHtmlRenderer::Escape(lines[i]) + "</tspan>";
+               Escape(lines[i]) + "</tspan>";
     }
   }
   fText += "</text>\n";

@@ -3,6 +3,7 @@
 #include "host/render/OmUtf8.h"
 #include "host/viz/XChartText.h"
 #include "host/viz/XTextMetricsTable.h"
+#include "numeric/common/MCUtf8.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ double Advance(unsigned code, bool bold) {
 
 double XTextMetrics::Width(const std::string& text, double fontSize, bool bBold) {
   double ems = 0.0;
-  for (const std::string& character : OmUtf8::Characters(text)) ems += Advance(OmUtf8::CodePoint(character, 0), bBold);
+  for (const std::string& character : OmUtf8::Characters(text)) ems += Advance(MCCommon_850::MCUtf8::CodePoint(character, 0), bBold);
   return ems * fontSize;
 }
 

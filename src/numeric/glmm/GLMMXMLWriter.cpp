@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "numeric/common/MCMV.h"
+#include "numeric/common/MCMarkupText.h"
 
 namespace MCGLMM_850 {
 
@@ -117,92 +118,9 @@ std::string GLMMXMLWriter::NumberText(double value) {
   return buffer;
 }
 
-std::string GLMMXMLWriter::CleanUTF8(const std::string& text) {
-  static const char* const kReplacement = "\xEF\xBF\xBD";
-  std::string out;
-  out.reserve(text.size());
-  const std::size_t n = text.size();
-  std::size_t i = 0;
-  while (i < n) {
-    const unsigned char c = static_cast<unsigned char>(text[i]);
-    if (c < 0x80) {
-      const bool allowed = c >= 0x20 || c == '\t' || c == '\n' || c == '\r';
-      out += allowed ? static_cast<char>(c) : ' ';
-      ++i;
-      continue;
-    }
-    std::size_t length = 0;
-    unsigned long code = 0;
-    if (c >= 0xC2 && c <= 0xDF) {
-      length = 2;
-      code = c & 0x1Fu;
-    } else if (c >= 0xE0 && c <= 0xEF) {
-      length = 3;
-      code = c & 0x0Fu;
-    } else if (c >= 0xF0 && c <= 0xF4) {
-      length = 4;
-      code = c & 0x07u;
-    }
-    bool valid = length > 0 && i + length <= n;
-    for (std::size_t k = 1; valid && k < length; ++k) {
-      const unsigned char cc = static_cast<unsigned char>(text[i + k]);
-      if ((cc & 0xC0u) != 0x80u) {
-        valid = false;
-      } else {
-        code = (code << 6) | (cc & 0x3Fu);
-      }
-    }
-    // Overlong forms, surrogates, code points above U+10FFFF and the two
-    // non-characters XML excludes.
-    if (valid) {
-      if ((length == 3 && code < 0x800) || (length == 4 && code < 0x10000) || code > 0x10FFFF ||
-          (code >= 0xD800 && code <= 0xDFFF) || code == 0xFFFE || code == 0xFFFF) {
-        valid = false;
-      }
-    }
-    if (valid) {
-      out.append(text, i, length);
-      i += length;
-    } else {
-      out += kReplacement;
-      ++i;
-    }
-  }
-  return out;
-}
-
 std::string GLMMXMLWriter::Escape(const std::string& text, bool attribute) {
-  const std::string clean = CleanUTF8(text);
-  std::string out;
-  out.reserve(clean.size());
-  for (char c : clean) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += attribute ? "&quot;" : "\"";
-        break;
-      case '\t':
-        out += attribute ? "&#9;" : "\t";
-        break;
-      case '\n':
-        out += attribute ? "&#10;" : "\n";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;
-      default:
-        out += c;
-    }
-  }
-  return out;
+  return MCCommon_850::MCMarkupText::Escape(
+      text, attribute ? MCCommon_850::MCMarkupText::XML_ATTRIBUTE : MCCommon_850::MCMarkupText::XML_CONTENT);
 }
 
 std::string GLMMXMLWriter::ArrayItem(const std::string& item) {

@@ -63,9 +63,6 @@ class GLMMXMLWriter {
     }
     return fallback;
   }
-  // Valid UTF-8 without the characters XML 1.0 forbids; each bad byte
-  // becomes U+FFFD and each forbidden control character a blank.
-  static std::string CleanUTF8(const std::string& text);
 
  private:
   void EndStartTag();

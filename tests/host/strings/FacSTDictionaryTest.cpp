@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <string>
 
+#include "host/data/HostDataTestSource.h"
 #include "host/strings/FacSTDirectory.h"
 #include "host/strings/FacSTTable.h"
 
@@ -119,4 +121,17 @@ TEST(FacSTTable, UnreadableFileIsReported) {
   EXPECT_FALSE(FacSTTable::LoadFile(kSample + "/absent.strings", tables, problems));
   ASSERT_EQ(problems.size(), 1u);
   EXPECT_TRUE(tables.empty());
+}
+
+TEST(FacSTDictionary, EncodedSurrogatesAndOverlongFormsAreNotUtf8) {
+  hostdata_test::ScratchDir scratch("strings_utf8");
+  const std::string file = scratch.File("odd.strings");
+  hostdata_test::WriteFile(file, "@table Odd\nSurrogate\t\xED\xA0\x80\nOverlong\t\xC0\xAF\nGood\tZ\xC3\xBCrich\n");
+  std::map<std::string, FacSTTable> tables;
+  std::vector<std::string> problems;
+  ASSERT_TRUE(FacSTTable::LoadFile(file, tables, problems));
+  EXPECT_TRUE(HasProblem(problems, file + ":2: the line is not valid UTF-8"));
+  EXPECT_TRUE(HasProblem(problems, file + ":3: the line is not valid UTF-8"));
+  EXPECT_EQ(problems.size(), 2u);
+  EXPECT_EQ(tables["Odd"].Size(), 1u);
 }
