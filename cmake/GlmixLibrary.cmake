@@ -30,6 +30,8 @@ function(glmix_test name dir)
   cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/${dir}/*.cpp")
   if(NOT sources)
+    # A folder without tests yet (or not there yet) has no target; the glob
+    # is checked again at every build, so its first test makes one.
     return()
   endif()
   add_executable(${name} ${sources})
