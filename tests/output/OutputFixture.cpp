@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "base/CommandDefaults.h"
 #include "base/MixExports.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/data/ZORV_Session.h"
@@ -69,21 +70,7 @@ void OutputFixture::Command(const std::string& target, const std::vector<std::st
     return words.empty() ? 1 : fMemory.AddIntegers(words);
   };
 
-  fMemory.SetNumericReal(L::CONFIDENCE, 95.0);
-  fMemory.SetNumericReal(L::PARAMETER_CRITERION, 1e-6);
-  fMemory.SetNumericReal(L::SINGULAR, 1e-12);
-  fMemory.SetNumericInteger(L::TARGET, Column(target) + 1);
-  fMemory.SetNumericInteger(L::CRITERIA_FORMAT, ZORV_Format(ZORV_Format::F, 40, 3).Packed());
-  fMemory.SetNumericInteger(L::ESTIMATES_FORMAT, ZORV_Format(ZORV_Format::F, 40, 4).Packed());
-  fMemory.SetNumericInteger(L::HESSIAN_KIND, 2);
-  fMemory.SetNumericInteger(L::HISTORY_STEP, 1);
-  fMemory.SetNumericInteger(L::SCORING, 1);
-  fMemory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 2);
-  fMemory.SetNumericInteger(L::METHOD, 2);
-  fMemory.SetNumericInteger(L::ITERATIONS, 100);
-  fMemory.SetNumericInteger(L::HALVING, 5);
-  fMemory.SetNumericInteger(L::PARAMETER_KIND, 1);
-  fMemory.SetNumericInteger(L::TEST_TYPE, 3);
+  base_test::WriteDefaultSettings(fMemory, Column(target));
   fMemory.SetNumericInteger(L::INTERCEPT, intercept ? 1 : 0);
 
   fMemory.SetNumericInteger(L::N_FACTORS, static_cast<INTEGER>(factors.size()));

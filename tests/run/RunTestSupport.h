@@ -11,6 +11,7 @@
 #include <vector>
 #include <unistd.h>
 
+#include "base/CommandDefaults.h"
 #include "base/MIXCommandLayout.h"
 #include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
@@ -91,22 +92,8 @@ inline void WriteCommand(const CommandData& command, ParserMemory& memory) {
   namespace L = MIXCommandLayout;
   memory.Clear();
   memory.AddInteger(0);
-  memory.SetNumericReal(L::CONFIDENCE, 95.0);
-  memory.SetNumericReal(L::PARAMETER_CRITERION, 1e-6);
-  memory.SetNumericReal(L::SINGULAR, 1e-12);
-  memory.SetNumericInteger(L::TARGET, Y + 1);
-  memory.SetNumericInteger(L::CRITERIA_FORMAT, static_cast<INTEGER>(ZORV_Format(ZORV_Format::F, 40, 3).Packed()));
-  memory.SetNumericInteger(L::ESTIMATES_FORMAT, static_cast<INTEGER>(ZORV_Format(ZORV_Format::F, 40, 4).Packed()));
-  memory.SetNumericInteger(L::HESSIAN_KIND, 2);
-  memory.SetNumericInteger(L::HISTORY_STEP, 1);
-  memory.SetNumericInteger(L::SCORING, 1);
-  memory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 2);
-  memory.SetNumericInteger(L::METHOD, 2);
+  base_test::WriteDefaultSettings(memory, Y);
   memory.SetNumericInteger(L::ITERATIONS, command.fIterations);
-  memory.SetNumericInteger(L::HALVING, 5);
-  memory.SetNumericInteger(L::PARAMETER_KIND, 1);
-  memory.SetNumericInteger(L::TEST_TYPE, 3);
-  memory.SetNumericInteger(L::INTERCEPT, 1);
 
   memory.SetNumericInteger(L::N_COVARIATES, 1);
   memory.SetNumericInteger(L::COVARIATES, memory.AddIntegers({X + 1}));

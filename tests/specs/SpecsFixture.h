@@ -8,6 +8,7 @@
 
 #include "SpecsTestData.h"
 #include "base/AssertText.h"
+#include "base/CommandDefaults.h"
 #include "base/MIXCommandLayout.h"
 #include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
@@ -44,22 +45,7 @@ class SpecsFixture : public ::testing::Test {
   }
 
   // The values a command with no optional keyword gives.
-  void SetDefaults(int targetColumn) {
-    fMemory.SetNumericReal(L::CONFIDENCE, 95.0);
-    fMemory.SetNumericReal(L::PARAMETER_CRITERION, 1e-6);
-    fMemory.SetNumericReal(L::SINGULAR, 1e-12);
-    fMemory.SetNumericInteger(L::TARGET, targetColumn + 1);
-    fMemory.SetNumericInteger(L::HESSIAN_KIND, 2);
-    fMemory.SetNumericInteger(L::HISTORY_STEP, 1);
-    fMemory.SetNumericInteger(L::SCORING, 1);
-    fMemory.SetNumericInteger(L::LOGLIKELIHOOD_KIND, 2);
-    fMemory.SetNumericInteger(L::METHOD, 2);
-    fMemory.SetNumericInteger(L::ITERATIONS, 100);
-    fMemory.SetNumericInteger(L::HALVING, 5);
-    fMemory.SetNumericInteger(L::PARAMETER_KIND, 1);
-    fMemory.SetNumericInteger(L::TEST_TYPE, 3);
-    fMemory.SetNumericInteger(L::INTERCEPT, 1);
-  }
+  void SetDefaults(int targetColumn) { base_test::WriteDefaultSettings(fMemory, targetColumn); }
 
   // A list of variables: its count at one offset, and at the other the
   // position of their dictionary positions (columns + 1).
