@@ -39,8 +39,8 @@ bool KeepsItsWidth(int type) {
 
 }  // namespace
 
-MIXComOutputData::MIXComOutputData(MIXValidSpecs* pValidSpecs, MIXSplitResults* pFactory, ProcedureDataSource& dataSource,
-                                   BpProcedure* pProcedure)
+MIXComOutputData::MIXComOutputData(MIXValidSpecs* pValidSpecs, MIXSplitResults* pFactory,
+                                   ProcedureDataSource& dataSource, BpProcedure* pProcedure)
     : fpProcedure(pProcedure),
       fpFactory(pFactory),
       fpValidSpecs(pValidSpecs),

@@ -11,8 +11,8 @@
 class ACAVarValidSpecs;
 class BpPivotTable;
 class BpProcedure;
-class MIXSplitResults;
 class MIXParameterMap;
+class MIXSplitResults;
 class MIXValidSpecs;
 class ProcedureDataSource;
 namespace MCGLMM_850 {

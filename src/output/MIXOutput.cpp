@@ -4,6 +4,7 @@
 #include <sstream>
 #include <string>
 
+#include "base/MIXCommandLayout.h"
 #include "host/output/AddNotes.h"
 #include "host/output/BpCategory.h"
 #include "host/output/BpDimension.h"

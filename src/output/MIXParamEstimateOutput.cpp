@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/MIXAssert.h"
+#include "base/MIXCommandLayout.h"
 #include "host/output/BpAnnotation.h"
 #include "host/output/BpCategory.h"
 #include "host/output/BpComposite.h"

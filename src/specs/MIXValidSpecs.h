@@ -342,9 +342,9 @@ class MIXValidSpecs final {
   // word.
   template <MIXCommandLayout::Kind K>
   INTEGER CmnWord(MIXCommandLayout::Slot<K> slot) const {
-    static_assert(K == MIXCommandLayout::VARIABLE || K == MIXCommandLayout::POSITION ||
-                      K == MIXCommandLayout::LIST_HEAD,
-                  "the slot holds no whole word");
+    static_assert(
+        K == MIXCommandLayout::VARIABLE || K == MIXCommandLayout::POSITION || K == MIXCommandLayout::LIST_HEAD,
+        "the slot holds no whole word");
     return CmnWordAt(slot);
   }
   INTEGER CmnWordAt(int offset) const;
