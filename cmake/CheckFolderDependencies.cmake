@@ -5,11 +5,15 @@
 #
 # The table is the one whose header row is "| folder | may include |"; each
 # row names a folder of the tree and, in backticks, the folders it may
-# include ("nothing of ours" for none). An include whose first path step is
-# a folder of the table counts; any other (system headers, a file beside the
-# includer) does not. The check fails when a folder of the tree has no row,
-# when the rows allow a cycle, or when a file includes a folder its row does
-# not name, and lists every such include.
+# include ("nothing of ours" for none). A row may also name a sub-folder
+# (`host/documents`): its files then follow that row and not their parent's,
+# and an include of it counts as an include of the sub-folder. Naming a
+# folder allows its sub-folders with rows of their own as well. A file
+# belongs to the longest row its path starts with; an include counts when
+# its path starts with a row's folder, and any other (system headers, a file
+# beside the includer) does not. The check fails when a folder of the tree
+# has no row, when the rows allow a cycle, or when a file includes a folder
+# its row does not name, and lists every such include.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -27,11 +31,11 @@ foreach(row IN LISTS rows)
   if(row MATCHES "^\\| *folder *\\|" OR row MATCHES "^\\|[- |]*$")
     continue()
   endif()
-  if(NOT row MATCHES "^\\| *`([a-z]+)` *\\|(.*)\\| *$")
+  if(NOT row MATCHES "^\\| *`([a-z]+(/[a-z]+)*)` *\\|(.*)\\| *$")
     message(FATAL_ERROR "${RULES}: a row of the folder table cannot be read: ${row}")
   endif()
   set(folder "${CMAKE_MATCH_1}")
-  string(REGEX MATCHALL "`[a-z]+`" allowed "${CMAKE_MATCH_2}")
+  string(REGEX MATCHALL "`[a-z/]+`" allowed "${CMAKE_MATCH_3}")
   string(REPLACE "`" "" allowed "${allowed}")
   list(APPEND folders "${folder}")
   set("allowed_${folder}" "${allowed}")
@@ -40,15 +44,41 @@ if(NOT folders)
   message(FATAL_ERROR "${RULES}: no table \"| folder | may include |\" found")
 endif()
 
+# The row a path belongs to: the longest folder of the table that the path
+# starts with, or nothing.
+function(owning_row path result)
+  set(best "")
+  foreach(folder IN LISTS folders)
+    string(LENGTH "${folder}" length)
+    string(LENGTH "${best}" bestLength)
+    string(FIND "${path}" "${folder}/" at)
+    if(at EQUAL 0 AND length GREATER bestLength)
+      set(best "${folder}")
+    endif()
+  endforeach()
+  set(${result} "${best}" PARENT_SCOPE)
+endfunction()
+
 set(problems)
 
-# Every named folder has a row of its own.
+# Every named folder has a row of its own, and naming a folder names its
+# sub-folders with rows too.
 foreach(folder IN LISTS folders)
+  set(expanded)
   foreach(target IN LISTS "allowed_${folder}")
     if(NOT target IN_LIST folders)
       list(APPEND problems "the row of ${folder} names ${target}, which has no row")
     endif()
+    list(APPEND expanded "${target}")
+    foreach(sub IN LISTS folders)
+      string(FIND "${sub}" "${target}/" at)
+      if(at EQUAL 0 AND NOT sub STREQUAL folder)
+        list(APPEND expanded "${sub}")
+      endif()
+    endforeach()
   endforeach()
+  list(REMOVE_DUPLICATES expanded)
+  set("allowed_${folder}" "${expanded}")
 endforeach()
 
 # The rows allow no cycle: repeatedly remove the folders that may include
@@ -83,31 +113,30 @@ foreach(folder IN LISTS present)
   endif()
 endforeach()
 
-foreach(folder IN LISTS folders)
-  file(GLOB_RECURSE sources "${TREE}/${folder}/*.h" "${TREE}/${folder}/*.cpp")
-  foreach(source IN LISTS sources)
-    file(STRINGS "${source}" includes REGEX "^[ \t]*#[ \t]*include[ \t]*\"")
-    file(RELATIVE_PATH shown "${TREE}" "${source}")
-    foreach(include IN LISTS includes)
-      if(NOT include MATCHES "\"([^\"]+)\"")
-        continue()
-      endif()
-      set(path "${CMAKE_MATCH_1}")
-      if(path MATCHES "\\.\\./")
-        list(APPEND problems "src/${shown} includes \"${path}\": name the folder instead of climbing to it")
-        continue()
-      endif()
-      if(NOT path MATCHES "^([a-z]+)/")
-        continue()
-      endif()
-      set(target "${CMAKE_MATCH_1}")
-      if(NOT target IN_LIST folders OR target STREQUAL folder)
-        continue()
-      endif()
-      if(NOT target IN_LIST "allowed_${folder}")
-        list(APPEND problems "src/${shown} includes \"${path}\", but ${folder} may not include ${target}")
-      endif()
-    endforeach()
+file(GLOB_RECURSE sources "${TREE}/*.h" "${TREE}/*.cpp")
+foreach(source IN LISTS sources)
+  file(RELATIVE_PATH shown "${TREE}" "${source}")
+  owning_row("${shown}" folder)
+  if(NOT folder)
+    continue()
+  endif()
+  file(STRINGS "${source}" includes REGEX "^[ \t]*#[ \t]*include[ \t]*\"")
+  foreach(include IN LISTS includes)
+    if(NOT include MATCHES "\"([^\"]+)\"")
+      continue()
+    endif()
+    set(path "${CMAKE_MATCH_1}")
+    if(path MATCHES "\\.\\./")
+      list(APPEND problems "src/${shown} includes \"${path}\": name the folder instead of climbing to it")
+      continue()
+    endif()
+    owning_row("${path}" target)
+    if(NOT target OR target STREQUAL folder)
+      continue()
+    endif()
+    if(NOT target IN_LIST "allowed_${folder}")
+      list(APPEND problems "src/${shown} includes \"${path}\", but ${folder} may not include ${target}")
+    endif()
   endforeach()
 endforeach()
 

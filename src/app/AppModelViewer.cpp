@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/MixExports.h"
 #include "host/cf/CFMetaData.h"
 #include "host/cf/CFStatXMLInfoBlock.h"
 #include "host/data/ZORV_Dataset.h"
@@ -13,7 +14,6 @@
 #include "host/output/BpComposite.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
-#include "run/MixExports.h"
 #include "viewer/GNLMExports.h"
 #include "viewer/GNLMProcCustom.h"
 

@@ -8,6 +8,7 @@
 #include <memory>
 #include <sstream>
 
+#include "base/MIXAssert.h"
 #include "host/data/ZORV_DataSource.h"
 #include "host/documents/SDOMXMLIterator.h"
 #include "host/documents/SDOMXMLWrapper.h"
@@ -17,7 +18,6 @@
 #include "host/text/ZORVMBConverter.h"
 #include "numeric/xml/MCPMMLParser.h"
 #include "results/GNLMReaderSupport.h"
-#include "run/MIXAssert.h"
 
 using Stats = GNLMOutputStats;
 using namespace GNLMReaderSupport;

@@ -2,13 +2,13 @@
 // and of the training summary.
 #include <algorithm>
 
+#include "base/MIXAssert.h"
 #include "host/data/ZORV_DataSource.h"
 #include "host/documents/SDOMXMLIterator.h"
 #include "host/documents/SDOMXMLWrapper.h"
 #include "host/text/NumericText.h"
 #include "results/GNLMParseOutXML.h"
 #include "results/GNLMReaderSupport.h"
-#include "run/MIXAssert.h"
 
 using Stats = GNLMOutputStats;
 using namespace GNLMReaderSupport;

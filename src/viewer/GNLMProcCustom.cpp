@@ -1,9 +1,9 @@
 #include "viewer/GNLMProcCustom.h"
 
+#include "base/MIXAssert.h"
 #include "host/data/ProcedureDataSource.h"
 #include "results/GNLMOutputStats.h"
 #include "results/GNLMParseOutXML.h"
-#include "run/MIXAssert.h"
 #include "viewer/GNLMJsonOutput.h"
 #include "viewer/GNLMOutput.h"
 

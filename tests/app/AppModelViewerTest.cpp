@@ -12,6 +12,7 @@
 
 #include "app/AppProcedureHook.h"
 #include "app/AppSession.h"
+#include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/files/BEPesRepos.h"
@@ -19,7 +20,6 @@
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
 #include "run/MixDriver.h"
-#include "run/MixExports.h"
 
 namespace fs = std::filesystem;
 

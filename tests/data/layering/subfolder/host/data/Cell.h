@@ -1,0 +1,5 @@
+#pragma once
+
+// The host building on the engine and the documents: allowed.
+#include "host/documents/Document.h"
+#include "numeric/Engine.h"
