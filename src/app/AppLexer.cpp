@@ -3,6 +3,7 @@
 #include <cctype>
 
 #include "host/io/NumberText.h"
+#include "numeric/common/MCUtf8.h"
 
 namespace {
 
@@ -78,7 +79,7 @@ class Scanner {
     if (c == '\n') {
       ++fLine;
       fColumn = 1;
-    } else if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) {
+    } else if (!MCCommon_850::MCUtf8::IsContinuation(c)) {
       ++fColumn;
     }
   }

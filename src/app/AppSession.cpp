@@ -41,21 +41,13 @@ std::string Title(const std::string& name) {
   return name.empty() ? std::string("Command") : name;
 }
 
-// The command's text as typed, line by line, in pieces the front end takes.
+// The command's text as typed, line by line.
 void Echo(const std::string& text) {
   std::istringstream lines(text);
   std::string line;
   while (std::getline(lines, line)) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
-    std::size_t at = 0;
-    do {
-      std::size_t size = line.size() - at;
-      if (size > static_cast<std::size_t>(kBP_ToFrontMaxLength)) size = static_cast<std::size_t>(kBP_ToFrontMaxLength);
-      // Never cut inside a UTF-8 character.
-      while (size > 0 && at + size < line.size() && (static_cast<unsigned char>(line[at + size]) & 0xC0) == 0x80) --size;
-      BP_ToFront(at == 0 ? 1 : 0, BP_Character(line.substr(at, size)));
-      at += size;
-    } while (at < line.size());
+    BP_ToFrontText(line);
   }
 }
 

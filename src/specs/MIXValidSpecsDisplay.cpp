@@ -8,7 +8,6 @@
 #include "host/adapter/ACAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/data/ZORV_Variable.h"
-#include "host/output/BP_Character.h"
 #include "host/output/BP_ToFront.h"
 #include "numeric/display/MCDisplay.h"
 #include "numeric/glmm/GLMMComponentDisplay.h"
@@ -278,12 +277,5 @@ void MIXValidSpecs::Display(std::ostream& os) const {
 void MIXValidSpecs::Display() const {
   std::ostringstream stream;
   Display(stream);
-  const std::string text = stream.str();
-  BP_ToFront(1, BP_Character(""));
-  std::size_t start = 0;
-  while (text.size() - start > static_cast<std::size_t>(kBP_ToFrontMaxLength)) {
-    BP_ToFront(0, BP_Character(text.substr(start, static_cast<std::size_t>(kBP_ToFrontMaxLength))));
-    start += static_cast<std::size_t>(kBP_ToFrontMaxLength);
-  }
-  if (start < text.size()) BP_ToFront(0, BP_Character(text.substr(start)));
+  BP_ToFrontText(stream.str());
 }

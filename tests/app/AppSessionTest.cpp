@@ -258,6 +258,14 @@ TEST_F(AppSessionTest, UnknownCommandsAreErrorsAndTheRestStillRuns) {
   EXPECT_EQ(fpSession->ExitStatus(), 1);
 }
 
+// A line longer than the front end takes in one call is echoed whole, even
+// with a character where the pieces meet.
+TEST_F(AppSessionTest, ALongCommandLineIsEchoedWhole) {
+  const std::string line = "FROB " + std::string(4090, 'x') + "\xC3\xA9" + std::string(5000, 'y');
+  Run(line + ".\n");
+  EXPECT_EQ(Lines(0), std::vector<std::string>{line + "."});
+}
+
 TEST_F(AppSessionTest, GlmixfitNeedsData) {
   Run("GLMIXFIT y.");
   EXPECT_EQ(Error(0), "t.gmx:1:1: expected data to work on, found none: LOAD a data file before GLMIXFIT.");

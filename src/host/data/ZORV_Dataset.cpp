@@ -7,6 +7,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "numeric/common/MCUtf8.h"
+
 struct ZORV_Dataset::Column {
   ZORV_Variable fVariable;
   int fWords = 1;
@@ -214,7 +216,7 @@ bool ZORV_Dataset::SetString(long row, int column, const char* text, std::size_t
   if (!fits) {
     n = width;
     // Back up over continuation bytes so no character is cut in two.
-    while (n > 0 && (static_cast<unsigned char>(text[n]) & 0xC0) == 0x80) --n;
+    while (n > 0 && MCCommon_850::MCUtf8::IsContinuation(text[n])) --n;
   }
   char* chars = cell->fStr;
   if (n > 0) std::memcpy(chars, text, n);

@@ -17,7 +17,7 @@ bool Utf8Text::Validate(const char* data, std::size_t size, std::size_t& badOffs
 std::size_t Utf8Text::CharCount(const char* data, std::size_t size) {
   std::size_t n = 0;
   for (std::size_t i = 0; i < size; ++i) {
-    if ((static_cast<unsigned char>(data[i]) & 0xC0) != 0x80) ++n;
+    if (!MCCommon_850::MCUtf8::IsContinuation(data[i])) ++n;
   }
   return n;
 }
@@ -26,7 +26,7 @@ std::string Utf8Text::Excerpt(const char* data, std::size_t size, std::size_t li
   std::size_t chars = 0;
   std::size_t i = 0;
   while (i < size) {
-    if ((static_cast<unsigned char>(data[i]) & 0xC0) != 0x80) {
+    if (!MCCommon_850::MCUtf8::IsContinuation(data[i])) {
       if (chars == limit) return std::string(data, i) + "...";
       ++chars;
     }

@@ -6,6 +6,7 @@
 #include "host/output/BpProcedure.h"
 #include "host/output/BpProcedureState.h"
 #include "host/output/OmDocument.h"
+#include "numeric/common/MCUtf8.h"
 
 void BP_ToFront(const long& newLine, const BP_Character& text) {
   assert(static_cast<long>(text.size()) <= kBP_ToFrontMaxLength && "front-end text comes in pieces of 4096");
@@ -26,7 +27,7 @@ void BP_ToFrontText(const std::string& text) {
   std::size_t at = 0;
   while (at < text.size()) {
     std::size_t size = std::min(text.size() - at, static_cast<std::size_t>(kBP_ToFrontMaxLength));
-    while (size > 1 && at + size < text.size() && (static_cast<unsigned char>(text[at + size]) & 0xC0) == 0x80) --size;
+    while (size > 1 && at + size < text.size() && MCCommon_850::MCUtf8::IsContinuation(text[at + size])) --size;
     BP_ToFront(0, BP_Character(text.substr(at, size)));
     at += size;
   }

@@ -36,9 +36,9 @@ int MCUtf8::SequenceLength(const char* data, std::size_t size, std::size_t pos, 
   }
   if (size - pos < static_cast<std::size_t>(length)) return 0;
   for (int k = 1; k < length; ++k) {
-    const unsigned char next = static_cast<unsigned char>(data[pos + static_cast<std::size_t>(k)]);
-    if ((next & 0xC0) != 0x80) return 0;
-    value = (value << 6) | (next & 0x3F);
+    const char next = data[pos + static_cast<std::size_t>(k)];
+    if (!IsContinuation(next)) return 0;
+    value = (value << 6) | (static_cast<unsigned char>(next) & 0x3F);
   }
   // Overlong forms, surrogates and values past the last code point are not
   // characters.

@@ -11,6 +11,10 @@ namespace MCCommon_850 {
 // surrogate; anything else is malformed, one byte at a time.
 class MCUtf8 {
  public:
+  // True for a byte that continues a character begun before it: text cut
+  // just before it would cut that character in two.
+  static bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
   // Length in bytes (1 to 4) of the well-formed character that starts at
   // data[pos], or 0 when the bytes there are not one or run past `size`. The
   // code point goes to `code` when it is given.

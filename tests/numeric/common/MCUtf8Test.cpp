@@ -76,3 +76,27 @@ TEST(MCUtf8, AppendEncodesWhatSequenceLengthDecodes) {
   MCUtf8::Append(text, 0xFC);
   EXPECT_EQ(text, "\xC3\xBC");
 }
+
+TEST(MCUtf8, AppendWritesWhatIsNoCharacterAsTheReplacement) {
+  std::string text;
+  MCUtf8::Append(text, 0xD800);
+  MCUtf8::Append(text, 0xDFFF);
+  MCUtf8::Append(text, 0x110000);
+  EXPECT_EQ(text, kFFFD + kFFFD + kFFFD);
+}
+
+TEST(MCUtf8, CodePointGivesTheReplacementForAMalformedByte) {
+  EXPECT_EQ(MCUtf8::CodePoint("a\xE2\x82\xAC", 0), U'a');
+  EXPECT_EQ(MCUtf8::CodePoint("a\xE2\x82\xAC", 1), U'\u20AC');
+  EXPECT_EQ(MCUtf8::CodePoint("a\xE2\x82\xAC", 2), U'\uFFFD');
+  EXPECT_EQ(MCUtf8::CodePoint("\xC0\xAF", 0), U'\uFFFD');
+  EXPECT_EQ(MCUtf8::CodePoint("a", 1), U'\uFFFD');
+}
+
+TEST(MCUtf8, OnlyContinuationBytesContinueACharacter) {
+  EXPECT_FALSE(MCUtf8::IsContinuation('a'));
+  EXPECT_FALSE(MCUtf8::IsContinuation('\xC3'));
+  EXPECT_FALSE(MCUtf8::IsContinuation('\xF0'));
+  EXPECT_TRUE(MCUtf8::IsContinuation('\x80'));
+  EXPECT_TRUE(MCUtf8::IsContinuation('\xBF'));
+}
