@@ -23,6 +23,10 @@ class GLMMXMLWriter;
 // observed against predicted values, the first subject's records), the
 // parameter estimates of the fixed effects, the residual and each random
 // block, and the model's messages.
+//
+// GLMMStatXMLWriter.cpp writes the document's frame, the build settings, the
+// label maps and the training summary; GLMMStatXMLWriterDiagnostics.cpp the
+// model diagnostics. GLMMStatXMLParts holds what both write.
 class GLMMStatXMLWriter {
  public:
   GLMMStatXMLWriter(const GLMMSettings& settings, const MCXML_850::MCVarList& varList, const GLMMOutputStats& stats);
