@@ -46,7 +46,8 @@ struct AppMixedCommand {
     REFERENCE_NUMBER = 1,  // a value of a numeric factor
     REFERENCE_TEXT = 2,    // a value of a string factor
     REFERENCE_FIRST = 3,
-    REFERENCE_LAST = 4
+    REFERENCE_LAST = 4,
+    REFERENCE_MEAN = 5  // the mean of all levels: deviation contrasts
   };
 
   struct MeansData {

@@ -254,6 +254,8 @@ void AppMixedParser::ParseMeans(AppCommandReader& reader) {
         means.fReference = AppMixedCommand::REFERENCE_FIRST;
       } else if (reader.IsKeyword("LAST")) {
         means.fReference = AppMixedCommand::REFERENCE_LAST;
+      } else if (reader.IsKeyword("MEAN")) {
+        means.fReference = AppMixedCommand::REFERENCE_MEAN;
       } else if (reader.IsNumber()) {
         means.fReference = AppMixedCommand::REFERENCE_NUMBER;
         means.fReferenceNumber = t.fNumber;
@@ -261,7 +263,7 @@ void AppMixedParser::ParseMeans(AppCommandReader& reader) {
         means.fReference = AppMixedCommand::REFERENCE_TEXT;
         means.fReferenceText = t.fText;
       } else {
-        reader.Fail(t, "FIRST, LAST, a number or a quoted text");
+        reader.Fail(t, "FIRST, LAST, MEAN, a number or a quoted text");
       }
       reader.Next();
     } else if (name == "ADJUST") {

@@ -6,17 +6,15 @@
 #include "host/data/OBS.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/files/PathFactory.h"
-#include "host/json/JNIJSONArray.h"
-#include "host/json/JNIJSONArtifact.h"
 #include "host/json/JNIJSONObject.h"
 #include "host/json/dataDictionary.h"
 #include "host/json/jsonPivot.h"
+#include "host/json/jsonTableList.h"
 #include "host/output/BpError.h"
 #include "host/output/BpHeading.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
 #include "host/strings/FacSTDictionary.h"
-#include "host/text/NumericText.h"
 #include "output/MIXComOutputData.h"
 #include "output/MIXSplitResults.h"
 
@@ -52,12 +50,9 @@ void MIXJsonOutput::DisplayEBLUPTable() {
     }
   }
 
-  if (fpJSON == nullptr || !fpJSON->isGood() || fpProcedure == nullptr) return;
-  JNIJSONArtifact* top = fpJSON->getTop();
-  JNIJSONArtifact* node = JNIJSONObject::getByPath(top, "glmm.RandomEffectsParameters.tables");
-  if (node == nullptr) node = JNIJSONObject::getByPath(top, "tables");
-  if (node == nullptr) node = top;
-  if (node == nullptr) return;
+  if (fpJSON == nullptr || fpProcedure == nullptr) return;
+  const jsonTableList tables(*fpJSON);
+  if (!tables.isFound()) return;
 
   BpHeading heading = fpProcedure->Heading(BpString("Random Effects Parameters", true));
 
@@ -67,30 +62,16 @@ void MIXJsonOutput::DisplayEBLUPTable() {
   const std::string title = dictionary.LookUp(subType);
 
   const dataDictionary dataDict;
-
-  auto writeTable = [&](JNIJSONArtifact& table, const std::string& tableTitle) {
-    jsonPivot pivot(*fpJSON, table, fpProcDS, dataDict);
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    jsonPivot pivot(*fpJSON, tables.getTable(i), fpProcDS, dataDict);
     pivot.translateTableStrings(true);
     pivot.supportSplits(!bSplitHeading);
     if (!bSplitHeading) {
-      pivot.createPivotTable(&heading, tableTitle, false, subType);
+      pivot.createPivotTable(&heading, tables.getTitle(title, i), false, subType);
     } else {
-      BpHeading child = heading.Heading(BpString(tableTitle, false));
+      BpHeading child = heading.Heading(BpString(tables.getTitle(title, i), false));
       pivot.createPivotTable(&child, splitName, false, subType);
     }
-  };
-
-  if (JNIJSONArtifact::isJSONArray(node)) {
-    const int count = JNIJSONArray::size(node);
-    for (int i = 0; i < count; ++i) {
-      JNIJSONArtifact* element = JNIJSONArray::get(node, i);
-      if (element == nullptr) continue;
-      std::string tableTitle = title;
-      if (count != 1) tableTitle += " " + Integer2String(i + 1);
-      writeTable(*element, tableTitle);
-    }
-  } else {
-    writeTable(*node, title);
   }
 }
 

@@ -120,6 +120,10 @@ class GNLMOutputStats {
     int fContrastType = 0;   // 0 pairwise, 1 deviation, 2 simple, 3 none, 4 anything else
     int fReferenceType = 0;  // 0 last, 1 value, 2 anything else
     std::string fReferenceValue;
+    // Our extension: the request's own adjustment, coded as the build
+    // settings' fPAdjustment; -1 when the document gives none, and the
+    // build settings' adjustment holds.
+    int fPAdjustment = -1;
   };
 
   // Settings of the model build.
@@ -522,6 +526,10 @@ class GNLMOutputStats {
   // text. False when the list names an effect that cannot be labelled.
   bool formatRandomEffectLabel(const PrintableListData& list, unsigned long block, std::string& key,
                                std::vector<std::string>& args, std::string& text) const;
+  // An effect's label from a text for each of its fields: the texts
+  // joined by " * ", a rise of the nesting level opening a parenthesis
+  // that closes at the end, as in "A * B(C(D))".
+  static std::string JoinEffectFields(const ModelEffectData& effect, const std::vector<std::string>& texts);
   // The parameter of a label map's key: 0 found; 1 no maps; 2 no map of
   // that id; 3 no such key.
   int FindValueFromStringMap(int mapId, const std::string& key, RegrParamData& out) const;

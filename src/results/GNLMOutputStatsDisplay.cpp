@@ -168,6 +168,7 @@ void ShowSettings(Dump& d, const Stats::BuildSettingsData& b) {
     d.Effect("Factors", m.fFactors);
     d.Line("Compare", "'" + m.fCompareFactor + "' contrast " + std::to_string(m.fContrastType) + " reference " +
                           std::to_string(m.fReferenceType) + " '" + m.fReferenceValue + "'");
+    d.Line("Adjustment", m.fPAdjustment);
     d.End();
   }
   d.Line("Adjustment", b.fPAdjustment);

@@ -131,28 +131,6 @@ const char* CovarianceText(GNLMOutputStats::EnumCovarianceType type) {
   }
 }
 
-// The fields of an effect joined by " * ", a rise of the nesting level
-// opening a parenthesis that closes at the end.
-std::string JoinEffectFields(const GNLMOutputStats::ModelEffectData& effect) {
-  if (effect.fvFieldNames.empty()) return std::string();
-  std::string text = effect.fvFieldNames.front();
-  if (effect.fvFieldIndices.size() < 2) return text;
-  int level = 0;
-  int open = 0;
-  for (std::size_t i = 1; i < effect.fvFieldNames.size(); ++i) {
-    const int fieldLevel = i < effect.fvNestingLevels.size() ? effect.fvNestingLevels[i] : 0;
-    if (fieldLevel > level) {
-      text += "(";
-      ++open;
-      level = fieldLevel;
-    } else {
-      text += " * ";
-    }
-    text += effect.fvFieldNames[i];
-  }
-  return text + std::string(U(open), ')');
-}
-
 }  // namespace
 
 std::string GNLMOutputStats::DistToDisplayString(EnumDistTypes dist, bool translate) const {
@@ -173,6 +151,25 @@ std::string GNLMOutputStats::LinkWithParamKey(EnumLinkTypes link, EnumDistTypes 
 std::string GNLMOutputStats::CovarianceToDisplayString(EnumCovarianceType type, bool translate) const {
   const char* text = CovarianceText(type);
   return translate ? GetTranslatedText(text) : text;
+}
+
+std::string GNLMOutputStats::JoinEffectFields(const ModelEffectData& effect, const std::vector<std::string>& texts) {
+  if (texts.empty()) return std::string();
+  std::string label = texts.front();
+  int level = 0;
+  int open = 0;
+  for (std::size_t i = 1; i < texts.size(); ++i) {
+    const int fieldLevel = i < effect.fvNestingLevels.size() ? effect.fvNestingLevels[i] : 0;
+    if (fieldLevel > level) {
+      label += "(";
+      ++open;
+      level = fieldLevel;
+    } else {
+      label += " * ";
+    }
+    label += texts[i];
+  }
+  return label + std::string(U(open), ')');
 }
 
 bool GNLMOutputStats::formatEffectLabel(const RegrParamData& param, std::string& out) const {
@@ -232,7 +229,9 @@ bool GNLMOutputStats::formatRandomEffectLabel(const RandomSpecsData& spec, unsig
     }
     effect = index - 1;
   }
-  out = effect < spec.fvEffectList.size() ? JoinEffectFields(spec.fvEffectList[effect]) : std::string();
+  out = effect < spec.fvEffectList.size()
+            ? JoinEffectFields(spec.fvEffectList[effect], spec.fvEffectList[effect].fvFieldNames)
+            : std::string();
   return true;
 }
 

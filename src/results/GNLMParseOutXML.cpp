@@ -418,6 +418,8 @@ bool GNLMParseOutXML::fillEMMEANSSpecs(SDOMXMLWrapper* elem, std::vector<Stats::
         means.fReferenceType = ReferenceOfToken(value);
       } else if (name == "ReferenceValue") {
         means.fReferenceValue = value;
+      } else if (name == "PAdjustment") {
+        means.fPAdjustment = AdjustmentOfToken(value);
       }
     }
     list.push_back(means);

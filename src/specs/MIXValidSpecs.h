@@ -75,7 +75,10 @@ class MIXValidSpecs final {
     REFCAT_VALUE = 1,  // a number in the request's record
     REFCAT_TEXT = 2,   // a text in the request's record
     REFCAT_FIRST = 3,  // the first category
-    REFCAT_LAST = 4    // the last category, chosen by the component
+    REFCAT_LAST = 4,   // the last category, chosen by the component
+    // Our extension: no reference category; each category is compared with
+    // the mean of all (deviation contrasts).
+    REFCAT_MEAN = 5
   };
 
   // Per request: the reference value (null when there is none; it points

@@ -223,7 +223,9 @@ bool MIXValidSpecs::FillEMMeansSpec(const LR* record, MCEmmeansSpec& spec, const
     refText.assign(reinterpret_cast<const char*>(refValue), static_cast<std::size_t>(length));
     tooLong = length > static_cast<int>(format.fWidth);
   }
-  spec.SetContrastType(refCatType == REFCAT_NONE ? MCConst::CONTRAST_PAIRWISE : MCConst::CONTRAST_SIMPLE);
+  spec.SetContrastType(refCatType == REFCAT_NONE   ? MCConst::CONTRAST_PAIRWISE
+                       : refCatType == REFCAT_MEAN ? MCConst::CONTRAST_DEVIATION
+                                                   : MCConst::CONTRAST_SIMPLE);
   return true;
 }
 

@@ -7,7 +7,8 @@ class JNIJSONObject;
 class ProcedureDataSource;
 
 // The viewer side's part of a StatJSON document: the tables of predicted
-// random effects, which StatXML does not carry.
+// random effects (EBLUPs), which StatXML does not carry. The document
+// describes each table fully; the host's table builder lays it out.
 class GNLMJsonOutput {
  public:
   // Parses the document; one that does not parse gives no output.
@@ -17,9 +18,9 @@ class GNLMJsonOutput {
   GNLMJsonOutput& operator=(const GNLMJsonOutput&) = delete;
 
   void DisplayOutput();
-  // The tables of predicted random effects. They are shown by the run side
-  // in this version, so that a table never appears twice; this writes
-  // nothing yet.
+  // Writes, under the heading "Random Effects Parameters", each table of the
+  // document; a document without a place for tables writes nothing and
+  // says nothing.
   void DisplayEBLUPTable();
   // Tells the user that the tables stand apart from the model viewer.
   void MessageModelViewer();

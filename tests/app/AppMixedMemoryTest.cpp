@@ -335,11 +335,12 @@ TEST(AppMixedMemory, MarginalMeansWithEachKindOfReference) {
       " /MEANS a COMPARE=a REFERENCE=FIRST ADJUST=SEQUENTIALBONFERRONI"
       " /MEANS b COMPARE=b REFERENCE=LAST ADJUST=LSD"
       " /MEANS b*a COMPARE=a"
-      " /MEANS OVERALL AT=x(-1.25) z(3)",
+      " /MEANS OVERALL AT=x(-1.25) z(3)"
+      " /MEANS a COMPARE=a REFERENCE=MEAN",
       memory);
-  ASSERT_EQ(N(memory, L::N_MEANS), 6);
+  ASSERT_EQ(N(memory, L::N_MEANS), 7);
   std::vector<std::vector<double>> records;
-  for (int i = 1; i <= 6; ++i) records.push_back(Reals(memory, Record(memory, L::MEANS_LIST, i), L::MEANS_WORDS));
+  for (int i = 1; i <= 7; ++i) records.push_back(Reals(memory, Record(memory, L::MEANS_LIST, i), L::MEANS_WORDS));
 
   const std::vector<double>& number = records[0];
   EXPECT_EQ(number[L::MEANS_N_FACTORS], 2.0);
@@ -380,6 +381,11 @@ TEST(AppMixedMemory, MarginalMeansWithEachKindOfReference) {
   EXPECT_EQ(Chars(memory, static_cast<INTEGER>(held[L::COVARIATE_TEXT]), 5), "-1.25");
   EXPECT_LT(held[L::COVARIATE_WORDS + L::COVARIATE_HELD], 0.0);
   EXPECT_EQ(held[L::COVARIATE_WORDS + L::COVARIATE_VALUE], 3.0);
+
+  // The mean of all levels as the reference (deviation contrasts) has no
+  // reference value.
+  EXPECT_EQ(records[6][L::MEANS_REFERENCE_KIND], 5.0);
+  EXPECT_EQ(records[6][L::MEANS_REFERENCE], 0.0);
 }
 
 TEST(AppMixedMemory, AReferenceTextCoversTheFactorsWidth) {

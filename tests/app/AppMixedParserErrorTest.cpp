@@ -305,7 +305,7 @@ TEST(AppMixedParserErrors, Means) {
             {"/MEANS a COMPARE=b", "b", 2, "expected a factor of the table, found 'b', which is not one"},
             {"/MEANS a REFERENCE=FIRST", "REFERENCE", 1, "expected COMPARE= with REFERENCE=, found none"},
             {"/MEANS a ADJUST=LSD", "ADJUST", 1, "expected COMPARE= with ADJUST=, found none"},
-            {"/MEANS a COMPARE=a REFERENCE=MIDDLE", "MIDDLE", 1, "expected FIRST, LAST, a number or a quoted text, found 'MIDDLE'"},
+            {"/MEANS a COMPARE=a REFERENCE=MIDDLE", "MIDDLE", 1, "expected FIRST, LAST, MEAN, a number or a quoted text, found 'MIDDLE'"},
             {"/MEANS a COMPARE=a REFERENCE=2", "2", 1, "expected a quoted text for the string factor 'a', found 2"},
             {"/MEANS b COMPARE=b REFERENCE='x'", "'x'", 1,
              "expected a number for the numeric factor 'b', found the text 'x'"},

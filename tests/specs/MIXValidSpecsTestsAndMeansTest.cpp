@@ -333,6 +333,17 @@ TEST_F(SpecsMeans, FirstAndLastCategories) {
   EXPECT_EQ(last.fpRefValue, nullptr);
 }
 
+// Our extension: the mean of all categories as the reference asks for
+// deviation contrasts, with no reference value.
+TEST_F(SpecsMeans, TheMeanOfAllCategoriesGivesDeviationContrasts) {
+  const INTEGER record = Record({1}, 1, 0, 0, 5);
+  Read();
+  const Filled mean = Fill(record);
+  EXPECT_EQ(mean.fRefCatType, MIXValidSpecs::REFCAT_MEAN);
+  EXPECT_EQ(mean.fSpec.GetContrastType(), MCConst::CONTRAST_DEVIATION);
+  EXPECT_EQ(mean.fpRefValue, nullptr);
+}
+
 TEST_F(SpecsMeansDeathTest, CompareFactorChecks) {
   const INTEGER beyondTable = Record({1}, 2, 0, 0, 0);
   const INTEGER noPlace = Record({0}, 1, 0, 0, 0);

@@ -97,16 +97,19 @@ TEST_F(PlugInTest, ADocumentPairReadsIntoTheModel) {
   ASSERT_NE(stats->GetBuildSettings(), nullptr);
   EXPECT_EQ(stats->GetBuildSettings()->fDistribution, GNLMOutputStats::POISSON);
   ASSERT_NE(stats->GetParamCollect(), nullptr);
-  // Without the debug switch the model viewer writes nothing yet.
-  EXPECT_TRUE(Items().empty());
+  // The model viewer's output follows, beginning with the model summary.
+  ASSERT_FALSE(Items().empty());
+  ASSERT_EQ(Items()[0].fKind, OmItem::TABLE);
+  EXPECT_EQ(Items()[0].fpTable->fSubType, "ModelSummary");
   EXPECT_FALSE(ZORV_Session::Current().IsFatal());
 }
 
 TEST_F(PlugInTest, TheDebugSwitchShowsTheResultModel) {
   display_result_model = true;
   ASSERT_TRUE(Process("binomial"));
-  ASSERT_EQ(Items().size(), 1u);
+  ASSERT_GT(Items().size(), 1u);
   ASSERT_EQ(Items()[0].fKind, OmItem::TEXT);
+  EXPECT_EQ(Items()[1].fKind, OmItem::TABLE);
   std::string text;
   for (const std::string& line : Items()[0].fpText->fvLines) text += line;
   EXPECT_NE(text.find("Result model"), std::string::npos);
@@ -180,4 +183,24 @@ TEST_F(PlugInTest, AStatJSONDocumentIsKeptAndItsTablesAnnounced) {
   ASSERT_EQ(Items()[0].fKind, OmItem::MESSAGE);
   EXPECT_EQ(Items()[0].fpMessage->fLevel, OmMessage::WARNING);
   EXPECT_NE(Items()[0].fpMessage->fText.find("separately from the model viewer"), std::string::npos);
+}
+
+// A StatJSON document given before the documents: its tables stand after
+// the covariance parameters among the model viewer's tables, and the JSON
+// output writes them once more with its message. (The program therefore
+// does not give the plug-in the StatJSON, whose tables it shows itself.)
+TEST_F(PlugInTest, AStatJSONGivenFirstShowsItsTablesInTheirPlace) {
+  fPlugIn->SetStatJSON({R"({"tables": [{"name": "t", "dimensions": [{"name": "Subject", "categories": [{"label": "1"}]}],
+                           "cells": [{"at": [0], "value": 0.5}]}]})"});
+  ASSERT_TRUE(Process("poisson"));
+  std::vector<std::string> headings;
+  for (const OmItem& item : Items()) {
+    if (item.fKind == OmItem::HEADING) headings.push_back(item.fpHeading->fText);
+  }
+  EXPECT_EQ(headings, (std::vector<std::string>{"Random Effect Covariances", "Covariance Parameters",
+                                                "Random Effects Parameters", "Estimated Marginal Means: Treatment"}));
+  EXPECT_TRUE(fPlugIn->ProcessOutputJSON());
+  ASSERT_GE(Items().size(), 2u);
+  EXPECT_EQ(Items()[Items().size() - 2].fpHeading->fText, "Random Effects Parameters");
+  EXPECT_EQ(Items().back().fKind, OmItem::MESSAGE);
 }

@@ -357,6 +357,9 @@ void GLMMStatXMLWriter::WriteMeansRequests(GLMMXMLWriter& xml) const {
     if (byValue && compare >= 0) {
       ValueAttribute(xml, "ReferenceValue", Labels::CategoryValue(varList, compare, request.GetRefCateg()));
     }
+    // Each request has an adjustment of its own; the build settings' one is
+    // the first request's.
+    ValueAttribute(xml, "PAdjustment", PAdjustToken(request.GetPAdjust()));
     xml.Close();
   }
   xml.Close();

@@ -846,6 +846,9 @@ def write_messages():
                               padjust="SEQSIDAK")
     b0 = regression_parameter("B0", intercept=True)
     d = diagnostics_element(None, None, None, 1, 0, 3, 0, 1)
+    # Its tests could not be computed either: they stand without statistics.
+    d.add(X("ModelTestStats", [("description", "correctedModel"), ("testType", "III")]))
+    d.add(X("ModelTestStats", [("description", "fixedEffect"), ("testID", "0"), ("testType", "III")]))
     custom = d.add(X("DataGroup", [("description", "customEmmeans")]))
     custom.add(statistic("EMMEANSIndex", "0"))
     mv = custom.add(X("MultivariateData", [("description", "estimates")]))
