@@ -29,6 +29,7 @@
 
 #include "app/AppProcedureHook.h"
 #include "AppReportFile.h"
+#include "app/AppViewerReference.h"
 #include "app/AppSession.h"
 #include "base/MixExports.h"
 #include "run/MixDriver.h"
@@ -137,6 +138,55 @@ std::vector<json> Tables(const json& command, const std::string& subtype) {
   return tables;
 }
 
+void CollectSubTypes(const json& items, std::vector<std::string>& out) {
+  for (const json& item : items) {
+    if (item["kind"] == "heading") CollectSubTypes(item["items"], out);
+    if (item["kind"] == "table") out.push_back(item["subtype"].get<std::string>());
+  }
+}
+
+// The sub-types of all tables of a command, in the order written.
+std::vector<std::string> SubTypes(const json& command) {
+  std::vector<std::string> subTypes;
+  CollectSubTypes(command["items"], subTypes);
+  return subTypes;
+}
+
+// The sub-types of the model viewer's tables: those that follow the
+// command's own tables, from the model summary on.
+std::vector<std::string> ViewerSubTypes(const json& command) {
+  const std::vector<std::string> all = SubTypes(command);
+  const auto first = std::find(all.begin(), all.end(), "ModelSummary");
+  return std::vector<std::string>(first, all.end());
+}
+
+// The headings directly under a command, in order.
+std::vector<std::string> Headings(const json& command) {
+  std::vector<std::string> headings;
+  for (const json& item : command["items"]) {
+    if (item["kind"] == "heading") headings.push_back(item["text"].get<std::string>());
+  }
+  return headings;
+}
+
+json Reference(const std::string& fixture) {
+  return ReadJson(fs::path(GLMIX_TEST_DATA_DIR) / "numeric" / "reference" / (fixture + ".json"));
+}
+
+// The covariance parameters the model viewer shows, against a reference fit.
+void ExpectViewerCovarianceParameters(const json& command, const std::string& fixture) {
+  SCOPED_TRACE("covariance parameters of " + fixture);
+  viewer_reference::ExpectCovarianceParameters(Tables(command, "CovarianceParameters"),
+                                               Tables(command, "ResidualEffect"), Reference(fixture));
+}
+
+// The tables of the model viewer after the classic tables of a model with
+// random blocks and without marginal means.
+const std::vector<std::string> kViewerTables = {"ModelSummary",   "DataStructure",
+                                                "FixedEffects",   "FixedCoefficients",
+                                                "RandomEffects",  "CovarianceParametersSummary",
+                                                "ResidualEffect", "CovarianceParameters"};
+
 void CollectMessages(const json& items, std::vector<std::string>& out) {
   for (const json& item : items) {
     if (item["kind"] == "heading") CollectMessages(item["items"], out);
@@ -234,7 +284,8 @@ void ExpectRelative(double actual, double expected, double relative, const std::
 
 // Holds the fitted numbers of one split of a command (the `split`-th table
 // of each kind) against a reference fit: the -2 log likelihood, the tests of
-// the fixed effects and, when the command shows them, the estimates.
+// the fixed effects and, when the command shows them, the estimates (each
+// as far as the reference has it).
 void ExpectReferenceFit(const json& command, const std::string& fixture, std::size_t split = 0) {
   SCOPED_TRACE("reference fit " + fixture);
   const json reference = ReadJson(fs::path(GLMIX_TEST_DATA_DIR) / "numeric" / "reference" / (fixture + ".json"));
@@ -248,7 +299,7 @@ void ExpectReferenceFit(const json& command, const std::string& fixture, std::si
   const std::vector<json> tests = Tables(command, "Tests of Fixed Effects");
   ASSERT_GT(tests.size(), split);
   const std::vector<std::string> sources = Labels(tests[split], 0);
-  for (const json& test : reference["typeIII"]) {
+  for (const json& test : reference.value("typeIII", json::array())) {
     const std::string term = test["term"].get<std::string>();
     int row = -1;
     for (std::size_t i = 0; i < sources.size(); ++i) {
@@ -273,7 +324,34 @@ void ExpectReferenceFit(const json& command, const std::string& fixture, std::si
     ASSERT_GE(row, 0) << "no estimate of " << name;
     ExpectRelative(Value(estimates[split], {row, 0}), beta["estimate"].get<double>(), 1e-6, name + " estimate");
     ExpectRelative(Value(estimates[split], {row, 1}), beta["se"].get<double>(), 1e-5, name + " standard error");
-    ExpectRelative(Value(estimates[split], {row, 2}), beta["df"].get<double>(), 1e-5, name + " df");
+    if (beta.contains("df")) ExpectRelative(Value(estimates[split], {row, 2}), beta["df"].get<double>(), 1e-5, name + " df");
+  }
+}
+
+// The model viewer reads the fit back from its documents; what it shows
+// must be what the command's own tables show from the fit itself: the
+// information criteria and the F of each fixed effect.
+void ExpectViewerAgreesWithTheCommand(const json& command) {
+  const std::vector<json> summaries = Tables(command, "ModelSummary");
+  const std::vector<json> criteria = Tables(command, "Information Criteria");
+  if (summaries.size() != 1 || criteria.size() != 1 || criteria[0]["dimensions"].size() != 1) return;
+  SCOPED_TRACE("the model viewer against the command's own tables");
+  const std::vector<std::string> items = Labels(summaries[0], 0);
+  const std::size_t aicc = std::find(items.begin(), items.end(), "Akaike Corrected") - items.begin();
+  EXPECT_EQ(Value(summaries[0], {static_cast<int>(aicc)}), Value(criteria[0], {2}));
+  EXPECT_EQ(Value(summaries[0], {static_cast<int>(aicc + 1)}), Value(criteria[0], {4}));
+
+  const std::vector<json> viewerTests = Tables(command, "FixedEffects");
+  const std::vector<json> tests = Tables(command, "Tests of Fixed Effects");
+  ASSERT_EQ(viewerTests.size(), 1u);
+  ASSERT_EQ(tests.size(), 1u);
+  const std::vector<std::string> sources = Labels(tests[0], 0);
+  const std::vector<std::string> effects = Labels(viewerTests[0], 0);
+  for (std::size_t row = 1; row < effects.size(); ++row) {
+    const auto at = std::find(sources.begin(), sources.end(), effects[row]);
+    ASSERT_NE(at, sources.end()) << effects[row];
+    ExpectRelative(Value(viewerTests[0], {static_cast<int>(row), 0}),
+                   Value(tests[0], {static_cast<int>(at - sources.begin()), 2}), 1e-12, effects[row] + " F");
   }
 }
 
@@ -321,6 +399,7 @@ class AppExpectationsTest : public ::testing::Test {
     EXPECT_EQ(fExitStatus, exitStatus);
     commands = Commands(report, "Mixed Model");
     ASSERT_EQ(commands.size(), count);
+    for (const json& command : commands) ExpectViewerAgreesWithTheCommand(command);
   }
 
   // An example of one fit that agrees with a reference fit.
@@ -371,6 +450,12 @@ TEST_F(AppExpectationsTest, SleepStudyFitsARandomSlopeModelAndPredictsTheSubject
   EXPECT_NEAR(Value(estimates[0], {1, 0}), 10.4673, 5e-5);
   EXPECT_EQ(Tables(commands[0], "Empirical Best Linear Unbiased Predictions").size(), 1u);
   EXPECT_EQ(NotesValue(commands[0], "Model File"), "<output>/model-1.xml");
+  // After the classic tables and the predictions, once, the model viewer's.
+  EXPECT_EQ(ViewerSubTypes(commands[0]), kViewerTables);
+  const std::vector<std::string> all = SubTypes(commands[0]);
+  EXPECT_LT(std::find(all.begin(), all.end(), "Empirical Best Linear Unbiased Predictions"),
+            std::find(all.begin(), all.end(), "ModelSummary"));
+  ExpectViewerCovarianceParameters(commands[0], "sleepstudy_un");
 }
 
 // A factor crossed with a covariate, random intercept and slope per child.
@@ -386,6 +471,15 @@ TEST_F(AppExpectationsTest, OrthodontFitsGrowthLinesBySex) {
   ASSERT_EQ(estimates.size(), 1u);
   ASSERT_EQ(estimates[0]["footnotes"].size(), 1u);
   EXPECT_EQ(estimates[0]["footnotes"][0]["text"], "This parameter is set to zero because it is redundant.");
+  ExpectViewerCovarianceParameters(commands[0], "orthodont_un_g");
+  // The marginal means of the sexes at the age of 11, Female the reference.
+  const std::vector<std::string> viewer = ViewerSubTypes(commands[0]);
+  EXPECT_EQ(std::vector<std::string>(viewer.end() - 4, viewer.end()),
+            (std::vector<std::string>{"GrandMeans", "Estimates", "Contrasts", "OverallTestResults"}));
+  const std::vector<json> contrasts = Tables(commands[0], "Contrasts");
+  ASSERT_EQ(contrasts.size(), 1u);
+  EXPECT_EQ(contrasts[0]["title"]["text"], "Simple Contrasts");
+  EXPECT_EQ(Labels(contrasts[0], 0), std::vector<std::string>{"Male - Female"});
 }
 
 // Split plot with two random blocks (no reference fit of this model: the
@@ -403,6 +497,14 @@ TEST_F(AppExpectationsTest, OatsFitsTwoRandomBlocks) {
   const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
   ASSERT_EQ(criteria.size(), 1u);
   EXPECT_EQ(criteria[0]["cells"][0]["text"], "578.892");
+  // Both random blocks in the viewer, and the varieties' pairwise contrasts.
+  const std::vector<json> blocks = Tables(commands[0], "CovarianceParameters");
+  ASSERT_EQ(blocks.size(), 2u);
+  EXPECT_EQ(blocks[0]["title"]["text"], "Random Effect Block 1");
+  EXPECT_EQ(blocks[1]["title"]["text"], "Random Effect Block 2");
+  const std::vector<json> contrasts = Tables(commands[0], "Contrasts");
+  ASSERT_EQ(contrasts.size(), 1u);
+  EXPECT_EQ(Labels(contrasts[0], 0).size(), 3u);
 }
 
 // Crossed subjects: workers, and workers by machines.
@@ -476,6 +578,12 @@ TEST_F(AppExpectationsTest, OrthodontSplitLayeredReportsBothSplits) {
   EXPECT_EQ(Tables(commands[0], "Tests of Fixed Effects").size(), 1u);
   EXPECT_EQ(Tables(commands[0], "Correlation Matrix").size(), 1u);
   EXPECT_EQ(Tables(commands[0], "Covariance Matrix").size(), 1u);
+  // The model viewer shows each split under its title.
+  const std::vector<std::string> headings = Headings(commands[0]);
+  ASSERT_GE(headings.size(), 2u);
+  EXPECT_EQ(std::vector<std::string>(headings.end() - 2, headings.end()),
+            (std::vector<std::string>{"Split file: Sex of the child = Female", "Split file: Sex of the child = Male"}));
+  EXPECT_EQ(Tables(commands[0], "ModelSummary").size(), 2u);
 }
 
 // SEPARATE: each split with tables of its own.
@@ -492,6 +600,11 @@ TEST_F(AppExpectationsTest, OrthodontSplitSeparateGivesEachSplitItsTables) {
   const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
   EXPECT_EQ(criteria[0]["cells"][0]["text"], "141.218");
   EXPECT_EQ(criteria[1]["cells"][0]["text"], "273.448");
+  // The model viewer's tables of each split, the criteria the same.
+  const std::vector<json> summaries = Tables(commands[0], "ModelSummary");
+  ASSERT_EQ(summaries.size(), 2u);
+  EXPECT_EQ(Value(summaries[0], {3}), Value(criteria[0], {2}));
+  EXPECT_EQ(Value(summaries[1], {3}), Value(criteria[1], {2}));
 }
 
 // A scale weight, then a frequency weight: the notes say how weights are
@@ -560,6 +673,81 @@ TEST_F(AppExpectationsTest, DebugSwitchesShowTheSettingsAndWriteTheRecords) {
   EXPECT_FALSE(write_text_data);
 }
 
+// The oats trial with nitrogen as a factor, as the reference fit has it:
+// the fit, the covariance parameters and every table of marginal means
+// agree with R.
+TEST_F(AppExpectationsTest, OatsFactorialShowsMeansAndContrastsOfEachKind) {
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("oats-factorial", 0, 1, commands));
+  EXPECT_TRUE(Messages(commands[0]).empty());
+  ExpectReferenceFit(commands[0], "oats");
+  ExpectViewerCovarianceParameters(commands[0], "oats");
+
+  EXPECT_EQ(Headings(commands[0]),
+            (std::vector<std::string>{"Fixed Effects", "Random Effect Covariances", "Covariance Parameters",
+                                      "Estimated Marginal Means 1: Variety of oats * Nitrogen (hundredweight per acre)",
+                                      "Estimated Marginal Means 2: Variety of oats * Nitrogen (hundredweight per acre)",
+                                      "Estimated Marginal Means 3: Nitrogen (hundredweight per acre)"}));
+  const json means = Reference("emmeans/oats");
+  const std::vector<json> grand = Tables(commands[0], "GrandMeans");
+  ASSERT_EQ(grand.size(), 1u);
+  viewer_reference::ExpectShown(&grand[0]["cells"][0], means["grand_mean"]["estimate"].get<double>(), "grand mean");
+  viewer_reference::ExpectShown(&grand[0]["cells"][1], means["grand_mean"]["se"].get<double>(), "its error");
+
+  // The requests in the command's order, and the reference's of each.
+  const std::size_t references[] = {2, 1, 3};
+  const std::vector<json> estimates = Tables(commands[0], "Estimates");
+  const std::vector<json> contrasts = Tables(commands[0], "Contrasts");
+  const std::vector<json> tests = Tables(commands[0], "OverallTestResults");
+  ASSERT_EQ(estimates.size(), 3u);
+  ASSERT_EQ(contrasts.size(), 3u);
+  ASSERT_EQ(tests.size(), 3u);
+  for (std::size_t r = 0; r < 3; ++r) {
+    const json& request = means["requests"][references[r]];
+    SCOPED_TRACE(request["name"].get<std::string>());
+    viewer_reference::ExpectEstimates(estimates[r], request);
+    viewer_reference::ExpectContrasts(contrasts[r], request);
+    viewer_reference::ExpectOverallTests(tests[r], request);
+  }
+  EXPECT_EQ(contrasts[0]["title"]["text"], "Deviation Contrasts");
+  EXPECT_EQ(contrasts[1]["title"]["text"], "Simple Contrasts");
+  EXPECT_EQ(contrasts[2]["title"]["text"], "Pairwise Contrasts");
+  // Each request says how its significance values are adjusted.
+  EXPECT_NE(Captions(contrasts[0]).at(0).find("sequential Sidak"), std::string::npos);
+  EXPECT_NE(Captions(contrasts[1]).at(0).find("sequential Bonferroni"), std::string::npos);
+  EXPECT_NE(Captions(contrasts[2]).at(0).find("sequential Bonferroni"), std::string::npos);
+}
+
+// Residual structures without random effects: first-order autoregressive,
+// then unstructured, each as its reference fit.
+TEST_F(AppExpectationsTest, OrthodontResidualFitsTheResidualStructures) {
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("orthodont-residual", 0, 2, commands));
+  ExpectReferenceFit(commands[0], "orthodont_ar1");
+  ExpectViewerCovarianceParameters(commands[0], "orthodont_ar1");
+  ExpectReferenceFit(commands[1], "orthodont_un");
+  ExpectViewerCovarianceParameters(commands[1], "orthodont_un");
+  // No random block: no covariance matrices and no random parameters.
+  EXPECT_EQ(ViewerSubTypes(commands[0]), (std::vector<std::string>{"ModelSummary", "DataStructure", "FixedEffects",
+                                                                   "FixedCoefficients", "CovarianceParametersSummary",
+                                                                   "ResidualEffect"}));
+  const std::vector<json> residual = Tables(commands[1], "ResidualEffect");
+  ASSERT_EQ(residual.size(), 1u);
+  EXPECT_EQ(Labels(residual[0], 0).size(), 10u);
+}
+
+// A spatial structure over the weighing days.
+TEST_F(AppExpectationsTest, BodyweightSpatialFitsAnExponentialResidual) {
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("bodyweight-spatial", 0, 1, commands));
+  ExpectReferenceFit(commands[0], "covariance/bodyweight_sp_exp");
+  ExpectViewerCovarianceParameters(commands[0], "covariance/bodyweight_sp_exp");
+  const std::vector<json> residual = Tables(commands[0], "ResidualEffect");
+  ASSERT_EQ(residual.size(), 1u);
+  EXPECT_EQ(Labels(residual[0], 0), (std::vector<std::string>{"SP(EXP) range", "Variance"}));
+  EXPECT_NE(Captions(residual[0]).at(0).find("Spatial exponential"), std::string::npos);
+}
+
 // Every example command file has its test above.
 TEST(AppExpectationsCoverage, EveryExampleHasAnExpectation) {
   int files = 0;
@@ -570,7 +758,7 @@ TEST(AppExpectationsCoverage, EveryExampleHasAnExpectation) {
         fs::path(GLMIX_TEST_DATA_DIR) / "app" / "expected" / (entry.path().stem().string() + ".json");
     EXPECT_TRUE(fs::is_regular_file(expected)) << "no expectation for " << entry.path();
   }
-  EXPECT_EQ(files, 13);
+  EXPECT_EQ(files, 16);
 }
 
 }  // namespace

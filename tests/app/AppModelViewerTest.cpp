@@ -119,22 +119,33 @@ TEST_F(ModelViewerDriver, EachModelIsShownUnderTheCommand) {
   Store("statjson.json", "{\"tables\": []}", BEPesRepos::KIND_JSON);
   StoreFixture("gamma");
   AppModelViewer::Run(*fProcedure, fData);
-  const std::vector<std::string> items = Outline(Command());
-  ASSERT_EQ(items.size(), 1u) << items.front();
-  // Both models' dumps, one after the other, and no JSON message.
-  const std::vector<std::string>& lines = Command().fvItems[0].fpText->fvLines;
-  std::string text;
-  for (const std::string& line : lines) text += line + "\n";
-  EXPECT_NE(text.find("Distribution: POISSON"), std::string::npos);
-  EXPECT_NE(text.find("Distribution: GAMMA"), std::string::npos);
-  EXPECT_LT(text.find("POISSON"), text.find("GAMMA"));
+  // Each model's dump, then its tables; the StatJSON is not the viewer's,
+  // so no JSON message.
+  std::vector<std::string> dumps;
+  std::size_t summaries = 0;
+  for (const OmItem& item : Command().fvItems) {
+    if (item.fKind == OmItem::TEXT) {
+      std::string text;
+      for (const std::string& line : item.fpText->fvLines) text += line + "\n";
+      dumps.push_back(text);
+    }
+    if (item.fKind == OmItem::TABLE && item.fpTable->fSubType == "ModelSummary") ++summaries;
+  }
+  ASSERT_EQ(dumps.size(), 2u);
+  EXPECT_NE(dumps[0].find("Distribution: POISSON"), std::string::npos);
+  EXPECT_NE(dumps[1].find("Distribution: GAMMA"), std::string::npos);
+  EXPECT_EQ(summaries, 2u);
+  EXPECT_FALSE(Contains(Outline(Command()), "separately"));
   EXPECT_FALSE(ZORV_Session::Current().IsFatal());
 }
 
-TEST_F(ModelViewerDriver, WithoutTheDebugSwitchTheModelViewerWritesNothingYet) {
+TEST_F(ModelViewerDriver, WithoutTheDebugSwitchTheModelViewerWritesItsTables) {
   StoreFixture("poisson");
   AppModelViewer::Run(*fProcedure, fData);
-  EXPECT_TRUE(Command().fvItems.empty());
+  const std::vector<std::string> items = Outline(Command());
+  ASSERT_FALSE(items.empty());
+  EXPECT_EQ(items[0], "table: ModelSummary");
+  EXPECT_FALSE(Contains(items, "text: "));
   EXPECT_FALSE(ZORV_Session::Current().IsFatal());
 }
 
@@ -179,19 +190,29 @@ TEST_F(ModelViewerDriver, EachSplitStandsUnderItsTitle) {
   EXPECT_EQ(items[0], "heading: Split file: Treatment = Active");
   EXPECT_EQ(items[1], "heading: Split file: Treatment = Placebo");
   EXPECT_TRUE(Contains(Outline(*Command().fvItems[0].fpHeading), "text: "));
+  EXPECT_TRUE(Contains(Outline(*Command().fvItems[0].fpHeading), "table: ModelSummary"));
   EXPECT_TRUE(Contains(Outline(*Command().fvItems[1].fpHeading), "message: The StatXML results document"));
   // The split is not left current, and the tables of the viewer are not
   // the run side's split tables.
   EXPECT_TRUE(ZORV_Session::Current().GetCurrentSplit().empty());
+}
 
-  // Without the switch the first split writes nothing, and its heading goes.
-  fDocument.fRoot.fvItems.clear();
-  fProcedure.reset(new BpProcedure(fDocument.fRoot.AddHeading("Mixed Model"), "Mixed Model", "Mixed"));
-  display_output = false;
+// A split whose documents show nothing leaves no heading.
+TEST_F(ModelViewerDriver, AnEmptySplitHeadingGoes) {
+  fData.SetSplitVars({2});
+  ZORV_Session::SplitValue split;
+  split.fpVariable = fData.GetVariable(2);
+  split.fvValue.assign(fData.GetCell(0, 2), fData.GetCell(0, 2) + fData.GetColumnWords(2));
+  ZORV_Session::Current().SetCurrentSplit({split});
+  StoreFixture("poisson");
+  split.fvValue.assign(fData.GetCell(12, 2), fData.GetCell(12, 2) + fData.GetColumnWords(2));
+  ZORV_Session::Current().SetCurrentSplit({split});
+  Store("statxml-b.xml", ReadText(FixturePath("poisson.statxml.xml")));
+  ZORV_Session::Current().ClearCurrentSplit();
   AppModelViewer::Run(*fProcedure, fData);
-  const std::vector<std::string> quiet = Outline(Command());
-  ASSERT_EQ(quiet.size(), 1u);
-  EXPECT_EQ(quiet[0], "heading: Split file: Treatment = Placebo");
+  const std::vector<std::string> items = Outline(Command());
+  ASSERT_EQ(items.size(), 1u);
+  EXPECT_EQ(items[0], "heading: Split file: Treatment = Active");
 }
 
 // The program drives the plug-in after every GLMIXFIT, split files
@@ -222,12 +243,15 @@ TEST(AppModelViewer, TheProgramDrivesThePlugInAfterEachFit) {
   EXPECT_NE(splits[0]->fText.find("Female"), std::string::npos) << splits[0]->fText;
   EXPECT_NE(splits[1]->fText.find("Male"), std::string::npos) << splits[1]->fText;
   for (const OmHeading* split : splits) {
-    ASSERT_EQ(split->fvItems.size(), 1u);
+    ASSERT_GT(split->fvItems.size(), 1u);
     ASSERT_EQ(split->fvItems[0].fKind, OmItem::TEXT);
     std::string text;
     for (const std::string& line : split->fvItems[0].fpText->fvLines) text += line;
     EXPECT_NE(text.find("Result model"), std::string::npos);
     EXPECT_NE(text.find("Target: distance"), std::string::npos);
+    // The split's tables follow its dump.
+    EXPECT_TRUE(Contains(Outline(*split), "table: ModelSummary"));
+    EXPECT_TRUE(Contains(Outline(*split), "heading: Covariance Parameters"));
   }
   display_output = false;
   std::error_code ec;
