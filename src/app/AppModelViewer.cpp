@@ -13,6 +13,7 @@
 #include "host/files/BEPesRepos.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpProcedure.h"
+#include "host/output/BpString.h"
 #include "host/output/OmDocument.h"
 #include "viewer/GNLMExports.h"
 #include "viewer/GNLMProcCustom.h"
@@ -70,14 +71,14 @@ std::vector<ModelDocuments> CollectModels() {
   return models;
 }
 
-// A heading titled by the split, under the command's heading.
-OmHeading* SplitHeading(BpProcedure& procedure, const std::vector<ZORV_Session::SplitValue>& split) {
+// A heading titled by the split, under the model viewer's heading.
+OmHeading* SplitHeading(BpHeading& parent, const std::vector<ZORV_Session::SplitValue>& split) {
   ZORV_Session& session = ZORV_Session::Current();
   session.SetCurrentSplit(split);
   BpComposite title("Split File [%1 = %2:, ^1 = ^2:]1", true);
   title.SplitList();
   title.Finish();
-  BpHeading heading = procedure.Heading(title);
+  BpHeading heading = parent.Heading(title);
   session.ClearCurrentSplit();
   return heading.GetOmHeading();
 }
@@ -90,9 +91,10 @@ void RemoveIfEmpty(OmHeading& parent, const OmHeading* child) {
               items.end());
 }
 
-void ShowModel(BpProcedure& procedure, ZORV_Dataset& data, CFMetaData& metaData, const ModelDocuments& model) {
-  OmHeading* commandHeading = procedure.GetOmHeading();
-  OmHeading* heading = model.fvSplit.empty() ? commandHeading : SplitHeading(procedure, model.fvSplit);
+void ShowModel(BpProcedure& procedure, BpHeading& viewerHeading, ZORV_Dataset& data, CFMetaData& metaData,
+               const ModelDocuments& model) {
+  OmHeading* parent = viewerHeading.GetOmHeading();
+  OmHeading* heading = model.fvSplit.empty() ? parent : SplitHeading(viewerHeading, model.fvSplit);
   if (heading == nullptr) return;
   {
     BpProcedure viewer(*heading, procedure.GetTitle(), "Generalized Linear Mixed Models");
@@ -105,7 +107,7 @@ void ShowModel(BpProcedure& procedure, ZORV_Dataset& data, CFMetaData& metaData,
                              std::string());
     plugIn->ProcessOutputJSON();
   }
-  if (heading != commandHeading) RemoveIfEmpty(*commandHeading, heading);
+  if (heading != parent) RemoveIfEmpty(*parent, heading);
 }
 
 }  // namespace
@@ -115,6 +117,10 @@ void AppModelViewer::Run(BpProcedure& procedure, ZORV_Dataset& data) {
   if (models.empty()) return;
   CFMetaData metaData(data);
   display_result_model = display_output;
-  for (const ModelDocuments& model : models) ShowModel(procedure, data, metaData, model);
+  {
+    BpHeading viewerHeading = procedure.Heading(BpString("Model Viewer", true));
+    for (const ModelDocuments& model : models) ShowModel(procedure, viewerHeading, data, metaData, model);
+    RemoveIfEmpty(*procedure.GetOmHeading(), viewerHeading.GetOmHeading());
+  }
   display_result_model = false;
 }

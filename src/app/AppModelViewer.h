@@ -10,10 +10,10 @@ class ZORV_Dataset;
 // data and the data's dictionary, delivers the two documents, asks for its
 // output, and destroys it.
 //
-// On an unsplit file the viewer's output follows the command's own output
-// under the command's heading. On a split file each split's output stands
-// under a heading of its own, titled by the split; a heading the plug-in
-// leaves empty is removed. The StatJSON documents are not delivered: the
+// The viewer's output follows the command's own output under a heading
+// "Model Viewer"; on a split file each split's output stands within it
+// under a heading of its own, titled by the split. A heading left empty is
+// removed. The StatJSON documents are not delivered: the
 // tables of predicted random effects are the run side's, and a table never
 // appears twice.
 class AppModelViewer {

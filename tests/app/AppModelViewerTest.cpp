@@ -60,6 +60,16 @@ std::vector<std::string> Outline(const OmHeading& heading) {
   return items;
 }
 
+// The heading of that text directly under a heading; a heading without
+// items when there is none.
+const OmHeading& Child(const OmHeading& heading, const std::string& text) {
+  static const OmHeading kNone;
+  for (const OmItem& item : heading.fvItems) {
+    if (item.fKind == OmItem::HEADING && item.fpHeading->fText == text) return *item.fpHeading;
+  }
+  return kNone;
+}
+
 bool Contains(const std::vector<std::string>& items, const std::string& text) {
   for (const std::string& item : items) {
     if (item.find(text) != std::string::npos) return true;
@@ -99,6 +109,8 @@ class ModelViewerDriver : public ::testing::Test {
     Store(name + ".statxml.xml", ReadText(FixturePath(name + ".statxml.xml")));
   }
   const OmHeading& Command() const { return *fDocument.fRoot.fvItems.front().fpHeading; }
+  // The model viewer's output, under its heading after the command's own.
+  const OmHeading& Viewer() const { return Child(Command(), "Model Viewer"); }
 
   ZORV_Dataset fData;
   OmDocument fDocument;
@@ -121,9 +133,10 @@ TEST_F(ModelViewerDriver, EachModelIsShownUnderTheCommand) {
   AppModelViewer::Run(*fProcedure, fData);
   // Each model's dump, then its tables; the StatJSON is not the viewer's,
   // so no JSON message.
+  EXPECT_EQ(Outline(Command()), std::vector<std::string>{"heading: Model Viewer"});
   std::vector<std::string> dumps;
   std::size_t summaries = 0;
-  for (const OmItem& item : Command().fvItems) {
+  for (const OmItem& item : Viewer().fvItems) {
     if (item.fKind == OmItem::TEXT) {
       std::string text;
       for (const std::string& line : item.fpText->fvLines) text += line + "\n";
@@ -135,14 +148,14 @@ TEST_F(ModelViewerDriver, EachModelIsShownUnderTheCommand) {
   EXPECT_NE(dumps[0].find("Distribution: POISSON"), std::string::npos);
   EXPECT_NE(dumps[1].find("Distribution: GAMMA"), std::string::npos);
   EXPECT_EQ(summaries, 2u);
-  EXPECT_FALSE(Contains(Outline(Command()), "separately"));
+  EXPECT_FALSE(Contains(Outline(Viewer()), "separately"));
   EXPECT_FALSE(ZORV_Session::Current().IsFatal());
 }
 
 TEST_F(ModelViewerDriver, WithoutTheDebugSwitchTheModelViewerWritesItsTables) {
   StoreFixture("poisson");
   AppModelViewer::Run(*fProcedure, fData);
-  const std::vector<std::string> items = Outline(Command());
+  const std::vector<std::string> items = Outline(Viewer());
   ASSERT_FALSE(items.empty());
   EXPECT_EQ(items[0], "table: ModelSummary");
   EXPECT_FALSE(Contains(items, "text: "));
@@ -154,7 +167,7 @@ TEST_F(ModelViewerDriver, ADocumentThatCannotBeReadIsReported) {
   Store("model.xml", ReadText(FixturePath("poisson.pmml.xml")));
   Store("statxml.xml", "<?xml version=\"1.0\"?>\n<StatXML><BuildSettings/></StatXML>");
   AppModelViewer::Run(*fProcedure, fData);
-  const std::vector<std::string> items = Outline(Command());
+  const std::vector<std::string> items = Outline(Viewer());
   ASSERT_EQ(items.size(), 1u);
   EXPECT_TRUE(Contains(items, "message: The StatXML results document could not be read")) << items[0];
   EXPECT_TRUE(ZORV_Session::Current().IsFatal());
@@ -169,8 +182,7 @@ TEST_F(ModelViewerDriver, AStatXMLWithoutAModelFileShowsNothing) {
   EXPECT_FALSE(ZORV_Session::Current().IsFatal());
 }
 
-// Each split's documents go under a heading titled by the split; a heading
-// left empty goes.
+// Each split's documents go under a heading titled by the split.
 TEST_F(ModelViewerDriver, EachSplitStandsUnderItsTitle) {
   display_output = true;
   fData.SetSplitVars({2});
@@ -185,13 +197,13 @@ TEST_F(ModelViewerDriver, EachSplitStandsUnderItsTitle) {
   Store("statxml-b.xml", "<StatXML/>");
   ZORV_Session::Current().ClearCurrentSplit();
   AppModelViewer::Run(*fProcedure, fData);
-  const std::vector<std::string> items = Outline(Command());
+  const std::vector<std::string> items = Outline(Viewer());
   ASSERT_EQ(items.size(), 2u);
   EXPECT_EQ(items[0], "heading: Split file: Treatment = Active");
   EXPECT_EQ(items[1], "heading: Split file: Treatment = Placebo");
-  EXPECT_TRUE(Contains(Outline(*Command().fvItems[0].fpHeading), "text: "));
-  EXPECT_TRUE(Contains(Outline(*Command().fvItems[0].fpHeading), "table: ModelSummary"));
-  EXPECT_TRUE(Contains(Outline(*Command().fvItems[1].fpHeading), "message: The StatXML results document"));
+  EXPECT_TRUE(Contains(Outline(*Viewer().fvItems[0].fpHeading), "text: "));
+  EXPECT_TRUE(Contains(Outline(*Viewer().fvItems[0].fpHeading), "table: ModelSummary"));
+  EXPECT_TRUE(Contains(Outline(*Viewer().fvItems[1].fpHeading), "message: The StatXML results document"));
   // The split is not left current, and the tables of the viewer are not
   // the run side's split tables.
   EXPECT_TRUE(ZORV_Session::Current().GetCurrentSplit().empty());
@@ -210,7 +222,7 @@ TEST_F(ModelViewerDriver, AnEmptySplitHeadingGoes) {
   Store("statxml-b.xml", ReadText(FixturePath("poisson.statxml.xml")));
   ZORV_Session::Current().ClearCurrentSplit();
   AppModelViewer::Run(*fProcedure, fData);
-  const std::vector<std::string> items = Outline(Command());
+  const std::vector<std::string> items = Outline(Viewer());
   ASSERT_EQ(items.size(), 1u);
   EXPECT_EQ(items[0], "heading: Split file: Treatment = Active");
 }
@@ -234,7 +246,7 @@ TEST(AppModelViewer, TheProgramDrivesThePlugInAfterEachFit) {
   EXPECT_EQ(session.ExitStatus(), 0);
   const OmHeading& command = *session.GetDocument().fRoot.fvItems.back().fpHeading;
   std::vector<const OmHeading*> splits;
-  for (const OmItem& item : command.fvItems) {
+  for (const OmItem& item : Child(command, "Model Viewer").fvItems) {
     if (item.fKind == OmItem::HEADING && item.fpHeading->fText.rfind("Split file: ", 0) == 0) {
       splits.push_back(item.fpHeading.get());
     }
