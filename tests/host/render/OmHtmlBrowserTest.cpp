@@ -21,14 +21,14 @@
 #include <sstream>
 #include <string>
 
+#include "host/render/BrowserSupport.h"
 #include "host/render/OmHtmlRenderer.h"
 #include "host/viz/ChartGallery.h"
 
 namespace {
 
 using Json = nlohmann::json;
-
-const int kTimeoutSeconds = 90;
+using namespace browser_support;
 
 const char* const kProbe = R"(<script>
 (function () {
@@ -84,75 +84,6 @@ const char* const kProbe = R"(<script>
 })();
 </script>)";
 
-std::string Scratch() {
-  const std::filesystem::path path =
-      std::filesystem::temp_directory_path() / ("glmix-browser-test-" + std::to_string(static_cast<long>(::getpid())));
-  std::filesystem::remove_all(path);
-  std::filesystem::create_directories(path);
-  return path.string();
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream buffer;
-  buffer << in.rdbuf();
-  return buffer.str();
-}
-
-// The browser's path, or empty when there is none.
-std::string Browser() {
-  for (const char* name : {"chromium", "chromium-browser"}) {
-    const std::string command = std::string("command -v ") + name + " 2>/dev/null";
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr) continue;
-    char buffer[512] = {0};
-    const bool found = std::fgets(buffer, sizeof buffer, pipe) != nullptr;
-    ::pclose(pipe);
-    if (!found) continue;
-    std::string path = buffer;
-    while (!path.empty() && (path.back() == '\n' || path.back() == '\r')) path.pop_back();
-    if (!path.empty()) return path;
-  }
-  return std::string();
-}
-
-// Runs the browser headless on a file; its exit status, or -1.
-int RunBrowser(const std::string& browser, const std::string& scratch, const std::string& arguments,
-               const std::string& output) {
-  // Without the background-network switches the browser's own connections
-  // would be refused on a closed network and slow it down.
-  const std::string command = "timeout " + std::to_string(kTimeoutSeconds) + " '" + browser +
-                              "' --headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
-                              "--disable-background-networking --disable-component-update --disable-sync "
-                              "--hide-scrollbars --user-data-dir='" +
-                              scratch + "/profile' " + arguments + " > '" + output + "' 2> '" + scratch +
-                              "/browser.log'";
-  const int status = std::system(command.c_str());
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::string Unescaped(const std::string& html) {
-  std::string out;
-  for (std::size_t i = 0; i < html.size(); ++i) {
-    if (html.compare(i, 4, "&lt;") == 0) {
-      out += '<';
-      i += 3;
-    } else if (html.compare(i, 4, "&gt;") == 0) {
-      out += '>';
-      i += 3;
-    } else if (html.compare(i, 6, "&quot;") == 0) {
-      out += '"';
-      i += 5;
-    } else if (html.compare(i, 5, "&amp;") == 0) {
-      out += '&';
-      i += 4;
-    } else {
-      out += html[i];
-    }
-  }
-  return out;
-}
-
 // Width and height of a PNG image from its header; false when it is none.
 bool PngSize(const std::string& png, unsigned& width, unsigned& height) {
   if (png.size() < 24 || png.compare(0, 8, "\x89PNG\r\n\x1a\n") != 0) return false;
@@ -198,12 +129,9 @@ TEST(OmHtmlBrowserTest, EveryKindOfChartIsDrawnVisibleAndReadable) {
                  scratch + "/dom.html");
   ASSERT_EQ(status, 0) << (status == 124 ? "the browser did not finish within " + std::to_string(kTimeoutSeconds) + " s"
                                          : "the browser failed: " + ReadFile(scratch + "/browser.log"));
-  const std::string dom = ReadFile(scratch + "/dom.html");
-  const std::string open = "<pre id=\"probe-result\">";
-  const std::size_t start = dom.find(open);
-  ASSERT_NE(start, std::string::npos) << "the browser's page holds no findings";
-  const std::size_t end = dom.find("</pre>", start);
-  const Json results = Json::parse(Unescaped(dom.substr(start + open.size(), end - start - open.size())));
+  const std::string findings = ElementText(ReadFile(scratch + "/dom.html"), "probe-result");
+  ASSERT_FALSE(findings.empty()) << "the browser's page holds no findings";
+  const Json results = Json::parse(findings);
 
   ASSERT_EQ(results.size(), 8u);
   EXPECT_EQ(results[7]["outside"], Json::array({"far beyond the edge"}));
