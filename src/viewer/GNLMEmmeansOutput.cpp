@@ -40,6 +40,14 @@ struct FactorDimension {
   std::size_t fElement;
 };
 
+// The rows of a factor at their order, named by the factor's label.
+FactorDimension FactorRows(BpPivotTable& table, const ZORV_DataSource* pDataSource, int index, const std::string& name,
+                           int order, std::size_t element) {
+  BpDimension dimension = GNLMTableText::Dimension(
+      table, *GNLMTableText::VariableText(pDataSource, index, name, BpVariable::LABEL), 0, order, false, false);
+  return {dimension, GNLMTableText::Variable(pDataSource, index), element};
+}
+
 }  // namespace
 
 GNLMEmmeansOutput::GNLMEmmeansOutput(BpProcedure* pProcedure, ZORV_DataSource* pDataSource,
@@ -67,14 +75,15 @@ bool GNLMEmmeansOutput::displayGrandMeanTable() {
   if (fpEMMEANSCustomCollect->size() >= kShownRequests && fStats->HasWarning(Stats::csKey_C24)) {
     table.Caption(BpString(Stats::csKey_C24, true));
   }
-  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
-  statistics.Position(1, 1, true, false);
+  BpDimension statistics = GNLMTableText::Dimension(table, BpString("Statistics", true), 1, 1, true, false);
   statistics.Category(BpString("Mean", true)).Cell(BpNumber(pDiagnostics->fGrandMean, BpProcedure::Coefficient()));
   statistics.Category(BpString("Std. Error", true))
       .Cell(BpNumber(pDiagnostics->fGrandMeanStdErr, BpProcedure::Coefficient()));
   BpGroup interval = GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn);
-  interval.Category(BpString("Lower", true)).Cell(BpNumber(pDiagnostics->fGrandMeanCILower, BpProcedure::Coefficient()));
-  interval.Category(BpString("Upper", true)).Cell(BpNumber(pDiagnostics->fGrandMeanCIUpper, BpProcedure::Coefficient()));
+  interval.Category(BpString("Lower", true))
+      .Cell(BpNumber(pDiagnostics->fGrandMeanCILower, BpProcedure::Coefficient()));
+  interval.Category(BpString("Upper", true))
+      .Cell(BpNumber(pDiagnostics->fGrandMeanCIUpper, BpProcedure::Coefficient()));
   return true;
 }
 
@@ -109,8 +118,8 @@ void GNLMEmmeansOutput::ShowBlockError(const Stats::EMMEANSCustomData& custom, c
 bool GNLMEmmeansOutput::displayOverallTestResultsTable(BpHeading* pHeading, const Stats::EMMEANSCustomData& custom) {
   const std::vector<Stats::EMMEANSOverallTestData>& tests = custom.fvOverallTests;
   if (tests.empty()) return false;
-  BpPivotTable table = pHeading->PivotTable(BpString("Overall Test Results", true),
-                                            BpString("OverallTestResults", false), true);
+  BpPivotTable table =
+      pHeading->PivotTable(BpString("Overall Test Results", true), BpString("OverallTestResults", false), true);
   const Stats::EMMEANSData& request = fpBuildSettings->fvEMMEANS[static_cast<std::size_t>(custom.fEMMEANSIndex)];
   const int compare = FieldIndex(request.fCompareFactor);
   const std::size_t nEffect = request.fFactors.fvFieldIndices.size();
@@ -122,14 +131,9 @@ bool GNLMEmmeansOutput::displayOverallTestResultsTable(BpHeading* pHeading, cons
   for (std::size_t i = 0; i < nFactor; ++i) {
     const int index = tests.front().fFieldIndices[i];
     if (index == compare) continue;
-    const ZORV_Variable* pVariable = GNLMTableText::Variable(fDataSource, index);
-    BpDimension dimension =
-        table.Dimension(*GNLMTableText::VariableText(fDataSource, index, tests.front().fFieldNames[i], BpVariable::LABEL), 2);
-    dimension.Position(0, place--, false, false);
-    factors.push_back({dimension, pVariable, i});
+    factors.push_back(FactorRows(table, fDataSource, index, tests.front().fFieldNames[i], place--, i));
   }
-  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
-  statistics.Position(1, 1, true, false);
+  BpDimension statistics = GNLMTableText::Dimension(table, BpString("Statistics", true), 1, 1, true, false);
 
   for (const Stats::EMMEANSOverallTestData& test : tests) {
     for (FactorDimension& factor : factors) {
@@ -156,15 +160,10 @@ bool GNLMEmmeansOutput::displayEstimatesTable(BpHeading* pHeading, const Stats::
   std::vector<FactorDimension> factors;
   for (std::size_t k = 0; k < nFactor; ++k) {
     const Stats::CoordinatesData& element = estimates.fvGroup[k];
-    BpDimension dimension = table.Dimension(
-        *GNLMTableText::VariableText(fDataSource, FieldIndex(element.fField), element.fField,
-                                     BpVariable::LABEL),
-        2);
-    dimension.Position(0, static_cast<int>(nFactor - k), false, false);
-    factors.push_back({dimension, GNLMTableText::Variable(fDataSource, FieldIndex(element.fField)), k});
+    factors.push_back(
+        FactorRows(table, fDataSource, FieldIndex(element.fField), element.fField, static_cast<int>(nFactor - k), k));
   }
-  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
-  statistics.Position(1, 1, true, false);
+  BpDimension statistics = GNLMTableText::Dimension(table, BpString("Statistics", true), 1, 1, true, false);
 
   for (std::size_t r = 0; r < estimates.fvGroup.front().fValues.size(); ++r) {
     for (FactorDimension& factor : factors) {
@@ -204,8 +203,7 @@ bool GNLMEmmeansOutput::displayContrastsOutput(BpHeading* pHeading, const Stats:
   const Stats::EMMEANSContrastsData& contrasts = custom.fContrasts;
   if (contrasts.fvGroup.empty()) return false;
   static const char* const kTitles[] = {"Pairwise Contrasts", "Deviation Contrasts", "Simple Contrasts"};
-  static const char* const kDimensions[] = {"^1 Pairwise Contrasts", "^1 Deviation Contrasts",
-                                            "^1 Simple Contrasts"};
+  static const char* const kDimensions[] = {"^1 Pairwise Contrasts", "^1 Deviation Contrasts", "^1 Simple Contrasts"};
   if (contrasts.fContrastKind < 0 || contrasts.fContrastKind > 2) return false;
   const std::size_t kind = static_cast<std::size_t>(contrasts.fContrastKind);
   unsigned long warningIndex = 0;
@@ -231,19 +229,14 @@ bool GNLMEmmeansOutput::displayContrastsOutput(BpHeading* pHeading, const Stats:
     const Stats::CoordinatesData& element = contrasts.fvGroup[k];
     const int index = FieldIndex(element.fField);
     if (index == compare) continue;
-    BpDimension dimension =
-        table.Dimension(*GNLMTableText::VariableText(fDataSource, index, element.fField, BpVariable::LABEL), 2);
-    dimension.Position(0, place--, false, false);
-    factors.push_back({dimension, GNLMTableText::Variable(fDataSource, index), k});
+    factors.push_back(FactorRows(table, fDataSource, index, element.fField, place--, k));
   }
   const ZORV_Variable* pCompared = GNLMTableText::Variable(fDataSource, compare);
   BpComposite name(kDimensions[kind], true);
   name.Add(*GNLMTableText::VariableText(fDataSource, compare, request.fCompareFactor, BpVariable::LABEL));
   name.Finish();
-  BpDimension comparisons = table.Dimension(name, 2);
-  comparisons.Position(0, 1, false, false);
-  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
-  statistics.Position(1, 1, true, false);
+  BpDimension comparisons = GNLMTableText::Dimension(table, name, 0, 1, false, false);
+  BpDimension statistics = GNLMTableText::Dimension(table, BpString("Statistics", true), 1, 1, true, false);
 
   // The compared levels stand last among the coordinates: the level, then
   // the one it is compared with.
@@ -294,9 +287,9 @@ void GNLMEmmeansOutput::AddAdjustmentCaption(BpPivotTable& table, const Stats::E
     case 2: {
       BpComposite caption("[%1:\n^1:]1", true);
       caption.Sublist();
-      caption.Add(BpString(adjustment == 1 ? "Sequential Bonferroni significance adjust"
-                                           : "Sequential Sidak significance adjust",
-                           true));
+      caption.Add(BpString(
+          adjustment == 1 ? "Sequential Bonferroni significance adjust" : "Sequential Sidak significance adjust",
+          true));
       caption.Add(BpString("Confidence interval bounds are approximate.", true));
       caption.EndSublist();
       caption.Finish();

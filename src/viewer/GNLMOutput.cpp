@@ -73,14 +73,12 @@ void GNLMOutput::DisplayModelSummaryTable() {
   if (pDiagnostics == nullptr) return;
   const Stats::BuildSettingsData& settings = *fpBuildSettings;
 
-  BpPivotTable table =
-      fpProcedure->PivotTable(BpString("Model Summary", true), BpString("ModelSummary", false), false);
+  BpPivotTable table = fpProcedure->PivotTable(BpString("Model Summary", true), BpString("ModelSummary", false), false);
   table.MinDataColumnWidth(150);
-  BpDimension content = table.Dimension(BpString("Content", true), 2);
-  content.Position(0, 1, true, false);
+  BpDimension content = GNLMTableText::Dimension(table, BpString("Content", true), 0, 1, true, false);
 
-  const auto target = GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex, settings.fTargetField,
-                                                  BpVariable::AS_SET);
+  const auto target =
+      GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex, settings.fTargetField, BpVariable::AS_SET);
   if (settings.fUseTrials) {
     BpGroup group = content.Group(BpString("Target", true), true, 2);
     group.Category(BpString("Events", true)).Cell(*target);
@@ -88,8 +86,8 @@ void GNLMOutput::DisplayModelSummaryTable() {
     if (settings.fTrialsIndex < 0) {
       trials.Cell(BpNumber(settings.fTrialsValue, BpProcedure::SigDigit(settings.fTrialsValue)));
     } else {
-      trials.Cell(*GNLMTableText::VariableText(fpDataSource, settings.fTrialsIndex, settings.fTrialsField,
-                                               BpVariable::AS_SET));
+      trials.Cell(
+          *GNLMTableText::VariableText(fpDataSource, settings.fTrialsIndex, settings.fTrialsField, BpVariable::AS_SET));
     }
   } else {
     content.Category(BpString("Target", true)).Cell(*target);
@@ -102,8 +100,8 @@ void GNLMOutput::DisplayModelSummaryTable() {
       .Cell(BpString(fpOutputStats->DistToDisplayString(settings.fDistribution, false), true));
   BpCategory link = content.Category(BpString("Link Function", true));
   if (settings.fLinkParam == fSysmis) {
-    link.Cell(BpString(fpOutputStats->LinkToDisplayString(settings.fLinkFunction, settings.fDistribution, false),
-                       true));
+    link.Cell(
+        BpString(fpOutputStats->LinkToDisplayString(settings.fLinkFunction, settings.fDistribution, false), true));
   } else {
     BpComposite text(GNLMOutputStats::LinkWithParamKey(settings.fLinkFunction, settings.fDistribution), true);
     text.Add(BpNumber(settings.fLinkParam, BpProcedure::SigDigit(settings.fLinkParam)));
@@ -133,12 +131,9 @@ void GNLMOutput::DisplayClassificationTable() {
   title.Finish();
   BpPivotTable table = fpProcedure->PivotTable(title, BpString("Classification", false), true);
   GNLMTableText::AddTargetNote(table, settings, fpDataSource);
-  BpDimension observed = table.Dimension(BpString("Observed", true), 2);
-  observed.Position(0, 2, false, false);
-  BpDimension statistics = table.Dimension(BpString("Statistics", false), 2);
-  statistics.Position(0, 1, true, false);
-  BpDimension predicted = table.Dimension(BpString("Predicted", true), 2);
-  predicted.Position(1, 1, false, false);
+  BpDimension observed = GNLMTableText::Dimension(table, BpString("Observed", true), 0, 2, false, false);
+  BpDimension statistics = GNLMTableText::Dimension(table, BpString("Statistics", false), 0, 1, true, false);
+  BpDimension predicted = GNLMTableText::Dimension(table, BpString("Predicted", true), 1, 1, false, false);
 
   // A category of the target: "Non-Event" and "Event" for events of trials,
   // else the label's value. Rows and labels are read only as far as the
@@ -196,12 +191,9 @@ void GNLMOutput::DisplayDataStructureTable() {
     note.Finish();
     table.Note(BpAnnotation(note.Replicate(), -1, false));
   }
-  BpDimension records = table.Dimension(BpString("Record", true), 2);
-  records.Position(0, 1, true, true);
-  BpDimension data = table.Dimension(BpString("Data", true), 2);
-  data.Position(0, 2, true, false);
-  BpDimension variables = table.Dimension(BpString("Variables", true), 2);
-  variables.Position(1, 1, true, false);
+  BpDimension records = GNLMTableText::Dimension(table, BpString("Record", true), 0, 1, true, true);
+  BpDimension data = GNLMTableText::Dimension(table, BpString("Data", true), 0, 2, true, false);
+  BpDimension variables = GNLMTableText::Dimension(table, BpString("Variables", true), 1, 1, true, false);
 
   data.Category(BpString("Data for First Subject", true));
   AddDataStructureRecords(records, variables);
@@ -228,8 +220,8 @@ void GNLMOutput::AddDataStructureRecords(BpDimension& records, BpDimension& vari
         BpCategory column = repeated.Category(
             *GNLMTableText::VariableText(fpDataSource, measure.fRepMeasInd, measure.fField, BpVariable::AS_SET));
         if (r < measure.fValues.size()) {
-          column.Cell(*GNLMTableText::ValueText(fpDataSource, measure.fRepMeasInd, measure.fValues[r],
-                                                BpDataValue::AS_SET));
+          column.Cell(
+              *GNLMTableText::ValueText(fpDataSource, measure.fRepMeasInd, measure.fValues[r], BpDataValue::AS_SET));
         }
       }
     }
@@ -250,8 +242,8 @@ void GNLMOutput::AddDataStructureRecords(BpDimension& records, BpDimension& vari
   }
   if (settings.fUseTrials && settings.fTrialsIndex < 0) {
     BpGroup target = variables.Group(BpString("Target", true), true, 2);
-    BpCategory category = target.Category(*GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex,
-                                                                       settings.fTargetField, BpVariable::AS_SET));
+    BpCategory category = target.Category(
+        *GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex, settings.fTargetField, BpVariable::AS_SET));
     BpComposite note("Number of Trials = ^1", true);
     note.Add(BpNumber(settings.fTrialsValue, BpProcedure::Count()));
     note.Finish();

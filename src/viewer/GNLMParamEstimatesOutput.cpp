@@ -55,14 +55,11 @@ void GNLMParamEstimatesOutput::DisplayFixedEffectsTable() {
              "nEffects == fpBuildSettings->fvFixedEffectList.size()");
   if (nEffects == 0 && !fpBuildSettings->fIntercept) return;
 
-  BpPivotTable table =
-      fpProcedure->PivotTable(BpString("Fixed Effects", true), BpString("FixedEffects", false), true);
+  BpPivotTable table = fpProcedure->PivotTable(BpString("Fixed Effects", true), BpString("FixedEffects", false), true);
   GNLMTableText::AddTargetNote(table, *fpBuildSettings, fpDataSource);
   AddDistributionCaption(table);
-  BpDimension sources = table.Dimension(BpString("Source", true), 2);
-  sources.Position(0, 1, false, false);
-  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
-  statistics.Position(1, 1, true, false);
+  BpDimension sources = GNLMTableText::Dimension(table, BpString("Source", true), 0, 1, false, false);
+  BpDimension statistics = GNLMTableText::Dimension(table, BpString("Statistics", true), 1, 1, true, false);
   CreateEffectMap(fpBuildSettings->fvFixedEffectList, fvEffectLabels);
 
   auto addTest = [&statistics](const Stats::EffectStatData& test) {
@@ -108,7 +105,8 @@ void GNLMParamEstimatesOutput::AddDistributionCaption(BpPivotTable& table) const
                                 : "Probability Distribution ^1, Link Function ^2 ...",
                       true);
   caption.Add(BpString(fpOutputStats->DistToDisplayString(settings.fDistribution, true), false));
-  caption.Add(BpString(fpOutputStats->LinkToDisplayString(settings.fLinkFunction, settings.fDistribution, true), false));
+  caption.Add(
+      BpString(fpOutputStats->LinkToDisplayString(settings.fLinkFunction, settings.fDistribution, true), false));
   if (withParam) caption.Add(BpNumber(settings.fLinkParam, BpProcedure::SigDigit(settings.fLinkParam)));
   caption.Finish();
   table.Caption(caption);
@@ -130,10 +128,8 @@ void GNLMParamEstimatesOutput::DisplayParamEstimTable() {
 
 void GNLMParamEstimatesOutput::displayFixedParamEstimTable(BpHeading* pHeading, const Stats::ParamEstimData& set) {
   BpPivotTable table = FixedCoefficientsTable(pHeading);
-  BpDimension terms = table.Dimension(BpString("Model Term", true), 2);
-  terms.Position(0, 1, false, false);
-  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
-  statistics.Position(1, 1, true, false);
+  BpDimension terms = GNLMTableText::Dimension(table, BpString("Model Term", true), 0, 1, false, false);
+  BpDimension statistics = GNLMTableText::Dimension(table, BpString("Statistics", true), 1, 1, true, false);
   for (const Stats::ParamStatsData& param : set.fvParamStats) {
     AddModelTerm(terms, param, fpBuildSettings->fDistribution == Stats::ORDINAL);
     AddCoefficientCells(statistics, param);
@@ -144,13 +140,12 @@ void GNLMParamEstimatesOutput::displayFixedParamEstimTable(BpHeading* pHeading,
                                                            const std::vector<Stats::ParamEstimData>& sets) {
   const Stats::BuildSettingsData& settings = *fpBuildSettings;
   BpPivotTable table = FixedCoefficientsTable(pHeading);
-  BpDimension terms = table.Dimension(BpString("Model Term", true), 2);
-  terms.Position(0, 1, false, false);
-  BpDimension categories = table.Dimension(
-      *GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex, settings.fTargetField, BpVariable::AS_SET), 2);
-  categories.Position(0, 2, false, false);
-  BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);
-  statistics.Position(1, 1, true, false);
+  BpDimension terms = GNLMTableText::Dimension(table, BpString("Model Term", true), 0, 1, false, false);
+  BpDimension categories = GNLMTableText::Dimension(
+      table,
+      *GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex, settings.fTargetField, BpVariable::AS_SET), 0,
+      2, false, false);
+  BpDimension statistics = GNLMTableText::Dimension(table, BpString("Statistics", true), 1, 1, true, false);
   for (const Stats::ParamEstimData& set : sets) {
     for (const Stats::ParamStatsData& param : set.fvParamStats) {
       categories.Category(
@@ -177,8 +172,8 @@ void GNLMParamEstimatesOutput::AddModelTerm(BpDimension& terms, const Stats::Par
   const Stats::BuildSettingsData& settings = *fpBuildSettings;
   if (thresholds && param.fStatisticValue < 0) {
     BpComposite title("Threshold for ^1=", true);
-    title.Add(*GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex, settings.fTargetField,
-                                           BpVariable::LABEL));
+    title.Add(
+        *GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex, settings.fTargetField, BpVariable::LABEL));
     title.Finish();
     BpGroup group = terms.Group(title, true, 2);
     const std::vector<Stats::FactorData>& factors = param.fRegrParam.fvFactors;
@@ -204,7 +199,8 @@ void GNLMParamEstimatesOutput::AddCoefficientCells(BpDimension& statistics, cons
   } else {
     coefficient.Cell(BpNumber(param.fEstimate, BpProcedure::Coefficient()));
   }
-  statistics.Category(BpString("Std. Error", true)).Cell(BpNumber(shown(param.fStdError), BpProcedure::CoefficientSE()));
+  statistics.Category(BpString("Std. Error", true))
+      .Cell(BpNumber(shown(param.fStdError), BpProcedure::CoefficientSE()));
   statistics.Category(BpString("t", true)).Cell(BpNumber(shown(param.fTTest), BpProcedure::GeneralStat()));
   statistics.Category(BpString("Sig.", true)).Cell(BpNumber(shown(param.fSig), BpProcedure::Significance()));
   BpGroup interval = GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn);
@@ -215,8 +211,8 @@ void GNLMParamEstimatesOutput::AddCoefficientCells(BpDimension& statistics, cons
   if (param.fExpEstimate == fSysmis) return;
   statistics.Category(BpString("Exp(Coefficient)", true))
       .Cell(BpNumber(shown(param.fExpEstimate), BpProcedure::Coefficient()));
-  BpGroup expInterval = GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn,
-                                                       "^1% Confidence Interval for Exp(Coefficient)");
+  BpGroup expInterval =
+      GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn, "^1% Confidence Interval for Exp(Coefficient)");
   expInterval.Category(BpString("Lower", true)).Cell(BpNumber(shown(param.fExpCILower), BpProcedure::Coefficient()));
   expInterval.Category(BpString("Upper", true)).Cell(BpNumber(shown(param.fExpCIUpper), BpProcedure::Coefficient()));
 }
@@ -248,25 +244,16 @@ void GNLMParamEstimatesOutput::DisplayRandomEffectCovarTable(BpHeading* pHeading
   BpPivotTable table = pHeading->PivotTable(title, BpString("RandomEffects", false), true);
   table.Caption(CovarianceCaption(spec.fCovarianceType, spec.fSubjectSpec, false));
   const std::vector<std::string>& labels = randEffCovars.fEffectLabels;
-  BpDimension rows = table.Dimension(BpString("Random Effect Block", true), 2);
-  rows.Position(0, 1, false, false);
+  BpDimension rows = GNLMTableText::Dimension(table, BpString("Random Effect Block", true), 0, 1, false, false);
 
   const bool segmented = settings.fDistribution == Stats::NOMINAL || !spec.fvGroupSpec.empty();
   BpDimension segments;
   if (segmented) {
-    if (spec.fvGroupSpec.empty()) {
-      segments = table.Dimension(*GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex,
-                                                              settings.fTargetField, BpVariable::AS_SET),
-                                 2);
-    } else {
-      segments = table.Dimension(BpString("Grouping", true), 2);
-    }
-    segments.Position(0, 2, false, false);
+    segments = GNLMTableText::Dimension(table, *SegmentsName(spec), 0, 2, false, false);
   } else {
     MIX_ASSERT(nCat == 1, "nCat == 1");
   }
-  BpDimension cols = table.Dimension(BpString("Random Effect Block Column", true), 2);
-  cols.Position(1, 1, true, false);
+  BpDimension cols = GNLMTableText::Dimension(table, BpString("Random Effect Block Column", true), 1, 1, true, false);
 
   for (std::size_t s = 0; s < nCat; ++s) {
     if (segmented) {
@@ -296,15 +283,13 @@ void GNLMParamEstimatesOutput::DisplayCovarParamTable() {
   if (fpBuildSettings == nullptr) return;
   const Stats::ModelDiagnosticsData* pModelDiagnotics = fpOutputStats->GetModelDiagnostics();
   MIX_ASSERT(pModelDiagnotics, "pModelDiagnotics");
-  const bool constrained =
-      fpOutputStats->HasWarning(Stats::csKey_C8) || fpOutputStats->HasWarning(Stats::csKey_C9);
+  const bool constrained = fpOutputStats->HasWarning(Stats::csKey_C8) || fpOutputStats->HasWarning(Stats::csKey_C9);
 
   BpHeading heading = fpProcedure->Heading(BpString("Covariance Parameters", true));
   BpPivotTable table = heading.PivotTable(BpString("Covariance Parameters Summary", true),
                                           BpString("CovarianceParametersSummary", false), true);
   if (!constrained) table.Caption(BpString("Common Subjects are based on ...", true));
-  BpDimension content = table.Dimension(BpString("Content", true), 2);
-  content.Position(0, 1, true, false);
+  BpDimension content = GNLMTableText::Dimension(table, BpString("Content", true), 0, 1, true, false);
   auto count = [](int value) { return BpNumber(value, BpProcedure::Count()); };
   BpGroup parameters = content.Group(BpString("Covariance Parameters", true), true, 2);
   parameters.Category(BpString("Residual Effect", true)).Cell(count(pModelDiagnotics->fNumOfCovParamOfRepeated));
@@ -327,14 +312,13 @@ void GNLMParamEstimatesOutput::DisplayCovarParamTable() {
   }
 }
 
-void GNLMParamEstimatesOutput::DisplayResidualParamEstimTable(BpHeading* pHeading,
-                                                              const std::vector<Stats::ParamEstimData>& paramEstimVect) {
+void GNLMParamEstimatesOutput::DisplayResidualParamEstimTable(
+    BpHeading* pHeading, const std::vector<Stats::ParamEstimData>& paramEstimVect) {
   // A model without residual parameters (a multinomial target's document
   // may have none) has no table of them.
   if (paramEstimVect.empty()) return;
   const Stats::BuildSettingsData& settings = *fpBuildSettings;
-  BpPivotTable table =
-      pHeading->PivotTable(BpString("Residual Effect", true), BpString("ResidualEffect", false), true);
+  BpPivotTable table = pHeading->PivotTable(BpString("Residual Effect", true), BpString("ResidualEffect", false), true);
   if (fpOutputStats->HasWarning(Stats::csKey_C8) || fpOutputStats->HasWarning(Stats::csKey_C9)) {
     BpComposite caption("Covariance Structure ^1 ...", true);
     caption.Add(BpString(fpOutputStats->CovarianceToDisplayString(settings.fResidualCovarianceType, true), false));
@@ -344,20 +328,18 @@ void GNLMParamEstimatesOutput::DisplayResidualParamEstimTable(BpHeading* pHeadin
   } else {
     table.Caption(CovarianceCaption(settings.fResidualCovarianceType, settings.fResidualSubjectSpec, true));
   }
-  BpDimension rows = table.Dimension(BpString("Residual Effect", true), 2);
-  rows.Position(0, 1, false, false);
+  BpDimension rows = GNLMTableText::Dimension(table, BpString("Residual Effect", true), 0, 1, false, false);
   if (settings.fvResidualGroupSpec.empty()) {
     MIX_ASSERT(paramEstimVect.size() == 1, "paramEstimVect.size() == 1");
-    BpDimension cols = table.Dimension(BpString("Residual Effect Covariance Column", true), 2);
-    cols.Position(1, 1, true, false);
+    BpDimension cols =
+        GNLMTableText::Dimension(table, BpString("Residual Effect Covariance Column", true), 1, 1, true, false);
     DisplayRandomParamEstimCommon(rows, cols, paramEstimVect.front(), -1);
     return;
   }
   MIX_ASSERT(paramEstimVect.size() >= 1, "paramEstimVect.size() >= 1");
-  BpDimension groups = table.Dimension(BpString("Grouping", true), 2);
-  groups.Position(0, 2, false, false);
-  BpDimension cols = table.Dimension(BpString("Residual Effect Covariance Column", true), 2);
-  cols.Position(1, 1, true, false);
+  BpDimension groups = GNLMTableText::Dimension(table, BpString("Grouping", true), 0, 2, false, false);
+  BpDimension cols =
+      GNLMTableText::Dimension(table, BpString("Residual Effect Covariance Column", true), 1, 1, true, false);
   for (const Stats::ParamEstimData& set : paramEstimVect) {
     groups.Category(GroupLabel(set.fFiledData));
     DisplayRandomParamEstimCommon(rows, cols, set, -1);
@@ -382,18 +364,11 @@ void GNLMParamEstimatesOutput::DisplayRandomParamEstimTable(BpHeading* pHeading,
   table.Caption(CovarianceCaption(spec.fCovarianceType, spec.fSubjectSpec, true));
 
   if (!spec.fvGroupSpec.empty() || settings.fDistribution == Stats::NOMINAL) {
-    BpDimension rows =
-        table.Dimension(BpString(nBlocks == 1 ? "Random Effect Covariance" : "Random Effect Block", true), 2);
-    rows.Position(0, 1, false, false);
-    BpDimension segments =
-        spec.fvGroupSpec.empty()
-            ? table.Dimension(*GNLMTableText::VariableText(fpDataSource, settings.fTargetIndex, settings.fTargetField,
-                                                           BpVariable::AS_SET),
-                              2)
-            : table.Dimension(BpString("Grouping", true), 2);
-    segments.Position(0, 2, false, false);
-    BpDimension cols = table.Dimension(BpString("Random Effect Covariance Column", true), 2);
-    cols.Position(1, 1, true, false);
+    BpDimension rows = GNLMTableText::Dimension(
+        table, BpString(nBlocks == 1 ? "Random Effect Covariance" : "Random Effect Block", true), 0, 1, false, false);
+    BpDimension segments = GNLMTableText::Dimension(table, *SegmentsName(spec), 0, 2, false, false);
+    BpDimension cols =
+        GNLMTableText::Dimension(table, BpString("Random Effect Covariance Column", true), 1, 1, true, false);
     for (const Stats::ParamEstimData& paramEstimData : sets) {
       if (!spec.fvGroupSpec.empty()) {
         segments.Category(GroupLabel(paramEstimData.fFiledData));
@@ -410,10 +385,9 @@ void GNLMParamEstimatesOutput::DisplayRandomParamEstimTable(BpHeading* pHeading,
   }
   const std::size_t nCat = sets.size();
   MIX_ASSERT(nCat == 1, "nCat == 1");
-  BpDimension rows = table.Dimension(BpString("Random Effect Covariance", true), 2);
-  rows.Position(0, 1, false, false);
-  BpDimension cols = table.Dimension(BpString("Random Effect Covariance Column", true), 2);
-  cols.Position(1, 1, true, false);
+  BpDimension rows = GNLMTableText::Dimension(table, BpString("Random Effect Covariance", true), 0, 1, false, false);
+  BpDimension cols =
+      GNLMTableText::Dimension(table, BpString("Random Effect Covariance Column", true), 1, 1, true, false);
   DisplayRandomParamEstimCommon(rows, cols, sets.front(), block);
 }
 
@@ -470,23 +444,32 @@ void GNLMParamEstimatesOutput::AddCovarianceCells(BpDimension& cols, const Stats
     cols.Category(BpString("Sig.", true)).Cell(BpNumber(shown(param.fSig), BpProcedure::Significance()));
   }
   BpGroup interval = GNLMTableText::ConfidenceGroup(cols, fpBuildSettings->fCIn);
-  interval.Category(BpString("Lower", true)).Cell(BpNumber(shown(param.fConfIntervalLower), BpProcedure::Coefficient()));
-  interval.Category(BpString("Upper", true)).Cell(BpNumber(shown(param.fConfIntervalUpper), BpProcedure::Coefficient()));
+  interval.Category(BpString("Lower", true))
+      .Cell(BpNumber(shown(param.fConfIntervalLower), BpProcedure::Coefficient()));
+  interval.Category(BpString("Upper", true))
+      .Cell(BpNumber(shown(param.fConfIntervalUpper), BpProcedure::Coefficient()));
 }
 
 // --- Captions and labels ---------------------------------------------------
 
+// The dimension of a block's segments: its groups, or the target's
+// categories of a nominal target.
+std::unique_ptr<BpCellText> GNLMParamEstimatesOutput::SegmentsName(const Stats::RandomSpecsData& spec) const {
+  if (!spec.fvGroupSpec.empty()) return std::unique_ptr<BpCellText>(new BpString("Grouping", true));
+  return GNLMTableText::VariableText(fpDataSource, fpBuildSettings->fTargetIndex, fpBuildSettings->fTargetField,
+                                     BpVariable::AS_SET);
+}
+
 const Stats::RandomSpecsData& GNLMParamEstimatesOutput::RandomBlock(int block) const {
   static const Stats::RandomSpecsData kNone;
   const std::vector<Stats::RandomSpecsData>& specs = fpBuildSettings->fvRandomSpecs;
-  return block >= 0 && static_cast<std::size_t>(block) < specs.size() ? specs[static_cast<std::size_t>(block)]
-                                                                       : kNone;
+  return block >= 0 && static_cast<std::size_t>(block) < specs.size() ? specs[static_cast<std::size_t>(block)] : kNone;
 }
 
 // "Covariance structure: ... Subject specification: ...", with the notes on
 // the estimates that the model's messages give when asked.
 BpComposite GNLMParamEstimatesOutput::CovarianceCaption(Stats::EnumCovarianceType type,
-                                                       const Stats::ModelEffectData& subjects, bool notes) const {
+                                                        const Stats::ModelEffectData& subjects, bool notes) const {
   std::string subjectText = "(None)";
   if (!subjects.fvFieldNames.empty()) {
     std::vector<std::string> labels;
@@ -519,10 +502,10 @@ BpComposite GNLMParamEstimatesOutput::GroupLabel(const Stats::SimpleSubjectData&
   BpComposite label(group.fFieldNames.size() == 1 ? "EffectVar1" : "EffectVar2", true);
   label.Sublist();
   for (std::size_t k = 0; k < group.fFieldNames.size(); ++k) {
-    label.Add(*GNLMTableText::VariableText(fpDataSource, group.fFieldIndices[k], group.fFieldNames[k],
-                                           BpVariable::AS_SET));
-    label.Add(*GNLMTableText::ValueText(fpDataSource, group.fFieldIndices[k], group.fSubjectValues[k],
-                                        BpDataValue::AS_SET));
+    label.Add(
+        *GNLMTableText::VariableText(fpDataSource, group.fFieldIndices[k], group.fFieldNames[k], BpVariable::AS_SET));
+    label.Add(
+        *GNLMTableText::ValueText(fpDataSource, group.fFieldIndices[k], group.fSubjectValues[k], BpDataValue::AS_SET));
   }
   label.EndSublist();
   label.Finish();

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "results/GNLMOutputStats.h"
 
 class BpCategory;
+class BpCellText;
 class BpComposite;
 class BpDimension;
 class BpHeading;
@@ -21,8 +23,7 @@ class ZORV_DataSource;
 // have no meaning for a constant.
 class GNLMParamEstimatesOutput {
  public:
-  GNLMParamEstimatesOutput(BpProcedure* pProcedure, ZORV_DataSource* pDataSource,
-                           const GNLMOutputStats* pOutputStats);
+  GNLMParamEstimatesOutput(BpProcedure* pProcedure, ZORV_DataSource* pDataSource, const GNLMOutputStats* pOutputStats);
 
   // Tests of the corrected model and of each fixed effect.
   void DisplayFixedEffectsTable();
@@ -44,8 +45,8 @@ class GNLMParamEstimatesOutput {
                                     int block, int nBlocks);
   // The rows of one set of covariance parameters; `block` is -1 for the
   // residual.
-  void DisplayRandomParamEstimCommon(BpDimension& rows, BpDimension& cols,
-                                     const GNLMOutputStats::ParamEstimData& set, int block);
+  void DisplayRandomParamEstimCommon(BpDimension& rows, BpDimension& cols, const GNLMOutputStats::ParamEstimData& set,
+                                     int block);
   // The labels of effects: the fields' variable names joined as a term is
   // written; an effect without fields is the intercept. Fills `labels`
   // only when it is empty.
@@ -67,6 +68,7 @@ class GNLMParamEstimatesOutput {
                                 const GNLMOutputStats::ModelEffectData& subjects, bool notes) const;
   void AddCovarianceNotes(BpComposite& caption) const;
   BpComposite GroupLabel(const GNLMOutputStats::SimpleSubjectData& group) const;
+  std::unique_ptr<BpCellText> SegmentsName(const GNLMOutputStats::RandomSpecsData& spec) const;
   ConstantCase ConstantCaseOf(int block) const;
   void AddCovarianceCells(BpDimension& cols, const GNLMOutputStats::ParamStatsData& param, ConstantCase constant) const;
 

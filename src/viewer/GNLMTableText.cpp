@@ -53,6 +53,13 @@ void GNLMTableText::AddTargetNote(BpPivotTable& table, const GNLMOutputStats::Bu
   table.Note(BpAnnotation(TargetNote(settings, pDataSource).Replicate(), -1, false));
 }
 
+BpDimension GNLMTableText::Dimension(BpPivotTable& table, const BpCellText& name, int place, int order, bool hideName,
+                                     bool hideLabels) {
+  BpDimension dimension = table.Dimension(name, BpPivotTable::AS_CREATED);
+  dimension.Position(place, order, hideName, hideLabels);
+  return dimension;
+}
+
 BpGroup GNLMTableText::ConfidenceGroup(BpGroup& parent, double confidence, const std::string& pattern) {
   // A level the document left empty stays missing.
   const double level = confidence == -DBL_MAX ? confidence : 100.0 * confidence;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/output/BpComposite.h"
+#include "host/output/BpDimension.h"
 #include "host/output/BpGroup.h"
 #include "results/GNLMOutputStats.h"
 
@@ -32,10 +33,14 @@ class GNLMTableText {
 
   // "Target: y", or "Target: events/trials" with the trials' field or
   // their fixed number.
-  static BpComposite TargetNote(const GNLMOutputStats::BuildSettingsData& settings,
-                                const ZORV_DataSource* pDataSource);
+  static BpComposite TargetNote(const GNLMOutputStats::BuildSettingsData& settings, const ZORV_DataSource* pDataSource);
   static void AddTargetNote(BpPivotTable& table, const GNLMOutputStats::BuildSettingsData& settings,
                             const ZORV_DataSource* pDataSource);
+
+  // A dimension of the table at its place (0 rows, 1 columns) and order,
+  // its name or its labels hidden as asked; its categories come as made.
+  static BpDimension Dimension(BpPivotTable& table, const BpCellText& name, int place, int order, bool hideName,
+                               bool hideLabels);
 
   // The group "95% Confidence Interval" (the level from a proportion), or
   // another title with the level as its argument, under `parent`; its

@@ -108,6 +108,14 @@ class ModelViewerDriver : public ::testing::Test {
     Store(name + ".pmml.xml", ReadText(FixturePath(name + ".pmml.xml")));
     Store(name + ".statxml.xml", ReadText(FixturePath(name + ".statxml.xml")));
   }
+  // Makes the split of the treatment of a record of the data the current
+  // one, as the procedure does while it fits that split.
+  void EnterSplitOf(long row) {
+    ZORV_Session::SplitValue split;
+    split.fpVariable = fData.GetVariable(2);
+    split.fvValue.assign(fData.GetCell(row, 2), fData.GetCell(row, 2) + fData.GetColumnWords(2));
+    ZORV_Session::Current().SetCurrentSplit({split});
+  }
   const OmHeading& Command() const { return *fDocument.fRoot.fvItems.front().fpHeading; }
   // The model viewer's output, under its heading after the command's own.
   const OmHeading& Viewer() const { return Child(Command(), "Model Viewer"); }
@@ -186,13 +194,9 @@ TEST_F(ModelViewerDriver, AStatXMLWithoutAModelFileShowsNothing) {
 TEST_F(ModelViewerDriver, EachSplitStandsUnderItsTitle) {
   display_output = true;
   fData.SetSplitVars({2});
-  ZORV_Session::SplitValue split;
-  split.fpVariable = fData.GetVariable(2);
-  split.fvValue.assign(fData.GetCell(0, 2), fData.GetCell(0, 2) + fData.GetColumnWords(2));
-  ZORV_Session::Current().SetCurrentSplit({split});
+  EnterSplitOf(0);
   StoreFixture("poisson");
-  split.fvValue.assign(fData.GetCell(12, 2), fData.GetCell(12, 2) + fData.GetColumnWords(2));
-  ZORV_Session::Current().SetCurrentSplit({split});
+  EnterSplitOf(12);
   Store("model-b.xml", ReadText(FixturePath("poisson.pmml.xml")));
   Store("statxml-b.xml", "<StatXML/>");
   ZORV_Session::Current().ClearCurrentSplit();
@@ -212,13 +216,9 @@ TEST_F(ModelViewerDriver, EachSplitStandsUnderItsTitle) {
 // A split whose documents show nothing leaves no heading.
 TEST_F(ModelViewerDriver, AnEmptySplitHeadingGoes) {
   fData.SetSplitVars({2});
-  ZORV_Session::SplitValue split;
-  split.fpVariable = fData.GetVariable(2);
-  split.fvValue.assign(fData.GetCell(0, 2), fData.GetCell(0, 2) + fData.GetColumnWords(2));
-  ZORV_Session::Current().SetCurrentSplit({split});
+  EnterSplitOf(0);
   StoreFixture("poisson");
-  split.fvValue.assign(fData.GetCell(12, 2), fData.GetCell(12, 2) + fData.GetColumnWords(2));
-  ZORV_Session::Current().SetCurrentSplit({split});
+  EnterSplitOf(12);
   Store("statxml-b.xml", ReadText(FixturePath("poisson.statxml.xml")));
   ZORV_Session::Current().ClearCurrentSplit();
   AppModelViewer::Run(*fProcedure, fData);

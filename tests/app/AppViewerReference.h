@@ -183,13 +183,19 @@ inline void ExpectEstimates(const json& table, const json& request) {
   }
 }
 
-// The contrasts table: the factors other than the compared one, then the
-// comparisons.
-inline void ExpectContrasts(const json& table, const json& request) {
+// A request's factors other than the compared one, in its order.
+inline std::vector<std::string> OtherFactors(const json& request) {
   std::vector<std::string> others;
   for (const std::string& factor : request["factors"].get<std::vector<std::string>>()) {
     if (factor != request["compare"].get<std::string>()) others.push_back(factor);
   }
+  return others;
+}
+
+// The contrasts table: the factors other than the compared one, then the
+// comparisons.
+inline void ExpectContrasts(const json& table, const json& request) {
+  const std::vector<std::string> others = OtherFactors(request);
   const std::pair<const char*, const char*> columns[] = {
       {"Contrast Estimate", "estimate"}, {"Std. Error", "se"}, {"t", "t"},         {"df", "df"},
       {"Adj. Sig.", "p_adjusted"},       {"Lower", "lower"},   {"Upper", "upper"}};
@@ -211,10 +217,7 @@ inline void ExpectContrasts(const json& table, const json& request) {
 
 // The overall tests: one row per combination of the other factors.
 inline void ExpectOverallTests(const json& table, const json& request) {
-  std::vector<std::string> others;
-  for (const std::string& factor : request["factors"].get<std::vector<std::string>>()) {
-    if (factor != request["compare"].get<std::string>()) others.push_back(factor);
-  }
+  const std::vector<std::string> others = OtherFactors(request);
   const std::pair<const char*, const char*> columns[] = {{"F", "F"}, {"df1", "df1"}, {"df2", "df2"}, {"Sig.", "p"}};
   ASSERT_EQ(table["cells"].size(), 4 * request["tests"].size());
   for (const json& test : request["tests"]) {

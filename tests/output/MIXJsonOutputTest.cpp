@@ -11,27 +11,14 @@
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/json/JNIJSONObject.h"
+#include "host/json/PredictionTables.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
 #include "output/MIXComOutputData.h"
 
 namespace {
 
-const char* const kTitle = "Empirical Best Linear Unbiased Predictions";
-
-// One table of predictions; `name` tells the tables apart.
-std::string Table(const std::string& name) {
-  return R"({"name": ")" + name + R"(",
-    "dimensions": [
-      {"name": "Subject", "categories": [{"label": "1"}, {"label": "2"}]},
-      {"name": "Statistics", "place": "column", "showName": false,
-       "categories": [{"label": "Prediction"}, {"label": "Std. Error"}]}],
-    "cells": [{"at": [0, 0], "value": 0.5}, {"at": [1, 1], "value": 0.25}]})";
-}
-
-std::string Nested(const std::string& tables) {
-  return R"({"glmm": {"RandomEffectsParameters": {"tables": )" + tables + "}}}";
-}
+using namespace prediction_tables;
 
 // A procedure writing into a document of its own, over a dataset of two
 // groups (1 "Alpha" and 2 "Beta") that may be split by group.

@@ -16,8 +16,7 @@ using viewer_test::Leaves;
 using viewer_test::TextOf;
 using viewer_test::Texts;
 using Stats = GNLMOutputStats;
-
-const std::string kCI = "95% Confidence Interval";
+using viewer_test::kCI;
 
 // The poisson model's one request: the treatment's means at a dose of 20,
 // their pairwise contrast and its overall test.

@@ -8,21 +8,13 @@
 
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
+#include "host/json/PredictionTables.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
 
 namespace {
 
-const char* const kTitle = "Empirical Best Linear Unbiased Predictions";
-
-// One table of predictions; `name` tells the tables apart.
-std::string Table(const std::string& name) {
-  return R"({"name": ")" + name + R"(",
-    "dimensions": [
-      {"name": "Subject", "categories": [{"label": "1"}, {"label": "2"}]},
-      {"name": "Statistics", "place": "column", "showName": false, "categories": [{"label": "Prediction"}]}],
-    "cells": [{"at": [0, 0], "value": 0.5}, {"at": [1, 0], "value": -0.5}]})";
-}
+using namespace prediction_tables;
 
 // The viewer's procedure, writing into a document of its own.
 class GNLMJsonOutputTest : public ::testing::Test {
@@ -55,15 +47,15 @@ class GNLMJsonOutputTest : public ::testing::Test {
 };
 
 TEST_F(GNLMJsonOutputTest, OneTableHasTheTitleAlone) {
-  Show(R"({"glmm": {"RandomEffectsParameters": {"tables": [)" + Table("a") + "]}}}");
+  Show(Nested("[" + Table("a") + "]"));
   EXPECT_EQ(Titles(), std::vector<std::string>{kTitle});
   const OmTable& table = *Items()[0].fpHeading->fvItems[0].fpTable;
-  ASSERT_NE(table.CellAt({1, 0}), nullptr);
-  EXPECT_EQ(table.CellAt({1, 0})->fValue, -0.5);
+  ASSERT_NE(table.CellAt({1, 1}), nullptr);
+  EXPECT_EQ(table.CellAt({1, 1})->fValue, 0.25);
 }
 
 TEST_F(GNLMJsonOutputTest, SeveralTablesAreNumbered) {
-  Show(R"({"glmm": {"RandomEffectsParameters": {"tables": [)" + Table("a") + "," + Table("b") + "]}}}");
+  Show(Nested("[" + Table("a") + "," + Table("b") + "]"));
   EXPECT_EQ(Titles(), (std::vector<std::string>{std::string(kTitle) + " 1", std::string(kTitle) + " 2"}));
 }
 

@@ -19,8 +19,7 @@ using viewer_test::Leaves;
 using viewer_test::TextOf;
 using viewer_test::Texts;
 using Stats = GNLMOutputStats;
-
-const std::string kCI = "95% Confidence Interval";
+using viewer_test::kCI;
 
 class GNLMParamEstimatesOutputTest : public viewer_test::ViewerTest {
  protected:

@@ -13,6 +13,9 @@
 // output it writes, and a table's cells found by their labels.
 namespace viewer_test {
 
+// The column group of a 95% confidence interval.
+const std::string kCI = "95% Confidence Interval";
+
 // A dimension's leaves, each as the labels of its path joined by "/", so
 // that a category under a group reads "95% Confidence Interval/Lower".
 inline std::vector<std::string> Leaves(const OmTable& table, std::size_t dimension) {
