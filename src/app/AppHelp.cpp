@@ -38,7 +38,7 @@ std::string AppHelp::Text() {
          "         row: term values... [| random block 1 terms and values [| block 2 ...]]\n"
          "           or ALL values... [| ALL values...]\n"
          "    /MEANS factor*factor|OVERALL [COMPARE=factor]\n"
-         "           [REFERENCE=FIRST|LAST|value] [ADJUST=LSD|SEQUENTIALBONFERRONI|\n"
+         "           [REFERENCE=FIRST|LAST|MEAN|value] [ADJUST=LSD|SEQUENTIALBONFERRONI|\n"
          "           SEQUENTIALSIDAK] [AT=covariate(value)...]\n"
          "    /SAVE PREDICTED[(name)] PREDICTEDSE PREDICTEDDF FIXEDPREDICTED\n"
          "          FIXEDPREDICTEDSE FIXEDPREDICTEDDF RESIDUAL\n"

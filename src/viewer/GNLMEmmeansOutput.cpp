@@ -92,7 +92,7 @@ bool GNLMEmmeansOutput::displayEffectOutput(const Stats::EMMEANSCustomData& cust
   BpHeading heading = fProcedure->Heading(EMMEANSTitle(custom.fEMMEANSIndex));
   unsigned long index = 0;
   if (HasWarning(custom.fvWarningList, Stats::csKey_C25, index)) {
-    ShowBlockError(custom, Stats::csKey_C25);
+    ShowBlockWarning(custom, Stats::csKey_C25);
     return false;
   }
   displayEstimatesTable(&heading, custom);
@@ -106,7 +106,7 @@ bool GNLMEmmeansOutput::displayEffectOutput(const Stats::EMMEANSCustomData& cust
 }
 
 // "Estimated Marginal Means 2: the message" as a warning.
-void GNLMEmmeansOutput::ShowBlockError(const Stats::EMMEANSCustomData& custom, const std::string& key) {
+void GNLMEmmeansOutput::ShowBlockWarning(const Stats::EMMEANSCustomData& custom, const std::string& key) {
   BpComposite text("^1 ^2: ^3", false);
   text.Add(BpString("EMMEANS", true));
   text.Add(BpNumber(custom.fEMMEANSIndex + 1, BpProcedure::Count()));
@@ -211,7 +211,7 @@ bool GNLMEmmeansOutput::displayContrastsOutput(BpHeading* pHeading, const Stats:
     const Stats::EMMEANSCustomData& emmeansData = custom;
     MIX_ASSERT(emmeansData.fvWarningList[warningIndex].fWarningParameters.size() == 1,
                "emmeansData.fvWarningList[warningIndex].fWarningParameters.size() == 1");
-    ShowBlockError(custom, Stats::csKey_C19);
+    ShowBlockWarning(custom, Stats::csKey_C19);
     return false;
   }
 

@@ -31,7 +31,7 @@ class GNLMEmmeansOutput {
   void DisplayCustomEMMEANSOutput();
   bool displayGrandMeanTable();
   // The heading of one request and what stands under it; a request that
-  // could not be answered is an error line instead.
+  // could not be answered is a warning instead.
   bool displayEffectOutput(const GNLMOutputStats::EMMEANSCustomData& custom);
   bool displayOverallTestResultsTable(BpHeading* pHeading, const GNLMOutputStats::EMMEANSCustomData& custom);
   bool displayEstimatesTable(BpHeading* pHeading, const GNLMOutputStats::EMMEANSCustomData& custom);
@@ -58,7 +58,7 @@ class GNLMEmmeansOutput {
  private:
   std::unique_ptr<BpCellText> FactorValue(const ZORV_Variable* pVariable, const std::string& text);
   int FieldIndex(const std::string& name) const;
-  void ShowBlockError(const GNLMOutputStats::EMMEANSCustomData& custom, const std::string& key);
+  void ShowBlockWarning(const GNLMOutputStats::EMMEANSCustomData& custom, const std::string& key);
   void AddEstimatesCaption(BpPivotTable& table, const GNLMOutputStats::EMMEANSCustomData& custom);
   void AddAdjustmentCaption(BpPivotTable& table, const GNLMOutputStats::EMMEANSCustomData& custom) const;
 

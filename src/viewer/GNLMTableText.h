@@ -14,8 +14,8 @@ class CFStatVariableValue;
 class ZORV_DataSource;
 class ZORV_Variable;
 
-// The texts the model viewer's tables share: fields and their values as
-// cells, the note that names the target, and the column group of a
+// What the model viewer's tables share: fields and their values as cells,
+// the note that names the target, dimensions, and the column group of a
 // confidence interval.
 class GNLMTableText {
  public:
