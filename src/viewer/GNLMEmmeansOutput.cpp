@@ -2,6 +2,7 @@
 
 #include <cfloat>
 
+#include "base/MIXAssert.h"
 #include "charts/GNLMChartOutput.h"
 #include "host/data/ZORV_DataSource.h"
 #include "host/output/BpAnnotation.h"
@@ -15,7 +16,6 @@
 #include "host/output/BpString.h"
 #include "host/output/BpVariable.h"
 #include "host/text/NumericText.h"
-#include "run/MIXAssert.h"
 #include "viewer/GNLMTableText.h"
 
 using Stats = GNLMOutputStats;

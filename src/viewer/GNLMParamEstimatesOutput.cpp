@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <memory>
 
+#include "base/MIXAssert.h"
 #include "host/data/ZORV_DataSource.h"
 #include "host/files/PathFactory.h"
 #include "host/output/BpAnnotation.h"
@@ -16,7 +17,6 @@
 #include "host/output/BpString.h"
 #include "host/output/BpVariable.h"
 #include "host/strings/FacSTDictionary.h"
-#include "run/MIXAssert.h"
 #include "viewer/GNLMTableText.h"
 
 using Stats = GNLMOutputStats;
