@@ -79,11 +79,8 @@ bool GNLMEmmeansOutput::displayGrandMeanTable() {
   statistics.Category(BpString("Mean", true)).Cell(BpNumber(pDiagnostics->fGrandMean, BpProcedure::Coefficient()));
   statistics.Category(BpString("Std. Error", true))
       .Cell(BpNumber(pDiagnostics->fGrandMeanStdErr, BpProcedure::Coefficient()));
-  BpGroup interval = GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn);
-  interval.Category(BpString("Lower", true))
-      .Cell(BpNumber(pDiagnostics->fGrandMeanCILower, BpProcedure::Coefficient()));
-  interval.Category(BpString("Upper", true))
-      .Cell(BpNumber(pDiagnostics->fGrandMeanCIUpper, BpProcedure::Coefficient()));
+  GNLMTableText::AddInterval(statistics, fpBuildSettings->fCIn, pDiagnostics->fGrandMeanCILower,
+                             pDiagnostics->fGrandMeanCIUpper);
   return true;
 }
 
@@ -174,9 +171,9 @@ bool GNLMEmmeansOutput::displayEstimatesTable(BpHeading* pHeading, const Stats::
     };
     statistics.Category(BpString("Mean", true)).Cell(cell(estimates.fMean));
     statistics.Category(BpString("Std. Error", true)).Cell(cell(estimates.fStdErr));
-    BpGroup interval = GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn);
-    interval.Category(BpString("Lower", true)).Cell(cell(estimates.fConfIntervalLower));
-    interval.Category(BpString("Upper", true)).Cell(cell(estimates.fConfIntervalUpper));
+    GNLMTableText::AddInterval(statistics, fpBuildSettings->fCIn,
+                               String2Numeric(ValueAt(estimates.fConfIntervalLower, r)),
+                               String2Numeric(ValueAt(estimates.fConfIntervalUpper, r)));
   }
   return true;
 }
@@ -264,9 +261,9 @@ bool GNLMEmmeansOutput::displayContrastsOutput(BpHeading* pHeading, const Stats:
     statistics.Category(BpString("t", true)).Cell(cell(contrasts.fTTest, BpProcedure::Coefficient()));
     statistics.Category(BpString("df", true)).Cell(cell(contrasts.fDf, BpProcedure::Count()));
     statistics.Category(BpString("Adj. Sig.", true)).Cell(cell(contrasts.fAdjustedSig, BpProcedure::Coefficient()));
-    BpGroup interval = GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn);
-    interval.Category(BpString("Lower", true)).Cell(cell(contrasts.fConfIntervalLower, BpProcedure::Coefficient()));
-    interval.Category(BpString("Upper", true)).Cell(cell(contrasts.fConfIntervalUpper, BpProcedure::Coefficient()));
+    GNLMTableText::AddInterval(statistics, fpBuildSettings->fCIn,
+                               String2Numeric(ValueAt(contrasts.fConfIntervalLower, r)),
+                               String2Numeric(ValueAt(contrasts.fConfIntervalUpper, r)));
   }
 
   GNLMChartOutput charts(fProcedure, fDataSource, *fStats);

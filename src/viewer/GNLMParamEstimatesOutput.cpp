@@ -203,18 +203,13 @@ void GNLMParamEstimatesOutput::AddCoefficientCells(BpDimension& statistics, cons
       .Cell(BpNumber(shown(param.fStdError), BpProcedure::CoefficientSE()));
   statistics.Category(BpString("t", true)).Cell(BpNumber(shown(param.fTTest), BpProcedure::GeneralStat()));
   statistics.Category(BpString("Sig.", true)).Cell(BpNumber(shown(param.fSig), BpProcedure::Significance()));
-  BpGroup interval = GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn);
-  interval.Category(BpString("Lower", true))
-      .Cell(BpNumber(shown(param.fConfIntervalLower), BpProcedure::Coefficient()));
-  interval.Category(BpString("Upper", true))
-      .Cell(BpNumber(shown(param.fConfIntervalUpper), BpProcedure::Coefficient()));
+  GNLMTableText::AddInterval(statistics, fpBuildSettings->fCIn, shown(param.fConfIntervalLower),
+                             shown(param.fConfIntervalUpper));
   if (param.fExpEstimate == fSysmis) return;
   statistics.Category(BpString("Exp(Coefficient)", true))
       .Cell(BpNumber(shown(param.fExpEstimate), BpProcedure::Coefficient()));
-  BpGroup expInterval =
-      GNLMTableText::ConfidenceGroup(statistics, fpBuildSettings->fCIn, "^1% Confidence Interval for Exp(Coefficient)");
-  expInterval.Category(BpString("Lower", true)).Cell(BpNumber(shown(param.fExpCILower), BpProcedure::Coefficient()));
-  expInterval.Category(BpString("Upper", true)).Cell(BpNumber(shown(param.fExpCIUpper), BpProcedure::Coefficient()));
+  GNLMTableText::AddInterval(statistics, fpBuildSettings->fCIn, shown(param.fExpCILower), shown(param.fExpCIUpper),
+                             "^1% Confidence Interval for Exp(Coefficient)");
 }
 
 // --- Random effect covariances ---------------------------------------------
@@ -443,11 +438,8 @@ void GNLMParamEstimatesOutput::AddCovarianceCells(BpDimension& cols, const Stats
     cols.Category(BpString("Z", false)).Cell(BpNumber(shown(param.fZTest), BpProcedure::Coefficient()));
     cols.Category(BpString("Sig.", true)).Cell(BpNumber(shown(param.fSig), BpProcedure::Significance()));
   }
-  BpGroup interval = GNLMTableText::ConfidenceGroup(cols, fpBuildSettings->fCIn);
-  interval.Category(BpString("Lower", true))
-      .Cell(BpNumber(shown(param.fConfIntervalLower), BpProcedure::Coefficient()));
-  interval.Category(BpString("Upper", true))
-      .Cell(BpNumber(shown(param.fConfIntervalUpper), BpProcedure::Coefficient()));
+  GNLMTableText::AddInterval(cols, fpBuildSettings->fCIn, shown(param.fConfIntervalLower),
+                             shown(param.fConfIntervalUpper));
 }
 
 // --- Captions and labels ---------------------------------------------------

@@ -60,11 +60,14 @@ BpDimension GNLMTableText::Dimension(BpPivotTable& table, const BpCellText& name
   return dimension;
 }
 
-BpGroup GNLMTableText::ConfidenceGroup(BpGroup& parent, double confidence, const std::string& pattern) {
+void GNLMTableText::AddInterval(BpGroup& parent, double confidence, double lower, double upper,
+                                const std::string& pattern) {
   // A level the document left empty stays missing.
   const double level = confidence == -DBL_MAX ? confidence : 100.0 * confidence;
   BpComposite title(pattern, true);
   title.Add(BpNumber(level, BpProcedure::SigDigit(level)));
   title.Finish();
-  return parent.Group(title, true, BpGroup::AS_CREATED);
+  BpGroup interval = parent.Group(title, true, BpGroup::AS_CREATED);
+  interval.Category(BpString("Lower", true)).Cell(BpNumber(lower, BpProcedure::Coefficient()));
+  interval.Category(BpString("Upper", true)).Cell(BpNumber(upper, BpProcedure::Coefficient()));
 }

@@ -42,9 +42,9 @@ class GNLMTableText {
   static BpDimension Dimension(BpPivotTable& table, const BpCellText& name, int place, int order, bool hideName,
                                bool hideLabels);
 
-  // The group "95% Confidence Interval" (the level from a proportion), or
-  // another title with the level as its argument, under `parent`; its
-  // categories are the caller's.
-  static BpGroup ConfidenceGroup(BpGroup& parent, double confidence,
-                                 const std::string& pattern = "^1% Confidence Interval");
+  // The bounds of an interval in the coefficient format, "Lower" and
+  // "Upper" under the group "95% Confidence Interval" (the level from a
+  // proportion), or under another title with the level as its argument.
+  static void AddInterval(BpGroup& parent, double confidence, double lower, double upper,
+                          const std::string& pattern = "^1% Confidence Interval");
 };

@@ -164,23 +164,31 @@ inline bool LevelOf(const json& levels, const std::vector<std::string>& factors,
   return d < factors.size() && SameLevel(leaf, levels[factors[d]].get<std::string>());
 }
 
-// The estimates table of a marginal means request: one row per reference
-// mean; its factors are the dimensions in the request's order.
-inline void ExpectEstimates(const json& table, const json& request) {
-  const std::vector<std::string> factors = request["factors"].get<std::vector<std::string>>();
-  const std::pair<const char*, const char*> columns[] = {
-      {"Mean", "estimate"}, {"Std. Error", "se"}, {"Lower", "lower"}, {"Upper", "upper"}};
-  ASSERT_EQ(table["cells"].size(), 4 * request["means"].size());
-  for (const json& mean : request["means"]) {
+// The cells of each reference row: the row's levels (under `levelsKey`)
+// of the given factors pick the table's rows, and each column its value
+// (under the column's key).
+template <std::size_t N>
+void ExpectRows(const json& table, const json& rows, const std::string& levelsKey,
+                const std::vector<std::string>& factors, const std::pair<const char*, const char*> (&columns)[N]) {
+  ASSERT_EQ(table["cells"].size(), N * rows.size());
+  for (const json& row : rows) {
     for (const auto& column : columns) {
       const std::string wanted = column.first;
       const json* pCell = FindCell(table, [&](std::size_t d, const std::string& leaf) {
-        if (d < factors.size()) return LevelOf(mean["levels"], factors, d, leaf);
+        if (d < factors.size()) return LevelOf(row[levelsKey], factors, d, leaf);
         return IsColumn(leaf, wanted);
       });
-      ExpectShown(pCell, mean[column.second].get<double>(), mean["levels"].dump() + " " + wanted);
+      ExpectShown(pCell, row[column.second].template get<double>(), row[levelsKey].dump() + " " + wanted);
     }
   }
+}
+
+// The estimates table of a marginal means request: one row per reference
+// mean; its factors are the dimensions in the request's order.
+inline void ExpectEstimates(const json& table, const json& request) {
+  const std::pair<const char*, const char*> columns[] = {
+      {"Mean", "estimate"}, {"Std. Error", "se"}, {"Lower", "lower"}, {"Upper", "upper"}};
+  ExpectRows(table, request["means"], "levels", request["factors"].get<std::vector<std::string>>(), columns);
 }
 
 // A request's factors other than the compared one, in its order.
@@ -217,19 +225,8 @@ inline void ExpectContrasts(const json& table, const json& request) {
 
 // The overall tests: one row per combination of the other factors.
 inline void ExpectOverallTests(const json& table, const json& request) {
-  const std::vector<std::string> others = OtherFactors(request);
   const std::pair<const char*, const char*> columns[] = {{"F", "F"}, {"df1", "df1"}, {"df2", "df2"}, {"Sig.", "p"}};
-  ASSERT_EQ(table["cells"].size(), 4 * request["tests"].size());
-  for (const json& test : request["tests"]) {
-    for (const auto& column : columns) {
-      const std::string wanted = column.first;
-      const json* pCell = FindCell(table, [&](std::size_t d, const std::string& leaf) {
-        if (d < others.size()) return LevelOf(test["by"], others, d, leaf);
-        return IsColumn(leaf, wanted);
-      });
-      ExpectShown(pCell, test[column.second].get<double>(), test["by"].dump() + " " + wanted);
-    }
-  }
+  ExpectRows(table, request["tests"], "by", OtherFactors(request), columns);
 }
 
 }  // namespace viewer_reference
