@@ -1,6 +1,22 @@
 #include "app/AppHelp.h"
 
+#include "app/AppExprFunction.h"
 #include "app/AppOptions.h"
+
+namespace {
+
+// The functions of expressions, one line each, from their table.
+std::string Functions() {
+  std::string text;
+  for (const AppExprFunction& function : AppExprFunction::All()) {
+    std::string usage = std::string("    ") + function.fUsage;
+    if (usage.size() < 32) usage.resize(32, ' ');
+    text += usage + " " + function.fSummary + "\n";
+  }
+  return text;
+}
+
+}  // namespace
 
 std::string AppHelp::Text() {
   return AppOptions::Usage() +
@@ -19,6 +35,29 @@ std::string AppHelp::Text() {
          "  DEBUG switch... ON|OFF.                    DEBUG ALL ON|OFF.\n"
          "      (display_settings display_metadata display_component display_output\n"
          "       write_text_data aggreg_random: the procedure's developer output)\n"
+         "\n"
+         "Preparing the data\n"
+         "  COMPUTE var = expression.                  a new variable, or new values\n"
+         "  RECODE var... (value... = value)... [INTO var...] [/ ...].\n"
+         "      values: number, 'text', low THRU high (LOWEST, HIGHEST), MISSING, ELSE;\n"
+         "      results: number, 'text', MISSING, COPY\n"
+         "  SELECT IF condition.                       keeps the cases where it is true\n"
+         "  FILTER BY var.                             FILTER OFF.\n"
+         "      (analyses use the cases whose var is neither missing nor 0)\n"
+         "  LABEL var 'label' [var 'label']...\n"
+         "  VALUES var... value 'label'... [/ ...].\n"
+         "  MISSING var... value... [low THRU high] | NONE [/ ...].\n"
+         "  LEVEL var... NOMINAL|ORDINAL|SCALE [/ ...].\n"
+         "  FORMAT var... F8.2 [/ ...].\n"
+         "  WRITE ['file.csv'] [DICTIONARY='file'].    the data as CSV with its dictionary\n"
+         "      (without a name: data-N.csv in the output folder)\n"
+         "\n"
+         "  Expressions: numbers, 'texts', variables and functions with\n"
+         "    **  * /  + -  = <> < <= > >=  NOT (~)  AND (&)  OR (|)\n"
+         "  An operation on a missing value is missing; AND, OR, IF, MISSING, MIN,\n"
+         "  MAX, MEAN and SUM look at missing values themselves. A value that cannot\n"
+         "  be computed (division by zero, LN(0)) is missing and counted in a warning.\n" +
+         Functions() +
          "\n"
          "  GLMIXFIT target [BY factor...] [WITH covariate...]\n"
          "    /FIXED term... [INTERCEPT=YES|NO]\n"
@@ -42,6 +81,7 @@ std::string AppHelp::Text() {
          "           SEQUENTIALSIDAK] [AT=covariate(value)...]\n"
          "    /SAVE PREDICTED[(name)] PREDICTEDSE PREDICTEDDF FIXEDPREDICTED\n"
          "          FIXEDPREDICTEDSE FIXEDPREDICTEDDF RESIDUAL\n"
+         "          (new variables in the data for the commands that follow)\n"
          "    /EXPORT [MODEL='file' | PARAMETERS='file'] [STATXML='file']\n"
          "            [STATJSON='file']\n"
          "    /SCALEWEIGHT var.\n"

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/AppCommandReader.h"
+#include "app/AppVariableReader.h"
 #include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
@@ -12,24 +13,6 @@
 #include "host/io/DataFileLoader.h"
 
 namespace {
-
-void NeedData(AppCommandReader& reader, const ZORV_Dataset* data) {
-  if (data != nullptr) return;
-  const AppToken& command = reader.GetCommand().fvTokens.front();
-  reader.FailAt(command, "expected data to work on, found none: LOAD a data file before " +
-                             AppCommandReader::Upper(command.fText));
-}
-
-int ReadVariable(AppCommandReader& reader, const ZORV_Dataset& data, const std::string& expected) {
-  const AppToken& token = reader.Peek();
-  if (token.fKind != AppToken::WORD) reader.Fail(token, expected);
-  int column = data.FindVarIndex(token.fText.c_str(), 0);
-  if (column < 0) {
-    reader.FailAt(token, "expected " + expected + ", found '" + token.fText + "' (the data have no variable of that name)");
-  }
-  reader.Next();
-  return column;
-}
 
 struct DebugSwitch {
   const char* fName;
@@ -55,7 +38,7 @@ std::string AppHostCommands::ResolvePath(const std::string& baseDir, const std::
 }
 
 std::unique_ptr<ZORV_Dataset> AppHostCommands::Load(AppCommandReader& reader, const std::string& baseDir,
-                                                    std::string& summary) {
+                                                    std::string& summary, std::vector<std::string>& files) {
   reader.ExpectKeyword("LOAD", "LOAD");
   const AppToken& fileToken = reader.Peek();
   std::string file = reader.ExpectString("the data file's name in quotes");
@@ -75,6 +58,7 @@ std::unique_ptr<ZORV_Dataset> AppHostCommands::Load(AppCommandReader& reader, co
   }
 
   std::string path = ResolvePath(baseDir, file);
+  files = {path, haveDictionary ? ResolvePath(baseDir, dictionary) : DataFileLoader::DictionaryPathFor(path)};
   std::unique_ptr<ZORV_Dataset> data(new ZORV_Dataset());
   try {
     if (haveDictionary) {
@@ -148,7 +132,7 @@ void AppHostCommands::Split(AppCommandReader& reader, ZORV_Dataset* data) {
     return;
   }
   reader.ExpectKeyword("BY", "BY or OFF");
-  NeedData(reader, data);
+  AppVariableReader::NeedData(reader, data);
   std::vector<int> columns;
   bool layered = true;
   while (!reader.AtEnd()) {
@@ -160,7 +144,7 @@ void AppHostCommands::Split(AppCommandReader& reader, ZORV_Dataset* data) {
       break;
     }
     const AppToken& at = reader.Peek();
-    int column = ReadVariable(reader, *data, columns.empty() ? "a split variable" : "a split variable, LAYERED, SEPARATE or the end of the command");
+    int column = AppVariableReader::Read(reader, *data, columns.empty() ? "a split variable" : "a split variable, LAYERED, SEPARATE or the end of the command");
     if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
       reader.FailAt(at, "expected each split variable once, found '" + at.fText + "' again");
     }
@@ -184,9 +168,9 @@ void AppHostCommands::Weight(AppCommandReader& reader, ZORV_Dataset* data) {
     return;
   }
   reader.ExpectKeyword("BY", "BY or OFF");
-  NeedData(reader, data);
+  AppVariableReader::NeedData(reader, data);
   const AppToken& at = reader.Peek();
-  int column = ReadVariable(reader, *data, "a numeric weight variable");
+  int column = AppVariableReader::Read(reader, *data, "a numeric weight variable");
   reader.ExpectEnd("the end of the command (one weight variable)");
   const ZORV_Variable* variable = data->GetVariable(column);
   if (variable == nullptr || variable->GetType() != 0) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 class AppCommandReader;
 class ZORV_Dataset;
@@ -13,9 +14,9 @@ class AppHostCommands {
  public:
   // LOAD 'file' [DICTIONARY='file']: a new dataset, for the caller to make
   // the active one. Relative names are taken from `baseDir`. `summary` says
-  // what was read.
+  // what was read; `files` gets the data file and its dictionary's name.
   static std::unique_ptr<ZORV_Dataset> Load(AppCommandReader& reader, const std::string& baseDir,
-                                            std::string& summary);
+                                            std::string& summary, std::vector<std::string>& files);
   // SET VARIABLES=... VALUES=...: the display of names and labels.
   static void Set(AppCommandReader& reader);
   // SPLIT BY v... [LAYERED | SEPARATE], SPLIT OFF.

@@ -18,8 +18,12 @@ bool IsNameStart(char c) {
 
 bool IsNamePart(char c) { return IsNameStart(c) || IsDigit(c); }
 
+// The punctuation of commands and of expressions. A sign directly before a
+// digit belongs to the number; a reader of expressions takes it back as an
+// operator where an operand has just ended.
 bool IsSymbolChar(char c) {
-  return c == '/' || c == '=' || c == '(' || c == ')' || c == '*' || c == ';' || c == '|';
+  return c == '/' || c == '=' || c == '(' || c == ')' || c == '*' || c == ';' || c == '|' || c == ',' ||
+         c == '+' || c == '-' || c == '<' || c == '>' || c == '~' || c == '&';
 }
 
 class Scanner {

@@ -13,7 +13,8 @@
 // quote doubled stands for itself. Names begin with a letter, "_", "@", "$"
 // or any non-ASCII character, and go on with these, digits, and periods that
 // are followed by another character of a name. Numbers are decimal, with an
-// optional sign directly before them and an optional exponent.
+// optional sign directly before them and an optional exponent. The
+// punctuation is one character per token: / = ( ) * ; | , + - < > ~ &.
 //
 // Text that makes no token becomes an ERROR token in its command, so that
 // the command can report it and the following commands still run.

@@ -40,6 +40,8 @@ bool AppOptions::Parse(int argc, const char* const* argv, AppOptions& out, std::
       out.fbJson = true;
     } else if (arg == "--no-text") {
       out.fbText = false;
+    } else if (arg == "-q" || arg == "--quiet") {
+      out.fbQuiet = true;
     } else if (arg == "-w" || arg == "--width") {
       const char* v = value(arg);
       if (!v) return false;
@@ -75,9 +77,12 @@ std::string AppOptions::Usage() {
          "      --json            write DIR/report.json, the full output with raw values\n"
          "      --no-text         do not print the output to the terminal\n"
          "  -w, --width N         terminal text width, 40 to 1000 (default 80)\n"
+         "  -q, --quiet           no status line on the terminal while long steps run\n"
          "  -h, --help            show this help\n"
          "      --version         show the version\n"
          "\n"
          "The exit status is 0 when every command ran, 1 when a command had an error,\n"
-         "and 2 when the command line or the command file could not be used.\n";
+         "and 2 when the command line or the command file could not be used.\n"
+         "On a terminal, a step that runs longer than a second shows its progress in one\n"
+         "status line on standard error, removed when the step is done.\n";
 }

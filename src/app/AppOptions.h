@@ -10,6 +10,10 @@ struct AppOptions {
   bool fbHtml = false;             // report.html in the output folder
   bool fbJson = false;             // report.json in the output folder
   int fWidth = 80;                 // terminal text width
+  bool fbQuiet = false;            // no status line on the terminal
+  // How long a step runs before its status line appears, in seconds. Not
+  // on the command line: tests shorten it.
+  double fProgressDelay = 1.0;
   bool fbHelp = false;
   bool fbVersion = false;
 

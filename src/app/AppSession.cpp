@@ -8,6 +8,7 @@
 
 #include "app/AppCommandError.h"
 #include "app/AppCommandReader.h"
+#include "app/AppDataCommands.h"
 #include "app/AppHostCommands.h"
 #include "app/AppLexer.h"
 #include "app/AppMixedCommand.h"
@@ -15,8 +16,10 @@
 #include "app/AppMixedParser.h"
 #include "app/AppModelViewer.h"
 #include "app/AppProcedureHook.h"
+#include "app/AppScoringPass.h"
 #include "base/MixExports.h"
 #include "host/data/ZORV_Dataset.h"
+#include "host/data/ZORV_Progress.h"
 #include "host/data/ZORV_Session.h"
 #include "host/data/ZORV_StopFlag.h"
 #include "host/files/BEPesRepos.h"
@@ -38,6 +41,7 @@ std::string Title(const std::string& name) {
   if (name == "WEIGHT") return "Weight";
   if (name == "DEBUG") return "Debug";
   if (name == "GLMIXFIT") return "Mixed Model";
+  if (const char* title = AppDataCommands::Title(name)) return title;
   return name.empty() ? std::string("Command") : name;
 }
 
@@ -74,10 +78,16 @@ AppSession::AppSession(const AppOptions& options) : fOptions(options) {
   // Scratch and debug files of the procedure go beside the reports.
   session.SetWritableDir(fOptions.fOutputDir.empty() ? std::string(".") : fOptions.fOutputDir);
   AppHostCommands::ResetDebugSwitches();
+  fDataContext.fOutputDir = fOptions.fOutputDir;
+  AppScoringPass::Install();
 }
 
-// The switches are the process's; a run leaves them as it found them.
-AppSession::~AppSession() { AppHostCommands::ResetDebugSwitches(); }
+// The switches and the scoring pass are the process's; a run leaves them as
+// it found them.
+AppSession::~AppSession() {
+  AppHostCommands::ResetDebugSwitches();
+  AppScoringPass::Uninstall();
+}
 
 bool AppSession::RunFile(const std::string& path) {
   std::string text;
@@ -103,6 +113,7 @@ bool AppSession::RunFile(const std::string& path) {
     buffer << in.rdbuf();
     text = buffer.str();
     baseDir = std::filesystem::path(path).parent_path().string();
+    fDataContext.fvReadFiles.push_back(path);
   }
   RunText(text, path == "-" ? std::string("<stdin>") : path, baseDir);
   return true;
@@ -130,6 +141,7 @@ void AppSession::RunCommand(const AppCommandText& command, const std::string& or
   ZORV_Session::Current().SetCommandDir(baseDir);
   std::string title = Title(command.fName);
   OmHeading& heading = fDocument.fRoot.AddHeading(title);
+  ZORV_Progress::Begin(title);
   {
     BpProcedure procedure(heading, title, command.fName == "GLMIXFIT" ? "Mixed" : "Global");
     Echo(command.fText + ".");
@@ -146,6 +158,7 @@ void AppSession::RunCommand(const AppCommandText& command, const std::string& or
   // The command's tables are complete once its procedure is gone: the
   // tables of its splits can now be shown together.
   OmSplitLayering().Layer(heading);
+  ZORV_Progress::End();
   if (ZORV_Session::Current().IsFatal()) fbAnyError = true;
   if (ZORV_StopFlag::IsRaised()) fbStopped = true;
 }
@@ -155,8 +168,10 @@ void AppSession::Dispatch(AppCommandReader& reader, BpProcedure& procedure, cons
   const std::string name = reader.GetCommand().fName;
   if (name == "LOAD") {
     std::string summary;
-    std::unique_ptr<ZORV_Dataset> data = AppHostCommands::Load(reader, baseDir, summary);
+    std::vector<std::string> files;
+    std::unique_ptr<ZORV_Dataset> data = AppHostCommands::Load(reader, baseDir, summary, files);
     fpData = std::move(data);
+    fDataContext.fvReadFiles.insert(fDataContext.fvReadFiles.end(), files.begin(), files.end());
     BP_ToFront(1, BP_Character(summary));
   } else if (name == "SET") {
     AppHostCommands::Set(reader);
@@ -170,8 +185,12 @@ void AppSession::Dispatch(AppCommandReader& reader, BpProcedure& procedure, cons
     BP_ToFront(1, BP_Character(summary));
   } else if (name == "GLMIXFIT") {
     RunMixed(reader, procedure, baseDir);
+  } else if (AppDataCommands::Title(name) != nullptr) {
+    fDataContext.fpData = fpData.get();
+    fDataContext.fBaseDir = baseDir;
+    AppDataCommands::Run(reader, fDataContext);
   } else {
-    reader.Fail(first, "a command (LOAD, SET, SPLIT, WEIGHT or GLMIXFIT)");
+    reader.Fail(first, "a command (LOAD, SET, SPLIT, WEIGHT, " + AppDataCommands::Names() + " or GLMIXFIT)");
   }
 }
 

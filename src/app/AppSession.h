@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/AppCommandText.h"
+#include "app/AppDataContext.h"
 #include "app/AppOptions.h"
 #include "host/output/OmDocument.h"
 #include "host/parser/ParserMemory.h"
@@ -58,6 +59,7 @@ class AppSession {
   OmDocument fDocument;
   std::unique_ptr<ZORV_Dataset> fpData;
   ParserMemory fMemory;
+  AppDataContext fDataContext;  // what the data commands work on; its data are fpData's
   int fMixedCount = 0;
   bool fbAnyError = false;
   bool fbStopped = false;

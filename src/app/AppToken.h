@@ -9,7 +9,7 @@ struct AppToken {
     WORD,    // a name or keyword, as typed
     NUMBER,  // a decimal number with its sign; fText as typed
     STRING,  // a quoted text; fText without the quotes, doubled quotes undone
-    SYMBOL,  // one of / = ( ) * ; |
+    SYMBOL,  // one of / = ( ) * ; | , + - < > ~ &
     END,     // the end of the command: its period, or the end of the file
     ERROR    // text that is no token; fText says why
   };

@@ -42,6 +42,8 @@ class RunObjects {
   std::optional<MIXFactory> fFactory;
 };
 
+MixHostPass gHostPass = nullptr;
+
 // The host's fatal state, asked afresh at every step.
 class FatalQuery {
  public:
@@ -53,6 +55,8 @@ class FatalQuery {
 };
 
 }  // namespace
+
+void MixSetHostPass(MixHostPass pass) { gHostPass = pass; }
 
 void MixDriver(void* commandTree, BpProcedure& procedure, ProcedureDataSource& dataSource) {
   const FatalQuery isFatal(dataSource);
@@ -186,6 +190,11 @@ void MixDriver(void* commandTree, BpProcedure& procedure, ProcedureDataSource& d
       more = false;
       ok = pass;
     }
+  }
+
+  if (gHostPass != nullptr && !isFatal() && ok) {
+    gHostPass(factory);
+    MIXRunTrace::Note("HostPass");
   }
 
   // Close.

@@ -1,6 +1,7 @@
 #pragma once
 
 class BpProcedure;
+class MIXFactory;
 class ProcedureDataSource;
 
 // The procedure's entry: runs one GLMIXFIT command.
@@ -17,3 +18,10 @@ class ProcedureDataSource;
 // MIXValidSpecs on every path, also when an exception passes through; none
 // is caught here.
 void MixDriver(void* commandTree, BpProcedure& procedure, ProcedureDataSource& dataSource);
+
+// The host's extension of the run: a pass of its own over the run's factory,
+// after the output pass and before the run closes (the check of the saved
+// files and the notes table), when the run is still going on and the host is
+// not fatal. With none set (the default) the run is the sequence above.
+typedef void (*MixHostPass)(MIXFactory& factory);
+void MixSetHostPass(MixHostPass pass);

@@ -86,7 +86,7 @@ TEST(AppLexer, NamesTheCommandOnlyByAWord) {
 }
 
 TEST(AppLexer, TurnsBadTextIntoErrorTokens) {
-  std::vector<AppCommandText> commands = Split("LOAD 'a.csv.\nSET x ! 2x 1e999 - y.");
+  std::vector<AppCommandText> commands = Split("LOAD 'a.csv.\nSET x ! 2x 1e999 ? y.");
   ASSERT_EQ(commands.size(), 1u);  // the unclosed quote keeps the period from ending LOAD
   const std::vector<AppToken>& t = commands[0].fvTokens;
   ASSERT_EQ(t[1].fKind, AppToken::ERROR);
@@ -100,7 +100,7 @@ TEST(AppLexer, TurnsBadTextIntoErrorTokens) {
   EXPECT_EQ(t[6].fKind, AppToken::ERROR);
   EXPECT_EQ(t[6].fText, "'1e999' is not a number that fits the range of a double");
   EXPECT_EQ(t[7].fKind, AppToken::ERROR);
-  EXPECT_EQ(t[7].fText, "the character '-' has no meaning here");
+  EXPECT_EQ(t[7].fText, "the character '?' has no meaning here");
   EXPECT_EQ(t[8].fText, "y");
 }
 
@@ -125,4 +125,23 @@ TEST(AppLexer, SkipsAByteOrderMark) {
   ASSERT_EQ(commands.size(), 1u);
   EXPECT_EQ(commands[0].fName, "LOAD");
   EXPECT_EQ(commands[0].fColumn, 1);
+}
+
+TEST(AppLexer, ReadsThePunctuationOfExpressions) {
+  std::vector<AppCommandText> commands = Split("COMPUTE y = a+b, c<=d ~e & f - 2 -x.");
+  ASSERT_EQ(commands.size(), 1u);
+  const std::vector<AppToken>& t = commands[0].fvTokens;
+  EXPECT_TRUE(t[4].IsSymbol('+'));
+  EXPECT_TRUE(t[6].IsSymbol(','));
+  EXPECT_TRUE(t[8].IsSymbol('<'));
+  EXPECT_TRUE(t[9].IsSymbol('='));
+  EXPECT_EQ(t[9].fOffset, t[8].fOffset + 1);
+  EXPECT_TRUE(t[11].IsSymbol('~'));
+  EXPECT_TRUE(t[13].IsSymbol('&'));
+  // A sign before a digit stays with its number; before a name it stands alone.
+  EXPECT_TRUE(t[15].IsSymbol('-'));
+  ASSERT_EQ(t[16].fKind, AppToken::NUMBER);
+  EXPECT_EQ(t[16].fNumber, 2.0);
+  EXPECT_TRUE(t[17].IsSymbol('-'));
+  EXPECT_EQ(t[18].fText, "x");
 }

@@ -90,6 +90,8 @@ TEST_F(AppMainTest, HelpSummarisesTheLanguage) {
   for (const char* word : {"Usage: glmixfit", "LOAD 'file'", "SET VARIABLES=", "SPLIT BY", "WEIGHT BY",
                            "GLMIXFIT target", "/FIXED", "/RANDOM", "/RESIDUAL", "/ESTIMATION", "/MISSING", "/TESTS",
                            "/DISPLAY", "/FORMAT", "/CONTRAST", "/MEANS", "/SAVE", "/EXPORT", "/SCALEWEIGHT",
+                           "COMPUTE var = expression", "RECODE var", "SELECT IF", "FILTER BY", "LABEL var", "VALUES var",
+                           "MISSING var", "LEVEL var", "FORMAT var", "WRITE", "--quiet", "SUBSTR(s, start[, length])",
                            "docs/syntax.md"}) {
     EXPECT_NE(fOut.str().find(word), std::string::npos) << word;
   }

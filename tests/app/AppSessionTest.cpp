@@ -252,8 +252,11 @@ TEST_F(AppSessionTest, SplitAndWeightErrors) {
 
 TEST_F(AppSessionTest, UnknownCommandsAreErrorsAndTheRestStillRuns) {
   Run("FROB x.\n5 LOAD.\n" + std::string(kLoad));
-  EXPECT_EQ(Error(0), "t.gmx:1:1: expected a command (LOAD, SET, SPLIT, WEIGHT or GLMIXFIT), found 'FROB'.");
-  EXPECT_EQ(Error(1), "t.gmx:2:1: expected a command (LOAD, SET, SPLIT, WEIGHT or GLMIXFIT), found 5.");
+  const std::string commands =
+      "LOAD, SET, SPLIT, WEIGHT, COMPUTE, RECODE, SELECT, FILTER, LABEL, VALUES, MISSING, LEVEL, FORMAT, WRITE or "
+      "GLMIXFIT";
+  EXPECT_EQ(Error(0), "t.gmx:1:1: expected a command (" + commands + "), found 'FROB'.");
+  EXPECT_EQ(Error(1), "t.gmx:2:1: expected a command (" + commands + "), found 5.");
   EXPECT_NE(fpSession->GetData(), nullptr);
   EXPECT_EQ(fpSession->ExitStatus(), 1);
 }

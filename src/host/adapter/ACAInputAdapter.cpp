@@ -10,6 +10,7 @@
 #include "host/adapter/ACAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/data/ZORV_Dataset.h"
+#include "host/data/ZORV_Progress.h"
 #include "host/data/ZORV_Session.h"
 #include "numeric/common/MCMV.h"
 
@@ -230,6 +231,7 @@ bool ACAInputAdapter::OpenSplit(int index) {
   fSplitIndex = index;
   fbPassOver = false;
   PublishSplit();
+  if (fbSplitFile) ZORV_Progress::Split(index + 1, static_cast<int>(fvSourceSplitStarts.size()) - 1);
   return true;
 }
 
@@ -268,6 +270,7 @@ bool ACAInputAdapter::PrepareReading() {
 
   int weightColumn = fpVarSpecs->GetUseWeight() ? fpDataset->GetWeightVarIndex() : -1;
   fbApplyWeight = weightColumn >= 0;
+  fbApplyFilter = fpVarSpecs->GetUseFilter() && fpDataset->GetFilterVarIndex() >= 0;
   for (int i = 0; i < fpVarSpecs->GetNRecordVars(); ++i) {
     const ACAVarValidSpecs::RecordVarData* spec = fpVarSpecs->GetRecordVar(i);
     ReadVarData var;
@@ -301,7 +304,12 @@ bool ACAInputAdapter::DataChanged() const {
 
 void ACAInputAdapter::BuildSourceSplits() {
   fvSourceSplitStarts.clear();
+  fvPassCases.clear();
   fbOrderedPositions = false;
+  if (fbApplyFilter) {
+    BuildFilteredSplits();
+    return;
+  }
   if (!fbSplitFile) {
     fvSourceSplitStarts = {0, fSourceCases};
     return;
@@ -314,22 +322,52 @@ void ACAInputAdapter::BuildSourceSplits() {
     return;
   }
   // Runs of equal split values in the file's own order.
-  std::vector<int> columns;
-  for (int i = 0; i < fpDataset->GetNSplitVars(); ++i) columns.push_back(fpDataset->GetSplitVar(i));
   for (long row = 0; row < fSourceCases; ++row) {
-    bool same = row > 0;
-    for (std::size_t c = 0; same && c < columns.size(); ++c) {
-      const OBS* a = fpDataset->GetCell(row - 1, columns[c]);
-      const OBS* b = fpDataset->GetCell(row, columns[c]);
-      int width = fpDataset->GetVariable(columns[c])->GetType();
-      same = width > 0 ? std::memcmp(a->fStr, b->fStr, static_cast<std::size_t>(width)) == 0 : a->fNum == b->fNum;
-    }
-    if (!same) fvSourceSplitStarts.push_back(row);
+    if (row == 0 || !SameSplitValues(row - 1, row)) fvSourceSplitStarts.push_back(row);
   }
   fvSourceSplitStarts.push_back(fSourceCases);
 }
 
+void ACAInputAdapter::BuildFilteredSplits() {
+  fvSourceSplitStarts.push_back(0);
+  auto take = [this](long row) {
+    if (fpDataset->PassesFilter(row)) fvPassCases.push_back(row);
+  };
+  auto closeSplit = [this]() {
+    if (static_cast<long>(fvPassCases.size()) > fvSourceSplitStarts.back())
+      fvSourceSplitStarts.push_back(static_cast<long>(fvPassCases.size()));
+  };
+  if (fbSplitFile && fbRequireSorted) {
+    for (long s = 0; s < fpDataset->GetSplitCount(); ++s) {
+      for (long p = fpDataset->GetSplitBegin(s); p < fpDataset->GetSplitEnd(s); ++p) take(fpDataset->GetOrderedCase(p));
+      closeSplit();
+    }
+  } else {
+    for (long row = 0; row < fSourceCases; ++row) {
+      if (fbSplitFile && !fvPassCases.empty() && fpDataset->PassesFilter(row) && !SameSplitValues(fvPassCases.back(), row))
+        closeSplit();
+      take(row);
+    }
+    closeSplit();
+  }
+  // An unsplit file is one split, even when the filter leaves nothing.
+  if (!fbSplitFile && fvSourceSplitStarts.size() == 1) fvSourceSplitStarts.push_back(0);
+}
+
+bool ACAInputAdapter::SameSplitValues(long a, long b) const {
+  for (int i = 0; i < fpDataset->GetNSplitVars(); ++i) {
+    const int column = fpDataset->GetSplitVar(i);
+    const OBS* x = fpDataset->GetCell(a, column);
+    const OBS* y = fpDataset->GetCell(b, column);
+    const int width = fpDataset->GetVariable(column)->GetType();
+    const bool same = width > 0 ? std::memcmp(x->fStr, y->fStr, static_cast<std::size_t>(width)) == 0 : x->fNum == y->fNum;
+    if (!same) return false;
+  }
+  return true;
+}
+
 long ACAInputAdapter::CaseAt(long position) const {
+  if (fbApplyFilter) return fvPassCases[static_cast<std::size_t>(position)];
   return fbOrderedPositions ? fpDataset->GetOrderedCase(position) : position;
 }
 
@@ -377,6 +415,7 @@ bool ACAInputAdapter::HasValidCase() const {
   std::vector<double> record(fvReadVars.size());
   double weight = 0.0;
   for (long row = 0; row < fSourceCases; ++row) {
+    if (fbApplyFilter && !fpDataset->PassesFilter(row)) continue;
     if (ReadCase(row, nullptr, record.data(), weight)) return true;
   }
   return false;
@@ -481,6 +520,7 @@ std::vector<bool> ACAInputAdapter::GetReadColumns() const {
   }
   for (int i = 0; i < fpDataSource->GetNSplitVars(); ++i) mark(fpDataSource->GetSplitVar(i));
   mark(fpDataSource->GetWeightVarIndex());
+  if (fpDataset != nullptr) mark(fpDataset->GetFilterVarIndex());
   return columns;
 }
 

@@ -23,6 +23,11 @@ class ZORV_Dataset;
 // the order of the categories) is kept for the whole run, so that a later
 // pass over the same split delivers the same codes.
 //
+// Filter: when the variable list applies the host's filter, a case that the
+// dataset's filter sets aside is passed over as if the file did not hold it:
+// it is neither delivered nor counted, and a split of such cases only does
+// not exist.
+//
 // Listwise deletion: a case is dropped when its frequency weight is not
 // valid, or when a record variable registered as listwise has a missing
 // value. A value is missing when it is system-missing (unless the variable
@@ -143,6 +148,10 @@ class ACAInputAdapter {
   SplitData* CurrentSplit();
   std::unique_ptr<SplitData> LearnSplit(long sourceSplit) const;
   void BuildSourceSplits();
+  // The same, when a filter sets cases aside.
+  void BuildFilteredSplits();
+  // Whether two cases have the same split values.
+  bool SameSplitValues(long a, long b) const;
   void PublishSplit();
   void WithdrawSplit();
   void LetGoOfIterator();
@@ -160,9 +169,11 @@ class ACAInputAdapter {
   bool fbPrepared = false;
   bool fbReadable = false;
   bool fbApplyWeight = false;
+  bool fbApplyFilter = false;
   std::vector<ReadVarData> fvReadVars;
   long fSourceCases = 0;                 // cases of the dataset when reading began
   bool fbOrderedPositions = false;       // positions go through the dataset's split order
+  std::vector<long> fvPassCases;          // with a filter: the cases of the pass, in order
   std::vector<long> fvSourceSplitStarts;  // one more entry than splits
 
   int fSplitIndex = -1;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "host/data/ZORV_Progress.h"
 #include "host/data/ZORV_StopFlag.h"
 
 namespace {
@@ -19,3 +20,5 @@ bool ACAStopProcessor::IsCancelled() const {
   if (fTimeLimit <= 0.0) return false;
   return SteadySeconds() - fStartSeconds >= fTimeLimit;
 }
+
+void ACAStopProcessor::Iteration(int iteration, double criterion) const { ZORV_Progress::Iteration(iteration, criterion); }

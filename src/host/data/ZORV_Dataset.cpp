@@ -107,6 +107,25 @@ bool ZORV_Dataset::SetWeightVar(int column) {
   return true;
 }
 
+bool ZORV_Dataset::SetFilterVar(int column) {
+  if (column >= ColumnCount() || column < -1) return false;
+  if (column >= 0 && GetVariable(column)->IsString()) return false;
+  fFilterVar = column;
+  Invalidate();
+  return true;
+}
+
+bool ZORV_Dataset::PassesFilter(long row) const {
+  if (fFilterVar < 0) {
+    if (row < 0 || row >= fCaseCount)
+      throw std::out_of_range("ZORV_Dataset: case " + std::to_string(row) + " does not exist");
+    return true;
+  }
+  const double value = GetNum(row, fFilterVar);
+  if (value == -DBL_MAX || value == 0.0) return false;
+  return !fvpColumns[static_cast<std::size_t>(fFilterVar)]->fVariable.IsUserMissing(value);
+}
+
 int ZORV_Dataset::GetNSplitVars() const { return static_cast<int>(fvSplitVars.size()); }
 
 int ZORV_Dataset::GetSplitVar(int i) const {
@@ -142,6 +161,26 @@ void ZORV_Dataset::AppendCases(long count) {
                            column->fVariable.IsString() ? BlankWord() : MissingNumber());
   }
   fCaseCount += count;
+  Invalidate();
+}
+
+void ZORV_Dataset::KeepCases(const std::vector<bool>& keep) {
+  if (keep.size() != static_cast<std::size_t>(fCaseCount))
+    throw std::invalid_argument("ZORV_Dataset::KeepCases: one flag per case is needed");
+  const long kept = static_cast<long>(std::count(keep.begin(), keep.end(), true));
+  for (auto& column : fvpColumns) {
+    const std::size_t words = static_cast<std::size_t>(column->fWords);
+    OBS* cells = column->fvCells.data();
+    std::size_t to = 0;
+    for (std::size_t row = 0; row < keep.size(); ++row) {
+      if (!keep[row]) continue;
+      if (to != row) std::memmove(cells + to * words, cells + row * words, words * sizeof(OBS));
+      ++to;
+    }
+    column->fvCells.resize(to * words);
+    column->fvCells.shrink_to_fit();
+  }
+  fCaseCount = kept;
   Invalidate();
 }
 
@@ -193,8 +232,8 @@ std::string ZORV_Dataset::GetString(long row, int column, bool trimmed) const {
   return std::string(chars, width);
 }
 
-bool ZORV_Dataset::IsSplitOrWeightColumn(int column) const {
-  return column == fWeightVar || std::find(fvSplitVars.begin(), fvSplitVars.end(), column) != fvSplitVars.end();
+bool ZORV_Dataset::IsSettingColumn(int column) const {
+  return column == fWeightVar || column == fFilterVar || std::find(fvSplitVars.begin(), fvSplitVars.end(), column) != fvSplitVars.end();
 }
 
 void ZORV_Dataset::SetNum(long row, int column, double value) {
@@ -202,7 +241,7 @@ void ZORV_Dataset::SetNum(long row, int column, double value) {
   if (fvpColumns[static_cast<std::size_t>(column)]->fVariable.IsString())
     throw std::invalid_argument("ZORV_Dataset::SetNum: column " + std::to_string(column) + " holds strings");
   cell->fNum = std::isnan(value) ? -DBL_MAX : value;
-  if (IsSplitOrWeightColumn(column)) Invalidate();
+  if (IsSettingColumn(column)) Invalidate();
 }
 
 bool ZORV_Dataset::SetString(long row, int column, const char* text, std::size_t length) {
@@ -221,7 +260,7 @@ bool ZORV_Dataset::SetString(long row, int column, const char* text, std::size_t
   char* chars = cell->fStr;
   if (n > 0) std::memcpy(chars, text, n);
   std::memset(chars + n, ' ', static_cast<std::size_t>(c.fWords) * sizeof(OBS) - n);
-  if (IsSplitOrWeightColumn(column)) Invalidate();
+  if (IsSettingColumn(column)) Invalidate();
   return fits;
 }
 
@@ -295,8 +334,9 @@ void ZORV_Dataset::BuildOrder() const {
   if (fWeightVar >= 0) {
     for (std::size_t s = 0; s < nSplits; ++s) {
       for (long p = fvSplitStarts[s]; p < fvSplitStarts[s + 1]; ++p) {
+        const long row = fvOrder[static_cast<std::size_t>(p)];
         double weight = 0.0;
-        if (!GetCaseWeight(fvOrder[static_cast<std::size_t>(p)], weight)) ++fvSplitDropped[s];
+        if (PassesFilter(row) && !GetCaseWeight(row, weight)) ++fvSplitDropped[s];
       }
       fDroppedTotal += fvSplitDropped[s];
     }

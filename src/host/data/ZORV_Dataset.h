@@ -27,6 +27,10 @@
 // Weights: with a frequency weight variable, a case whose weight is
 // system-missing, user-missing, zero or negative is dropped from every
 // analysis; the dataset counts them per split.
+//
+// Filter: with a filter variable, a case whose filter value is missing or 0
+// is set aside: it stays in the data, but a procedure that applies the
+// host's filter reads as if it were not there, and it counts in no split.
 class ZORV_Dataset : public ProcedureDataSource {
  public:
   ZORV_Dataset();
@@ -65,6 +69,13 @@ class ZORV_Dataset : public ProcedureDataSource {
   int GetSplitVar(int i) const override;
   bool SplitsInOneTable() const override;
   bool SplitsInSeparateTables() const override;
+  // A numeric column, or -1 for no filter; false (and no change) otherwise.
+  bool SetFilterVar(int column);
+  int GetFilterVarIndex() const { return fFilterVar; }
+  // The case's filter value is neither system-missing, user-missing nor 0.
+  // Every case passes while there is no filter.
+  bool PassesFilter(long row) const;
+
   // The split variables in order of sorting; an empty list ends splitting.
   // False (and no change) for a bad or repeated column.
   bool SetSplitVars(const std::vector<int>& columns);
@@ -75,6 +86,9 @@ class ZORV_Dataset : public ProcedureDataSource {
   long GetCaseCount() const;
   // Adds cases at the end, every cell missing.
   void AppendCases(long count);
+  // Keeps the cases whose flag is set, in their order, and removes the
+  // others; `keep` has one flag per case. Variables and settings stay.
+  void KeepCases(const std::vector<bool>& keep);
   void ReserveCases(long count);
 
   // The first cell of a case's value of a column; strings run on over their
@@ -127,7 +141,8 @@ class ZORV_Dataset : public ProcedureDataSource {
   // the case is dropped for its weight (missing, user-missing, zero or
   // negative); weight is then 0.
   bool GetCaseWeight(long row, double& weight) const;
-  // Cases dropped for their weight, in the whole file and in one split.
+  // Cases dropped for their weight, in the whole file and in one split;
+  // cases the filter sets aside are not counted.
   long GetDroppedWeightCount() const;
   long GetSplitDroppedWeightCount(long split) const;
 
@@ -136,7 +151,8 @@ class ZORV_Dataset : public ProcedureDataSource {
 
   void CheckColumn(int column) const;
   void CheckCell(long row, int column) const;
-  bool IsSplitOrWeightColumn(int column) const;
+  // Columns whose values the split order or the counts depend on.
+  bool IsSettingColumn(int column) const;
   void Invalidate() const { fbOrderValid = false; }
   void BuildOrder() const;
   int CompareSplitValues(long a, long b) const;
@@ -145,6 +161,7 @@ class ZORV_Dataset : public ProcedureDataSource {
   long fCaseCount = 0;
   int fCaseWords = 0;
   int fWeightVar = -1;
+  int fFilterVar = -1;
   std::vector<int> fvSplitVars;
   bool fbSplitsInOneTable = true;
   unsigned int fNewVarCounter = 0;

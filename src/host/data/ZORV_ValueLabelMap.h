@@ -18,6 +18,11 @@ class ZORV_ValueLabelMap {
   // A cell of the owning variable: numeric when width is 0, else a string of that width.
   const char* GetLabel(const OBS* value, int width = 0) const;
 
+  void Clear() {
+    fNumeric.clear();
+    fString.clear();
+  }
+
   bool Empty() const { return fNumeric.empty() && fString.empty(); }
   std::size_t Size() const { return fNumeric.size() + fString.size(); }
   const std::map<double, std::string>& NumericLabels() const { return fNumeric; }

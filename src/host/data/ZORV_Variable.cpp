@@ -32,3 +32,11 @@ bool ZORV_Variable::IsUserMissing(const std::string& value) const {
   std::string trimmed = end == std::string::npos ? std::string() : value.substr(0, end + 1);
   return std::find(fvMissingStrings.begin(), fvMissingStrings.end(), trimmed) != fvMissingStrings.end();
 }
+
+void ZORV_Variable::ClearMissing() {
+  fvMissingValues.clear();
+  fvMissingStrings.clear();
+  fbHasMissingRange = false;
+  fMissingLow = 0.0;
+  fMissingHigh = 0.0;
+}

@@ -41,6 +41,8 @@ class ZORV_Variable {
   void AddMissingValue(double value) { fvMissingValues.push_back(value); }
   void AddMissingString(const std::string& value) { fvMissingStrings.push_back(value); }
   void SetMissingRange(double low, double high);
+  // No user-missing values any more.
+  void ClearMissing();
   const std::vector<double>& GetMissingValues() const { return fvMissingValues; }
   const std::vector<std::string>& GetMissingStrings() const { return fvMissingStrings; }
   bool HasMissingRange() const { return fbHasMissingRange; }

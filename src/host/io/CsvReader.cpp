@@ -6,6 +6,8 @@
 #include <stdexcept>
 
 #include "host/data/ZORV_Dataset.h"
+#include "host/data/ZORV_Progress.h"
+#include "host/data/ZORV_StopFlag.h"
 #include "host/io/ColumnProfile.h"
 #include "host/io/CsvTokenizer.h"
 #include "host/io/DataDictionary.h"
@@ -25,6 +27,17 @@ std::string_view TrimBlanks(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
   while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
   return s;
+}
+
+// Every so many records the reader tells how far it is and looks whether
+// the user asked to stop.
+const long kRecordsBetweenReports = 8192;
+
+// The file is read twice: to learn the columns, then to store the values.
+void Report(const std::string& fileName, const CsvTokenizer& tokenizer, std::size_t size, int pass) {
+  if (ZORV_StopFlag::IsRaised()) throw DataFileError(fileName, 0, 0, "reading was interrupted");
+  if (size == 0) return;
+  ZORV_Progress::Fraction((static_cast<double>(pass) * size + tokenizer.GetOffset()) / (2.0 * size));
 }
 
 struct ColumnPlan {
@@ -137,6 +150,7 @@ void CsvReader::ReadText(const std::string& text, const std::string& fileName, Z
   CsvTokenizer tokenizer(data, size, delimiter, fileName);
   tokenizer.NextRecord(fields);
   while (tokenizer.NextRecord(fields)) {
+    if (nCases % kRecordsBetweenReports == 0) Report(fileName, tokenizer, size, 0);
     if (fields.size() != nColumns)
       throw DataFileError(fileName, tokenizer.GetRecordLine(), 0,
                           "this record has " + std::to_string(fields.size()) + " field" +
@@ -191,6 +205,7 @@ void CsvReader::ReadText(const std::string& text, const std::string& fileName, Z
   filler.NextRecord(fields);
   long row = 0;
   while (filler.NextRecord(fields)) {
+    if (row % kRecordsBetweenReports == 0) Report(fileName, filler, size, 1);
     for (std::size_t c = 0; c < nColumns; ++c) {
       const CsvField& field = fields[c];
       if (isMissing(field)) continue;

@@ -20,6 +20,8 @@ class CsvTokenizer {
   // The next record's fields; false when the data are exhausted. The fields'
   // texts stay valid until the next call.
   bool NextRecord(std::vector<CsvField>& fields);
+  // Bytes read so far.
+  std::size_t GetOffset() const { return fPos; }
   // The line on which the last record started.
   long GetRecordLine() const { return fRecordLine; }
   // 1-based column, in characters, of a byte offset on a line.

@@ -405,3 +405,56 @@ void DataDictionary::Apply(ZORV_Dataset& dataset, bool typedSource, const std::s
     }
   }
 }
+
+namespace {
+
+const char* LevelName(int level) {
+  return level == ZORV_Variable::NOMINAL ? "nominal" : (level == ZORV_Variable::ORDINAL ? "ordinal" : "scale");
+}
+
+nlohmann::ordered_json RangeEndText(double end) {
+  if (std::isinf(end)) return end < 0 ? "lowest" : "highest";
+  return end;
+}
+
+nlohmann::ordered_json DescribeVariable(const ZORV_Variable& variable) {
+  nlohmann::ordered_json entry;
+  const bool isString = variable.IsString();
+  entry["type"] = isString ? "string" : "numeric";
+  if (isString) entry["width"] = variable.GetType();
+  if (variable.GetLabel() != nullptr) entry["label"] = variable.GetLabel();
+  entry["level"] = LevelName(variable.GetMeasurementLevel());
+  entry["format"] = variable.GetFormat().ToText();
+  entry["write_format"] = variable.GetWriteFormat().ToText();
+  const ZORV_ValueLabelMap& labels = variable.GetValueLabels();
+  if (!labels.Empty()) {
+    nlohmann::ordered_json values = nlohmann::ordered_json::object();
+    for (const auto& label : labels.NumericLabels()) values[NumberText::Shortest(label.first)] = label.second;
+    for (const auto& label : labels.StringLabels()) values[label.first] = label.second;
+    entry["value_labels"] = values;
+  }
+  nlohmann::ordered_json missing = nlohmann::ordered_json::object();
+  nlohmann::ordered_json values = nlohmann::ordered_json::array();
+  for (double value : variable.GetMissingValues()) values.push_back(value);
+  for (const std::string& value : variable.GetMissingStrings()) values.push_back(value);
+  if (!values.empty()) missing["values"] = values;
+  if (variable.HasMissingRange()) {
+    missing["range"] = {RangeEndText(variable.GetMissingRangeLow()), RangeEndText(variable.GetMissingRangeHigh())};
+  }
+  if (!missing.empty()) entry["missing"] = missing;
+  return entry;
+}
+
+}  // namespace
+
+std::string DataDictionary::Describe(const ZORV_Dataset& dataset) {
+  nlohmann::ordered_json root;
+  root["csv"] = {{"delimiter", ","}, {"decimal", "."}};
+  nlohmann::ordered_json variables = nlohmann::ordered_json::object();
+  for (int c = 0; c < dataset.ColumnCount(); ++c) {
+    const ZORV_Variable& variable = *dataset.GetVariable(c);
+    variables[variable.GetName()] = DescribeVariable(variable);
+  }
+  root["variables"] = variables;
+  return root.dump(2) + "\n";
+}

@@ -41,6 +41,11 @@ class DataDictionary {
   // is then an error.
   void Apply(ZORV_Dataset& dataset, bool typedSource, const std::string& dataFileName) const;
 
+  // The dictionary of a dataset written as CSV (CsvWriter), as JSON text:
+  // everything that Load and Apply read back, for every variable in the
+  // order of the columns, and the CSV settings it was written with.
+  static std::string Describe(const ZORV_Dataset& dataset);
+
  private:
   std::string fFileName;
   std::vector<DictionaryEntry> fvEntries;

@@ -1,6 +1,7 @@
 #pragma once
 
 namespace MCCommon_850 {
+class MCProgressObserver;
 class MCQueryCancel;
 }
 
@@ -68,6 +69,10 @@ class MCEngineSettings {
   // kCancelled. Not owned; may be null.
   const MCCommon_850::MCQueryCancel* GetCancel() const { return fpCancel; }
   void SetCancel(const MCCommon_850::MCQueryCancel* pCancel) { fpCancel = pCancel; }
+  // Told each iteration and its -2 log likelihood, just before the cancel
+  // question. Not owned; may be null.
+  const MCCommon_850::MCProgressObserver* GetProgress() const { return fpProgress; }
+  void SetProgress(const MCCommon_850::MCProgressObserver* pProgress) { fpProgress = pProgress; }
 
  private:
   bool fbREML = true;
@@ -86,6 +91,7 @@ class MCEngineSettings {
   DFMethod fDFMethod = kSatterthwaite;
   bool fbRobustCovariance = false;
   const MCCommon_850::MCQueryCancel* fpCancel = nullptr;
+  const MCCommon_850::MCProgressObserver* fpProgress = nullptr;
 };
 
 }  // namespace MCEngine_850

@@ -6,6 +6,8 @@
 #include <stdexcept>
 
 #include "numeric/common/MCMV.h"
+#include "numeric/common/MCProgressObserver.h"
+#include "numeric/common/MCQueryCancel.h"
 #include "numeric/common/MCStatusCode.h"
 #include "numeric/common/RecordIterator.h"
 #include "numeric/display/MCDisplay.h"
@@ -95,6 +97,9 @@ MCEngine_850::MCEngineSettings EngineSettings(const GLMMSettings& s) {
                                                                         : MCEngine_850::MCEngineSettings::kSatterthwaite);
   e.SetRobustCovariance(s.GetCovbType() == MCMath_850::MCConst::COVB_ROBUST);
   e.SetCancel(s.GetCancelPointer());
+  // The stop query is the caller's one object in the settings; when it also
+  // observes the progress, the engine tells it each iteration.
+  e.SetProgress(dynamic_cast<const MCCommon_850::MCProgressObserver*>(s.GetCancelPointer()));
   return e;
 }
 

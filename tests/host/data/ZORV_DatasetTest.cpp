@@ -314,6 +314,70 @@ TEST(ZORV_DatasetWeights, OnlyANumericColumnCanWeigh) {
   EXPECT_EQ(ds.GetDroppedWeightCount(), 0);
 }
 
+TEST(ZORV_DatasetFilter, ACaseWhoseFilterValueIsMissingOrZeroIsSetAside) {
+  ZORV_Dataset ds;
+  MakeGroups(ds);
+  ASSERT_EQ(ds.AddVariable("keep", 0), 3);
+  EXPECT_EQ(ds.GetFilterVarIndex(), -1);
+  for (long r = 0; r < 6; ++r) EXPECT_TRUE(ds.PassesFilter(r)) << r;
+
+  const double keep[] = {1, 0, -2, ZORV_Dataset::SysMiss(), 0.5, 7};
+  for (long r = 0; r < 6; ++r) ds.SetNum(r, 3, keep[r]);
+  ds.GetVariable(3)->AddMissingValue(7);
+  ASSERT_TRUE(ds.SetFilterVar(3));
+  EXPECT_EQ(ds.GetFilterVarIndex(), 3);
+  const bool passes[] = {true, false, true, false, true, false};
+  for (long r = 0; r < 6; ++r) EXPECT_EQ(ds.PassesFilter(r), passes[r]) << r;
+  EXPECT_THROW(ds.PassesFilter(6), std::out_of_range);
+
+  // Neither a string nor a column outside the file can filter.
+  EXPECT_FALSE(ds.SetFilterVar(0));
+  EXPECT_FALSE(ds.SetFilterVar(4));
+  EXPECT_EQ(ds.GetFilterVarIndex(), 3);
+  EXPECT_TRUE(ds.SetFilterVar(-1));
+  EXPECT_TRUE(ds.PassesFilter(1));
+}
+
+TEST(ZORV_DatasetFilter, CasesSetAsideAreNotCountedAsDroppedForTheirWeight) {
+  ZORV_Dataset ds;
+  MakeGroups(ds);
+  ASSERT_EQ(ds.AddVariable("keep", 0), 3);
+  for (long r = 0; r < 6; ++r) ds.SetNum(r, 3, 1.0);
+  ASSERT_TRUE(ds.SetWeightVar(2));
+  ds.SetNum(1, 2, 0.0);
+  ds.SetNum(3, 2, 0.0);
+  ASSERT_TRUE(ds.SetFilterVar(3));
+  EXPECT_EQ(ds.GetDroppedWeightCount(), 2);
+  // Setting case 1 aside is a change of the filter's values.
+  ds.SetNum(1, 3, 0.0);
+  EXPECT_EQ(ds.GetDroppedWeightCount(), 1);
+}
+
+TEST(ZORV_Dataset, KeepCasesRemovesTheOthersForGood) {
+  ZORV_Dataset ds;
+  MakeGroups(ds);
+  ASSERT_EQ(ds.AddVariable("long", 12), 3);
+  for (long r = 0; r < 6; ++r) ds.SetString(r, 3, "value " + std::to_string(r));
+  ds.SetSplitVars({0});
+  ASSERT_TRUE(ds.SetWeightVar(2));
+  ds.KeepCases({false, true, true, false, false, true});
+  ASSERT_EQ(ds.GetCaseCount(), 3);
+  EXPECT_EQ(ds.GetNum(0, 1), 10.0);
+  EXPECT_EQ(ds.GetNum(1, 1), 20.0);
+  EXPECT_EQ(ds.GetNum(2, 1), 50.0);
+  EXPECT_EQ(ds.GetString(0, 3), "value 1");
+  EXPECT_EQ(ds.GetString(2, 3), "value 5");
+  EXPECT_EQ(ds.GetString(1, 0), "b");
+  // The settings stay and the splits follow the cases that are left.
+  EXPECT_EQ(ds.GetWeightVarIndex(), 2);
+  EXPECT_EQ(ds.GetSplitCount(), 2);
+  EXPECT_EQ(ds.GetSplitEnd(0) - ds.GetSplitBegin(0), 2);
+  EXPECT_THROW(ds.KeepCases({true}), std::invalid_argument);
+  ds.KeepCases({false, false, false});
+  EXPECT_EQ(ds.GetCaseCount(), 0);
+  EXPECT_EQ(ds.ColumnCount(), 4);
+}
+
 TEST(ZORV_DatasetMemory, AMillionCasesOfTenVariablesCostAboutTheirOwnSize) {
   const long cases = 1000000;
   const int columns = 10;

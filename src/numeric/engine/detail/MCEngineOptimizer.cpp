@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "numeric/common/MCProgressObserver.h"
 #include "numeric/common/MCQueryCancel.h"
 
 namespace MCEngine_850 {
@@ -94,6 +95,7 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
   double fPrev = f;
   bool lastObservedPD = false;
   for (;;) {
+    if (fSettings.GetProgress() != nullptr) fSettings.GetProgress()->Iteration(fIterations, f);
     if (fSettings.GetCancel() != nullptr && fSettings.GetCancel()->IsCancelled()) {
       return MCEngineStatus(MCEngineStatus::kCancelled, MCEngineStatus::kError);
     }

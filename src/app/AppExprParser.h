@@ -1,0 +1,59 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/AppExprNode.h"
+
+class AppCommandReader;
+class ZORV_Dataset;
+struct AppToken;
+
+// Reads an expression of a command and checks it against the active data:
+// every name is a variable or a function, operands and arguments have the
+// types their operators and functions need, parentheses balance, and each
+// function gets as many arguments as it takes. A mistake throws an
+// AppCommandError at the place it stands.
+//
+// Operators, loosest first: OR (also |); AND (also &); NOT (also ~); the
+// comparisons = <> ~= < <= > >=, one between two operands; + and -; * and
+// /; a sign; ** (from the right). Arithmetic takes numbers, the logical
+// operators take numbers as truth values, and a comparison takes two
+// numbers or two texts.
+class AppExprParser {
+ public:
+  explicit AppExprParser(const ZORV_Dataset& data);
+
+  // Reads from the reader's token up to the first token that cannot go on
+  // with the expression, and leaves the reader there.
+  std::unique_ptr<AppExprNode> Parse(AppCommandReader& reader);
+  // The same, for an expression that must be numeric; `what` names it in
+  // the message ("a condition").
+  std::unique_ptr<AppExprNode> ParseNumeric(AppCommandReader& reader, const std::string& what);
+
+ private:
+  using Node = std::unique_ptr<AppExprNode>;
+
+  Node ParseOr(AppCommandReader& reader);
+  Node ParseAnd(AppCommandReader& reader);
+  Node ParseNot(AppCommandReader& reader);
+  Node ParseComparison(AppCommandReader& reader);
+  Node ParseAdditive(AppCommandReader& reader);
+  Node ParseMultiplicative(AppCommandReader& reader);
+  Node ParseSign(AppCommandReader& reader);
+  Node ParsePower(AppCommandReader& reader);
+  Node ParsePrimary(AppCommandReader& reader);
+  Node ParseName(AppCommandReader& reader);
+  Node ParseCall(AppCommandReader& reader, const AppToken& name);
+
+  // A node of two operands, checked for the operator.
+  Node Binary(AppCommandReader& reader, AppExprNode::Operator op, const std::string& symbol, Node left, Node right);
+  void RequireNumeric(const AppCommandReader& reader, const AppExprNode& operand, const std::string& symbol) const;
+  void CheckArguments(const AppCommandReader& reader, const AppToken& name, AppExprNode& call) const;
+  [[noreturn]] void FailAt(const AppCommandReader& reader, const AppExprNode& node, const std::string& text) const;
+
+  const ZORV_Dataset& fData;
+  // The sign of the number at the reader was read as + or -: the number
+  // stands for its magnitude.
+  bool fbSignTaken = false;
+};

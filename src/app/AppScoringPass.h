@@ -1,0 +1,17 @@
+#pragma once
+
+class MIXFactory;
+
+// The scores a fit saves (/SAVE): after the output pass of a GLMIXFIT
+// command that saves variables, the host runs the procedure's scoring pass
+// (PrepareScoringPass, then ScoringDataPass for every split), which makes
+// the variables and writes the scores of every case the fit used. The
+// variables stay in the active data for the commands that follow.
+class AppScoringPass {
+ public:
+  // Makes the pass part of every run of the procedure, or takes it away.
+  static void Install();
+  static void Uninstall();
+
+  static void Run(MIXFactory& factory);
+};
