@@ -30,11 +30,7 @@ void AppCaseCommands::Select(AppCommandReader& reader, ZORV_Dataset* data) {
   data->KeepCases(keep);
   AppDataCommands::Say(AppDataCommands::Count(kept, "case", "cases") + " of " + std::to_string(cases) + " kept, " +
                        std::to_string(cases - kept) + " removed.");
-  if (evaluator.GetFailures() > 0) {
-    AppDataCommands::Warn(AppDataCommands::Count(evaluator.GetFailures(), "value", "values") +
-                          " of the condition could not be computed (a division by zero, or a value outside a "
-                          "function's domain or beyond the range of numbers); those cases were removed.");
-  }
+  AppDataCommands::WarnFailures(evaluator.GetFailures(), "; a case whose condition is missing is removed");
   if (kept == 0 && cases > 0) AppDataCommands::Warn("No case is left in the data.");
 }
 

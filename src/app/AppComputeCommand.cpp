@@ -83,14 +83,6 @@ void AppComputeCommand::Run(AppCommandReader& reader, ZORV_Dataset* data) {
                         AppDataCommands::Count(cases, "computed value", "computed values");
   if (!isString) summary += ", " + AppDataCommands::Count(missing, "missing", "missing");
   AppDataCommands::Say(summary + ".");
-  if (evaluator.GetFailures() > 0) {
-    AppDataCommands::Warn(AppDataCommands::Count(evaluator.GetFailures(), "value", "values") +
-                          " could not be computed (a division by zero, or a value outside a function's domain or "
-                          "beyond the range of numbers) and " +
-                          (evaluator.GetFailures() == 1 ? "is" : "are") + " missing.");
-  }
-  if (cut > 0) {
-    AppDataCommands::Warn(AppDataCommands::Count(cut, "text was", "texts were") + " cut to the width of " + name +
-                          " (" + std::to_string(data->GetVariable(column)->GetType()) + " bytes).");
-  }
+  AppDataCommands::WarnFailures(evaluator.GetFailures());
+  if (column >= 0) AppDataCommands::WarnCut(cut, name, data->GetVariable(column)->GetType());
 }

@@ -68,6 +68,19 @@ void AppDataCommands::Warn(const std::string& text) {
   BpError(BpString(text, false), BpErrorShowOutput, BpErrorLevelWarning);
 }
 
+void AppDataCommands::WarnFailures(long failures, const std::string& consequence) {
+  if (failures <= 0) return;
+  Warn(Count(failures, "value", "values") +
+       " could not be computed (a division by zero, or a value outside a function's domain or beyond the range of "
+       "numbers) and " + (failures == 1 ? "is" : "are") + " missing" + consequence + ".");
+}
+
+void AppDataCommands::WarnCut(long cut, const std::string& name, int width) {
+  if (cut <= 0) return;
+  Warn(Count(cut, "text was", "texts were") + " cut to the width of " + name + " (" + Count(width, "byte", "bytes") +
+       ").");
+}
+
 void AppDataCommands::StopIfInterrupted(const AppCommandReader& reader) {
   if (!ZORV_StopFlag::IsRaised()) return;
   reader.FailAt(reader.GetCommand().fvTokens.front(), "the command was interrupted before it changed anything");

@@ -27,6 +27,11 @@ class AppDataCommands {
   // Fails, at the command's first word, when the user has asked the run to
   // stop. Long loops ask every so many cases.
   static void StopIfInterrupted(const AppCommandReader& reader);
+  // The warning about values that could not be computed, when there were
+  // any; `consequence` goes on from their being missing.
+  static void WarnFailures(long failures, const std::string& consequence = std::string());
+  // The warning about texts cut to the width of the variable they went into.
+  static void WarnCut(long cut, const std::string& name, int width);
   // "1 case", "2 cases".
   static std::string Count(long n, const std::string& singular, const std::string& plural);
 };

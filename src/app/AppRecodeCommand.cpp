@@ -278,9 +278,5 @@ void AppRecodeCommand::Store(ZORV_Dataset& data, const Outcome& outcome) {
   AppDataCommands::Say(sourceName + (outcome.fbInto ? " into " + targetName : std::string()) + ": " +
                        AppDataCommands::Count(outcome.fRecoded, "value", "values") + " of " +
                        std::to_string(data.GetCaseCount()) + " recoded.");
-  if (cut > 0) {
-    AppDataCommands::Warn(AppDataCommands::Count(cut, "text was", "texts were") + " cut to the width of " +
-                          targetName + " (" + std::to_string(data.GetVariable(outcome.fTarget)->GetType()) +
-                          " bytes).");
-  }
+  if (outcome.fTarget >= 0) AppDataCommands::WarnCut(cut, targetName, data.GetVariable(outcome.fTarget)->GetType());
 }

@@ -6,9 +6,9 @@
 #include "run/MixDriver.h"
 #include "specs/MIXValidSpecs.h"
 
-void AppScoringPass::Install() { MixSetHostPass(Run); }
+AppScoringPass::Installed::Installed() { MixSetHostPass(Run); }
 
-void AppScoringPass::Uninstall() { MixSetHostPass(nullptr); }
+AppScoringPass::Installed::~Installed() { MixSetHostPass(nullptr); }
 
 void AppScoringPass::Run(MIXFactory& factory) {
   if (factory.GetSpecs()->GetNSaveVars() <= 0 || !factory.PrepareScoringPass()) return;

@@ -9,9 +9,14 @@ class MIXFactory;
 // variables stay in the active data for the commands that follow.
 class AppScoringPass {
  public:
-  // Makes the pass part of every run of the procedure, or takes it away.
-  static void Install();
-  static void Uninstall();
+  // While one lives, the pass is part of every run of the procedure.
+  class Installed {
+   public:
+    Installed();
+    ~Installed();
+    Installed(const Installed&) = delete;
+    Installed& operator=(const Installed&) = delete;
+  };
 
   static void Run(MIXFactory& factory);
 };

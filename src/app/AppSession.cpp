@@ -79,15 +79,10 @@ AppSession::AppSession(const AppOptions& options) : fOptions(options) {
   session.SetWritableDir(fOptions.fOutputDir.empty() ? std::string(".") : fOptions.fOutputDir);
   AppHostCommands::ResetDebugSwitches();
   fDataContext.fOutputDir = fOptions.fOutputDir;
-  AppScoringPass::Install();
 }
 
-// The switches and the scoring pass are the process's; a run leaves them as
-// it found them.
-AppSession::~AppSession() {
-  AppHostCommands::ResetDebugSwitches();
-  AppScoringPass::Uninstall();
-}
+// The switches are the process's; a run leaves them as it found them.
+AppSession::~AppSession() { AppHostCommands::ResetDebugSwitches(); }
 
 bool AppSession::RunFile(const std::string& path) {
   std::string text;
@@ -223,7 +218,11 @@ void AppSession::RunMixed(AppCommandReader& reader, BpProcedure& procedure, cons
   }
   // The repository then holds only what this command's fits hand over.
   BEPesRepos::BEPesClear();
-  hook(fMemory.GetCommand(), procedure, *fpData);
+  {
+    // The fit's saved variables join the data (the host's pass after the run).
+    AppScoringPass::Installed scoring;
+    hook(fMemory.GetCommand(), procedure, *fpData);
+  }
   AppModelViewer::Run(procedure, *fpData);
 }
 

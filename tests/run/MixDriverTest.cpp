@@ -8,6 +8,7 @@
 #include "RunTestSupport.h"
 #include "base/MixExports.h"
 #include "host/output/BpProcedure.h"
+#include "run/MIXFactory.h"
 #include "run/MIXRunTrace.h"
 #include "run/MixDriver.h"
 
@@ -103,6 +104,56 @@ TEST_F(MixDriverTest, ASplitFileWalksEverySplitInEachPass) {
       "~MIXFactory",         "~MIXOutput",         "~MIXValidSpecs"};
   EXPECT_EQ(fLog, expected);
   EXPECT_EQ(CountTables("Information Criteria"), 2u);
+}
+
+namespace {
+
+int gHostPasses = 0;
+int gHostPassSplit = -2;
+void CountHostPass(MIXFactory& factory) {
+  ++gHostPasses;
+  gHostPassSplit = factory.GetSplitIndex();
+}
+
+// Installs the host's pass for one test.
+struct HostPass {
+  HostPass() {
+    gHostPasses = 0;
+    MixSetHostPass(CountHostPass);
+  }
+  ~HostPass() { MixSetHostPass(nullptr); }
+};
+
+}  // namespace
+
+TEST_F(MixDriverTest, TheHostsPassRunsAfterTheOutputPassBeforeTheClose) {
+  HostPass pass;
+  MakeGrowthData(fData, {{20, false}, {20, false}});
+  fData.SetSplitVars({GRP});
+  Run();
+  EXPECT_EQ(gHostPasses, 1);
+  // The factory still stands where the output pass left it, after the last split.
+  EXPECT_EQ(gHostPassSplit, 1);
+  const auto at = [this](const std::string& step) { return std::find(fLog.begin(), fLog.end(), step) - fLog.begin(); };
+  EXPECT_EQ(at("HostPass"), at("BEPesCheckError") - 1);
+  EXPECT_LT(at("HostPass"), at("~MIXFactory"));
+  EXPECT_EQ(CountLogged("HostPass"), 1);
+}
+
+TEST_F(MixDriverTest, TheHostsPassIsLeftOutWhenTheRunIsFatal) {
+  HostPass pass;
+  MakeGrowthData(fData, {{1, false}});
+  Run();
+  ASSERT_TRUE(Fatal());
+  EXPECT_EQ(gHostPasses, 0);
+  EXPECT_FALSE(Logged("HostPass"));
+}
+
+TEST_F(MixDriverTest, WithoutAHostsPassTheRunIsTheSequenceAsItStands) {
+  MakeGrowthData(fData, {{24, false}});
+  Run();
+  EXPECT_FALSE(Logged("HostPass"));
+  EXPECT_EQ(gHostPasses, 0);
 }
 
 TEST_F(MixDriverTest, TheUnsplitOutputPassStartsNoSplit) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <thread>
 
+#include "host/data/ZORV_Progress.h"
 #include "host/data/ZORV_StopFlag.h"
 
 TEST(ACAStopProcessor, FollowsTheHostStopFlag) {
@@ -28,4 +29,28 @@ TEST(ACAStopProcessor, ATimeLimitEndsTheRun) {
   EXPECT_TRUE(limited.IsCancelled());
   ACAStopProcessor unlimited(-1.0);
   EXPECT_FALSE(unlimited.IsCancelled());
+}
+
+namespace {
+
+class LastState : public ZORV_Progress::Observer {
+ public:
+  void Update(const ZORV_Progress::State& state) override { fState = state; }
+  void Finish() override {}
+  ZORV_Progress::State fState;
+};
+
+}  // namespace
+
+TEST(ACAStopProcessor, PassesTheIterationsOnToTheHostsProgress) {
+  LastState observer;
+  ZORV_Progress::SetObserver(&observer);
+  ZORV_Progress::Begin("Mixed Model");
+  const ACAStopProcessor query(0.0);
+  const MCCommon_850::MCProgressObserver& watcher = query;
+  watcher.Iteration(3, 123.5);
+  ZORV_Progress::SetObserver(nullptr);
+  EXPECT_EQ(observer.fState.fTask, "Mixed Model");
+  EXPECT_EQ(observer.fState.fIteration, 3);
+  EXPECT_EQ(observer.fState.fCriterion, 123.5);
 }

@@ -8,6 +8,8 @@
 #include "host/data/ZORV_Dataset.h"
 #include "host/io/DataDictionary.h"
 #include "host/io/DataFileError.h"
+#include "host/data/ZORV_Progress.h"
+#include "host/data/ZORV_StopFlag.h"
 
 namespace {
 
@@ -362,4 +364,53 @@ TEST(CsvReaderExamples, TheBundledExampleDataRead) {
   EXPECT_EQ(ds.GetVariable(2)->GetType(), 0);
   EXPECT_EQ(ds.GetVariable(2)->GetMeasurementLevel(), ZORV_Variable::NOMINAL);
   EXPECT_EQ(ds.GetNum(0, 0), 249.56);
+}
+
+namespace {
+
+// A file of many records, to see the reader's progress.
+std::string ManyRecords(long records) {
+  std::string text = "x,y\n";
+  for (long i = 0; i < records; ++i) text += std::to_string(i) + "," + std::to_string(i % 7) + "\n";
+  return text;
+}
+
+class Fractions : public ZORV_Progress::Observer {
+ public:
+  void Update(const ZORV_Progress::State& state) override {
+    if (state.fFraction >= 0.0) fvFractions.push_back(state.fFraction);
+  }
+  void Finish() override {}
+  std::vector<double> fvFractions;
+};
+
+}  // namespace
+
+TEST(CsvReader, TellsHowFarItHasReadOverItsTwoPasses) {
+  Fractions fractions;
+  ZORV_Progress::SetObserver(&fractions);
+  ZORV_Dataset data;
+  CsvReader().ReadText(ManyRecords(40000), "many.csv", data);
+  ZORV_Progress::SetObserver(nullptr);
+  EXPECT_EQ(data.GetCaseCount(), 40000);
+  // Every 8192 records of each pass: 5 in the first and 5 in the second.
+  ASSERT_EQ(fractions.fvFractions.size(), 10u);
+  for (std::size_t i = 1; i < fractions.fvFractions.size(); ++i)
+    EXPECT_GT(fractions.fvFractions[i], fractions.fvFractions[i - 1]);
+  EXPECT_LT(fractions.fvFractions.front(), 0.01);
+  EXPECT_GT(fractions.fvFractions.back(), 0.9);
+  EXPECT_LT(fractions.fvFractions.back(), 1.0);
+}
+
+TEST(CsvReader, StopsWhenTheUserAsksTo) {
+  ZORV_StopFlag::Raise();
+  ZORV_Dataset data;
+  try {
+    CsvReader().ReadText(ManyRecords(10), "many.csv", data);
+    ADD_FAILURE() << "the file was read";
+  } catch (const DataFileError& e) {
+    EXPECT_NE(std::string(e.what()).find("many.csv"), std::string::npos);
+    EXPECT_NE(std::string(e.what()).find("reading was interrupted"), std::string::npos);
+  }
+  ZORV_StopFlag::Clear();
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <memory>
 
+#include "numeric/common/MCProgressObserver.h"
 #include "numeric/common/MCQueryCancel.h"
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/engine/MCEngineTestCsv.h"
@@ -54,6 +55,17 @@ class CancelAfter : public MCCommon_850::MCQueryCancel {
  private:
   int fPolls;
   mutable int fCount = 0;
+};
+
+// Keeps what it is told of each iteration.
+class IterationLog : public MCCommon_850::MCProgressObserver {
+ public:
+  void Iteration(int iteration, double criterion) const override {
+    fvIterations.push_back(iteration);
+    fvCriteria.push_back(criterion);
+  }
+  mutable std::vector<int> fvIterations;
+  mutable std::vector<double> fvCriteria;
 };
 
 // The inverse of a small symmetric positive definite matrix by Gauss-Jordan.
@@ -274,4 +286,31 @@ TEST(MCEngineOptions, CancelPolledOncePerIteration) {
   const MCEngineStatus st = fitter.Fit(m->fInput, settings);
   EXPECT_EQ(st.GetCode(), MCEngineStatus::kCancelled);
   EXPECT_EQ(fitter.GetResult().GetIterations(), 2);
+}
+
+TEST(MCEngineOptions, TheProgressObserverIsToldEachIterationAndItsMinus2LogLikelihood) {
+  auto m = Orthodont();
+  m->fpDesign->SetResidual("Subject", "age", MCEngineCovType::UN);
+  m->fInput = m->fpDesign->Build();
+  IterationLog log;
+  CancelAfter never(1 << 30);
+  MCEngineSettings settings;
+  settings.SetCancel(&never);
+  settings.SetProgress(&log);
+  MCEngineFitter fitter;
+  ASSERT_TRUE(fitter.Fit(m->fInput, settings).IsOK());
+  const int iterations = fitter.GetResult().GetIterations();
+  // Told just before each cancel question, with the iteration about to start.
+  ASSERT_EQ(static_cast<int>(log.fvIterations.size()), never.GetCount());
+  for (int i = 0; i <= iterations; ++i) EXPECT_EQ(log.fvIterations[static_cast<std::size_t>(i)], i);
+  // The criterion falls, and ends at the fit's -2 log likelihood.
+  for (std::size_t i = 1; i < log.fvCriteria.size(); ++i) EXPECT_LE(log.fvCriteria[i], log.fvCriteria[i - 1] + 1e-9);
+  const double m2ll = fitter.GetResult().GetMinus2LogLik();
+  EXPECT_NEAR(log.fvCriteria.back(), m2ll, 1e-8 * std::fabs(m2ll));
+
+  // Without an observer the fit is the same.
+  MCEngineSettings plain;
+  MCEngineFitter other;
+  ASSERT_TRUE(other.Fit(m->fInput, plain).IsOK());
+  EXPECT_EQ(other.GetResult().GetMinus2LogLik(), m2ll);
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "numeric/common/MCMV.h"
+#include "numeric/common/MCProgressObserver.h"
 #include "numeric/common/MCQueryCancel.h"
 #include "numeric/common/MCStatusCode.h"
 #include "numeric/glmm/GLMMAlgorithm.h"
@@ -136,6 +137,30 @@ TEST(GLMMAlgorithmOptions, CancelStopsTheFit) {
   EXPECT_EQ(cancel.fCount, 1);
   EXPECT_EQ(algorithm.GetOutputStats(), nullptr);
   EXPECT_TRUE(algorithm.GetWarnings().empty());
+}
+
+namespace {
+
+// A stop query that also watches the iterations, as the host's does.
+class WatchingCancel : public MCCommon_850::MCQueryCancel, public MCCommon_850::MCProgressObserver {
+ public:
+  bool IsCancelled() const override { return false; }
+  void Iteration(int, double criterion) const override { fvCriteria.push_back(criterion); }
+  mutable std::vector<double> fvCriteria;
+};
+
+}  // namespace
+
+TEST(GLMMAlgorithmOptions, AStopQueryThatWatchesTheProgressIsToldTheIterations) {
+  Sleepstudy m;
+  WatchingCancel cancel;
+  m.fSettings.SetCancelPointer(&cancel);
+  GLMMAlgorithm algorithm(m.fSettings, m.fRecords.GetVarList());
+  ASSERT_TRUE(algorithm.Execute(&m.fRecords, 0).IsOK());
+  ASSERT_FALSE(cancel.fvCriteria.empty());
+  // The last iteration stands at the reference fit's -2 restricted log likelihood.
+  const double reference = Fixture("sleepstudy_un")["minus2ll"].get<double>();
+  EXPECT_NEAR(cancel.fvCriteria.back(), reference, 1e-6 * reference);
 }
 
 TEST(GLMMAlgorithmOptions, CovarianceParameterOnItsBound) {

@@ -37,6 +37,11 @@ double MCEngineOptimizer::ObjectiveOf(const MCEngineEvaluation& ev, double* scal
   return logDet + ev.fRVR + dof * kLog2Pi;
 }
 
+double MCEngineOptimizer::Minus2LogLik(double objective) const {
+  const double dof = fSettings.GetREML() ? fData.fTotalWeight - fData.fRank : fData.fTotalWeight;
+  return objective + 2.0 * dof * std::log(fData.fYScale);
+}
+
 double MCEngineOptimizer::Objective(const Eigen::VectorXd& psi, double* scale) {
   const Eigen::VectorXd theta = fModel.ToNatural(psi, 1.0);
   if (!fModel.InBounds(theta)) return kInf;
@@ -95,7 +100,7 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
   double fPrev = f;
   bool lastObservedPD = false;
   for (;;) {
-    if (fSettings.GetProgress() != nullptr) fSettings.GetProgress()->Iteration(fIterations, f);
+    if (fSettings.GetProgress() != nullptr) fSettings.GetProgress()->Iteration(fIterations, Minus2LogLik(f));
     if (fSettings.GetCancel() != nullptr && fSettings.GetCancel()->IsCancelled()) {
       return MCEngineStatus(MCEngineStatus::kCancelled, MCEngineStatus::kError);
     }

@@ -26,6 +26,9 @@ class MCEngineOptimizer {
   double Objective(const Eigen::VectorXd& psi, double* scale);
   // The objective from an evaluation at the natural parameters ToNatural(psi, 1).
   double ObjectiveOf(const MCEngineEvaluation& ev, double* scale) const;
+  // The objective as -2 log likelihood of the response in its own units:
+  // the fit works on a rescaled response.
+  double Minus2LogLik(double objective) const;
 
   // Iterates from psi (which must be admissible) until convergence or a
   // stop; returns OK, the warning that ended the iterations, or the error

@@ -1,0 +1,96 @@
+#include "host/files/AtomicFileWriter.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class AtomicFileWriterTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    fDir = fs::temp_directory_path() / ("glmixfit-atomic-" +
+                                        std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
+                                        "-" + std::to_string(::getpid()));
+    fs::remove_all(fDir);
+    fs::create_directories(fDir);
+  }
+  void TearDown() override { fs::remove_all(fDir); }
+
+  std::string Read(const fs::path& path) const {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  }
+  int Entries() const { return static_cast<int>(std::distance(fs::directory_iterator(fDir), fs::directory_iterator())); }
+
+  fs::path fDir;
+};
+
+}  // namespace
+
+TEST_F(AtomicFileWriterTest, TheFileAppearsOnlyWhenCommitted) {
+  const fs::path path = fDir / "data.csv";
+  {
+    AtomicFileWriter writer(path.string());
+    ASSERT_TRUE(writer.IsOpen()) << writer.GetError();
+    writer.Stream() << "a,b\n1,2\n";
+    writer.Stream().flush();
+    EXPECT_FALSE(fs::exists(path));
+    EXPECT_EQ(Entries(), 1);  // the temporary file, beside it
+    ASSERT_TRUE(writer.Commit()) << writer.GetError();
+  }
+  EXPECT_EQ(Read(path), "a,b\n1,2\n");
+  EXPECT_EQ(Entries(), 1);
+  // Readable as a file made the ordinary way.
+  struct stat info {};
+  ASSERT_EQ(::stat(path.c_str(), &info), 0);
+  EXPECT_NE(info.st_mode & S_IRUSR, 0u);
+  EXPECT_NE(info.st_mode & S_IWUSR, 0u);
+}
+
+TEST_F(AtomicFileWriterTest, AnAbandonedWriteLeavesTheOldFile) {
+  const fs::path path = fDir / "data.csv";
+  std::ofstream(path) << "old";
+  {
+    AtomicFileWriter writer(path.string());
+    ASSERT_TRUE(writer.IsOpen());
+    writer.Stream() << "new";
+  }
+  EXPECT_EQ(Read(path), "old");
+  EXPECT_EQ(Entries(), 1);
+}
+
+TEST_F(AtomicFileWriterTest, ACommitReplacesTheOldFile) {
+  const fs::path path = fDir / "data.csv";
+  std::ofstream(path) << "old and longer";
+  AtomicFileWriter writer(path.string());
+  writer.Stream() << "new";
+  ASSERT_TRUE(writer.Commit());
+  EXPECT_EQ(Read(path), "new");
+  EXPECT_FALSE(writer.Commit());
+}
+
+TEST_F(AtomicFileWriterTest, AFolderThatDoesNotExistIsAnErrorNamingTheFile) {
+  const fs::path path = fDir / "missing" / "data.csv";
+  AtomicFileWriter writer(path.string());
+  EXPECT_FALSE(writer.IsOpen());
+  EXPECT_EQ(writer.GetError(), "cannot write '" + path.string() + "': No such file or directory");
+  EXPECT_FALSE(writer.Commit());
+}
+
+TEST_F(AtomicFileWriterTest, RenamingOntoAFolderFailsAndLeavesNoTemporaryFile) {
+  const fs::path path = fDir / "folder";
+  fs::create_directories(path / "inside");
+  AtomicFileWriter writer(path.string());
+  ASSERT_TRUE(writer.IsOpen());
+  writer.Stream() << "x";
+  EXPECT_FALSE(writer.Commit());
+  EXPECT_NE(writer.GetError().find("cannot write '" + path.string() + "'"), std::string::npos);
+  EXPECT_EQ(Entries(), 1);
+}
