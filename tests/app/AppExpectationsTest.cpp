@@ -544,6 +544,41 @@ TEST_F(AppExpectationsTest, DyestuffFitsByMaximumLikelihood) {
   EXPECT_NEAR(Value(estimates[0], {0, 0}), 1527.5, 1e-6);
 }
 
+// A periodic model whose season terms the command file computes from the
+// time: the fit agrees with R, and the data it writes hold the predictions
+// and residuals that R gives.
+TEST_F(AppExpectationsTest, OvaryComputesSeasonTermsFitsThemAndWritesTheScores) {
+  const json report = RunExample("ovary");
+  EXPECT_EQ(fExitStatus, 0);
+  std::vector<json> commands = Commands(report, "Mixed Model");
+  ASSERT_EQ(commands.size(), 1u);
+  EXPECT_TRUE(Messages(commands[0]).empty());
+  ExpectReferenceFit(commands[0], "ovary");
+  EXPECT_EQ(Commands(report, "Compute").size(), 2u);
+  const std::vector<json> written = Commands(report, "Write Data");
+  ASSERT_EQ(written.size(), 1u);
+  EXPECT_EQ(FrontEndText(written[0]), "WRITE.\n308 cases and 7 variables written to <output>/data-1.csv, their "
+                                      "dictionary to <output>/data-1.dictionary.json.\n");
+
+  const json reference = ReadJson(fs::path(GLMIX_TEST_DATA_DIR) / "numeric" / "reference" / "ovary.json");
+  std::ifstream data(fOutput / "data-1.csv");
+  std::string line;
+  ASSERT_TRUE(std::getline(data, line));
+  EXPECT_EQ(line, "Mare,Time,follicles,cycle_sin,cycle_cos,Predicted,Residual");
+  std::size_t row = 0;
+  for (; std::getline(data, line); ++row) {
+    ASSERT_LT(row, reference["scores"].size());
+    std::vector<double> values;
+    std::stringstream fields(line);
+    for (std::string field; std::getline(fields, field, ',');) values.push_back(std::stod(field));
+    ASSERT_EQ(values.size(), 7u) << line;
+    const json& expected = reference["scores"][row];
+    EXPECT_NEAR(values[5], expected["predicted"].get<double>(), 1e-6 * std::fabs(values[5])) << row;
+    EXPECT_NEAR(values[6], expected["residual"].get<double>(), 1e-5) << row;
+  }
+  EXPECT_EQ(row, 308u);
+}
+
 // Random slopes with autoregressive residuals (the reference fit has no
 // random effects, so only the form is checked here).
 TEST_F(AppExpectationsTest, BodyweightFitsRandomSlopesWithAutoregressiveResiduals) {
@@ -767,7 +802,7 @@ TEST(AppExpectationsCoverage, EveryExampleHasAnExpectation) {
         fs::path(GLMIX_TEST_DATA_DIR) / "app" / "expected" / (entry.path().stem().string() + ".json");
     EXPECT_TRUE(fs::is_regular_file(expected)) << "no expectation for " << entry.path();
   }
-  EXPECT_EQ(files, 16);
+  EXPECT_EQ(files, 17);
 }
 
 }  // namespace
