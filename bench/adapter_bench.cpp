@@ -23,6 +23,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_memory.h"
 #include "host/adapter/ACADataFileIter.h"
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/adapter/ACAIterState.h"
@@ -40,23 +41,9 @@ double Seconds(Clock::time_point since) {
   return std::chrono::duration<double>(Clock::now() - since).count();
 }
 
-double PeakMiB() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_maxrss) / 1024.0;  // kilobytes on Linux
-}
-
-double CurrentMiB() {
-  std::ifstream statm("/proc/self/statm");
-  long pages = 0;
-  long resident = 0;
-  statm >> pages >> resident;
-  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
-}
-
 void Report(const std::string& step, double seconds) {
-  std::printf("%-44s %7.2f s   resident %8.1f MiB   peak %8.1f MiB\n", step.c_str(), seconds, CurrentMiB(),
-              PeakMiB());
+  std::printf("%-44s %7.2f s   resident %8.1f MiB   peak %8.1f MiB\n", step.c_str(), seconds, bench::CurrentMiB(),
+              bench::PeakMiB());
   std::fflush(stdout);
 }
 

@@ -21,26 +21,13 @@
 #include <random>
 #include <string>
 
+#include "bench_memory.h"
 #include "app/AppSession.h"
 #include "host/data/ZORV_Dataset.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-double PeakMiB() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_maxrss) / 1024.0;
-}
-
-double CurrentMiB() {
-  std::ifstream statm("/proc/self/statm");
-  long pages = 0;
-  long resident = 0;
-  statm >> pages >> resident;
-  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
-}
 
 void WriteCsv(const std::string& path, long cases) {
   std::FILE* out = std::fopen(path.c_str(), "w");
@@ -92,7 +79,7 @@ int main(int argc, char** argv) {
     const Clock::time_point start = Clock::now();
     session.RunText(command, "bench.gmx", dir.string());
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    std::printf("%-86s %6.2f s   resident %7.1f MiB   peak %7.1f MiB\n", command, seconds, CurrentMiB(), PeakMiB());
+    std::printf("%-86s %6.2f s   resident %7.1f MiB   peak %7.1f MiB\n", command, seconds, bench::CurrentMiB(), bench::PeakMiB());
     std::fflush(stdout);
   }
   const int status = session.ExitStatus();

@@ -38,6 +38,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "bench_memory.h"
 #include "numeric/common/MCMV.h"
 #include "numeric/common/RecordIterator.h"
 #include "numeric/glmm/GLMMAlgorithm.h"
@@ -61,20 +62,6 @@ double CpuSeconds() {
   getrusage(RUSAGE_SELF, &usage);
   return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
          1e-6 * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
-}
-
-double PeakMiB() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_maxrss) / 1024.0;  // kilobytes on Linux
-}
-
-double CurrentMiB() {
-  std::ifstream statm("/proc/self/statm");
-  long pages = 0;
-  long resident = 0;
-  statm >> pages >> resident;
-  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
 }
 
 // Records in memory, one row of fWidth doubles each, in the order of the
@@ -263,7 +250,7 @@ struct Timing {
 
 Timing TimeFits(const GLMMSettings& settings, Records& records, double minSeconds) {
   Timing t;
-  t.fResidentBefore = CurrentMiB();
+  t.fResidentBefore = bench::CurrentMiB();
   const Clock::time_point start = Clock::now();
   const double cpuStart = CpuSeconds();
   do {
@@ -481,10 +468,10 @@ int main(int argc, char** argv) {
       const Timing t = TimeFits(settings, records, minSeconds);
       std::printf("%-12s %9d %9zu %8.3f %8.3f %6d %12.5f %12.5f %14.4f %10.1f %9.1f%s\n", "simulated", n,
                   records.GetNRecords(), writeSeconds, readSeconds, t.fRepeats, t.fSeconds, t.fCpuSeconds,
-                  t.fMinus2LogLik, t.fResidentBefore, PeakMiB(), t.fStatus != 0 ? "  (status not OK)" : "");
+                  t.fMinus2LogLik, t.fResidentBefore, bench::PeakMiB(), t.fStatus != 0 ? "  (status not OK)" : "");
       std::fflush(stdout);
     }
-    std::printf("simulated files in %s (resident now %.1f MiB)\n", dir.c_str(), CurrentMiB());
+    std::printf("simulated files in %s (resident now %.1f MiB)\n", dir.c_str(), bench::CurrentMiB());
   }
   if (real) {
     const std::vector<RealModel> models = {
@@ -513,7 +500,7 @@ int main(int argc, char** argv) {
       const Timing t = TimeFits(settings, records, minSeconds);
       std::printf("%-12s %9s %9zu %8s %8.4f %6d %12.5f %12.5f %14.4f %10.1f %9.1f%s\n", m.fName.c_str(), "-",
                   records.GetNRecords(), "-", readSeconds, t.fRepeats, t.fSeconds, t.fCpuSeconds, t.fMinus2LogLik,
-                  t.fResidentBefore, PeakMiB(), t.fStatus != 0 ? "  (status not OK)" : "");
+                  t.fResidentBefore, bench::PeakMiB(), t.fStatus != 0 ? "  (status not OK)" : "");
       std::fflush(stdout);
     }
   }

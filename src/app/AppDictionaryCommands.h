@@ -1,8 +1,5 @@
 #pragma once
 
-#include <functional>
-#include <vector>
-
 class AppCommandReader;
 class ZORV_Dataset;
 
@@ -26,9 +23,4 @@ class AppDictionaryCommands {
   // FORMAT variable... format [/ ...]: the display and write format of
   // numeric variables.
   static void Format(AppCommandReader& reader, ZORV_Dataset* data);
-
- private:
-  // The variables of a group, all of one type; `what` names them.
-  static std::vector<int> ReadGroup(AppCommandReader& reader, const ZORV_Dataset& data, const char* what,
-                                    const std::function<bool(const AppCommandReader&)>& ends = nullptr);
 };

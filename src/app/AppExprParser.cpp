@@ -59,6 +59,15 @@ int Comparison(const AppCommandReader& reader, AppExprNode::Operator& op, std::s
 
 std::string TypeWord(char type) { return type == 'S' ? "a text" : "a number"; }
 
+// A node of one operand, placed where its operator stands.
+std::unique_ptr<AppExprNode> UnaryNode(AppExprNode::Operator op, const AppToken& at,
+                                       std::unique_ptr<AppExprNode> operand) {
+  std::unique_ptr<AppExprNode> node = NewNode(AppExprNode::UNARY, at);
+  node->fOperator = op;
+  node->fvArgs.push_back(std::move(operand));
+  return node;
+}
+
 }  // namespace
 
 AppExprParser::AppExprParser(const ZORV_Dataset& data) : fData(data) {}
@@ -110,23 +119,21 @@ std::unique_ptr<AppExprNode> AppExprParser::Binary(AppCommandReader& reader, App
 }
 
 std::unique_ptr<AppExprNode> AppExprParser::ParseOr(AppCommandReader& reader) {
-  Node left = ParseAnd(reader);
-  while (reader.IsKeyword("OR") || reader.IsSymbol('|')) {
-    const std::string symbol = reader.IsSymbol('|') ? "'|'" : "OR";
-    reader.Next();
-    Node right = ParseAnd(reader);
-    left = Binary(reader, AppExprNode::OR, symbol, std::move(left), std::move(right));
-  }
-  return left;
+  return ParseLogical(reader, AppExprNode::OR, "OR", '|', &AppExprParser::ParseAnd);
 }
 
 std::unique_ptr<AppExprNode> AppExprParser::ParseAnd(AppCommandReader& reader) {
-  Node left = ParseNot(reader);
-  while (reader.IsKeyword("AND") || reader.IsSymbol('&')) {
-    const std::string symbol = reader.IsSymbol('&') ? "'&'" : "AND";
+  return ParseLogical(reader, AppExprNode::AND, "AND", '&', &AppExprParser::ParseNot);
+}
+
+std::unique_ptr<AppExprNode> AppExprParser::ParseLogical(AppCommandReader& reader, AppExprNode::Operator op,
+                                                         const char* keyword, char symbol, Level next) {
+  Node left = (this->*next)(reader);
+  while (reader.IsKeyword(keyword) || reader.IsSymbol(symbol)) {
+    const std::string name = reader.IsSymbol(symbol) ? std::string("'") + symbol + "'" : std::string(keyword);
     reader.Next();
-    Node right = ParseNot(reader);
-    left = Binary(reader, AppExprNode::AND, symbol, std::move(left), std::move(right));
+    Node right = (this->*next)(reader);
+    left = Binary(reader, op, name, std::move(left), std::move(right));
   }
   return left;
 }
@@ -137,10 +144,7 @@ std::unique_ptr<AppExprNode> AppExprParser::ParseNot(AppCommandReader& reader) {
   const AppToken& at = reader.Next();
   Node operand = ParseNot(reader);
   RequireNumeric(reader, *operand, tilde ? "'~'" : "NOT");
-  Node node = NewNode(AppExprNode::UNARY, at);
-  node->fOperator = AppExprNode::NOT;
-  node->fvArgs.push_back(std::move(operand));
-  return node;
+  return UnaryNode(AppExprNode::NOT, at, std::move(operand));
 }
 
 std::unique_ptr<AppExprNode> AppExprParser::ParseComparison(AppCommandReader& reader) {
@@ -202,20 +206,14 @@ std::unique_ptr<AppExprNode> AppExprParser::ParseSign(AppCommandReader& reader) 
     fbSignTaken = true;
     Node power = ParsePower(reader);
     if (first.fText[0] == '+') return power;
-    Node node = NewNode(AppExprNode::UNARY, first);
-    node->fOperator = AppExprNode::NEGATE;
-    node->fvArgs.push_back(std::move(power));
-    return node;
+    return UnaryNode(AppExprNode::NEGATE, first, std::move(power));
   }
   if (!reader.IsSymbol('-') && !reader.IsSymbol('+')) return ParsePower(reader);
   const AppToken& at = reader.Next();
   Node operand = ParseSign(reader);
   RequireNumeric(reader, *operand, "'" + at.fText + "'");
   if (at.fText == "+") return operand;
-  Node node = NewNode(AppExprNode::UNARY, at);
-  node->fOperator = AppExprNode::NEGATE;
-  node->fvArgs.push_back(std::move(operand));
-  return node;
+  return UnaryNode(AppExprNode::NEGATE, at, std::move(operand));
 }
 
 std::unique_ptr<AppExprNode> AppExprParser::ParsePower(AppCommandReader& reader) {

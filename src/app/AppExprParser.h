@@ -34,8 +34,12 @@ class AppExprParser {
  private:
   using Node = std::unique_ptr<AppExprNode>;
 
+  using Level = Node (AppExprParser::*)(AppCommandReader& reader);
+
   Node ParseOr(AppCommandReader& reader);
   Node ParseAnd(AppCommandReader& reader);
+  // Operands read by `next`, joined by the operator (its keyword or symbol).
+  Node ParseLogical(AppCommandReader& reader, AppExprNode::Operator op, const char* keyword, char symbol, Level next);
   Node ParseNot(AppCommandReader& reader);
   Node ParseComparison(AppCommandReader& reader);
   Node ParseAdditive(AppCommandReader& reader);

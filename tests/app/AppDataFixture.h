@@ -10,9 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "AppTestSupport.h"
 #include "app/AppSession.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_StopFlag.h"
+#include "host/files/ScratchFolder.h"
 
 // Runs command texts through a session, in a scratch folder of the test's
 // own, and reads what each command said.
@@ -20,17 +22,11 @@ class AppDataFixture : public ::testing::Test {
  protected:
   void SetUp() override {
     ZORV_StopFlag::Clear();
-    fDir = std::filesystem::temp_directory_path() /
-           ("glmixfit-data-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + "-" +
-            std::to_string(::getpid()));
-    std::filesystem::remove_all(fDir);
-    std::filesystem::create_directories(fDir);
     fOptions.fOutputDir = (fDir / "out").string();
   }
   void TearDown() override {
     fpSession.reset();
     ZORV_StopFlag::Clear();
-    std::filesystem::remove_all(fDir);
   }
 
   std::string Write(const std::string& name, const std::string& text) {
@@ -58,25 +54,9 @@ class AppDataFixture : public ::testing::Test {
   const OmHeading& Command(std::size_t index) const { return *fpSession->GetDocument().fRoot.fvItems.at(index).fpHeading; }
   std::size_t Commands() const { return fpSession->GetDocument().fRoot.fvItems.size(); }
   // The messages of a command, as "ERROR text", "WARNING text", "NOTE text".
-  std::vector<std::string> Messages(std::size_t index) const {
-    std::vector<std::string> messages;
-    for (const OmItem& item : Command(index).fvItems) {
-      if (item.fKind != OmItem::MESSAGE) continue;
-      const char* level = item.fpMessage->fLevel == OmMessage::ERROR     ? "ERROR "
-                          : item.fpMessage->fLevel == OmMessage::WARNING ? "WARNING "
-                                                                         : "NOTE ";
-      messages.push_back(level + item.fpMessage->fText);
-    }
-    return messages;
-  }
+  std::vector<std::string> Messages(std::size_t index) const { return apptest::MessagesOf(Command(index)); }
   // The lines a command wrote, its echo first.
-  std::vector<std::string> Lines(std::size_t index) const {
-    std::vector<std::string> lines;
-    for (const OmItem& item : Command(index).fvItems) {
-      if (item.fKind == OmItem::TEXT) lines.insert(lines.end(), item.fpText->fvLines.begin(), item.fpText->fvLines.end());
-    }
-    return lines;
-  }
+  std::vector<std::string> Lines(std::size_t index) const { return apptest::LinesOf(Command(index)); }
   // The line a command wrote after its one-line echo.
   std::string Said(std::size_t index) const {
     const std::vector<std::string> lines = Lines(index);
@@ -88,7 +68,8 @@ class AppDataFixture : public ::testing::Test {
                                                                             : "(no single error)";
   }
 
-  std::filesystem::path fDir;
+  ScratchFolder fScratch{"glmixfit-data"};
+  const std::filesystem::path& fDir = fScratch.Path();
   AppOptions fOptions;
   std::unique_ptr<AppSession> fpSession;
 };

@@ -19,6 +19,8 @@
 #include "app/AppOptions.h"
 #include "app/AppProcedureHook.h"
 #include "app/AppSession.h"
+#include "host/data/ProgressRecorder.h"
+#include "host/files/ScratchFolder.h"
 #include "run/MixDriver.h"
 
 namespace fs = std::filesystem;
@@ -110,17 +112,10 @@ TEST(AppProgressLine, OnlyATerminalGetsTheLine) {
 class AppProgressOnATerminal : public ::testing::Test {
  protected:
   void SetUp() override {
-    fDir = fs::temp_directory_path() / ("glmixfit-progress-" +
-                                        std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
-                                        "-" + std::to_string(::getpid()));
-    fs::remove_all(fDir);
-    fs::create_directories(fDir);
     std::ofstream(fDir / "run.gmx") << "LOAD '" << GLMIX_SOURCE_DIR << "/examples/data/sleepstudy.csv'.\n"
                                     << "GLMIXFIT Reaction WITH Days /FIXED Days"
                                        " /RANDOM INTERCEPT Days SUBJECTS=Subject STRUCTURE=UN.\n";
   }
-  void TearDown() override { fs::remove_all(fDir); }
-
   // Runs the program in a child whose terminal is a pseudo-terminal; what
   // the terminal shows, and what standard error held when it went to a file.
   void Run(bool quiet, bool redirectErrors) {
@@ -162,7 +157,8 @@ class AppProgressOnATerminal : public ::testing::Test {
     fErrors.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
   }
 
-  fs::path fDir;
+  ScratchFolder fScratch{"glmixfit-progress"};
+  const fs::path& fDir = fScratch.Path();
   std::string fTerminal;
   std::string fErrors;
   int fExit = -1;
@@ -198,24 +194,11 @@ TEST_F(AppProgressOnATerminal, RedirectedErrorsGetNoLine) {
   EXPECT_EQ(fErrors, "");
 }
 
-namespace {
-
-// Keeps every state the host tells.
-class Recorder : public ZORV_Progress::Observer {
- public:
-  void Update(const ZORV_Progress::State& state) override { fvStates.push_back(state); }
-  void Finish() override { ++fFinished; }
-  std::vector<ZORV_Progress::State> fvStates;
-  int fFinished = 0;
-};
-
-}  // namespace
-
 // What the line shows comes from the fit itself: each iteration with its
 // -2 log likelihood, and the split being fitted.
 TEST(AppProgress, AFitTellsItsSplitsIterationsAndCriterion) {
   const fs::path out = fs::temp_directory_path() / ("glmixfit-progress-fit-" + std::to_string(::getpid()));
-  Recorder recorder;
+  ProgressRecorder recorder;
   ZORV_Progress::SetObserver(&recorder);
   AppProcedureHook::Set(MixDriver);
   std::vector<double> criteria;  // the numbers of the information criteria shown

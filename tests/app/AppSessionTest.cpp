@@ -81,24 +81,10 @@ class AppSessionTest : public ::testing::Test {
 
   // The messages of the i-th command, as "LEVEL text".
   std::vector<std::string> Messages(std::size_t command) const {
-    std::vector<std::string> messages;
-    const OmHeading& heading = *fpSession->GetDocument().fRoot.fvItems.at(command).fpHeading;
-    for (const OmItem& item : heading.fvItems) {
-      if (item.fKind != OmItem::MESSAGE) continue;
-      const char* level = item.fpMessage->fLevel == OmMessage::ERROR     ? "ERROR "
-                          : item.fpMessage->fLevel == OmMessage::WARNING ? "WARNING "
-                                                                         : "NOTE ";
-      messages.push_back(level + item.fpMessage->fText);
-    }
-    return messages;
+    return MessagesOf(*fpSession->GetDocument().fRoot.fvItems.at(command).fpHeading);
   }
   std::vector<std::string> Lines(std::size_t command) const {
-    std::vector<std::string> lines;
-    const OmHeading& heading = *fpSession->GetDocument().fRoot.fvItems.at(command).fpHeading;
-    for (const OmItem& item : heading.fvItems) {
-      if (item.fKind == OmItem::TEXT) lines.insert(lines.end(), item.fpText->fvLines.begin(), item.fpText->fvLines.end());
-    }
-    return lines;
+    return LinesOf(*fpSession->GetDocument().fRoot.fvItems.at(command).fpHeading);
   }
   std::string Error(std::size_t command) const {
     std::vector<std::string> messages = Messages(command);

@@ -12,6 +12,7 @@
 #include "base/MIXCommandLayout.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/io/DataFileLoader.h"
+#include "host/output/OmDocument.h"
 #include "host/parser/ParserMemory.h"
 
 // Shared by the tests of the command language.
@@ -66,6 +67,29 @@ inline std::string Where(const std::string& text, const std::string& marker, int
     }
   }
   return "t.gmx:" + std::to_string(line) + ":" + std::to_string(column) + ": ";
+}
+
+// The messages of a command's heading, as "ERROR text", "WARNING text",
+// "NOTE text".
+inline std::vector<std::string> MessagesOf(const OmHeading& heading) {
+  std::vector<std::string> messages;
+  for (const OmItem& item : heading.fvItems) {
+    if (item.fKind != OmItem::MESSAGE) continue;
+    const char* level = item.fpMessage->fLevel == OmMessage::ERROR     ? "ERROR "
+                        : item.fpMessage->fLevel == OmMessage::WARNING ? "WARNING "
+                                                                       : "NOTE ";
+    messages.push_back(level + item.fpMessage->fText);
+  }
+  return messages;
+}
+
+// The lines a command's heading holds as text: its echo, then what it said.
+inline std::vector<std::string> LinesOf(const OmHeading& heading) {
+  std::vector<std::string> lines;
+  for (const OmItem& item : heading.fvItems) {
+    if (item.fKind == OmItem::TEXT) lines.insert(lines.end(), item.fpText->fvLines.begin(), item.fpText->fvLines.end());
+  }
+  return lines;
 }
 
 // Reading the parser's memory by offsets and positions, as the procedure

@@ -99,17 +99,20 @@ int ZORV_Dataset::VarIndex(long code) const {
 
 int ZORV_Dataset::GetWeightVarIndex() const { return fWeightVar; }
 
-bool ZORV_Dataset::SetWeightVar(int column) {
+bool ZORV_Dataset::IsNumericOrNone(int column) const {
   if (column >= ColumnCount() || column < -1) return false;
-  if (column >= 0 && GetVariable(column)->IsString()) return false;
+  return column < 0 || !GetVariable(column)->IsString();
+}
+
+bool ZORV_Dataset::SetWeightVar(int column) {
+  if (!IsNumericOrNone(column)) return false;
   fWeightVar = column;
   Invalidate();
   return true;
 }
 
 bool ZORV_Dataset::SetFilterVar(int column) {
-  if (column >= ColumnCount() || column < -1) return false;
-  if (column >= 0 && GetVariable(column)->IsString()) return false;
+  if (!IsNumericOrNone(column)) return false;
   fFilterVar = column;
   Invalidate();
   return true;

@@ -150,6 +150,8 @@ class ZORV_Dataset : public ProcedureDataSource {
   struct Column;
 
   void CheckColumn(int column) const;
+  // A numeric column, or -1: what the weight and the filter may be.
+  bool IsNumericOrNone(int column) const;
   void CheckCell(long row, int column) const;
   // Columns whose values the split order or the counts depend on.
   bool IsSettingColumn(int column) const;

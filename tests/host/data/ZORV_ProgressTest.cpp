@@ -2,22 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
-namespace {
-
-class Recorder : public ZORV_Progress::Observer {
- public:
-  void Update(const ZORV_Progress::State& state) override { fvStates.push_back(state); }
-  void Finish() override { ++fFinished; }
-  std::vector<ZORV_Progress::State> fvStates;
-  int fFinished = 0;
-};
-
-}  // namespace
+#include "host/data/ProgressRecorder.h"
 
 TEST(ZORV_Progress, AStepTellsItsObserverEachChange) {
-  Recorder recorder;
+  ProgressRecorder recorder;
   ZORV_Progress::SetObserver(&recorder);
   ZORV_Progress::Begin("Load");
   ZORV_Progress::Fraction(0.25);

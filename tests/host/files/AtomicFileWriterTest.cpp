@@ -8,20 +8,14 @@
 #include <filesystem>
 #include <fstream>
 
+#include "host/files/ScratchFolder.h"
+
 namespace fs = std::filesystem;
 
 namespace {
 
 class AtomicFileWriterTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    fDir = fs::temp_directory_path() / ("glmixfit-atomic-" +
-                                        std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
-                                        "-" + std::to_string(::getpid()));
-    fs::remove_all(fDir);
-    fs::create_directories(fDir);
-  }
-  void TearDown() override { fs::remove_all(fDir); }
 
   std::string Read(const fs::path& path) const {
     std::ifstream in(path, std::ios::binary);
@@ -29,7 +23,8 @@ class AtomicFileWriterTest : public ::testing::Test {
   }
   int Entries() const { return static_cast<int>(std::distance(fs::directory_iterator(fDir), fs::directory_iterator())); }
 
-  fs::path fDir;
+  ScratchFolder fScratch{"glmixfit-atomic"};
+  const fs::path& fDir = fScratch.Path();
 };
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include <sstream>
 
 #include "host/data/ZORV_Dataset.h"
+#include "host/files/ScratchFolder.h"
 #include "host/io/DataDictionary.h"
 #include "host/io/DataFileLoader.h"
 
@@ -23,14 +24,6 @@ namespace {
 
 class CsvWriterTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    fDir = fs::temp_directory_path() / ("glmixfit-csvwriter-" +
-                                        std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
-                                        "-" + std::to_string(::getpid()));
-    fs::remove_all(fDir);
-    fs::create_directories(fDir);
-  }
-  void TearDown() override { fs::remove_all(fDir); }
 
   // Writes the data and its dictionary and loads them back.
   void RoundTrip(const ZORV_Dataset& data, ZORV_Dataset& back) {
@@ -56,7 +49,8 @@ class CsvWriterTest : public ::testing::Test {
     }
   }
 
-  fs::path fDir;
+  ScratchFolder fScratch{"glmixfit-csvwriter"};
+  const fs::path& fDir = fScratch.Path();
 };
 
 }  // namespace
