@@ -2,6 +2,8 @@
 
 #include <iosfwd>
 
+struct AppOptions;
+
 // The program: reads the command line, runs the command file and writes the
 // reports. Returns the exit status: 0 when every command ran, 1 when a
 // command had an error, 2 when the command line or the command file could
@@ -9,8 +11,6 @@
 //
 // `err` is the program's standard error: when that is a terminal, long
 // steps show their progress there (AppProgressLine).
-struct AppOptions;
-
 class AppMain {
  public:
   static int Run(int argc, const char* const* argv, std::ostream& out, std::ostream& err);
