@@ -40,6 +40,7 @@ struct AppExprNode {
   std::vector<std::unique_ptr<AppExprNode>> fvArgs;  // operands, arguments
   int fLine = 0;                        // where the node starts
   int fColumnInLine = 0;
+  int fDepth = 1;                       // levels of nodes from this one down
 
   // The dataset columns the expression reads, each once, in order of first use.
   std::vector<int> UsedColumns() const;

@@ -1,5 +1,7 @@
 #include "app/AppExprParser.h"
 
+#include <algorithm>
+
 #include "app/AppCommandError.h"
 #include "app/AppCommandReader.h"
 #include "app/AppExprFunction.h"
@@ -59,21 +61,38 @@ int Comparison(const AppCommandReader& reader, AppExprNode::Operator& op, std::s
 
 std::string TypeWord(char type) { return type == 'S' ? "a text" : "a number"; }
 
-// A node of one operand, placed where its operator stands.
-std::unique_ptr<AppExprNode> UnaryNode(AppExprNode::Operator op, const AppToken& at,
-                                       std::unique_ptr<AppExprNode> operand) {
-  std::unique_ptr<AppExprNode> node = NewNode(AppExprNode::UNARY, at);
-  node->fOperator = op;
-  node->fvArgs.push_back(std::move(operand));
-  return node;
-}
+const std::string kTooDeep = "expected an expression nested at most " + std::to_string(AppExprParser::kMaxDepth) +
+                             " levels deep, found a deeper one (split it over several commands)";
 
 }  // namespace
 
 AppExprParser::AppExprParser(const ZORV_Dataset& data) : fData(data) {}
 
+AppExprParser::Nesting::Nesting(AppExprParser& parser, const AppCommandReader& reader) : fParser(parser) {
+  if (++fParser.fNesting > kMaxDepth) {
+    --fParser.fNesting;
+    reader.FailAt(reader.Peek(), kTooDeep);
+  }
+}
+
+void AppExprParser::SetDepth(const AppCommandReader& reader, AppExprNode& node) const {
+  for (const auto& arg : node.fvArgs) node.fDepth = std::max(node.fDepth, arg->fDepth + 1);
+  if (node.fDepth > kMaxDepth) FailAt(reader, node, kTooDeep);
+}
+
+// A node of one operand, placed where its operator stands.
+std::unique_ptr<AppExprNode> AppExprParser::Unary(const AppCommandReader& reader, AppExprNode::Operator op,
+                                                  const AppToken& at, Node operand) const {
+  Node node = NewNode(AppExprNode::UNARY, at);
+  node->fOperator = op;
+  node->fvArgs.push_back(std::move(operand));
+  SetDepth(reader, *node);
+  return node;
+}
+
 std::unique_ptr<AppExprNode> AppExprParser::Parse(AppCommandReader& reader) {
   fbSignTaken = false;
+  fNesting = 0;
   return ParseOr(reader);
 }
 
@@ -115,10 +134,12 @@ std::unique_ptr<AppExprNode> AppExprParser::Binary(AppCommandReader& reader, App
   node->fColumnInLine = left->fColumnInLine;
   node->fvArgs.push_back(std::move(left));
   node->fvArgs.push_back(std::move(right));
+  SetDepth(reader, *node);
   return node;
 }
 
 std::unique_ptr<AppExprNode> AppExprParser::ParseOr(AppCommandReader& reader) {
+  const Nesting nesting(*this, reader);
   return ParseLogical(reader, AppExprNode::OR, "OR", '|', &AppExprParser::ParseAnd);
 }
 
@@ -141,10 +162,11 @@ std::unique_ptr<AppExprNode> AppExprParser::ParseLogical(AppCommandReader& reade
 std::unique_ptr<AppExprNode> AppExprParser::ParseNot(AppCommandReader& reader) {
   const bool tilde = reader.IsSymbol('~') && !(Joined(reader, 0) && reader.IsSymbol('=', 1));
   if (!reader.IsKeyword("NOT") && !tilde) return ParseComparison(reader);
+  const Nesting nesting(*this, reader);
   const AppToken& at = reader.Next();
   Node operand = ParseNot(reader);
   RequireNumeric(reader, *operand, tilde ? "'~'" : "NOT");
-  return UnaryNode(AppExprNode::NOT, at, std::move(operand));
+  return Unary(reader, AppExprNode::NOT, at, std::move(operand));
 }
 
 std::unique_ptr<AppExprNode> AppExprParser::ParseComparison(AppCommandReader& reader) {
@@ -198,6 +220,7 @@ std::unique_ptr<AppExprNode> AppExprParser::ParseMultiplicative(AppCommandReader
 }
 
 std::unique_ptr<AppExprNode> AppExprParser::ParseSign(AppCommandReader& reader) {
+  const Nesting nesting(*this, reader);
   // A sign binds looser than **, also the sign the lexer kept with a
   // number: -2 ** 2 is -(2 ** 2).
   const AppToken& first = reader.Peek();
@@ -206,14 +229,14 @@ std::unique_ptr<AppExprNode> AppExprParser::ParseSign(AppCommandReader& reader) 
     fbSignTaken = true;
     Node power = ParsePower(reader);
     if (first.fText[0] == '+') return power;
-    return UnaryNode(AppExprNode::NEGATE, first, std::move(power));
+    return Unary(reader, AppExprNode::NEGATE, first, std::move(power));
   }
   if (!reader.IsSymbol('-') && !reader.IsSymbol('+')) return ParsePower(reader);
   const AppToken& at = reader.Next();
   Node operand = ParseSign(reader);
   RequireNumeric(reader, *operand, "'" + at.fText + "'");
   if (at.fText == "+") return operand;
-  return UnaryNode(AppExprNode::NEGATE, at, std::move(operand));
+  return Unary(reader, AppExprNode::NEGATE, at, std::move(operand));
 }
 
 std::unique_ptr<AppExprNode> AppExprParser::ParsePower(AppCommandReader& reader) {
@@ -297,6 +320,7 @@ std::unique_ptr<AppExprNode> AppExprParser::ParseCall(AppCommandReader& reader, 
   }
   reader.Next();
   CheckArguments(reader, name, *call);
+  SetDepth(reader, *call);
   return call;
 }
 

@@ -24,6 +24,10 @@ class AppExprParser {
  public:
   explicit AppExprParser(const ZORV_Dataset& data);
 
+  // Expressions nest at most this deep, in the tree and while they are read,
+  // so that neither reading nor computing them can run out of stack.
+  enum { kMaxDepth = 1000 };
+
   // Reads from the reader's token up to the first token that cannot go on
   // with the expression, and leaves the reader there.
   std::unique_ptr<AppExprNode> Parse(AppCommandReader& reader);
@@ -50,6 +54,21 @@ class AppExprParser {
   Node ParseName(AppCommandReader& reader);
   Node ParseCall(AppCommandReader& reader, const AppToken& name);
 
+  // One level deeper while reading; fails past kMaxDepth.
+  class Nesting {
+   public:
+    Nesting(AppExprParser& parser, const AppCommandReader& reader);
+    ~Nesting() { --fParser.fNesting; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+   private:
+    AppExprParser& fParser;
+  };
+  // Sets the depth of a node from its operands; fails past kMaxDepth.
+  void SetDepth(const AppCommandReader& reader, AppExprNode& node) const;
+  Node Unary(const AppCommandReader& reader, AppExprNode::Operator op, const AppToken& at, Node operand) const;
+
   // A node of two operands, checked for the operator.
   Node Binary(AppCommandReader& reader, AppExprNode::Operator op, const std::string& symbol, Node left, Node right);
   void RequireNumeric(const AppCommandReader& reader, const AppExprNode& operand, const std::string& symbol) const;
@@ -60,4 +79,5 @@ class AppExprParser {
   // The sign of the number at the reader was read as + or -: the number
   // stands for its magnitude.
   bool fbSignTaken = false;
+  int fNesting = 0;
 };

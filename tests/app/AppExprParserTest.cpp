@@ -178,3 +178,27 @@ TEST(AppExprFunction, EachFunctionIsFoundByNameAndSaysWhatItTakes) {
   EXPECT_EQ(AppExprFunction::Find("SUBSTR")->ArgType(0), 'S');
   EXPECT_EQ(AppExprFunction::Find("MEAN")->ArgType(7), 'N');
 }
+
+TEST_F(AppExprParserTest, NestingIsBoundedSoThatNothingRunsOutOfStack) {
+  const std::string tooDeep = "expected an expression nested at most 1000 levels deep, found a deeper one (split it "
+                              "over several commands).";
+  const std::string parens = std::string(5000, '(') + "x" + std::string(5000, ')');
+  EXPECT_NE(Error(parens).find(tooDeep), std::string::npos);
+  std::string signs;
+  for (int i = 0; i < 5000; ++i) signs += "- ";
+  EXPECT_NE(Error(signs + "x").find(tooDeep), std::string::npos);
+  std::string nots;
+  for (int i = 0; i < 5000; ++i) nots += "NOT ";
+  EXPECT_NE(Error(nots + "x").find(tooDeep), std::string::npos);
+  std::string sum = "x";
+  for (int i = 0; i < 5000; ++i) sum += " + 1";
+  EXPECT_NE(Error(sum).find(tooDeep), std::string::npos);
+  std::string powers = "x";
+  for (int i = 0; i < 5000; ++i) powers += " ** 1";
+  EXPECT_NE(Error(powers).find(tooDeep), std::string::npos);
+  // Everyday nesting is far from the bound.
+  EXPECT_EQ(Error(std::string(100, '(') + "x" + std::string(100, ')')), "");
+  std::string long_sum = "x";
+  for (int i = 0; i < 500; ++i) long_sum += " + 1";
+  EXPECT_EQ(Error(long_sum), "");
+}
