@@ -36,20 +36,6 @@ Value ReadValue(AppCommandReader& reader, bool text, const std::string& expected
 
 bool Same(const Value& a, const Value& b, bool text) { return text ? a.fText == b.fText : a.fNumber == b.fNumber; }
 
-// The variables of a list, read from token `first` on, are all of the first
-// one's type (strings or numbers); the result is whether they are strings.
-bool OneType(const AppCommandReader& reader, const ZORV_Dataset& data, std::size_t first,
-             const std::vector<int>& columns) {
-  const bool text = data.GetVariable(columns[0])->IsString();
-  for (std::size_t i = 1; i < columns.size(); ++i) {
-    if (data.GetVariable(columns[i])->IsString() == text) continue;
-    const AppToken& at = reader.GetCommand().fvTokens[first + i];
-    reader.FailAt(at, std::string("expected a ") + (text ? "string" : "numeric") +
-                          " variable like the first of the list, found '" + at.fText + "'");
-  }
-  return text;
-}
-
 // Refuses the string variables of a list; `expected` says what they should be.
 void NoStrings(const AppCommandReader& reader, const ZORV_Dataset& data, std::size_t first,
                const std::vector<int>& columns, const std::string& expected) {
@@ -150,7 +136,7 @@ void AppDictionaryCommands::Values(AppCommandReader& reader, ZORV_Dataset* data)
   AppVariableReader::NeedData(reader, data);
   const Groups<Labels> groups = ReadGroups<Labels>(
       reader, *data, "a variable to give value labels", nullptr, [&](std::size_t first, const std::vector<int>& columns) {
-        const bool text = OneType(reader, *data, first, columns);
+        const bool text = AppVariableReader::OneType(reader, *data, first, columns);
         const std::string expected = text ? "a text value, '/' or the end of the command (the variables are strings)"
                                           : "a number, '/' or the end of the command (the variables are numeric)";
         Labels labels;
@@ -183,7 +169,7 @@ void AppDictionaryCommands::Missing(AppCommandReader& reader, ZORV_Dataset* data
       reader, *data, "a variable to give missing values",
       [](const AppCommandReader& r) { return r.IsKeyword("NONE") || r.IsKeyword("LOWEST"); },
       [&](std::size_t first, const std::vector<int>& columns) {
-        return ReadMissingValues(reader, OneType(reader, *data, first, columns));
+        return ReadMissingValues(reader, AppVariableReader::OneType(reader, *data, first, columns));
       });
   ApplyGroups(*data, groups, "Missing values", [](ZORV_Variable& variable, const MissingValues& missing) {
     variable.ClearMissing();

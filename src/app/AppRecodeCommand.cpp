@@ -53,14 +53,7 @@ AppRecodeCommand::Recoding AppRecodeCommand::ParseRecoding(AppCommandReader& rea
   Recoding recoding;
   const std::size_t first = reader.GetIndex();
   recoding.fvColumns = AppVariableReader::ReadList(reader, data, "a variable to recode");
-  recoding.fbTextSource = data.GetVariable(recoding.fvColumns[0])->IsString();
-  for (std::size_t i = 1; i < recoding.fvColumns.size(); ++i) {
-    if (data.GetVariable(recoding.fvColumns[i])->IsString() != recoding.fbTextSource) {
-      reader.FailAt(reader.GetCommand().fvTokens[first + i],
-                    std::string("expected a ") + (recoding.fbTextSource ? "string" : "numeric") +
-                        " variable like the first, found '" + reader.GetCommand().fvTokens[first + i].fText + "'");
-    }
-  }
+  recoding.fbTextSource = AppVariableReader::OneType(reader, data, first, recoding.fvColumns);
   if (!reader.IsSymbol('(')) reader.Fail(reader.Peek(), "a variable or '(' to start a rule such as (1=2)");
   std::vector<std::size_t> resultTokens;
   bool typed = false;

@@ -37,3 +37,15 @@ std::vector<int> AppVariableReader::ReadList(AppCommandReader& reader, const ZOR
   } while (reader.IsWord() && !(ends && ends(reader)));
   return columns;
 }
+
+bool AppVariableReader::OneType(const AppCommandReader& reader, const ZORV_Dataset& data, std::size_t first,
+                                const std::vector<int>& columns) {
+  const bool text = data.GetVariable(columns[0])->IsString();
+  for (std::size_t i = 1; i < columns.size(); ++i) {
+    if (data.GetVariable(columns[i])->IsString() == text) continue;
+    const AppToken& at = reader.GetCommand().fvTokens[first + i];
+    reader.FailAt(at, std::string("expected a ") + (text ? "string" : "numeric") +
+                          " variable like the first of the list, found '" + at.fText + "'");
+  }
+  return text;
+}

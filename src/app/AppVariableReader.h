@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -20,4 +21,8 @@ class AppVariableReader {
   // says ends the list (a keyword), each named once; at least one.
   static std::vector<int> ReadList(AppCommandReader& reader, const ZORV_Dataset& data, const std::string& expected,
                                    const std::function<bool(const AppCommandReader&)>& ends = nullptr);
+  // Fails unless the variables of a list read from token `first` on are all
+  // of the first one's type; the result is whether they are strings.
+  static bool OneType(const AppCommandReader& reader, const ZORV_Dataset& data, std::size_t first,
+                      const std::vector<int>& columns);
 };

@@ -138,7 +138,7 @@ TEST_F(AppRecodeCommandTest, MistakesAreReportedWhereTheyStandAndChangeNothing) 
                       "command.");
   EXPECT_EQ(Error(7), "t.gmx:8:25: expected a number like the results of the rules before, found the text 'x'.");
   EXPECT_EQ(Error(8), "t.gmx:9:30: expected a text like the other results, found COPY, which keeps the numbers.");
-  EXPECT_EQ(Error(9), "t.gmx:10:12: expected a numeric variable like the first, found 'sex'.");
+  EXPECT_EQ(Error(9), "t.gmx:10:12: expected a numeric variable like the first of the list, found 'sex'.");
   EXPECT_EQ(Error(10), "t.gmx:11:25: expected a numeric variable for the results, found 'sex'.");
   EXPECT_EQ(Error(11), "t.gmx:12:11: expected a variable or '(' to start a rule such as (1=2), found the end of the "
                        "command.");
