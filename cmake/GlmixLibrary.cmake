@@ -24,16 +24,21 @@ function(glmix_library name)
                                                 GLMIX_VERSION="${PROJECT_VERSION}")
 endfunction()
 
-# glmix_test(NAME DIR LIBS lib...)
+# glmix_test(NAME DIR LIBS lib... [SHARED file...])
 # One GoogleTest executable of every .cpp below tests/DIR, registered with CTest.
+# SHARED names test helpers of other folders (paths below tests/) that the
+# executable compiles too.
 function(glmix_test name dir)
-  cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "LIBS;SHARED" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/${dir}/*.cpp")
   if(NOT sources)
     # A folder without tests yet (or not there yet) has no target; the glob
     # is checked again at every build, so its first test makes one.
     return()
   endif()
+  foreach(shared IN LISTS ARG_SHARED)
+    list(APPEND sources "${CMAKE_SOURCE_DIR}/tests/${shared}")
+  endforeach()
   add_executable(${name} ${sources})
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main)

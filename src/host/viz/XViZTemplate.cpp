@@ -25,14 +25,6 @@ struct Splice {
   std::string fText;
 };
 
-void Report(const std::string& name, const std::string& problem) {
-  BpComposite message("The chart template ^1 cannot be used: ^2", true);
-  message.Add(BpString(name, false));
-  message.Add(BpString(problem, false));
-  message.Finish();
-  BpError(message, BpErrorShowOutput, BpErrorLevelWarning);
-}
-
 std::string IndentBefore(const std::string& text, std::size_t offset) {
   const std::size_t newline = offset == 0 ? std::string::npos : text.rfind('\n', offset - 1);
   const std::size_t start = newline == std::string::npos ? 0 : newline + 1;
@@ -87,6 +79,14 @@ void CollectSlots(const XMarkupNode& node, std::vector<const XMarkupNode*>& out)
 
 }  // namespace
 
+void XViZTemplate::ReportUnusable(const std::string& name, const std::string& problem) {
+  BpComposite message("The chart template ^1 cannot be used: ^2", true);
+  message.Add(BpString(name, false));
+  message.Add(BpString(problem, false));
+  message.Finish();
+  BpError(message, BpErrorShowOutput, BpErrorLevelWarning);
+}
+
 std::string XViZTemplate::TemplateDirectory() {
   return PathFactory::getPathInstance(PathFactory::PRESENTATION)->GetResourcePath() + "template/";
 }
@@ -129,7 +129,7 @@ bool XViZTemplate::convert(std::string& document, std::string&) {
   const bool plainName = !fInternalName.empty() && fInternalName.find_first_of("/\\") == std::string::npos &&
                          fInternalName.find("..") == std::string::npos;
   if (!plainName) {
-    Report(fInternalName, "a built-in template is named by a plain name");
+    ReportUnusable(fInternalName, "a built-in template is named by a plain name");
     return false;
   }
   const std::string path = TemplatePath(fInternalName);
@@ -137,13 +137,13 @@ bool XViZTemplate::convert(std::string& document, std::string&) {
   try {
     text = FetchFile::fetch(path, true, true);
   } catch (const std::exception& e) {
-    Report(fInternalName, e.what());
+    ReportUnusable(fInternalName, e.what());
     return false;
   }
   XMarkupError error;
   std::unique_ptr<XMarkupNode> root = XMarkupReader::Read(text, error);
   if (!root) {
-    Report(fInternalName, path + ", " + error.ToText());
+    ReportUnusable(fInternalName, path + ", " + error.ToText());
     return false;
   }
 

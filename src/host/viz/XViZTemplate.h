@@ -62,6 +62,8 @@ class XViZTemplate {
   static std::string TemplateDirectory();
   // The file of a template by its internal name.
   static std::string TemplatePath(const std::string& name);
+  // The warning that a template, by its name, cannot be used, and why.
+  static void ReportUnusable(const std::string& name, const std::string& problem);
 
  private:
   std::string fInternalName;

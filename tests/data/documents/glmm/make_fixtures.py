@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Writes the model documents of fits our engine cannot make yet: binomial
 with trials, Poisson, gamma with a power link, negative binomial, ordinal
-with thresholds, nominal with several coefficient sets, and a model that
+with thresholds, nominal with several coefficient sets, inverse Gaussian
+with a log link, and a model that
 carries every message of the family. Each fixture is a model file
 (NAME.pmml.xml) and a StatXML document (NAME.statxml.xml) over the data in
 clinic.csv.
@@ -746,6 +747,34 @@ def write_negbin():
                                                    string_map(1, [("G0.0", g0)])], d, t))
 
 
+def write_igauss():
+    fields = [field("cost", "continuous", role="target"), field("dose", "continuous"),
+              field("patient", "categorical", False, PATIENTS)]
+    write("igauss.pmml.xml", pmml("cost", fields))
+    b0 = regression_parameter("B0", intercept=True)
+    b1 = regression_parameter("B1", covariates=["dose"])
+    settings = build_settings("cost", "IGAUSS", "LOG", [["dose"]])
+    m2ll = 233.514
+    aicc, bic = criteria(m2ll, 3, N)
+    d = diagnostics_element(aicc, bic, m2ll, 1, 0, 2, 0, 1)
+    costs = column("cost")
+    mean = sum(costs) / len(costs)
+    var = sum((c - mean) ** 2 for c in costs) / (len(costs) - 1)
+    # The shape (lambda) of the inverse Gaussian by its moments.
+    d.add(target_distribution(costs, 6, [("shape", mean ** 3 / var)]))
+    d.add(observed_by_predicted(costs, predicted_of(costs, 30.0)))
+    d.add(model_test("correctedModel", 9.61245, 1, DF))
+    d.add(model_test("fixedEffect", 9.61245, 1, DF, 0))
+    t = X("TrainingSummary")
+    fixed = t.add(X("ParameterEstimates", [("parameterType", "fixed")]))
+    fixed.add(fixed_stats("B0", "Intercept", b0, 5.21437, 0.0612513, DF))
+    fixed.add(fixed_stats("B1", "dose", b1, 0.00731544, 0.00235954, DF, effect_index=0))
+    rep = t.add(X("ParameterEstimates", [("parameterType", "repeated")]))
+    rep.add(cov_stats("Residual", "Variance", "Variance ", [], 0.000114872, 0.0000339124))
+    t.add(message("kGLMM_C26"))
+    write("igauss.statxml.xml", statxml(settings, [fixed_map([("B0", b0), ("B1", b1)])], d, t))
+
+
 def write_ordinal():
     fields = [field("severity", "ordinal", False, [1, 2, 3], role="target"),
               field("treatment", "categorical", True, ["A", "B"]), field("dose", "continuous"),
@@ -885,6 +914,7 @@ if __name__ == "__main__":
     write_poisson()
     write_gamma()
     write_negbin()
+    write_igauss()
     write_ordinal()
     write_nominal()
     write_messages()
