@@ -6,7 +6,7 @@
 // bounds, and the contrasts. A model of oats with both of its factors and a
 // fit of sleepstudy are checked against the reference values of R (see
 // tests/numeric/reference), which the engine's numbers are tested against as
-// well.
+// well. The charts of each are opened in a real browser.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -22,6 +22,9 @@
 #include <vector>
 
 #include "app/AppProcedureHook.h"
+#include "host/render/BrowserProbe.h"
+#include "host/render/BrowserSupport.h"
+#include "host/render/OmHtmlRenderer.h"
 #include "app/AppSession.h"
 #include "charts/GNLMChartOutput.h"
 #include "host/cf/CFMetaData.h"
@@ -385,6 +388,17 @@ void CheckEveryChart(const Fit& fit, ZORV_Dataset& data) {
 
 // ---- reference values of R ----
 
+// The model of the reference values of oats: both factors and their
+// interaction, with a simple and a pairwise comparison.
+const char* const kOatsByBothFactors =
+      "LOAD 'data/oats.csv'.\n"
+      "GLMIXFIT yield BY Variety nitro\n"
+      "  /FIXED Variety nitro Variety*nitro\n"
+      "  /RANDOM INTERCEPT SUBJECTS=Block\n"
+      "  /RANDOM INTERCEPT SUBJECTS=Block*Variety\n"
+      "  /MEANS Variety*nitro COMPARE=Variety REFERENCE='Golden Rain' ADJUST=SEQUENTIALBONFERRONI\n"
+      "  /MEANS nitro COMPARE=nitro ADJUST=SEQUENTIALBONFERRONI.\n";
+
 Json Reference(const std::string& file) {
   return Json::parse(ReadText(fs::path(GLMIX_TEST_DATA_DIR) / "numeric" / "reference" / file));
 }
@@ -448,14 +462,7 @@ TEST_F(AppCharts, OrthodontsChartsHoldItsFitAndTheSimpleContrastOfTheSexes) {
 }
 
 TEST_F(AppCharts, TheMeansAndContrastsOfOatsByBothFactorsAreRs) {
-  const std::unique_ptr<Fit> fit = Run(
-      "LOAD 'data/oats.csv'.\n"
-      "GLMIXFIT yield BY Variety nitro\n"
-      "  /FIXED Variety nitro Variety*nitro\n"
-      "  /RANDOM INTERCEPT SUBJECTS=Block\n"
-      "  /RANDOM INTERCEPT SUBJECTS=Block*Variety\n"
-      "  /MEANS Variety*nitro COMPARE=Variety REFERENCE='Golden Rain' ADJUST=SEQUENTIALBONFERRONI\n"
-      "  /MEANS nitro COMPARE=nitro ADJUST=SEQUENTIALBONFERRONI.\n");
+  const std::unique_ptr<Fit> fit = Run(kOatsByBothFactors);
   ASSERT_TRUE(fit->Read());
   CheckEveryChart(*fit, *fpSession->GetData());
   const Json reference = Reference("emmeans/oats.json");
@@ -545,4 +552,41 @@ TEST_F(AppCharts, TheMeansAndContrastsOfOatsByBothFactorsAreRs) {
     EXPECT_EQ(NumberOf(*networks[0], "edgeSource_1", "type", e),
               (*contrast)["p_adjusted"].get<double>() < 0.05 ? 1.0 : 0.0);
   }
+}
+
+namespace {
+
+// Every chart of a report is drawn, with marks and texts, nothing outside
+// its area and no two texts on top of each other.
+void ExpectReadableInABrowser(const OmDocument& document, std::size_t charts, const std::string& name) {
+  const std::string browser = browser_support::Browser();
+  ASSERT_FALSE(browser.empty()) << "Chromium is not installed: the browser check of the HTML report needs it "
+                                   "(scripts/install-deps.sh installs it)";
+  const std::string scratch = browser_support::Scratch("glmixfit-charts-browser-" + name);
+  const std::string report = OmHtmlRenderer().Render(document);
+  ASSERT_EQ(report.find("class=\"message"), std::string::npos) << "a chart was refused";
+  Json findings;
+  std::string error;
+  ASSERT_TRUE(BrowserProbe::Measure(browser, scratch, report, "", findings, error)) << error;
+  ASSERT_EQ(findings.size(), charts);
+  for (const Json& chart : findings) {
+    const std::string kind = chart["kind"];
+    SCOPED_TRACE(kind);
+    BrowserProbe::ExpectReadable(chart);
+  }
+  std::error_code ignored;
+  fs::remove_all(scratch, ignored);
+}
+
+}  // namespace
+
+TEST_F(AppCharts, EveryChartOfTheExamplesIsReadableInABrowser) {
+  const std::unique_ptr<Fit> sleep = Run(Example("sleepstudy"));
+  ExpectReadableInABrowser(sleep->Document(), 3, "sleepstudy");
+  const std::unique_ptr<Fit> oats = Run(Example("oats"));
+  ExpectReadableInABrowser(oats->Document(), 6, "oats");
+  const std::unique_ptr<Fit> ortho = Run(Example("orthodont"));
+  ExpectReadableInABrowser(ortho->Document(), 6, "orthodont");
+  const std::unique_ptr<Fit> factors = Run(kOatsByBothFactors);
+  ExpectReadableInABrowser(factors->Document(), 10, "factors");
 }

@@ -107,6 +107,52 @@ inline long Rows(const OmChart& chart, const std::string& source) {
   return found != nullptr ? found->fRowCount : -1;
 }
 
+// An array of a marginal means record.
+inline Stats::CoordinatesData Array(const std::string& field, const std::vector<std::string>& values) {
+  Stats::CoordinatesData array;
+  array.fField = field;
+  array.fValues = values;
+  return array;
+}
+
+// Adds a variable to a dataset: numeric for width 0, else a string; an
+// empty label is none.
+inline ZORV_Variable& Define(ZORV_Dataset& data, const std::string& name, int width, const std::string& label,
+                             int level, const ZORV_Format& format) {
+  ZORV_Variable& variable = *data.GetVariable(data.AddVariable(name, width));
+  if (!label.empty()) variable.SetLabel(label);
+  variable.SetMeasurementLevel(level);
+  variable.SetFormat(format);
+  return variable;
+}
+
+// Build settings of a normal model of the target with the identity link,
+// 95% intervals and no adjustment for multiple comparisons.
+inline Stats::BuildSettingsData& NormalModel(GNLMOutputStats& stats, ZORV_Dataset& data, int target) {
+  Stats::BuildSettingsData& settings = *stats.CreateBuildSettings();
+  settings.fTargetField = data.GetVariable(target)->GetName();
+  settings.fTargetIndex = target;
+  settings.fTrialsIndex = -1;
+  settings.fDistribution = Stats::NORMAL;
+  settings.fLinkFunction = Stats::IDENTITY;
+  settings.fLinkParam = kSysmis;
+  settings.fCIn = 0.95;
+  settings.fIntercept = true;
+  settings.fPAdjustment = 0;
+  return settings;
+}
+
+// A model term of the given columns, crossed.
+inline Stats::ModelEffectData Effect(ZORV_Dataset& data, const std::vector<int>& columns) {
+  Stats::ModelEffectData effect;
+  for (int column : columns) {
+    effect.fvFieldNames.push_back(data.GetVariable(column)->GetName());
+    effect.fvFieldIndices.push_back(column);
+    effect.fvNestingLevels.push_back(0);
+  }
+  return effect;
+}
+
 // Columns of the dataset.
 enum Column { REACTION = 0, DAYS, GROUP, SEX, SUBJECT, SITE, AGE };
 
@@ -134,77 +180,48 @@ class ChartTest : public ::testing::Test {
   // labels), Subject (coded, no labels), Site (a string whose values look
   // like numbers, labelled), Age (F8.2).
   void MakeData() {
-    fData.AddVariable("Reaction", 0);
-    fData.AddVariable("Days", 0);
-    fData.AddVariable("Group", 0);
-    fData.AddVariable("Sex", 6);
-    fData.AddVariable("Subject", 0);
-    fData.AddVariable("Site", 4);
-    fData.AddVariable("Age", 0);
-    ZORV_Variable& reaction = *fData.GetVariable(REACTION);
-    reaction.SetLabel("Reaction time (ms)");
-    reaction.SetFormat(ZORV_Format(ZORV_Format::F, 8, 2));
-    fData.GetVariable(DAYS)->SetFormat(ZORV_Format(ZORV_Format::F, 8, 0));
-    ZORV_Variable& group = *fData.GetVariable(GROUP);
-    group.SetLabel("Treatment group");
-    group.SetMeasurementLevel(ZORV_Variable::NOMINAL);
-    group.SetFormat(ZORV_Format(ZORV_Format::F, 8, 0));
+    const ZORV_Format f80(ZORV_Format::F, 8, 0);
+    const ZORV_Format f82(ZORV_Format::F, 8, 2);
+    Define(fData, "Reaction", 0, "Reaction time (ms)", ZORV_Variable::SCALE, f82);
+    Define(fData, "Days", 0, "", ZORV_Variable::SCALE, f80);
+    ZORV_Variable& group = Define(fData, "Group", 0, "Treatment group", ZORV_Variable::NOMINAL, f80);
     group.ValueLabels().Add(1.0, "Control");
     group.ValueLabels().Add(2.0, "Treated");
-    ZORV_Variable& sex = *fData.GetVariable(SEX);
-    sex.SetMeasurementLevel(ZORV_Variable::NOMINAL);
-    sex.SetFormat(ZORV_Format(ZORV_Format::A, 6, 0));
+    ZORV_Variable& sex = Define(fData, "Sex", 6, "", ZORV_Variable::NOMINAL, ZORV_Format(ZORV_Format::A, 6, 0));
     sex.ValueLabels().Add("F", "Female");
     sex.ValueLabels().Add("M", "Male");
-    ZORV_Variable& subject = *fData.GetVariable(SUBJECT);
-    subject.SetMeasurementLevel(ZORV_Variable::NOMINAL);
-    subject.SetFormat(ZORV_Format(ZORV_Format::F, 8, 0));
-    ZORV_Variable& site = *fData.GetVariable(SITE);
-    site.SetLabel("Clinic site");
-    site.SetMeasurementLevel(ZORV_Variable::NOMINAL);
-    site.SetFormat(ZORV_Format(ZORV_Format::A, 4, 0));
-    fData.GetVariable(AGE)->SetFormat(ZORV_Format(ZORV_Format::F, 8, 2));
+    Define(fData, "Subject", 0, "", ZORV_Variable::NOMINAL, f80);
+    Define(fData, "Site", 4, "Clinic site", ZORV_Variable::NOMINAL, ZORV_Format(ZORV_Format::A, 4, 0));
+    Define(fData, "Age", 0, "", ZORV_Variable::SCALE, f82);
   }
 
   // Build settings of a normal model of Reaction with the identity link.
   Stats::BuildSettingsData& Settings() {
     Stats::BuildSettingsData* settings = fStats.GetBuildSettings();
-    if (settings != nullptr) return *settings;
-    settings = fStats.CreateBuildSettings();
-    settings->fTargetField = "Reaction";
-    settings->fTargetIndex = REACTION;
-    settings->fTrialsIndex = -1;
-    settings->fDistribution = Stats::NORMAL;
-    settings->fLinkFunction = Stats::IDENTITY;
-    settings->fLinkParam = kSysmis;
-    settings->fCIn = 0.95;
-    settings->fIntercept = true;
-    settings->fPAdjustment = 0;
-    return *settings;
+    return settings != nullptr ? *settings : NormalModel(fStats, fData, REACTION);
   }
 
   // A fixed effect of the given columns, crossed.
-  void AddFixedEffect(const std::vector<int>& columns) {
-    Stats::ModelEffectData effect;
-    for (int column : columns) {
-      effect.fvFieldNames.push_back(fData.GetVariable(column)->GetName());
-      effect.fvFieldIndices.push_back(column);
-      effect.fvNestingLevels.push_back(0);
-    }
-    Settings().fvFixedEffectList.push_back(effect);
-  }
+  void AddFixedEffect(const std::vector<int>& columns) { Settings().fvFixedEffectList.push_back(Effect(fData, columns)); }
 
   Stats::ModelDiagnosticsData& Diagnostics() {
     Stats::ModelDiagnosticsData* diagnostics = fStats.GetModelDiagnostics();
     return diagnostics != nullptr ? *diagnostics : *fStats.CreateModelDiagnostics();
   }
 
-  // An array of a marginal means record.
-  static Stats::CoordinatesData Array(const std::string& field, const std::vector<std::string>& values) {
-    Stats::CoordinatesData array;
-    array.fField = field;
-    array.fValues = values;
-    return array;
+  // The target's histogram, and the parameters of the distributions a
+  // curve may be fitted by: mean 6.5, shape 4.5, rate 0.75, r 3, p 0.4.
+  void TargetHistogram(Stats::EnumDistTypes distribution, const std::vector<double>& bins,
+                       const std::vector<double>& counts) {
+    Settings().fDistribution = distribution;
+    Stats::TargetDistData& target = Diagnostics().fTargetDist;
+    target.fMean = 6.5;
+    target.fShape = 4.5;
+    target.fRate = 0.75;
+    target.fR = 3.0;
+    target.fP = 0.4;
+    target.fvObserved = bins;
+    target.fvFrequency = counts;
   }
 
   std::vector<const OmChart*> Charts() const { return charts_test::Charts(fDocument); }

@@ -30,16 +30,9 @@ class Distribution : public ChartTest {
   }
   // A model of one tested effect, Days, and its target histogram.
   void OneEffect(Stats::EnumDistTypes distribution) {
-    Settings().fDistribution = distribution;
     AddFixedEffect({DAYS});
-    Stats::TargetDistData& target = Diagnostics().fTargetDist;
-    target.fMean = 298.5;
-    target.fShape = 4.5;
-    target.fRate = 0.25;
-    target.fR = 3.0;
-    target.fP = 0.4;
-    target.fvObserved = {200.0, 250.0, 300.0, 350.0, 400.0};
-    target.fvFrequency = {3.0, 12.0, 25.0, 11.0};  // one fewer: four bins are drawn
+    // One count fewer than bins: four bins are drawn.
+    TargetHistogram(distribution, {2.0, 4.0, 6.0, 8.0, 10.0}, {3.0, 12.0, 25.0, 11.0});
     fStats.CreateEffectTest()->fvFixedEffects.push_back({0, 3, 40.2, 1.0, 17.0, 0.00001});
   }
   // The histogram laid into the diagram's target node.
@@ -142,7 +135,7 @@ TEST_F(Distribution, TheHistogramHoldsTheTargetsBinsInItsFormat) {
   EXPECT_EQ(x->Attribute("format"), "F8.2");
   // The data are inline: four bins, the fifth observed value has no count.
   ASSERT_EQ(x->Children("n").size(), 4u);
-  EXPECT_EQ(x->Children("n")[3]->OwnText(), "350");
+  EXPECT_EQ(x->Children("n")[3]->OwnText(), "8");
   EXPECT_EQ(Find(*histogram, "variable", "name", "Y")->Children("n")[2]->OwnText(), "25");
   // The target field is a real number.
   EXPECT_EQ(Find(*root, "embeddedChart")->Attribute("fieldType"), "2");
@@ -155,10 +148,10 @@ TEST_F(Distribution, TheCurvesParametersAreTheStoredOnesAndMissingBeforeTheEffec
     const char* fParameter;
     const char* fSecondary;  // empty for none
   };
-  const Case cases[] = {{Stats::POISSON, "poisson", "298.5", ""},
-                        {Stats::GAMMA, "gamma", "4.5", "0.25"},
+  const Case cases[] = {{Stats::POISSON, "poisson", "6.5", ""},
+                        {Stats::GAMMA, "gamma", "4.5", "0.75"},
                         {Stats::NEGBIN, "binomialnegative", "3", "0.4"},
-                        {Stats::IGAUSS, "gaussianinverse", "298.5", "4.5"}};
+                        {Stats::IGAUSS, "gaussianinverse", "6.5", "4.5"}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.fWord);
     fStats.DestroyBuildSettings();
@@ -231,63 +224,39 @@ namespace {
 
 // The documents of the model forms the engine cannot make yet, read as the
 // model viewer reads them.
-class GlmmDocuments : public results_test::ReaderTest {
- protected:
-  // The diagrams of a fixture, and its histogram's curve.
-  const XMarkupNode* Curve(const std::string& fixture, std::unique_ptr<XMarkupNode>& root) {
-    EXPECT_TRUE(ReadFixture(fixture));
+class GlmmDocuments : public results_test::ReaderTest {};
+
+}  // namespace
+
+TEST_F(GlmmDocuments, EachDistributionGetsItsFittedCurveWithTheDocumentsParameters) {
+  const struct {
+    const char* fFixture;
+    const char* fWord;
+    const char* fParameter;
+    const char* fSecondary;  // empty for none
+  } cases[] = {{"poisson", "poisson", "3.875", ""},                    // the mean
+               {"gamma", "gamma", "44.4673", "0.213081"},             // shape and rate
+               {"negbin", "binomialnegative", "4.5743", "0.541382"},  // r and p
+               {"igauss", "gaussianinverse", "208.688", "9279.77"}};  // mean and shape
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.fFixture);
+    ASSERT_TRUE(ReadFixture(c.fFixture));
     GNLMChartOutput chart(fProcedure.get(), fData.get(), fStats);
     chart.createFixedEffectsChart();
     chart.createFixedCoefficientsChart();
     const std::vector<const OmChart*> charts = Charts(fDocument);
-    EXPECT_EQ(charts.size(), 2u);
-    if (charts.size() != 2u) return nullptr;
-    EXPECT_EQ(charts[0]->fTitle, "Fixed Effects");
-    EXPECT_EQ(charts[1]->fTitle, "Fixed Coefficients");
-    root = Markup(*charts[1]);
+    ASSERT_GE(charts.size(), 2u);
+    EXPECT_EQ(charts[charts.size() - 2]->fTitle, "Fixed Effects");
+    EXPECT_EQ(charts.back()->fTitle, "Fixed Coefficients");
+    const std::unique_ptr<XMarkupNode> root = Markup(*charts.back());
     const XMarkupNode* embedded = Find(*root, "embeddedChart");
-    EXPECT_NE(embedded, nullptr);
-    return embedded != nullptr ? Find(*embedded, "distributionStatistic") : nullptr;
+    ASSERT_NE(embedded, nullptr);
+    EXPECT_EQ(Find(*embedded, "binStatistic")->Attribute("binCount"), "6");
+    const XMarkupNode* curve = Find(*embedded, "distributionStatistic");
+    EXPECT_EQ(curve->Attribute("distribution"), c.fWord);
+    EXPECT_EQ(curve->Attribute("parameter"), c.fParameter);
+    EXPECT_EQ(curve->Attribute("secondaryParameter"), c.fSecondary);
   }
-};
-
-}  // namespace
-
-TEST_F(GlmmDocuments, APoissonTargetGetsThePoissonCurveOfItsMean) {
-  std::unique_ptr<XMarkupNode> root;
-  const XMarkupNode* curve = Curve("poisson", root);
-  ASSERT_NE(curve, nullptr);
-  EXPECT_EQ(curve->Attribute("distribution"), "poisson");
-  EXPECT_EQ(curve->Attribute("parameter"), "3.875");
-  EXPECT_FALSE(curve->HasAttribute("secondaryParameter"));
-}
-
-TEST_F(GlmmDocuments, AGammaTargetGetsItsShapeAndRate) {
-  std::unique_ptr<XMarkupNode> root;
-  const XMarkupNode* curve = Curve("gamma", root);
-  ASSERT_NE(curve, nullptr);
-  EXPECT_EQ(curve->Attribute("distribution"), "gamma");
-  EXPECT_EQ(curve->Attribute("parameter"), "44.4673");
-  EXPECT_EQ(curve->Attribute("secondaryParameter"), "0.213081");
-  EXPECT_EQ(Find(*root, "binStatistic")->Attribute("binCount"), "6");
-}
-
-TEST_F(GlmmDocuments, ANegativeBinomialTargetGetsItsRAndP) {
-  std::unique_ptr<XMarkupNode> root;
-  const XMarkupNode* curve = Curve("negbin", root);
-  ASSERT_NE(curve, nullptr);
-  EXPECT_EQ(curve->Attribute("distribution"), "binomialnegative");
-  EXPECT_EQ(curve->Attribute("parameter"), "4.5743");
-  EXPECT_EQ(curve->Attribute("secondaryParameter"), "0.541382");
-}
-
-TEST_F(GlmmDocuments, AnInverseGaussianTargetGetsItsMeanAndShape) {
-  std::unique_ptr<XMarkupNode> root;
-  const XMarkupNode* curve = Curve("igauss", root);
-  ASSERT_NE(curve, nullptr);
-  EXPECT_EQ(curve->Attribute("distribution"), "gaussianinverse");
-  EXPECT_EQ(curve->Attribute("parameter"), "208.688");
-  EXPECT_EQ(curve->Attribute("secondaryParameter"), "9279.77");
 }
 
 TEST_F(GlmmDocuments, AnEventsByTrialsTargetShowsItsEventsAndTheNormalCurve) {

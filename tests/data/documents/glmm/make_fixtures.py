@@ -672,12 +672,23 @@ def emmeans_columns(mv, means, ses):
              [array([m + tq * s for m, s in zip(means, ses)])]))
 
 
-def write_gamma():
+def moments(values):
+    """The mean and the variance (n - 1 denominator)."""
+    mean = sum(values) / len(values)
+    return mean, sum((v - mean) ** 2 for v in values) / (len(values) - 1)
+
+
+def cost_on_dose(name):
+    """Writes the model file of cost on dose, with the patients; gives the
+    intercept and the slope."""
     fields = [field("cost", "continuous", role="target"), field("dose", "continuous"),
               field("patient", "categorical", False, PATIENTS)]
-    write("gamma.pmml.xml", pmml("cost", fields))
-    b0 = regression_parameter("B0", intercept=True)
-    b1 = regression_parameter("B1", covariates=["dose"])
+    write(name + ".pmml.xml", pmml("cost", fields))
+    return regression_parameter("B0", intercept=True), regression_parameter("B1", covariates=["dose"])
+
+
+def write_gamma():
+    b0, b1 = cost_on_dose("gamma")
     g0 = regression_parameter("G0.0", intercept=True)
     settings = build_settings("cost", "GAMMA", "POWER", [["dose"]], link_param=-1.0,
                               blocks=[{"effects": [], "intercept": True, "subjects": ["patient"], "type": "VC"}],
@@ -686,8 +697,7 @@ def write_gamma():
     aicc, bic = criteria(m2ll, 4, N)
     d = diagnostics_element(aicc, bic, m2ll, 1, 1, 2, 1, 6)
     costs = column("cost")
-    mean = sum(costs) / len(costs)
-    var = sum((c - mean) ** 2 for c in costs) / (len(costs) - 1)
+    mean, var = moments(costs)
     shape = mean * mean / var
     d.add(target_distribution(costs, 6, [("shape", shape), ("rate", shape / mean)]))
     d.add(observed_by_predicted(costs, predicted_of(costs, 25.0)))
@@ -722,8 +732,7 @@ def write_negbin():
     aicc, bic = criteria(m2ll, 3, N)
     d = diagnostics_element(aicc, bic, m2ll, 1, 1, 3, 1, 6)
     counts = [float(c) for c in column("count")]
-    mean = sum(counts) / len(counts)
-    var = sum((c - mean) ** 2 for c in counts) / (len(counts) - 1)
+    mean, var = moments(counts)
     p = mean / var
     d.add(target_distribution(counts, 6, [("r", mean * p / (1.0 - p)), ("p", p)]))
     d.add(observed_by_predicted(counts, predicted_of(counts, 0.6)))
@@ -748,18 +757,13 @@ def write_negbin():
 
 
 def write_igauss():
-    fields = [field("cost", "continuous", role="target"), field("dose", "continuous"),
-              field("patient", "categorical", False, PATIENTS)]
-    write("igauss.pmml.xml", pmml("cost", fields))
-    b0 = regression_parameter("B0", intercept=True)
-    b1 = regression_parameter("B1", covariates=["dose"])
+    b0, b1 = cost_on_dose("igauss")
     settings = build_settings("cost", "IGAUSS", "LOG", [["dose"]])
     m2ll = 233.514
     aicc, bic = criteria(m2ll, 3, N)
     d = diagnostics_element(aicc, bic, m2ll, 1, 0, 2, 0, 1)
     costs = column("cost")
-    mean = sum(costs) / len(costs)
-    var = sum((c - mean) ** 2 for c in costs) / (len(costs) - 1)
+    mean, var = moments(costs)
     # The shape (lambda) of the inverse Gaussian by its moments.
     d.add(target_distribution(costs, 6, [("shape", mean ** 3 / var)]))
     d.add(observed_by_predicted(costs, predicted_of(costs, 30.0)))
