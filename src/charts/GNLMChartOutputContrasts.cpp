@@ -61,6 +61,92 @@ void DescribeFacet(XGraph& graph, const char16_t* name, const ZORV_Variable& var
   facet->SetFormatPrefix(variableCaption(variable) + ChartString(u" = "));
 }
 
+// The host variables of a contrast chart's arrays.
+struct ContrastVariables {
+  const ZORV_Variable* fFactor = nullptr;     // the compared levels'
+  const ZORV_Variable* fReference = nullptr;  // the reference levels'
+  const ZORV_Variable* fFacets[2] = {nullptr, nullptr};
+};
+
+ContrastVariables VariablesOf(const GNLMChartOutput::Data& data, const std::vector<Stats::CoordinatesData>& group) {
+  const std::size_t gc = group.size();
+  ContrastVariables variables;
+  variables.fFactor = data.getVariable(group[gc - 2].fField);
+  variables.fReference = data.getVariable(group[gc - 1].fField);
+  if (gc >= 3) variables.fFacets[0] = data.getVariable(group[0].fField);
+  if (gc >= 4) variables.fFacets[1] = data.getVariable(group[1].fField);
+  return variables;
+}
+
+// The panel of row `r`: its facets' levels, empty where there is no facet.
+GNLMChartOutput::Data::DeviationData PanelOf(const std::vector<Stats::CoordinatesData>& group, std::size_t r) {
+  GNLMChartOutput::Data::DeviationData panel;
+  for (std::size_t k = 0; k < 2 && k + 2 < group.size(); ++k) {
+    if (r < group[k].fValues.size()) panel.fFacetLevels[k] = group[k].fValues[r];
+  }
+  return panel;
+}
+
+const char* TooltipKey(bool simple, bool significant, bool lower) {
+  if (simple) return !significant ? "Simple Same" : lower ? "Simple Lower" : "Simple Higher";
+  return !significant ? "Deviation Same" : lower ? "Deviation Lower" : "Deviation Higher";
+}
+
+// Rows 2r and 2r + 1: from the panel's reference line to the level's
+// mean, and the contrast's interval moved onto the line.
+void WriteLevelRows(VarDataProcessor& proc, std::size_t r, const std::string& level,
+                    const GNLMChartOutput::Data::DeviationData& panel,
+                    const GNLMChartOutput::Data::CategoryDeviationValue& value, const std::string& tooltip,
+                    const ContrastVariables& variables, std::size_t gc) {
+  const long rows[2] = {static_cast<long>(2 * r), static_cast<long>(2 * r + 1)};
+  SetNumber(proc, kSource, "value", rows[0], panel.fLineValue);
+  SetNumber(proc, kSource, "value", rows[1], value.fMean);
+  SetNumber(proc, kSource, "confMargin", rows[0], value.fLower);
+  SetNumber(proc, kSource, "confMargin", rows[1], value.fUpper);
+  for (long row : rows) {
+    SetLevel(proc, "category", row, level, variables.fFactor);
+    SetNumber(proc, kSource, "type", row, value.fSignificant ? 1.0 : 0.0);
+    if (gc >= 3) SetLevel(proc, "facet1", row, panel.fFacetLevels[0], variables.fFacets[0]);
+    // A second facet of strings lands in the first facet's column; the
+    // chart has always drawn it so.
+    if (gc >= 4 && variables.fFacets[1] != nullptr && variables.fFacets[1]->IsString()) {
+      SetText(proc, kSource, "facet1", row, panel.fFacetLevels[1]);
+    } else if (gc >= 4) {
+      SetNumber(proc, kSource, "facet2", row, NumberOf(panel.fFacetLevels[1]));
+    }
+    SetText(proc, kSource, "tooltip", row, tooltip);
+  }
+}
+
+// The facets the first panel does not have go from the markup.
+void CutFacets(const GNLMChartOutput::Data& data, std::string& text,
+               const std::map<std::string, GNLMChartOutput::Data::DeviationData>& panels) {
+  if (panels.empty()) return;
+  const GNLMChartOutput::Data::DeviationData& first = panels.begin()->second;
+  if (first.fFacetLevels[0].empty()) {
+    data.removeFaceting(text);
+  } else if (first.fFacetLevels[1].empty()) {
+    data.removeFacet2(text);
+  }
+}
+
+void DescribeContrastVariables(XGraph& graph, const GNLMChartOutput::Data& data, const ContrastVariables& variables) {
+  if (variables.fFactor != nullptr) {
+    if (XVariable* category = graph.getVariable(ChartString(u"category"), 0)) {
+      category->setLabel(variableCaption(*variables.fFactor));
+      category->setZORVVariable(*variables.fFactor);
+      category->addRelabels();
+    }
+  }
+  if (variables.fFacets[0] != nullptr) DescribeFacet(graph, u"facet1", *variables.fFacets[0], 0);
+  if (variables.fFacets[1] != nullptr) DescribeFacet(graph, u"facet2", *variables.fFacets[1], 0);
+  if (XVariable* type = graph.getVariable(ChartString(u"type"), 0)) {
+    type->addRelabel(0, XUtility::ChartStringFromOLANG(data.translate("Not Significant")));
+    type->addRelabel(1, XUtility::ChartStringFromOLANG(data.translate("Significant")));
+    type->setLabel(XUtility::ChartStringFromOLANG(data.translate("E62317")));
+  }
+}
+
 }  // namespace
 
 ChartString GNLMChartOutput::Data::createContrastsCaption(const Stats::EMMEANSCustomData& custom) const {
@@ -91,58 +177,48 @@ void GNLMChartOutput::createContrastsChart(const Stats::EMMEANSCustomData& custo
   if (contrasts.fvGroup.empty() || data.fStats->GetBuildSettings() == nullptr || custom.fvOverallTests.empty()) {
     return;
   }
-  const bool simple = contrasts.fContrastKind == 2;
   if (contrasts.fContrastKind == 0) {
     data.createPairwiseChart(custom);
     return;
   }
-  if (contrasts.fContrastKind != 1 && !simple) return;
+  const bool simple = contrasts.fContrastKind == 2;
   const std::vector<Stats::CoordinatesData>& group = contrasts.fvGroup;
   const std::size_t gc = group.size();
-  if (gc < 2) return;
+  if ((contrasts.fContrastKind != 1 && !simple) || gc < 2) return;
   const ChartString title =
       XUtility::ChartStringFromOLANG(data.fDictionary->LookUp(simple ? "Simple Contrasts" : "Deviation Contrasts"));
-  std::string line = data.translate(simple ? "Horizontal Line Simple" : "Horizontal Line Deviation");
-  const std::string caption = data.createContrastsCaption(custom).toUTF8();
-  VarDataProcessor proc;
-  GNLMChartDocument::Declare(proc, kSource, {"value", "category", "type", "facet1", "facet2", "confMargin", "tooltip"});
-
-  const Stats::CoordinatesData& levels = group[gc - 2];
-  const ZORV_Variable* factor = data.getVariable(levels.fField);
-  const ZORV_Variable* reference = data.getVariable(group[gc - 1].fField);
-  const ZORV_Variable* facets[2] = {gc >= 3 ? data.getVariable(group[0].fField) : nullptr,
-                                    gc >= 4 ? data.getVariable(group[1].fField) : nullptr};
+  const ContrastVariables variables = VariablesOf(data, group);
   // A simple contrast compares with a reference level; a deviation
   // contrast with the mean of all levels.
   std::string referenceLabel;
-  if (simple && !group[gc - 1].fValues.empty()) referenceLabel = data.levelLabel(reference, group[gc - 1].fValues[0]);
+  if (simple && !group[gc - 1].fValues.empty()) {
+    referenceLabel = data.levelLabel(variables.fReference, group[gc - 1].fValues[0]);
+  }
+  std::string line = data.translate(simple ? "Horizontal Line Simple" : "Horizontal Line Deviation");
   replaceAll(line, "^1", data.fTargetLabel);
-  replaceAll(line, "^2", factor != nullptr ? variableCaption(*factor).toUTF8() : std::string());
+  replaceAll(line, "^2", variables.fFactor != nullptr ? variableCaption(*variables.fFactor).toUTF8() : std::string());
   replaceAll(line, "^3", referenceLabel);
 
+  VarDataProcessor proc;
+  GNLMChartDocument::Declare(proc, kSource, {"value", "category", "type", "facet1", "facet2", "confMargin", "tooltip"});
+  const Stats::CoordinatesData& levels = group[gc - 2];
   const std::map<std::string, std::string> means = data.buildMeanValue(custom);
-  std::map<std::string, Data::DeviationData> deviations;
+  std::map<std::string, Data::DeviationData> panels;
   for (std::size_t r = 0; r < levels.fValues.size(); ++r) {
-    Data::DeviationData panel;
-    if (gc >= 3 && r < group[0].fValues.size()) panel.fFacetLevels[0] = group[0].fValues[r];
-    if (gc >= 4 && r < group[1].fValues.size()) panel.fFacetLevels[1] = group[1].fValues[r];
-    // The cell of the means: the facets' levels and the compared level, by
-    // their fields' names.
+    Data::DeviationData panel = PanelOf(group, r);
     std::map<std::string, std::string> cell;
-    for (std::size_t k = 0; k + 2 < gc && k < 2; ++k) cell[group[k].fField] = panel.fFacetLevels[k];
+    for (std::size_t k = 0; k < 2 && k + 2 < gc; ++k) cell[group[k].fField] = panel.fFacetLevels[k];
     cell[levels.fField] = levels.fValues[r];
-    std::string cellKey;
-    for (const auto& value : cell) cellKey += value.second;
-    const auto found = means.find(cellKey);
+    const auto found = means.find(Data::cellKey(cell));
     const double mean = found != means.end() ? NumberOf(found->second) : 0.0;
     // A contrast is the level's mean less the reference, so the first row
     // of a panel gives the reference line.
     const std::string panelKey = panel.fFacetLevels[0] + panel.fFacetLevels[1];
-    if (deviations.find(panelKey) == deviations.end()) {
+    if (panels.find(panelKey) == panels.end()) {
       panel.fLineValue = mean - NumberAt(contrasts.fContrastEstimate, r);
-      deviations.emplace(panelKey, panel);
+      panels.emplace(panelKey, panel);
     }
-    Data::DeviationData& deviation = deviations[panelKey];
+    Data::DeviationData& deviation = panels[panelKey];
     Data::CategoryDeviationValue value;
     value.fMean = mean;
     value.fLower = NumberAt(contrasts.fConfIntervalLower, r) + deviation.fLineValue;
@@ -150,36 +226,11 @@ void GNLMChartOutput::createContrastsChart(const Stats::EMMEANSCustomData& custo
     value.fSignificant = NumberAt(contrasts.fAdjustedSig, r) < contrasts.fAdjustedSigLevel;
     deviation.fCategories.emplace(levels.fValues[r], value);
 
-    const bool isLower = mean - deviation.fLineValue <= 0.0;
-    const char* key = nullptr;
-    if (simple) {
-      key = !value.fSignificant ? "Simple Same" : isLower ? "Simple Lower" : "Simple Higher";
-    } else {
-      key = !value.fSignificant ? "Deviation Same" : isLower ? "Deviation Lower" : "Deviation Higher";
-    }
-    std::string tooltip = data.translate(key);
+    std::string tooltip = data.translate(TooltipKey(simple, value.fSignificant, mean - deviation.fLineValue <= 0.0));
     replaceFirst(tooltip, "^1", data.fTargetLabel);
-    replaceFirst(tooltip, "^2", data.levelLabel(reference, levels.fValues[r]));
+    replaceFirst(tooltip, "^2", data.levelLabel(variables.fReference, levels.fValues[r]));
     replaceFirst(tooltip, "^3", referenceLabel);
-
-    const long rows[2] = {static_cast<long>(2 * r), static_cast<long>(2 * r + 1)};
-    SetNumber(proc, kSource, "value", rows[0], deviation.fLineValue);
-    SetNumber(proc, kSource, "value", rows[1], mean);
-    SetNumber(proc, kSource, "confMargin", rows[0], value.fLower);
-    SetNumber(proc, kSource, "confMargin", rows[1], value.fUpper);
-    for (long row : rows) {
-      SetLevel(proc, "category", row, levels.fValues[r], factor);
-      SetNumber(proc, kSource, "type", row, value.fSignificant ? 1.0 : 0.0);
-      if (gc >= 3) SetLevel(proc, "facet1", row, panel.fFacetLevels[0], facets[0]);
-      // A second facet of strings lands in the first facet's column; the
-      // chart has always drawn it so.
-      if (gc >= 4 && facets[1] != nullptr && facets[1]->IsString()) {
-        SetText(proc, kSource, "facet1", row, panel.fFacetLevels[1]);
-      } else if (gc >= 4) {
-        SetNumber(proc, kSource, "facet2", row, NumberOf(panel.fFacetLevels[1]));
-      }
-      SetText(proc, kSource, "tooltip", row, tooltip);
-    }
+    WriteLevelRows(proc, r, levels.fValues[r], deviation, value, tooltip, variables, gc);
   }
 
   XViZTemplate chart;
@@ -193,33 +244,12 @@ void GNLMChartOutput::createContrastsChart(const Stats::EMMEANSCustomData& custo
   chart.convert(text, unused);
   replaceFirst(text, "TitleText", title.toUTF8());
   replaceFirst(text, "CaptionText", line);
-  replaceFirst(text, "FootnoteText", caption);
-  data.updateLineGuides(text, deviations);
-  if (!deviations.empty()) {
-    const Data::DeviationData& first = deviations.begin()->second;
-    if (first.fFacetLevels[0].empty()) {
-      data.removeFaceting(text);
-    } else if (first.fFacetLevels[1].empty()) {
-      data.removeFacet2(text);
-    }
-  }
+  replaceFirst(text, "FootnoteText", data.createContrastsCaption(custom).toUTF8());
+  data.updateLineGuides(text, panels);
+  CutFacets(data, text, panels);
 
   XDocument document(text);
   GNLMChartDocument::Open(document);
-  XGraph& graph = *document.getExternalGraph();
-  if (factor != nullptr) {
-    if (XVariable* category = graph.getVariable(ChartString(u"category"), 0)) {
-      category->setLabel(variableCaption(*factor));
-      category->setZORVVariable(*factor);
-      category->addRelabels();
-    }
-  }
-  if (facets[0] != nullptr) DescribeFacet(graph, u"facet1", *facets[0], 0);
-  if (facets[1] != nullptr) DescribeFacet(graph, u"facet2", *facets[1], 0);
-  if (XVariable* type = graph.getVariable(ChartString(u"type"), 0)) {
-    type->addRelabel(0, XUtility::ChartStringFromOLANG(data.translate("Not Significant")));
-    type->addRelabel(1, XUtility::ChartStringFromOLANG(data.translate("Significant")));
-    type->setLabel(XUtility::ChartStringFromOLANG(data.translate("E62317")));
-  }
+  DescribeContrastVariables(*document.getExternalGraph(), data, variables);
   GNLMChartDocument::Send(document, title, proc);
 }

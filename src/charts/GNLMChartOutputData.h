@@ -86,6 +86,9 @@ class GNLMChartOutput::Data {
   // The means of a block by cell: the cell's factor values joined in the
   // order of their field names, to the mean's text.
   std::map<std::string, std::string> buildMeanValue(const GNLMOutputStats::EMMEANSCustomData& custom) const;
+  // The key of a cell of means: its factors' values joined in the order of
+  // their fields' names, so that it does not depend on the factors' order.
+  static std::string cellKey(const std::map<std::string, std::string>& valuesByField);
   // The values at which the continuous predictors were held.
   ChartString GetFixedPredFootnote(const GNLMOutputStats::EMMEANSCustomData& custom) const;
 

@@ -94,6 +94,90 @@ std::vector<const Stats::ParamStatsData*> CollectCoefficients(const Stats::Param
   return collected;
 }
 
+// What a node shows: its name, its kind, and its tooltip if it has one.
+struct Node {
+  std::string fName;
+  std::string fType = "unknown";
+  bool fbTooltip = false;
+  std::string fTooltip;
+};
+
+void WriteNode(VarDataProcessor& proc, const GNLMChartOutput::Data& data, long row, const Node& node) {
+  SetText(proc, data.fPointSourceName, "Type", row, node.fType);
+  SetText(proc, data.fPointSourceName, "Nodes", row, node.fName);
+  if (node.fbTooltip) SetText(proc, data.fPointSourceName, "PointTooltip", row, node.fTooltip);
+}
+
+// An edge's weight, and the diagrams' range of weights that takes it in.
+void WriteWeight(VarDataProcessor& proc, GNLMChartOutput::Data& data, long row, double sig) {
+  const double weight = data.getWeight(sig);
+  SetNumber(proc, data.fEdgeSourceName, "Weight", row, weight);
+  data.fMinWeight = std::min(data.fMinWeight, weight);
+  data.fMaxWeight = std::max(data.fMaxWeight, weight);
+}
+
+// An effect's node names its variables, A*B; the tooltip gives each with
+// its label, the further ones in parentheses.
+Node EffectNode(const GNLMChartOutput::Data& data, const Stats::ModelEffectData& effect) {
+  Node node;
+  node.fbTooltip = true;
+  const ZORV_Variable* variable = nullptr;
+  for (std::size_t j = 0; j < effect.fvFieldIndices.size(); ++j) {
+    const int index = effect.fvFieldIndices[j];
+    variable = data.fDataSource != nullptr && index >= 0 && index < data.fDataSource->ColumnCount()
+                   ? data.fDataSource->GetVariable(index)
+                   : nullptr;
+    if (variable == nullptr) continue;
+    if (j > 0) {
+      node.fName += "*";
+      node.fTooltip += "(";
+    }
+    node.fName += Local(variable->GetName());
+    node.fTooltip += Local(variable->GetName());
+    if (variable->GetLabel() != nullptr) node.fTooltip += "\n" + Local(variable->GetLabel());
+    if (j > 0) node.fTooltip += ")";
+  }
+  node.fType = TypeOfTerm(effect.fvFieldIndices.size(), variable);
+  return node;
+}
+
+// A coefficient's node is named by its label. The tooltip of a covariate
+// names it with its label; that of a factor's category gives the factor's
+// value and their labels.
+Node CoefficientNode(const GNLMChartOutput::Data& data, const Stats::ParamStatsData& param) {
+  Node node;
+  if (param.fRegrParam.fIsIntercept) {
+    node.fName = data.translate("Intercept");
+    node.fType = "intercept";
+    node.fbTooltip = true;
+    return node;
+  }
+  node.fName = param.fParamLabel;
+  const Stats::RegrParamData& term = param.fRegrParam;
+  const unsigned long terms = term.fvCovariates.size() + term.fvFactors.size();
+  if (terms >= 2) node.fType = "interaction";
+  if (term.fvFactors.empty()) {
+    if (const ZORV_Variable* variable = data.getVariable(param.fParamLabel)) {
+      node.fbTooltip = true;
+      node.fTooltip = param.fParamLabel;
+      if (variable->GetLabel() != nullptr) node.fTooltip += "\n" + Local(variable->GetLabel());
+      node.fType = TypeOfTerm(terms, variable);
+    }
+  } else if (const ZORV_Variable* variable = data.getVariable(term.fvFactors.front().fField)) {
+    const Stats::FactorData& factor = term.fvFactors.front();
+    if (const OBS* value = factor.fValue.GetObsValue()) {
+      node.fbTooltip = true;
+      node.fTooltip = factor.fField + " = " + ToString(value, variable->GetFormat());
+      const bool hasLabel = variable->GetLabel() != nullptr;
+      if (hasLabel) node.fTooltip += "\n" + Local(variable->GetLabel()) + " = ";
+      const char* valueLabel = variable->GetValueLabels().GetLabel(value, variable->GetType());
+      if (valueLabel != nullptr) node.fTooltip += hasLabel ? Local(valueLabel) : " (" + Local(valueLabel) + ")";
+    }
+    node.fType = TypeOfTerm(terms, variable);
+  }
+  return node;
+}
+
 }  // namespace
 
 void GNLMChartOutput::createFixedEffectsChart() {
@@ -133,38 +217,12 @@ void GNLMChartOutput::createFixedEffectsChart() {
     if (test.fTestID < 0 || static_cast<std::size_t>(test.fTestID) >= settings->fvFixedEffectList.size()) continue;
     const Stats::ModelEffectData& effect = settings->fvFixedEffectList[static_cast<std::size_t>(test.fTestID)];
     if (effect.fvFieldIndices.empty()) continue;
-
-    // The node names the effect's variables, A*B; the tooltip gives each
-    // with its label, the further ones in parentheses.
-    std::string node;
-    std::string tooltip;
-    const ZORV_Variable* variable = nullptr;
-    for (std::size_t j = 0; j < effect.fvFieldIndices.size(); ++j) {
-      const int index = effect.fvFieldIndices[j];
-      variable = data.fDataSource != nullptr && index >= 0 && index < data.fDataSource->ColumnCount()
-                     ? data.fDataSource->GetVariable(index)
-                     : nullptr;
-      if (variable == nullptr) continue;
-      if (j > 0) {
-        node += "*";
-        tooltip += "(";
-      }
-      node += Local(variable->GetName());
-      tooltip += Local(variable->GetName());
-      if (variable->GetLabel() != nullptr) tooltip += "\n" + Local(variable->GetLabel());
-      if (j > 0) tooltip += ")";
-    }
     const long row = static_cast<long>(i);
-    const double weight = data.getWeight(test.fSig);
     WritePlace(proc, data, row, points[i], outCount);
-    SetText(proc, data.fPointSourceName, "Type", row, TypeOfTerm(effect.fvFieldIndices.size(), variable));
-    SetText(proc, data.fPointSourceName, "Nodes", row, node);
-    SetText(proc, data.fPointSourceName, "PointTooltip", row, tooltip);
+    WriteNode(proc, data, row, EffectNode(data, effect));
     WriteEdgeEnd(proc, data, row, points[i]);
-    SetNumber(proc, data.fEdgeSourceName, "Weight", row, weight);
+    WriteWeight(proc, data, row, test.fSig);
     data.fWeightRangeSet = true;
-    data.fMinWeight = std::min(data.fMinWeight, weight);
-    data.fMaxWeight = std::max(data.fMaxWeight, weight);
     SetText(proc, data.fEdgeSourceName, "LineTooltip", row,
             sigText + GNLMChartText::formatValue(test.fSig, kTooltipFormat));
   }
@@ -193,49 +251,14 @@ void GNLMChartOutput::createFixedCoefficientsChart() {
     const Stats::ParamStatsData& param = *collected[i];
     const long row = static_cast<long>(i);
     WritePlace(proc, data, row, points[i], outCount);
-    const double weight = data.getWeight(param.fSig);
-    SetNumber(proc, data.fEdgeSourceName, "Weight", row, weight);
-    data.fMinWeight = std::min(data.fMinWeight, weight);
-    data.fMaxWeight = std::max(data.fMaxWeight, weight);
+    WriteWeight(proc, data, row, param.fSig);
     const bool isPositive = param.fEstimate == data.fSysmis || param.fEstimate >= 0.0;
     SetText(proc, data.fEdgeSourceName, "Weight2", row, isPositive ? positive : negative);
     SetText(proc, data.fEdgeSourceName, "LineTooltip", row,
             coefficientText + GNLMChartText::formatValue(param.fEstimate, kTooltipFormat) + "\n" + sigText +
                 GNLMChartText::formatValue(param.fSig, kTooltipFormat));
     WriteEdgeEnd(proc, data, row, points[i]);
-
-    if (param.fRegrParam.fIsIntercept) {
-      SetText(proc, data.fPointSourceName, "Type", row, "intercept");
-      SetText(proc, data.fPointSourceName, "Nodes", row, data.translate("Intercept"));
-      SetText(proc, data.fPointSourceName, "PointTooltip", row, "");
-      continue;
-    }
-    SetText(proc, data.fPointSourceName, "Nodes", row, param.fParamLabel);
-    const Stats::RegrParamData& term = param.fRegrParam;
-    const unsigned long terms = term.fvCovariates.size() + term.fvFactors.size();
-    std::string type = terms >= 2 ? "interaction" : "unknown";
-    if (term.fvFactors.empty()) {
-      // A covariate: the label names the variable.
-      if (const ZORV_Variable* variable = data.getVariable(param.fParamLabel)) {
-        std::string tooltip = param.fParamLabel;
-        if (variable->GetLabel() != nullptr) tooltip += "\n" + Local(variable->GetLabel());
-        SetText(proc, data.fPointSourceName, "PointTooltip", row, tooltip);
-        type = TypeOfTerm(terms, variable);
-      }
-    } else if (const ZORV_Variable* variable = data.getVariable(term.fvFactors.front().fField)) {
-      // A factor's category: the variable with its value, and their labels.
-      const Stats::FactorData& factor = term.fvFactors.front();
-      if (const OBS* value = factor.fValue.GetObsValue()) {
-        std::string tooltip = factor.fField + " = " + ToString(value, variable->GetFormat());
-        const bool hasLabel = variable->GetLabel() != nullptr;
-        if (hasLabel) tooltip += "\n" + Local(variable->GetLabel()) + " = ";
-        const char* valueLabel = variable->GetValueLabels().GetLabel(value, variable->GetType());
-        if (valueLabel != nullptr) tooltip += hasLabel ? Local(valueLabel) : " (" + Local(valueLabel) + ")";
-        SetText(proc, data.fPointSourceName, "PointTooltip", row, tooltip);
-      }
-      type = TypeOfTerm(terms, variable);
-    }
-    SetText(proc, data.fPointSourceName, "Type", row, type);
+    WriteNode(proc, data, row, CoefficientNode(data, param));
   }
   data.SendChart(count, "Fixed Coefficients", proc, false);
 }

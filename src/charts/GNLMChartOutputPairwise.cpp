@@ -82,6 +82,96 @@ void DescribeFacet(XGraph& graph, const char16_t* name, const ZORV_Variable& var
   }
 }
 
+// The nodes of the network, by identifier, with their panels' levels, and
+// the labels that replace identifiers.
+struct Network {
+  std::map<std::string, std::string> fFacet1Of;
+  std::map<std::string, std::string> fFacet2Of;
+  std::map<std::string, std::string> fRelabels;
+
+  void AddNode(const std::string& id, const std::string& f1, const std::string& f2) {
+    fFacet1Of.emplace(id, f1);
+    fFacet2Of.emplace(id, f2);
+  }
+};
+
+// An edge on row `e`. The weight is written for a node identified by a
+// number only; the chart has always drawn it so.
+void WriteEdge(VarDataProcessor& proc, long e, const std::string& from, const std::string& to, double sig,
+               bool significant, const std::string& f1, const std::string& f2) {
+  SetNumberOrText(proc, kEdges, "from", e, from);
+  if (SetNumberOrText(proc, kEdges, "to", e, to)) {
+    SetNumber(proc, kEdges, "weight", e, 1.0 / ((1.0 - sig) * (1.0 - sig)));
+    SetNumber(proc, kEdges, "weightInPopup", e, sig);
+  }
+  SetNumber(proc, kEdges, "type", e, significant ? 1.0 : 0.0);
+  SetNumberOrText(proc, kEdges, "facet1", e, f1);
+  SetNumberOrText(proc, kEdges, "facet2", e, f2);
+}
+
+void WriteNodes(VarDataProcessor& proc, const Network& network) {
+  long n = 0;
+  for (const auto& node : network.fFacet1Of) {
+    SetNumberOrText(proc, kNodes, "node", n, node.first);
+    SetNumberOrText(proc, kNodes, "facet1", n, node.second);
+    SetNumberOrText(proc, kNodes, "facet2", n, network.fFacet2Of.at(node.first));
+    ++n;
+  }
+}
+
+// The tooltip of the pair on row `row` of levels `a` and `b`: it names the
+// level of the higher mean first.
+std::string PairTooltip(const GNLMChartOutput::Data& data, const ZORV_Variable* variable,
+                        const Stats::CoordinatesData& estimates, std::size_t row, const std::string& a,
+                        const std::string& b, bool significant) {
+  std::string first = a;
+  std::string second = b;
+  bool ok = false;
+  const double estimate = parseNumber(ValueAt(estimates, row), ok);
+  if (row < estimates.fValues.size() && ok && estimate < 0.0) std::swap(first, second);
+  std::string tooltip = data.fDictionary->LookUp(significant ? "Simple Higher" : "Simple Same");
+  replaceFirst(tooltip, "^1", data.fTargetLabel);
+  replaceFirst(tooltip, "^2", TooltipLevel(data, variable, second));
+  replaceFirst(tooltip, "^3", TooltipLevel(data, variable, first));
+  return XUtility::ChartStringFromOLANG(tooltip).toUTF8();
+}
+
+void PatchTexts(const GNLMChartOutput::Data& data, std::string& text, const ChartString& title,
+                const std::string& footnote) {
+  replaceFirst(text, "TitleText", title.toUTF8());
+  std::string subtitle = data.fDictionary->LookUp("Target\\: ^1");
+  replaceFirst(subtitle, "^1", data.fTargetLabel);
+  GNLMChartText::removeEscapes(subtitle);
+  replaceFirst(text, "subTitleText", subtitle);
+  replaceFirst(text, "FootnoteText", footnote);
+}
+
+void DescribeNetworkVariables(XGraph& graph, const GNLMChartOutput::Data& data, const ZORV_Variable* variable,
+                              const std::vector<Stats::CoordinatesData>& group, const Network& network) {
+  if (variable != nullptr) {
+    if (XVariable* node = graph.getVariable(ChartString(u"node"), 0)) {
+      node->setLabel(variableCaption(*variable));
+      node->setZORVVariable(*variable);
+    }
+  }
+  if (XVariable* type = graph.getVariable(ChartString(u"type"), 0)) {
+    type->addRelabel(0, XUtility::ChartStringFromOLANG(data.translate("Not Significant")));
+    type->addRelabel(1, XUtility::ChartStringFromOLANG(data.translate("Significant")));
+  }
+  const ZORV_Variable* facet1 = group.size() >= 3 ? data.getVariable(group[0].fField) : nullptr;
+  const ZORV_Variable* facet2 = group.size() >= 4 ? data.getVariable(group[1].fField) : nullptr;
+  if (facet1 != nullptr) DescribeFacet(graph, u"facet1", *facet1);
+  if (facet2 != nullptr) DescribeFacet(graph, u"facet2", *facet2);
+  for (const auto& relabel : network.fRelabels) {
+    for (const char16_t* name : {u"node", u"from", u"to"}) {
+      if (XVariable* chartVariable = graph.getVariable(ChartString(name), 0)) {
+        chartVariable->addRelabel(XUtility::ChartStringFromUTF8(relabel.first),
+                                  XUtility::ChartStringFromOLANG(relabel.second));
+      }
+    }
+  }
+}
+
 }  // namespace
 
 void GNLMChartOutput::Data::createPairwiseChart(const Stats::EMMEANSCustomData& custom) {
@@ -93,15 +183,12 @@ void GNLMChartOutput::Data::createPairwiseChart(const Stats::EMMEANSCustomData& 
   const Stats::CoordinatesData& levelsA = group[gc - 1];
   const Stats::CoordinatesData& levelsB = group[gc - 2];
   const ChartString title = XUtility::ChartStringFromOLANG(fDictionary->LookUp("Pairwise Contrasts"));
-  const std::string footnote = createContrastsCaption(custom).toUTF8();
   const ZORV_Variable* variable = getVariable(levelsA.fField);
   VarDataProcessor proc;
   GNLMChartDocument::Declare(proc, kNodes, {"node", "facet1", "facet2"});
   GNLMChartDocument::Declare(proc, kEdges, {"from", "to", "weight", "weightInPopup", "type", "facet1", "facet2", "tooltip"});
 
-  std::map<std::string, std::string> facet1Of;
-  std::map<std::string, std::string> facet2Of;
-  std::map<std::string, std::string> relabels;
+  Network network;
   long e = 0;
   for (std::size_t row : RowsByLevel(levelsA)) {
     bool ok = false;
@@ -114,86 +201,30 @@ void GNLMChartOutput::Data::createPairwiseChart(const Stats::EMMEANSCustomData& 
     const std::string& b = ValueAt(levelsB, row);
     const std::string idA = f1 + f2 + a;
     const std::string idB = f1 + f2 + b;
-    for (const std::string* id : {&idA, &idB}) {
-      facet1Of.emplace(*id, f1);
-      facet2Of.emplace(*id, f2);
-    }
-    SetNumberOrText(proc, kEdges, "from", e, idA);
-    // The weight is written for a node identified by a number only; the
-    // chart has always drawn it so.
-    if (SetNumberOrText(proc, kEdges, "to", e, idB)) {
-      SetNumber(proc, kEdges, "weight", e, 1.0 / ((1.0 - sig) * (1.0 - sig)));
-      SetNumber(proc, kEdges, "weightInPopup", e, sig);
-    }
+    network.AddNode(idA, f1, f2);
+    network.AddNode(idB, f1, f2);
     const bool significant = !(contrasts.fAdjustedSigLevel <= sig);
-    SetNumber(proc, kEdges, "type", e, significant ? 1.0 : 0.0);
-    SetNumberOrText(proc, kEdges, "facet1", e, f1);
-    SetNumberOrText(proc, kEdges, "facet2", e, f2);
-
-    // The tooltip names the level of the higher mean first.
-    std::string first = a;
-    std::string second = b;
-    bool estimateOk = false;
-    const double estimate = parseNumber(ValueAt(contrasts.fContrastEstimate, row), estimateOk);
-    if (row < contrasts.fContrastEstimate.fValues.size() && estimateOk && estimate < 0.0) std::swap(first, second);
-    std::string tooltip = fDictionary->LookUp(significant ? "Simple Higher" : "Simple Same");
-    replaceFirst(tooltip, "^1", fTargetLabel);
-    replaceFirst(tooltip, "^2", TooltipLevel(*this, variable, second));
-    replaceFirst(tooltip, "^3", TooltipLevel(*this, variable, first));
-    SetText(proc, kEdges, "tooltip", e, XUtility::ChartStringFromOLANG(tooltip).toUTF8());
-
+    WriteEdge(proc, e, idA, idB, sig, significant, f1, f2);
+    SetText(proc, kEdges, "tooltip", e,
+            PairTooltip(*this, variable, contrasts.fContrastEstimate, row, a, b, significant));
     if (variable != nullptr) {
-      if (const char* label = LevelValueLabel(*this, *variable, a)) relabels.emplace(RelabelKey(idA), label);
-      if (const char* label = LevelValueLabel(*this, *variable, b)) relabels.emplace(RelabelKey(idB), label);
+      if (const char* label = LevelValueLabel(*this, *variable, a)) network.fRelabels.emplace(RelabelKey(idA), label);
+      if (const char* label = LevelValueLabel(*this, *variable, b)) network.fRelabels.emplace(RelabelKey(idB), label);
     }
     ++e;
   }
-  long n = 0;
-  for (const auto& node : facet1Of) {
-    SetNumberOrText(proc, kNodes, "node", n, node.first);
-    SetNumberOrText(proc, kNodes, "facet1", n, node.second);
-    SetNumberOrText(proc, kNodes, "facet2", n, facet2Of[node.first]);
-    ++n;
-  }
+  WriteNodes(proc, network);
 
   std::string text;
   if (!GNLMChartDocument::FetchTemplate("GLMMPairwiseContrasts.viztemplate", text)) return;
-  replaceFirst(text, "TitleText", title.toUTF8());
-  std::string subtitle = fDictionary->LookUp("Target\\: ^1");
-  replaceFirst(subtitle, "^1", fTargetLabel);
-  GNLMChartText::removeEscapes(subtitle);
-  replaceFirst(text, "subTitleText", subtitle);
-  replaceFirst(text, "FootnoteText", footnote);
+  PatchTexts(*this, text, title, createContrastsCaption(custom).toUTF8());
   if (gc < 3) {
     removeFaceting(text);
   } else if (gc < 4) {
     removeFacet2(text);
   }
-
   XDocument document(text);
-  XGraph& graph = *document.getExternalGraph();
-  if (variable != nullptr) {
-    if (XVariable* node = graph.getVariable(ChartString(u"node"), 0)) {
-      node->setLabel(variableCaption(*variable));
-      node->setZORVVariable(*variable);
-    }
-  }
-  if (XVariable* type = graph.getVariable(ChartString(u"type"), 0)) {
-    type->addRelabel(0, XUtility::ChartStringFromOLANG(translate("Not Significant")));
-    type->addRelabel(1, XUtility::ChartStringFromOLANG(translate("Significant")));
-  }
-  const ZORV_Variable* facet1 = gc >= 3 ? getVariable(group[0].fField) : nullptr;
-  const ZORV_Variable* facet2 = gc >= 4 ? getVariable(group[1].fField) : nullptr;
-  if (facet1 != nullptr) DescribeFacet(graph, u"facet1", *facet1);
-  if (facet2 != nullptr) DescribeFacet(graph, u"facet2", *facet2);
-  for (const auto& relabel : relabels) {
-    for (const char16_t* name : {u"node", u"from", u"to"}) {
-      if (XVariable* chartVariable = graph.getVariable(ChartString(name), 0)) {
-        chartVariable->addRelabel(XUtility::ChartStringFromUTF8(relabel.first),
-                                  XUtility::ChartStringFromOLANG(relabel.second));
-      }
-    }
-  }
+  DescribeNetworkVariables(*document.getExternalGraph(), *this, variable, group, network);
   GNLMChartDocument::Open(document);
   GNLMChartDocument::Send(document, title, proc);
 }
