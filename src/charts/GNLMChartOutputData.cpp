@@ -12,12 +12,6 @@ using GNLMChartText::eraseThrough;
 using GNLMChartText::escapeChartText;
 using GNLMChartText::formatNumber;
 
-GNLMChartOutput::GNLMChartOutput(BpProcedure* pProcedure, ZORV_DataSource* pDataSource,
-                                 const GNLMOutputStats& stats)
-    : fpData(new Data(pProcedure, pDataSource, stats)) {}
-
-GNLMChartOutput::~GNLMChartOutput() { delete fpData; }
-
 GNLMChartOutput::Data::Data(BpProcedure* pProcedure, ZORV_DataSource* pDataSource, const GNLMOutputStats& stats)
     : fProcedure(pProcedure), fStats(&stats), fDataSource(pDataSource), fDictionary(nullptr), fSysmis(-DBL_MAX) {
   fDistMean = fDistShape = fDistRate = fDistR = fDistP = fSysmis;
