@@ -25,6 +25,29 @@ namespace {
 const double kPanelGap = 14.0;
 const double kMinPanelHeight = 110.0;
 const double kMinEmbeddedPanel = 24.0;
+// A facet's heading takes at most this many lines.
+const std::size_t kMaxHeaderLines = 2;
+
+// The lines of a panel's heading: each facet's label wrapped to the panel's
+// width, on at most two lines, the second cut short where it is still too
+// long, so that the level at the end of "Variable = level" shows whenever
+// it can.
+std::vector<std::string> HeaderLines(const XChartPanels::Panel& panel, double cellWidth, double fontSize) {
+  std::vector<std::string> lines;
+  const double width = cellWidth - 6.0;
+  for (const std::string* label : {&panel.fLabel1, &panel.fLabel2}) {
+    if (label->empty()) continue;
+    const std::vector<std::string> wrapped = XTextMetrics::Wrap(*label, width, fontSize);
+    for (std::size_t i = 0; i < wrapped.size() && i < kMaxHeaderLines; ++i) {
+      std::string text = wrapped[i];
+      if (i + 1 == kMaxHeaderLines) {
+        for (std::size_t j = i + 1; j < wrapped.size(); ++j) text += " " + wrapped[j];
+      }
+      lines.push_back(XTextMetrics::Truncate(text, width, fontSize));
+    }
+  }
+  return lines;
+}
 
 std::vector<std::string> PaletteOf(const XMarkupNode& chart) {
   std::vector<std::string> palette;
@@ -222,13 +245,6 @@ void Drawing::Layout() {
   const int rows = std::max(1, fPanels.GetRows());
   fYTitleWidth = fpY->IsVisible() && !fpY->GetTitle().empty() ? line + 4.0 : 0.0;
   fXTitleHeight = fpX->IsVisible() && !fpX->GetTitle().empty() ? line + 6.0 : 0.0;
-  if (fPanels.IsFaceted()) {
-    int lines = 0;
-    for (int p = 0; p < fPanels.GetCount(); ++p) {
-      lines = std::max(lines, (fPanels.Get(p).fLabel1.empty() ? 0 : 1) + (fPanels.Get(p).fLabel2.empty() ? 0 : 1));
-    }
-    fHeaderHeight = lines > 0 ? line * lines + 6.0 : 0.0;
-  }
   const double legendRight = fFrame.HasLegend() && !fFrame.IsLegendBelow() ? fFrame.GetLegendWidth() + 16.0 : 0.0;
   const double legendBelow = fFrame.HasLegend() && fFrame.IsLegendBelow() ? fFrame.GetLegendHeight() + 8.0 : 0.0;
   double right = fGraphShare > 0 && legendRight > 0 ? fWidth * fGraphShare / 100.0 : fWidth - margin - legendRight;
@@ -243,6 +259,13 @@ void Drawing::Layout() {
     fPlotLeft = margin + fMarginLeft + fYTitleWidth + yDepth + overhang;
     const double plotWidth = std::max(right - fPlotLeft, 10.0);
     fCellWidth = std::max((plotWidth - (columns - 1) * fGap) / columns, 10.0);
+    if (fPanels.IsFaceted()) {
+      std::size_t lines = 0;
+      for (int p = 0; p < fPanels.GetCount(); ++p) {
+        lines = std::max(lines, HeaderLines(fPanels.Get(p), fCellWidth, fFontSize).size());
+      }
+      fHeaderHeight = lines > 0 ? line * static_cast<double>(lines) + 6.0 : 0.0;
+    }
     fpX->SetRange(0.0, fCellWidth);
     fpX->LayoutLabels(fCellWidth, fFontSize, maxLabel);
     const double xDepth = fpX->LabelDepth(fFontSize);
@@ -418,10 +441,7 @@ void Drawing::DrawPanel(XSvgWriter& svg, int panel) {
   svg.Open("g",
            {{"class", "panel"}, {"transform", "translate(" + XSvgWriter::Num(x) + " " + XSvgWriter::Num(y) + ")"}});
   if (fHeaderHeight > 0) {
-    std::vector<std::string> lines;
-    for (const std::string* label : {&place.fLabel1, &place.fLabel2}) {
-      if (!label->empty()) lines.push_back(XTextMetrics::Truncate(*label, fCellWidth - 6.0, fFontSize));
-    }
+    const std::vector<std::string> lines = HeaderLines(place, fCellWidth, fFontSize);
     svg.Element("rect", {{"class", "panel-header"},
                          {"x", "0"},
                          {"y", XSvgWriter::Num(-fHeaderHeight)},

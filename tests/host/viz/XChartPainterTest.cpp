@@ -12,6 +12,8 @@
 
 #include "ChartTestSupport.h"
 #include "host/viz/XChartRenderer.h"
+#include "host/viz/XSvgWriter.h"
+#include "host/viz/XTextMetrics.h"
 
 using ChartTestSupport::Count;
 using ChartTestSupport::DataBuilder;
@@ -220,6 +222,32 @@ TEST(XChartPainter, FacetsMakeSmallMultiplesThatShareTheirScales) {
   EXPECT_EQ(Count(svg, "class=\"panel\""), 2);
   EXPECT_EQ(Count(svg, "class=\"panel-header\""), 2);
   EXPECT_EQ(Count(svg, "<rect x="), 2);  // the square, in each panel
+}
+
+TEST(XChartPainter, ALongFacetHeadingTakesASecondLineSoItsLevelShows) {
+  DataBuilder data;
+  const char* levels[] = {"0.2", "0.4", "0.6", "0.8"};
+  for (long row = 0; row < 4; ++row) {
+    data.Number("s", "x", row, row).Number("s", "y", row, row).Text("s", "f", row, levels[row]);
+  }
+  const std::string decls =
+      Decl("x") + Decl("y") + Decl("f", "prefix=\"Nitrogen (hundredweight per acre) = \"");
+  const std::string svg = Drawn(Chart(decls,
+                                      "<faceting><variableReference variable=\"f\"></variableReference></faceting>"
+                                      "<facetLayout><facetLevel level=\"1\" wrap=\"2\"></facetLevel></facetLayout>"
+                                      "<point x=\"x\" y=\"y\"/>"),
+                                data.Get());
+  ASSERT_EQ(Count(svg, "class=\"panel\""), 4);
+  // The heading goes on at its second line, which ends in the level.
+  for (const char* level : levels) {
+    EXPECT_NE(svg.find(std::string(" = ") + level + "</tspan></text>"), std::string::npos) << level;
+  }
+  EXPECT_EQ(Count(svg, ">Nitrogen (hundredweight</tspan>"), 4);
+  EXPECT_EQ(svg.find("\xE2\x80\xA6"), std::string::npos);  // nothing cut short
+  // Two lines of heading: the headers are twice a line high.
+  const std::vector<std::string> heights = Attributes(svg, "rect", "height");
+  EXPECT_NE(std::find(heights.begin(), heights.end(), XSvgWriter::Num(2 * XTextMetrics::LineHeight(12) + 4)),
+            heights.end());
 }
 
 TEST(XChartPainter, LineGuidesStandInThePanelsTheirConditionLeaves) {
