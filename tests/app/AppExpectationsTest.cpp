@@ -729,6 +729,7 @@ TEST_F(AppExpectationsTest, OatsFactorialShowsMeansAndContrastsOfEachKind) {
   EXPECT_EQ(Headings(commands[0]), (std::vector<std::string>{"Fixed Effects", "Model Viewer"}));
   EXPECT_EQ(Headings(ViewerHeading(commands[0])),
             (std::vector<std::string>{"Random Effect Covariances", "Covariance Parameters",
+                                      "Estimated Marginal Means for Top Significant Fixed Effects",
                                       "Estimated Marginal Means 1: Variety of oats * Nitrogen (hundredweight per acre)",
                                       "Estimated Marginal Means 2: Variety of oats * Nitrogen (hundredweight per acre)",
                                       "Estimated Marginal Means 3: Nitrogen (hundredweight per acre)"}));
