@@ -46,7 +46,8 @@ class GNLMEmmeansOutputTest : public viewer_test::ViewerTest {
 TEST_F(GNLMEmmeansOutputTest, TheGrandMeanThenEachRequestUnderItsHeading) {
   Means().DisplayCustomEMMEANSOutput();
   EXPECT_EQ(Outline(), (std::vector<std::string>{"table: GrandMeans", "heading: Estimated Marginal Means: Treatment",
-                                                 "  table: Estimates", "  table: Contrasts",
+                                                 "  table: Estimates", "  chart: GLMMCustomEffects",
+                                                 "  table: Contrasts", "  chart: GLMMPairwiseContrasts",
                                                  "  table: OverallTestResults"}));
   const OmTable& grand = Table("GrandMeans");
   EXPECT_EQ(grand.fTitle.fText, "Estimated Marginal Means: Grand Mean");
@@ -259,7 +260,8 @@ TEST_F(GNLMEmmeansOutputTest, ACompareFactorOfOneLevelIsAWarningInsteadOfContras
   Means().DisplayCustomEMMEANSOutput();
   // Messages stand at the procedure's level, after the request's block.
   EXPECT_EQ(Outline(), (std::vector<std::string>{"table: GrandMeans", "heading: Estimated Marginal Means: Treatment",
-                                                 "  table: Estimates", "  table: OverallTestResults",
+                                                 "  table: Estimates", "  chart: GLMMCustomEffects",
+                                                 "  table: OverallTestResults",
                                                  "message: Estimated Marginal Means 1: Contrasts cannot be computed "
                                                  "because the compared factor has fewer than two levels."}));
 }

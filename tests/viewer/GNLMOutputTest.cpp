@@ -31,24 +31,31 @@ class GNLMOutputTest : public viewer_test::ViewerTest {
 // --- The order of the whole output -------------------------------------------
 
 // The tables follow one another in the order the viewer fixes, each under
-// its heading; the charts have their places between them but draw nothing.
+// its heading, with the charts in their places between them.
 TEST_F(GNLMOutputTest, TheWholeOutputFollowsItsFixedOrder) {
   ASSERT_TRUE(ReadFixture("poisson"));
   Viewer().DisplayOutput();
   EXPECT_EQ(Outline(), (std::vector<std::string>{"table: ModelSummary",
                                                  "table: DataStructure",
+                                                 "chart: GLMMPredictedByObserved",
                                                  "table: FixedEffects",
+                                                 "chart: GLMMFixedCoefficients",
                                                  "table: FixedCoefficients",
+                                                 "chart: GLMMFixedCoefficients",
                                                  "heading: Random Effect Covariances",
                                                  "  table: RandomEffects",
                                                  "heading: Covariance Parameters",
                                                  "  table: CovarianceParametersSummary",
                                                  "  table: ResidualEffect",
                                                  "  table: CovarianceParameters",
+                                                 "heading: Estimated Marginal Means for Top Significant Fixed Effects",
+                                                 "  chart: GLMMEmMeans",
                                                  "table: GrandMeans",
                                                  "heading: Estimated Marginal Means: Treatment",
                                                  "  table: Estimates",
+                                                 "  chart: GLMMCustomEffects",
                                                  "  table: Contrasts",
+                                                 "  chart: GLMMPairwiseContrasts",
                                                  "  table: OverallTestResults"}));
 }
 

@@ -198,7 +198,9 @@ TEST_F(PlugInTest, AStatJSONGivenFirstShowsItsTablesInTheirPlace) {
     if (item.fKind == OmItem::HEADING) headings.push_back(item.fpHeading->fText);
   }
   EXPECT_EQ(headings, (std::vector<std::string>{"Random Effect Covariances", "Covariance Parameters",
-                                                "Random Effects Parameters", "Estimated Marginal Means: Treatment"}));
+                                                "Random Effects Parameters",
+                                                "Estimated Marginal Means for Top Significant Fixed Effects",
+                                                "Estimated Marginal Means: Treatment"}));
   EXPECT_TRUE(fPlugIn->ProcessOutputJSON());
   ASSERT_GE(Items().size(), 2u);
   EXPECT_EQ(Items()[Items().size() - 2].fpHeading->fText, "Random Effects Parameters");

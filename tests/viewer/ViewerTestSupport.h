@@ -93,8 +93,8 @@ class ViewerTest : public results_test::ReaderTest {
     static const OmTable kNone;
     return tables.empty() ? kNone : *tables.front();
   }
-  // The outline in order: "heading: text", "table: sub-type", "message:
-  // text", at any depth, indented by two blanks per level.
+  // The outline in order: "heading: text", "table: sub-type", "chart:
+  // kind", "message: text", at any depth, indented by two blanks per level.
   std::vector<std::string> Outline() const {
     std::vector<std::string> lines;
     Walk(Output(), "", lines);
@@ -115,6 +115,8 @@ class ViewerTest : public results_test::ReaderTest {
         Walk(*item.fpHeading, indent + "  ", out);
       } else if (item.fKind == OmItem::TABLE) {
         out.push_back(indent + "table: " + item.fpTable->fSubType);
+      } else if (item.fKind == OmItem::CHART) {
+        out.push_back(indent + "chart: " + item.fpChart->fKind);
       } else if (item.fKind == OmItem::MESSAGE) {
         out.push_back(indent + "message: " + item.fpMessage->fText);
       }
