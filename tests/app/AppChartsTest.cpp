@@ -26,7 +26,6 @@
 #include "host/render/BrowserSupport.h"
 #include "host/render/OmHtmlRenderer.h"
 #include "app/AppSession.h"
-#include "charts/GNLMChartOutput.h"
 #include "host/cf/CFMetaData.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
@@ -36,6 +35,7 @@
 #include "results/GNLMOutputStats.h"
 #include "results/GNLMParseOutXML.h"
 #include "run/MixDriver.h"
+#include "viewer/GNLMOutput.h"
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
@@ -123,7 +123,7 @@ void CollectCharts(const OmHeading& heading, std::vector<const OmChart*>& charts
 }
 
 // One fit of a run: its result model, read from the documents the program
-// saved, and the charts drawn from it in the model viewer's order.
+// saved, and the model viewer's output drawn from it, charts and tables.
 class Fit {
  public:
   Fit(ZORV_Dataset& data, const fs::path& pmml, const fs::path& statXML) : fMetaData(data) {
@@ -135,17 +135,7 @@ class Fit {
     GNLMParseOutXML reader(&procedure, &data, &fStats, model, results);
     fbRead = reader.ParseXML();
     if (!fbRead) return;
-    GNLMChartOutput charts(&procedure, &data, fStats);
-    charts.createPredictedByObservedChart();
-    charts.createFixedEffectsChart();
-    charts.createFixedCoefficientsChart();
-    charts.createEMMeansChart();
-    if (const std::vector<Stats::EMMEANSCustomData>* blocks = fStats.GetEMMEANSCustomCollect()) {
-      for (const Stats::EMMEANSCustomData& custom : *blocks) {
-        GNLMChartOutput(&procedure, &data, fStats).createCustomEffectsChart(custom);
-        GNLMChartOutput(&procedure, &data, fStats).createContrastsChart(custom);
-      }
-    }
+    GNLMOutput(&procedure, &data, &fStats).DisplayOutput();
   }
 
   bool Read() const { return fbRead; }
