@@ -9,12 +9,14 @@
 #include "host/output/ToString.h"
 #include "host/text/ZORVMBConverter.h"
 #include "host/viz/XUtility.h"
+#include "numeric/common/MCMarkupText.h"
 
 namespace GNLMChartText {
 
 namespace {
 
-// What a single byte becomes in chart text; null when it stays as it is.
+// What a line end or line-drawing code becomes in chart text; null for
+// every other byte. The markup characters are the markup escaper's.
 const char* Escaped(unsigned char byte) {
   switch (byte) {
     case 10:
@@ -43,18 +45,12 @@ const char* Escaped(unsigned char byte) {
       return "&#9516;";
     case 24:
       return "&#9524;";
-    case '"':
-      return "&quot;";
-    case '&':
-      return "&amp;";
-    case '<':
-      return "&lt;";
-    case '>':
-      return "&gt;";
     default:
       return nullptr;
   }
 }
+
+bool IsMarkup(unsigned char byte) { return byte == '"' || byte == '&' || byte == '<' || byte == '>'; }
 
 }  // namespace
 
@@ -74,6 +70,8 @@ void escapeChartText(std::string& text) {
     const char* escaped = Escaped(byte);
     if (escaped != nullptr) {
       out += escaped;
+    } else if (IsMarkup(byte)) {
+      out += MCCommon_850::MCMarkupText::Escape(std::string(1, text[i]), MCCommon_850::MCMarkupText::XML_ATTRIBUTE);
     } else {
       out += text[i];
     }
