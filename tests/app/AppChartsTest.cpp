@@ -29,6 +29,7 @@
 #include "host/cf/CFMetaData.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
+#include "host/files/ScratchFolder.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
 #include "host/viz/XMarkupReader.h"
@@ -169,15 +170,9 @@ class Fit {
 
 class AppCharts : public ::testing::Test {
  protected:
-  void SetUp() override {
-    fOutput = fs::temp_directory_path() / ("glmixfit-charts-test-" + std::to_string(::getpid()));
-    fs::remove_all(fOutput);
-    AppProcedureHook::Set(MixDriver);
-  }
+  void SetUp() override { AppProcedureHook::Set(MixDriver); }
   void TearDown() override {
     AppProcedureHook::Set(nullptr);
-    std::error_code ignored;
-    fs::remove_all(fOutput, ignored);
     ZORV_Session::Current().BeginCommand();
   }
 
@@ -194,7 +189,8 @@ class AppCharts : public ::testing::Test {
     return fit;
   }
 
-  fs::path fOutput;
+  ScratchFolder fScratch{"glmixfit-charts-test"};
+  const fs::path& fOutput = fScratch.Path();
   std::unique_ptr<AppSession> fpSession;
 };
 
