@@ -203,6 +203,52 @@ TEST_F(AppFittingTest, AFitErrorEndsTheCommandWithAnErrorAndTheNextCommandRuns) 
   fs::remove_all(dir);
 }
 
+// A model without fixed parameters is legitimate: it is fitted, with every
+// option that used to stop at the empty fixed part, and the first fit's
+// numbers are R's.
+TEST_F(AppFittingTest, AModelWithoutFixedParametersIsFitted) {
+  const fs::path dir = fOutput.string() + "-data";
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  fs::copy_file(fs::path(GLMIX_SOURCE_DIR) / "examples" / "data" / "dyestuff.csv", dir / "dyestuff.csv");
+  {
+    std::ofstream commands(dir / "run.gmx");
+    commands << "LOAD 'dyestuff.csv'.\n"
+                "GLMIXFIT Yield /FIXED INTERCEPT=NO /RANDOM INTERCEPT SUBJECTS=Batch /MEANS OVERALL.\n"
+                "GLMIXFIT Yield /FIXED INTERCEPT=NO /RESIDUAL SUBJECTS=Batch STRUCTURE=CS /SAVE PREDICTED "
+                "RESIDUAL.\n"
+                "WEIGHT BY Yield.\nGLMIXFIT Yield /FIXED INTERCEPT=NO /RANDOM INTERCEPT SUBJECTS=Batch.\n"
+                "WEIGHT OFF.\nSPLIT BY Batch.\nGLMIXFIT Yield /FIXED INTERCEPT=NO /MEANS OVERALL.\n";
+  }
+  AppOptions options;
+  options.fOutputDir = fOutput.string();
+  options.fbText = false;
+  options.fbJson = true;
+  AppSession session(options);
+  ASSERT_TRUE(session.RunFile((dir / "run.gmx").string()));
+  std::ostringstream terminal;
+  std::string error;
+  ASSERT_TRUE(session.WriteReports(terminal, error)) << error;
+  EXPECT_EQ(session.ExitStatus(), 0);
+  const json report = ReadJson(fOutput / "report.json");
+  std::vector<std::string> messages;
+  CollectMessages(report["items"], messages);
+  for (const std::string& message : messages) EXPECT_NE(message.rfind("error", 0), 0u) << message;
+
+  std::multimap<std::string, json> tables;
+  CollectTables(report["items"], tables);
+  EXPECT_EQ(tables.count("Information Criteria"), 4u);
+  const json reference = ReadJson(fs::path(GLMIX_TEST_DATA_DIR) / "numeric" / "reference" / "dyestuff_no_fixed.json");
+  const json& criteria = tables.find("Information Criteria")->second;
+  ExpectNear(criteria["cells"][0]["value"].get<double>(), reference["minus2ll"].get<double>(), 1e-6,
+             "-2 restricted log likelihood");
+  const json& random = tables.find("CovarianceParameters")->second;
+  ExpectNear(Value(random, 0, 0), reference["var_batch"].get<double>(), 1e-5, "batch variance");
+  const json& residual = tables.find("ResidualEffect")->second;
+  ExpectNear(Value(residual, 0, 0), reference["var_residual"].get<double>(), 1e-5, "residual variance");
+  fs::remove_all(dir);
+}
+
 }  // namespace
 
 // An output folder given relative to the working folder holds the

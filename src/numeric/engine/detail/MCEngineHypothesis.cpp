@@ -61,6 +61,9 @@ void MCEngineHypothesis::SetEstimates(const Eigen::VectorXd& beta, const Eigen::
 }
 
 bool MCEngineHypothesis::IsEstimable(const Eigen::RowVectorXd& l) const {
+  // Without fixed parameters the one function of them is zero, which is
+  // estimable (and has nothing to test).
+  if (l.size() == 0) return true;
   const double c = l.cwiseAbs().maxCoeff();
   const double scale = c > 0.0 ? c : 1.0;
   return (l - l * fH).cwiseAbs().maxCoeff() <= scale * 1e-4;
