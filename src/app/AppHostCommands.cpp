@@ -31,6 +31,16 @@ const char* const kDebugSwitchList =
 
 }  // namespace
 
+std::string AppHostCommands::NotRegularFile(const std::string& path) {
+  std::error_code ec;
+  const std::filesystem::file_status status = std::filesystem::status(path, ec);
+  if (ec || !std::filesystem::exists(status) || std::filesystem::is_regular_file(status)) return std::string();
+  if (std::filesystem::is_directory(status)) return "a folder";
+  if (std::filesystem::is_fifo(status)) return "a pipe";
+  if (std::filesystem::is_socket(status)) return "a socket";
+  return "a device";
+}
+
 std::string AppHostCommands::ResolvePath(const std::string& baseDir, const std::string& name) {
   std::filesystem::path path(name);
   if (path.is_absolute() || baseDir.empty()) return path.lexically_normal().string();
@@ -58,11 +68,18 @@ std::unique_ptr<ZORV_Dataset> AppHostCommands::Load(AppCommandReader& reader, co
   }
 
   std::string path = ResolvePath(baseDir, file);
-  files = {path, haveDictionary ? ResolvePath(baseDir, dictionary) : DataFileLoader::DictionaryPathFor(path)};
+  const std::string dictionaryPath = haveDictionary ? ResolvePath(baseDir, dictionary) : std::string();
+  for (const std::string& read : {path, dictionaryPath}) {
+    const std::string what = NotRegularFile(read);
+    if (!read.empty() && !what.empty()) {
+      reader.FailAt(fileToken, "the data cannot be loaded: " + read + " is " + what + ", not a file of data");
+    }
+  }
+  files = {path, haveDictionary ? dictionaryPath : DataFileLoader::DictionaryPathFor(path)};
   std::unique_ptr<ZORV_Dataset> data(new ZORV_Dataset());
   try {
     if (haveDictionary) {
-      DataFileLoader::Load(path, ResolvePath(baseDir, dictionary), *data);
+      DataFileLoader::Load(path, dictionaryPath, *data);
     } else {
       DataFileLoader::Load(path, *data);
     }

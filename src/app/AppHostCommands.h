@@ -15,6 +15,7 @@ class AppHostCommands {
   // LOAD 'file' [DICTIONARY='file']: a new dataset, for the caller to make
   // the active one. Relative names are taken from `baseDir`. `summary` says
   // what was read; `files` gets the data file and its dictionary's name.
+  // Only regular files are read: a folder, a pipe or a device is refused.
   static std::unique_ptr<ZORV_Dataset> Load(AppCommandReader& reader, const std::string& baseDir,
                                             std::string& summary, std::vector<std::string>& files);
   // SET VARIABLES=... VALUES=...: the display of names and labels.
@@ -31,4 +32,7 @@ class AppHostCommands {
 
   // A file name of a command, taken from `baseDir` unless it is absolute.
   static std::string ResolvePath(const std::string& baseDir, const std::string& name);
+  // What stands under `path` when it is there and is not a regular file ("a
+  // folder", "a pipe", "a socket", "a device"); "" otherwise.
+  static std::string NotRegularFile(const std::string& path);
 };

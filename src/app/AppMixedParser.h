@@ -34,6 +34,10 @@ class AppMixedParser {
   AppMixedParser(const ZORV_Dataset& data, const std::string& baseDir, const std::string& outputDir,
                  int commandNumber);
 
+  // The files that no document of the command may overwrite: the command
+  // file and the data and dictionary files loaded.
+  void SetReadFiles(const std::vector<std::string>& files) { fvReadFiles = files; }
+
   // Reads the whole command; throws AppCommandError at the first mistake.
   AppMixedCommand Parse(AppCommandReader& reader);
 
@@ -82,6 +86,9 @@ class AppMixedParser {
   std::vector<int> ReadCrossing(AppCommandReader& reader, const std::string& expected);
   void CheckSubject(AppCommandReader& reader, const AppToken& at, int column);
   std::string ReadFileName(AppCommandReader& reader);
+  // A file name to write a document to: not a folder, pipe or device, not a
+  // file the run read, not another document of the command.
+  std::string ReadDocumentName(AppCommandReader& reader);
   std::string DefaultFile(const std::string& name) const;
   std::vector<double> ReadValues(AppCommandReader& reader, const std::string& expected);
 
@@ -92,6 +99,7 @@ class AppMixedParser {
   std::string VariableName(int column) const;
 
   const ZORV_Dataset& fData;
+  std::vector<std::string> fvReadFiles;
   std::string fBaseDir;
   std::string fOutputDir;
   int fCommandNumber;

@@ -1,6 +1,9 @@
 #include "app/AppMixedParser.h"
 
+#include <filesystem>
+
 #include "app/AppCommandReader.h"
+#include "app/AppHostCommands.h"
 #include "base/MIXCommandLayout.h"
 #include "host/data/ZORV_Dataset.h"
 
@@ -80,6 +83,37 @@ void AppMixedParser::ParseSave(AppCommandReader& reader) {
   }
 }
 
+namespace {
+
+// Whether two names stand for the same file: the same text once resolved,
+// or, when both exist, the same file under two names.
+bool SameFile(const std::string& a, const std::string& b) {
+  if (std::filesystem::path(a).lexically_normal() == std::filesystem::path(b).lexically_normal()) return true;
+  std::error_code ec;
+  return std::filesystem::equivalent(a, b, ec) && !ec;
+}
+
+}  // namespace
+
+std::string AppMixedParser::ReadDocumentName(AppCommandReader& reader) {
+  const AppToken& token = reader.Peek();
+  const std::string name = ReadFileName(reader);
+  const std::string what = AppHostCommands::NotRegularFile(name);
+  if (!what.empty()) reader.FailAt(token, "expected a file to write the document to, found " + name + ", " + what);
+  for (const std::string& read : fvReadFiles) {
+    if (SameFile(name, read)) {
+      reader.FailAt(token, "the document would overwrite " + read + ", which the run reads; give another name");
+    }
+  }
+  for (const std::string* other : {&fCommand.fModelFile, &fCommand.fStatXmlFile, &fCommand.fStatJsonFile}) {
+    if (!other->empty() && SameFile(name, *other)) {
+      reader.FailAt(token, "the document would overwrite " + *other +
+                               ", another document of the command; give each its own name");
+    }
+  }
+  return name;
+}
+
 void AppMixedParser::ParseExport(AppCommandReader& reader) {
   std::vector<std::string> seen;
   const std::string allowed = "MODEL=, PARAMETERS=, STATXML= or STATJSON=";
@@ -91,12 +125,12 @@ void AppMixedParser::ParseExport(AppCommandReader& reader) {
       if (fCommand.fFileKind != AppMixedCommand::FILE_MODEL_HOST) {
         reader.FailAt(reader.GetCommand().fvTokens[at], "expected one of MODEL= and PARAMETERS=, found both");
       }
-      fCommand.fModelFile = ReadFileName(reader);
+      fCommand.fModelFile = ReadDocumentName(reader);
       fCommand.fFileKind = name == "MODEL" ? AppMixedCommand::FILE_MODEL_USER : AppMixedCommand::FILE_PARAMETERS_USER;
     } else if (name == "STATXML") {
-      fCommand.fStatXmlFile = ReadFileName(reader);
+      fCommand.fStatXmlFile = ReadDocumentName(reader);
     } else if (name == "STATJSON") {
-      fCommand.fStatJsonFile = ReadFileName(reader);
+      fCommand.fStatJsonFile = ReadDocumentName(reader);
     } else {
       reader.SetIndex(at);
       reader.Fail(reader.Peek(), allowed);

@@ -84,33 +84,59 @@ AppSession::AppSession(const AppOptions& options) : fOptions(options) {
 // The switches are the process's; a run leaves them as it found them.
 AppSession::~AppSession() { AppHostCommands::ResetDebugSwitches(); }
 
+namespace {
+
+// Reads at most AppSession::kMaxCommandFileBytes and one byte more, so that
+// a device or an endless pipe cannot fill the memory. False when the stream
+// fails.
+bool ReadBounded(std::istream& in, std::string& text) {
+  text.clear();
+  char block[65536];
+  while (text.size() <= AppSession::kMaxCommandFileBytes) {
+    in.read(block, sizeof block);
+    text.append(block, static_cast<std::size_t>(in.gcount()));
+    if (!in) return in.eof();
+  }
+  return true;
+}
+
+}  // namespace
+
 bool AppSession::RunFile(const std::string& path) {
+  const std::string origin = path == "-" ? std::string("<stdin>") : path;
   std::string text;
   std::string baseDir;
+  auto refuse = [&](const std::string& why) {
+    fDocument.fRoot.AddMessage(OmMessage::ERROR, origin + ": " + why);
+    fbAnyError = true;
+    return false;
+  };
+  bool read = false;
   if (path == "-") {
-    std::ostringstream buffer;
-    buffer << std::cin.rdbuf();
-    text = buffer.str();
+    read = ReadBounded(std::cin, text);
   } else {
     std::error_code ec;
-    if (std::filesystem::is_directory(path, ec)) {
-      fDocument.fRoot.AddMessage(OmMessage::ERROR, path + ": the command file is a folder.");
-      fbAnyError = true;
-      return false;
+    if (std::filesystem::is_directory(path, ec)) return refuse("the command file is a folder.");
+    const std::filesystem::file_status status = std::filesystem::status(path, ec);
+    if (!ec && (std::filesystem::is_character_file(status) || std::filesystem::is_block_file(status))) {
+      return refuse("the command file is a device, not a file of commands.");
     }
     std::ifstream in(path, std::ios::binary);
-    if (!in) {
-      fDocument.fRoot.AddMessage(OmMessage::ERROR, path + ": the command file cannot be read.");
-      fbAnyError = true;
-      return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    baseDir = std::filesystem::path(path).parent_path().string();
-    fDataContext.fvReadFiles.push_back(path);
+    if (!in) return refuse("the command file cannot be read.");
+    read = ReadBounded(in, text);
+    // Absolute, so that names taken from it are not taken from it twice
+    // when the host resolves them again.
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    const std::filesystem::path absolute = std::filesystem::absolute(folder.empty() ? "." : folder, ec);
+    baseDir = ec ? folder.string() : absolute.lexically_normal().string();
   }
-  RunText(text, path == "-" ? std::string("<stdin>") : path, baseDir);
+  if (!read) return refuse("the command file cannot be read.");
+  if (text.size() > kMaxCommandFileBytes) {
+    return refuse("the command file is larger than " + std::to_string(kMaxCommandFileBytes / (1024 * 1024)) +
+                  " MB, the most a command file may hold.");
+  }
+  if (path != "-") fDataContext.fvReadFiles.push_back(path);
+  RunText(text, origin, baseDir);
   return true;
 }
 
@@ -185,7 +211,7 @@ void AppSession::Dispatch(AppCommandReader& reader, BpProcedure& procedure, cons
     fDataContext.fBaseDir = baseDir;
     AppDataCommands::Run(reader, fDataContext);
   } else {
-    reader.Fail(first, "a command (LOAD, SET, SPLIT, WEIGHT, " + AppDataCommands::Names() + " or GLMIXFIT)");
+    reader.Fail(first, "a command (LOAD, SET, SPLIT, WEIGHT, DEBUG, " + AppDataCommands::Names() + " or GLMIXFIT)");
   }
 }
 
@@ -196,6 +222,7 @@ void AppSession::RunMixed(AppCommandReader& reader, BpProcedure& procedure, cons
                   "expected data to work on, found none: LOAD a data file before GLMIXFIT");
   }
   AppMixedParser parser(*fpData, baseDir, fOptions.fOutputDir, number);
+  parser.SetReadFiles(fDataContext.fvReadFiles);
   AppMixedCommand command = parser.Parse(reader);
   AppMixedMemory::Write(command, *fpData, fMemory);
   procedure.SetDataSource(fpData.get());

@@ -34,8 +34,12 @@ class AppSession {
   // relative file names in the commands are taken from `baseDir` ("" is the
   // working folder).
   void RunText(const std::string& text, const std::string& origin, const std::string& baseDir);
+  // The largest command file read, in bytes.
+  static constexpr std::size_t kMaxCommandFileBytes = 16u * 1024u * 1024u;
+
   // Reads and runs a command file ("-" is standard input). False when the
-  // file cannot be read; the reason is in the document.
+  // file cannot be read, is a folder or a device, or is larger than
+  // kMaxCommandFileBytes; the reason is in the document.
   bool RunFile(const std::string& path);
 
   // Terminal text to `terminal`, HTML and JSON into the output folder.

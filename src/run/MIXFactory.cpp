@@ -18,6 +18,7 @@
 #include "host/data/ZORV_Variable.h"
 #include "host/files/AppParams.h"
 #include "host/files/BEPesRepos.h"
+#include "host/files/AtomicFileWriter.h"
 #include "host/files/ExtNameStr.h"
 #include "host/files/PathFactory.h"
 #include "host/output/BP_ToFront.h"
@@ -152,7 +153,22 @@ void RunExport(Export exportDocument) {
   }
 }
 
-const std::ios_base::openmode kDocumentMode = std::ios::binary | std::ios::out | std::ios::trunc;
+// Writes one document under a temporary name and renames it into place, so
+// that a failed or killed export leaves the previous file; a document that
+// was written is handed to the repository, one that was not is reported by
+// the repository's check at the end of the command.
+template <typename Export>
+void WriteDocument(const std::string& name, int kind, Export exportDocument) {
+  AtomicFileWriter writer(ExtNameStr(name).GetPath());
+  if (writer.IsOpen()) {
+    RunExport([&]() { exportDocument(writer.Stream()); });
+    if (writer.Commit()) {
+      TestAndStoreToPes(name.c_str(), kind, 1);
+      return;
+    }
+  }
+  BEPesRepos::NoteFailedWrite(name, writer.GetReason());
+}
 
 }  // namespace
 
@@ -603,26 +619,12 @@ void MIXFactory::SavePMMLFile() {
                                      pParams->fpApplicationVersion != nullptr ? pParams->fpApplicationVersion : "",
                                      pParams->fpCopyright != nullptr ? pParams->fpCopyright : "");
     info.SetIncludeTimestamp(false);
-    ExtNameStr file;
-    file.SetGeneric(name);
-    std::ofstream stream;
-    if (file.Open(stream, kDocumentMode)) {
-      RunExport([&]() { pAlgorithm->ExportPMML(stream, &info); });
-      stream.close();
-      TestAndStoreToPes(name.c_str(), BEPesRepos::KIND_XML, 1);
-    }
+    WriteDocument(name, BEPesRepos::KIND_XML, [&](std::ostream& stream) { pAlgorithm->ExportPMML(stream, &info); });
   }
 
   if (fpSpecs->GetOutFOptionStatXML()) {
-    const std::string xmlName = fpSpecs->GetOutFStatXMLFileName();
-    ExtNameStr file;
-    file.SetGeneric(xmlName);
-    std::ofstream stream;
-    if (file.Open(stream, kDocumentMode)) {
-      RunExport([&]() { pAlgorithm->ExportStatXML(stream); });
-      stream.close();
-      TestAndStoreToPes(xmlName.c_str(), BEPesRepos::KIND_XML, 1);
-    }
+    WriteDocument(fpSpecs->GetOutFStatXMLFileName(), BEPesRepos::KIND_XML,
+                  [&](std::ostream& stream) { pAlgorithm->ExportStatXML(stream); });
   }
 
   if (fpSpecs->GetOutFOptionStatJSON()) {
@@ -630,12 +632,8 @@ void MIXFactory::SavePMMLFile() {
     ExtNameStr file;
     file.SetGeneric(jsonName);
     if (fpSpecs->GetUseStatJSON()) {
-      std::ofstream stream;
-      if (file.Open(stream, kDocumentMode)) {
-        RunExport([&]() { pAlgorithm->ExportStatJSON(stream); });
-        stream.close();
-        TestAndStoreToPes(jsonName.c_str(), BEPesRepos::KIND_JSON, 1);
-      }
+      WriteDocument(jsonName, BEPesRepos::KIND_JSON,
+                    [&](std::ostream& stream) { pAlgorithm->ExportStatJSON(stream); });
     } else if (file.Access(ExtNameStr::MODE_EXISTS) != ExtNameStr::ACCESS_ABSENT) {
       // No stale document of an earlier run may stay behind.
       file.remove();

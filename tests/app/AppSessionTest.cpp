@@ -239,7 +239,7 @@ TEST_F(AppSessionTest, SplitAndWeightErrors) {
 TEST_F(AppSessionTest, UnknownCommandsAreErrorsAndTheRestStillRuns) {
   Run("FROB x.\n5 LOAD.\n" + std::string(kLoad));
   const std::string commands =
-      "LOAD, SET, SPLIT, WEIGHT, COMPUTE, RECODE, SELECT, FILTER, LABEL, VALUES, MISSING, LEVEL, FORMAT, WRITE or "
+      "LOAD, SET, SPLIT, WEIGHT, DEBUG, COMPUTE, RECODE, SELECT, FILTER, LABEL, VALUES, MISSING, LEVEL, FORMAT, WRITE or "
       "GLMIXFIT";
   EXPECT_EQ(Error(0), "t.gmx:1:1: expected a command (" + commands + "), found 'FROB'.");
   EXPECT_EQ(Error(1), "t.gmx:2:1: expected a command (" + commands + "), found 5.");

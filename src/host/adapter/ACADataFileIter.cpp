@@ -18,6 +18,7 @@
 #include "host/adapter/ACAIterState.h"
 #include "host/adapter/ACAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
+#include "host/files/AtomicFileWriter.h"
 
 namespace {
 
@@ -377,8 +378,9 @@ void ACADataFileIter::RemoveTempFiles() {
 
 bool ACADataFileIter::GetTextFile(const std::string& path) const {
   if (fbClosed || fState == ACA_ITER_FAILED) return false;
-  std::ofstream out(path, std::ios::out | std::ios::trunc);
-  if (!out.is_open()) return false;
+  AtomicFileWriter writer(path);
+  if (!writer.IsOpen()) return false;
+  std::ostream& out = writer.Stream();
   const ACAVarValidSpecs* specs = fpAdapter->GetVarValidSpecs();
   const ProcedureDataSource& dataSource = fpAdapter->GetDataSource();
   for (int v = 0; v < fNRecordVars; ++v) {
@@ -404,8 +406,7 @@ bool ACADataFileIter::GetTextFile(const std::string& path) const {
       first += static_cast<long>(count);
     }
   }
-  out.close();
-  return !out.fail();
+  return writer.Commit();
 }
 
 void ACADataFileIter::CloseDataFile() {

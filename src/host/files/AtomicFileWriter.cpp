@@ -24,6 +24,13 @@ mode_t NewFileMode() {
 }  // namespace
 
 AtomicFileWriter::AtomicFileWriter(const std::string& path) : fPath(path) {
+  // Renaming over a device, a pipe or a folder would replace it: only a
+  // regular file, or nothing, may stand under the name.
+  struct stat existing {};
+  if (::stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode)) {
+    Fail("it is not a regular file");
+    return;
+  }
   const std::filesystem::path target(path);
   const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : std::filesystem::path(".");
   std::string pattern = (folder / ("." + target.filename().string() + ".tmp-XXXXXX")).string();
@@ -32,7 +39,7 @@ AtomicFileWriter::AtomicFileWriter(const std::string& path) : fPath(path) {
   errno = 0;
   const int descriptor = ::mkstemp(name.data());
   if (descriptor < 0) {
-    fError = "cannot write '" + path + "': " + Reason(errno);
+    Fail(Reason(errno));
     return;
   }
   ::fchmod(descriptor, NewFileMode());
@@ -40,10 +47,15 @@ AtomicFileWriter::AtomicFileWriter(const std::string& path) : fPath(path) {
   fTemporary = name.data();
   fStream.open(fTemporary, std::ios::binary | std::ios::trunc);
   if (!fStream.is_open()) {
-    fError = "cannot write '" + path + "': " + Reason(errno);
+    Fail(Reason(errno));
     std::remove(fTemporary.c_str());
     fTemporary.clear();
   }
+}
+
+void AtomicFileWriter::Fail(const std::string& reason) {
+  fReason = reason;
+  fError = "cannot write '" + fPath + "': " + reason;
 }
 
 AtomicFileWriter::~AtomicFileWriter() {
@@ -57,14 +69,14 @@ bool AtomicFileWriter::Commit() {
   const bool written = fStream.good();
   fStream.close();
   if (!written || fStream.fail()) {
-    fError = "cannot write '" + fPath + "': " + Reason(errno);
+    Fail(Reason(errno));
     std::remove(fTemporary.c_str());
     fTemporary.clear();
     return false;
   }
   errno = 0;
   if (std::rename(fTemporary.c_str(), fPath.c_str()) != 0) {
-    fError = "cannot write '" + fPath + "': " + Reason(errno);
+    Fail(Reason(errno));
     std::remove(fTemporary.c_str());
     fTemporary.clear();
     return false;

@@ -9,7 +9,8 @@
 class AtomicFileWriter {
  public:
   // Creates the temporary file beside `path`. IsOpen() says whether that
-  // worked, GetError() why not.
+  // worked, GetError() why not. A name that stands for anything but a
+  // regular file (a device, a pipe, a folder) is refused.
   explicit AtomicFileWriter(const std::string& path);
   // Removes the temporary file unless it was committed.
   ~AtomicFileWriter();
@@ -18,6 +19,8 @@ class AtomicFileWriter {
 
   bool IsOpen() const { return fStream.is_open(); }
   const std::string& GetError() const { return fError; }
+  // The reason alone, without the file's name.
+  const std::string& GetReason() const { return fReason; }
   std::ostream& Stream() { return fStream; }
 
   // Closes the temporary file and renames it to the path. False, with the
@@ -26,9 +29,12 @@ class AtomicFileWriter {
   bool Commit();
 
  private:
+  void Fail(const std::string& reason);
+
   std::string fPath;
   std::string fTemporary;
   std::ofstream fStream;
   std::string fError;
+  std::string fReason;
   bool fbCommitted = false;
 };

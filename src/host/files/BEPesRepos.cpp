@@ -1,5 +1,7 @@
 #include "host/files/BEPesRepos.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <fstream>
 #include <sstream>
@@ -14,19 +16,37 @@ std::vector<BEPesRepos::FileData>& BEPesRepos::Files() {
   return files;
 }
 
+std::vector<BEPesRepos::FailedWrite>& BEPesRepos::FailedWrites() {
+  static std::vector<FailedWrite> failed;
+  return failed;
+}
+
+// Only a regular file of a bounded size is read back: a name that stands for
+// a device or a pipe would never end.
 bool BEPesRepos::Read(const std::string& name, std::string* content) {
   if (name.empty()) return false;
-  std::ifstream in(ExtNameStr(name).GetPath(), std::ios::binary);
+  const std::string path = ExtNameStr(name).GetPath();
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+  if (static_cast<unsigned long long>(info.st_size) > kMaxReadBytes) return false;
+  std::ifstream in(path, std::ios::binary);
   if (!in.is_open()) return false;
   if (content != nullptr) {
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    *content = buffer.str();
+    content->assign(static_cast<std::size_t>(info.st_size), '\0');
+    in.read(&(*content)[0], static_cast<std::streamsize>(content->size()));
+    content->resize(static_cast<std::size_t>(in.gcount()));
   }
   return !in.bad();
 }
 
-void BEPesRepos::BEPesClear() { Files().clear(); }
+void BEPesRepos::BEPesClear() {
+  Files().clear();
+  FailedWrites().clear();
+}
+
+void BEPesRepos::NoteFailedWrite(const std::string& name, const std::string& reason) {
+  FailedWrites().push_back(FailedWrite{name, reason});
+}
 
 bool BEPesRepos::Store(const char* name, int kind, int flag) {
   std::string fileName = name ? name : "";
@@ -53,6 +73,13 @@ std::vector<std::string> BEPesRepos::FindUnreadable() {
 }
 
 int BEPesRepos::BEPesCheckError() {
+  for (const FailedWrite& failed : FailedWrites()) {
+    BpComposite text("The output file ^1 was not written: ^2.", false);
+    text.Add(BpString(failed.fName, false, false));
+    text.Add(BpString(failed.fReason, false, false));
+    text.Finish();
+    BpError(text, BpErrorShowOutput, BpErrorLevelError);
+  }
   std::vector<std::string> bad = FindUnreadable();
   for (const std::string& name : bad) {
     BpComposite text("The output file ^1 is missing or cannot be read.", false);
@@ -60,7 +87,7 @@ int BEPesRepos::BEPesCheckError() {
     text.Finish();
     BpError(text, BpErrorShowOutput, BpErrorLevelError);
   }
-  return static_cast<int>(bad.size());
+  return static_cast<int>(FailedWrites().size() + bad.size());
 }
 
 const std::vector<BEPesRepos::FileData>& BEPesRepos::GetFiles() { return Files(); }

@@ -32,11 +32,18 @@ class BEPesRepos {
     std::vector<ZORV_Session::SplitValue> fvSplit;
   };
 
+  // The largest file read back, in bytes.
+  static constexpr unsigned long long kMaxReadBytes = 1ULL << 30;
+
   // Forgets every entry: a new command begins.
   static void BEPesClear();
-  // Tests every file named in the repository again and issues one error
-  // message for each that is missing or unreadable now; returns how many.
+  // Issues one error message for each file that could not be written, then
+  // tests every file named in the repository again and issues one for each
+  // that is missing or unreadable now; returns how many messages.
   static int BEPesCheckError();
+  // Remembers a document that could not be written, with the reason, for
+  // the check at the end of the command.
+  static void NoteFailedWrite(const std::string& name, const std::string& reason);
 
   // Enters one hand-over of a file, with a snapshot of its content; true
   // when the file is readable. A file without a name is not entered.
@@ -50,11 +57,17 @@ class BEPesRepos {
   static std::vector<const FileData*> GetDeliveries(int kind);
 
  private:
+  struct FailedWrite {
+    std::string fName;
+    std::string fReason;
+  };
   static std::vector<FileData>& Files();
+  static std::vector<FailedWrite>& FailedWrites();
   static bool Read(const std::string& name, std::string* content);
 };
 
 // Hands a written file to the repository, with its kind (a BEPesRepos::Kind)
 // and a flag: 1 to deliver it to the procedure's viewer, 0 to keep it only.
-// True when the file is there and readable.
+// True when the file is there, regular, not larger than
+// BEPesRepos::kMaxReadBytes and readable.
 bool TestAndStoreToPes(const char* name, int kind, int flag);

@@ -3,18 +3,20 @@
 #include <readstat.h>
 
 #include <cmath>
-#include <cstdio>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "host/data/ZORV_Dataset.h"
+#include "host/files/AtomicFileWriter.h"
 #include "host/io/DataFileError.h"
 
 namespace {
 
 ssize_t WriteBytes(const void* data, size_t length, void* ctx) {
-  std::FILE* file = static_cast<std::FILE*>(ctx);
-  return static_cast<ssize_t>(std::fwrite(data, 1, length, file));
+  std::ostream& out = *static_cast<std::ostream*>(ctx);
+  out.write(static_cast<const char*>(data), static_cast<std::streamsize>(length));
+  return out ? static_cast<ssize_t>(length) : -1;
 }
 
 std::string FormatText(const ZORV_Format& format, StatFileWriter::Kind kind) {
@@ -51,30 +53,11 @@ class Writer {
   readstat_writer_t* fpWriter;
 };
 
-class OutputFile {
- public:
-  explicit OutputFile(const std::string& path) : fpFile(std::fopen(path.c_str(), "wb")) {}
-  ~OutputFile() {
-    if (fpFile != nullptr) std::fclose(fpFile);
-  }
-  OutputFile(const OutputFile&) = delete;
-  OutputFile& operator=(const OutputFile&) = delete;
-  std::FILE* Get() const { return fpFile; }
-  bool Close() {
-    bool ok = std::fclose(fpFile) == 0;
-    fpFile = nullptr;
-    return ok;
-  }
-
- private:
-  std::FILE* fpFile;
-};
-
 }  // namespace
 
 void StatFileWriter::Write(const ZORV_Dataset& dataset, const std::string& path, Kind kind) const {
-  OutputFile file(path);
-  if (file.Get() == nullptr) throw DataFileError(path, 0, 0, "cannot create the file");
+  AtomicFileWriter file(path);
+  if (!file.IsOpen()) throw DataFileError(path, 0, 0, "cannot create the file: " + file.GetReason());
   Writer writer;
   auto check = [&](readstat_error_t error) {
     if (error != READSTAT_OK) throw DataFileError(path, 0, 0, std::string("cannot write the file: ") + readstat_error_message(error));
@@ -105,8 +88,8 @@ void StatFileWriter::Write(const ZORV_Dataset& dataset, const std::string& path,
   }
 
   long rows = dataset.GetCaseCount();
-  check(kind == DTA ? readstat_begin_writing_dta(writer.Get(), file.Get(), rows)
-                    : readstat_begin_writing_sas7bdat(writer.Get(), file.Get(), rows));
+  check(kind == DTA ? readstat_begin_writing_dta(writer.Get(), &file.Stream(), rows)
+                    : readstat_begin_writing_sas7bdat(writer.Get(), &file.Stream(), rows));
   for (long row = 0; row < rows; ++row) {
     check(readstat_begin_row(writer.Get()));
     for (int column = 0; column < dataset.ColumnCount(); ++column) {
@@ -122,5 +105,5 @@ void StatFileWriter::Write(const ZORV_Dataset& dataset, const std::string& path,
     check(readstat_end_row(writer.Get()));
   }
   check(readstat_end_writing(writer.Get()));
-  if (!file.Close()) throw DataFileError(path, 0, 0, "cannot write the file");
+  if (!file.Commit()) throw DataFileError(path, 0, 0, "cannot write the file: " + file.GetReason());
 }

@@ -2,7 +2,8 @@
 
 #include <string>
 
-// Writes a rendered document to a file.
+// Writes a rendered document to a file, under a temporary name renamed into
+// place once complete.
 class OmOutputFile {
  public:
   // Writes `content` to `path`, replacing the file. On failure returns false

@@ -79,13 +79,27 @@ TEST_F(AtomicFileWriterTest, AFolderThatDoesNotExistIsAnErrorNamingTheFile) {
   EXPECT_FALSE(writer.Commit());
 }
 
-TEST_F(AtomicFileWriterTest, RenamingOntoAFolderFailsAndLeavesNoTemporaryFile) {
+TEST_F(AtomicFileWriterTest, AFolderIsRefusedAndLeavesNoTemporaryFile) {
   const fs::path path = fDir / "folder";
   fs::create_directories(path / "inside");
   AtomicFileWriter writer(path.string());
-  ASSERT_TRUE(writer.IsOpen());
-  writer.Stream() << "x";
+  EXPECT_FALSE(writer.IsOpen());
   EXPECT_FALSE(writer.Commit());
-  EXPECT_NE(writer.GetError().find("cannot write '" + path.string() + "'"), std::string::npos);
+  EXPECT_EQ(writer.GetError(), "cannot write '" + path.string() + "': it is not a regular file");
+  EXPECT_EQ(writer.GetReason(), "it is not a regular file");
+  EXPECT_TRUE(fs::is_directory(path / "inside"));
   EXPECT_EQ(Entries(), 1);
+}
+
+TEST_F(AtomicFileWriterTest, ADeviceIsRefusedAndLeftAsItWas) {
+  for (const char* path : {"/dev/null", "/dev/full"}) {
+    AtomicFileWriter writer(path);
+    EXPECT_FALSE(writer.IsOpen()) << path;
+    EXPECT_EQ(writer.GetError(), "cannot write '" + std::string(path) + "': it is not a regular file");
+    EXPECT_FALSE(writer.Commit());
+  }
+  struct stat info {};
+  ASSERT_EQ(::stat("/dev/null", &info), 0);
+  EXPECT_TRUE(S_ISCHR(info.st_mode));
+  EXPECT_EQ(Entries(), 0);
 }

@@ -137,3 +137,33 @@ TEST_F(BEPesReposTest, CheckErrorReportsEachBadFile) {
   EXPECT_TRUE(ZORV_Session::Current().IsFatal());
   ZORV_Session::Current().BeginCommand();
 }
+
+// A device is never read back: reading /dev/zero would not end.
+TEST_F(BEPesReposTest, OnlyRegularFilesAreReadBack) {
+  ScratchDir dir("pes_device");
+  EXPECT_FALSE(TestAndStoreToPes("/dev/zero", 6, 1));
+  EXPECT_FALSE(TestAndStoreToPes("/dev/full", 6, 1));
+  EXPECT_FALSE(TestAndStoreToPes(dir.Path().c_str(), 99, 1));
+  ASSERT_EQ(BEPesRepos::GetFiles().size(), 3u);
+  for (const auto& file : BEPesRepos::GetFiles()) {
+    EXPECT_FALSE(file.fbReadable) << file.fName;
+    EXPECT_TRUE(file.fContent.empty()) << file.fName;
+  }
+  EXPECT_EQ(BEPesRepos::FindUnreadable().size(), 3u);
+}
+
+TEST_F(BEPesReposTest, CheckErrorReportsEachFileNotWrittenWithItsReason) {
+  ZORV_Session::Current().BeginCommand();
+  BEPesRepos::NoteFailedWrite("nofolder/m.xml", "No such file or directory");
+  auto& items = BpProcedure::HostDocument().fRoot.fvItems;
+  std::size_t before = items.size();
+  EXPECT_EQ(BEPesRepos::BEPesCheckError(), 1);
+  ASSERT_EQ(items.size(), before + 1);
+  EXPECT_EQ(items.back().fpMessage->fLevel, OmMessage::ERROR);
+  EXPECT_EQ(items.back().fpMessage->fText,
+            "The output file nofolder/m.xml was not written: No such file or directory.");
+  EXPECT_TRUE(ZORV_Session::Current().IsFatal());
+  BEPesRepos::BEPesClear();
+  EXPECT_EQ(BEPesRepos::BEPesCheckError(), 0);
+  ZORV_Session::Current().BeginCommand();
+}
