@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <new>
 #include <vector>
 
 #include "app/AppCommandReader.h"
@@ -85,6 +86,8 @@ std::unique_ptr<ZORV_Dataset> AppHostCommands::Load(AppCommandReader& reader, co
     }
   } catch (const DataFileError& e) {
     reader.FailAt(fileToken, std::string("the data cannot be loaded: ") + e.what());
+  } catch (const std::bad_alloc&) {
+    reader.FailAt(fileToken, "the data cannot be loaded: " + path + " needs more memory than there is");
   } catch (const std::exception& e) {
     reader.FailAt(fileToken, "the data cannot be loaded from " + path + ": " + e.what());
   }

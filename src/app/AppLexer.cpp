@@ -57,9 +57,7 @@ class Scanner {
         fvCurrent.push_back(token);
       } else {
         AppToken token = Start(AppToken::ERROR);
-        std::string shown = std::isprint(static_cast<unsigned char>(c)) ? std::string("'") + c + "'"
-                                                                         : "a control character";
-        token.fText = "the character " + shown + " has no meaning here";
+        token.fText = UnexpectedCharacter(static_cast<unsigned char>(c)) + " has no meaning here";
         Advance();
         fvCurrent.push_back(token);
       }
@@ -69,6 +67,14 @@ class Scanner {
   }
 
  private:
+  // "the character '!'", or for a byte that does not print, its code:
+  // "the control character 0x00".
+  static std::string UnexpectedCharacter(unsigned char c) {
+    if (std::isprint(c)) return std::string("the character '") + static_cast<char>(c) + "'";
+    const char* digits = "0123456789ABCDEF";
+    return std::string("the control character 0x") + digits[c >> 4] + digits[c & 15];
+  }
+
   AppToken Start(AppToken::Kind kind) const {
     AppToken token;
     token.fKind = kind;

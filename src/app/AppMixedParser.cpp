@@ -248,6 +248,9 @@ std::vector<AppMixedParser::Subcommand> AppMixedParser::FindSubcommands(AppComma
     std::string name = reader.IsWord() ? AppCommandReader::Upper(nameToken.fText) : std::string();
     bool known = false;
     for (const char* s : kSubcommands) known = known || name == s;
+    if (!known && reader.IsSymbol('/')) {
+      reader.FailAt(nameToken, "expected a subcommand name after '/', found a second '/'");
+    }
     if (!known) reader.Fail(nameToken, kSubcommandList);
     if (!Repeatable(name)) {
       for (const Subcommand& earlier : subs) {

@@ -9,6 +9,7 @@
 namespace {
 
 const long kMaxInt = 2147483647L;
+const double kMinConfidence = 1e-6;
 
 }  // namespace
 
@@ -24,8 +25,11 @@ void AppMixedParser::ParseEstimation(AppCommandReader& reader) {
       fCommand.fbReml = ReadChoice(reader, {"ML", "REML"}, "REML or ML") == 1;
     } else if (name == "CONFIDENCE") {
       const AppToken& t = reader.Peek();
-      double value = reader.ExpectNumber("a confidence level in percent, above 0 and below 100");
-      if (!(value > 0.0 && value < 100.0)) reader.Fail(t, "a confidence level in percent, above 0 and below 100");
+      // The level is handed on as a fraction: a level that vanishes there
+      // (a subnormal number) is no level at all.
+      const std::string expected = "a confidence level in percent, from 0.000001 to below 100";
+      double value = reader.ExpectNumber(expected);
+      if (!(value >= kMinConfidence && value < 100.0)) reader.Fail(t, expected);
       fCommand.fConfidence = value;
     } else if (name == "ITERATIONS") {
       fCommand.fIterations = static_cast<int>(reader.ExpectWhole("a whole number of iterations from 1 to 2147483647", 1, kMaxInt));

@@ -1,6 +1,7 @@
 #include "app/AppSession.h"
 
 #include <filesystem>
+#include <new>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -171,6 +172,10 @@ void AppSession::RunCommand(const AppCommandText& command, const std::string& or
       Dispatch(reader, procedure, baseDir);
     } catch (const AppCommandError& e) {
       BpError(BpString(e.what(), false), BpErrorShowOutput, BpErrorLevelError);
+    } catch (const std::bad_alloc&) {
+      AppCommandError failure(origin, command.fLine, command.fColumn,
+                              "the command needs more memory than there is; it was not run to its end");
+      BpError(BpString(failure.what(), false), BpErrorShowOutput, BpErrorLevelError);
     } catch (const std::exception& e) {
       AppCommandError failure(origin, command.fLine, command.fColumn, std::string("the command failed: ") + e.what());
       BpError(BpString(failure.what(), false), BpErrorShowOutput, BpErrorLevelError);

@@ -179,11 +179,13 @@ TEST(AppMixedParserErrors, Estimation) {
             {"/ESTIMATION FOO=1", "FOO", 1, unknown.c_str()},
             {"/ESTIMATION METHOD=XX", "XX", 1, "expected REML or ML, found 'XX'"},
             {"/ESTIMATION CONFIDENCE=100", "100", 1,
-             "expected a confidence level in percent, above 0 and below 100, found 100"},
+             "expected a confidence level in percent, from 0.000001 to below 100, found 100"},
             {"/ESTIMATION CONFIDENCE=0", "0", 1,
-             "expected a confidence level in percent, above 0 and below 100, found 0"},
+             "expected a confidence level in percent, from 0.000001 to below 100, found 0"},
+            {"/ESTIMATION CONFIDENCE=4.9e-324", "4.9e-324", 1,
+             "expected a confidence level in percent, from 0.000001 to below 100, found 4.9e-324"},
             {"/ESTIMATION CONFIDENCE=high", "high", 1,
-             "expected a confidence level in percent, above 0 and below 100, found 'high'"},
+             "expected a confidence level in percent, from 0.000001 to below 100, found 'high'"},
             {"/ESTIMATION ITERATIONS=0", "0", 1, "expected a whole number of iterations from 1 to 2147483647, found 0"},
             {"/ESTIMATION ITERATIONS=2.5", "2.5", 1,
              "expected a whole number of iterations from 1 to 2147483647, found 2.5"},
@@ -384,4 +386,16 @@ TEST(AppMixedParserErrors, LexicalMistakesAreReportedWhereTheyStand) {
   EXPECT_EQ(ParseMixed(Data(), text, command), Where(text, "9x5") + "'9x5' is not a number.");
   text = "GLMIXFIT y WITH x /FIXED x ! x";
   EXPECT_EQ(ParseMixed(Data(), text, command), Where(text, "!") + "the character '!' has no meaning here.");
+  text = std::string("GLMIXFIT y WITH x /FIXED x ") + '\0' + " x";
+  EXPECT_EQ(ParseMixed(Data(), text, command),
+            Where(text, std::string(1, '\0')) + "the control character 0x00 has no meaning here.");
+  text = "GLMIXFIT y WITH x \x01";
+  EXPECT_EQ(ParseMixed(Data(), text, command), Where(text, "\x01") + "the control character 0x01 has no meaning here.");
+}
+
+TEST(AppMixedParserErrors, ADoubledSlashSaysSo) {
+  AppMixedCommand command;
+  const std::string text = "GLMIXFIT y WITH x //FIXED x";
+  EXPECT_EQ(ParseMixed(Data(), text, command),
+            Where(text, "/FIXED") + "expected a subcommand name after '/', found a second '/'.");
 }

@@ -247,6 +247,15 @@ TEST_F(AppSessionTest, UnknownCommandsAreErrorsAndTheRestStillRuns) {
   EXPECT_EQ(fpSession->ExitStatus(), 1);
 }
 
+// Running out of memory is a sentence, not the library's name for it.
+TEST_F(AppSessionTest, RunningOutOfMemoryIsASentenceAndTheNextCommandRuns) {
+  AppProcedureHook::Set([](void*, BpProcedure&, ProcedureDataSource&) { throw std::bad_alloc(); });
+  Run(std::string(kLoad) + "GLMIXFIT y.\nSET VARIABLES=NAMES.\n");
+  EXPECT_EQ(Error(1), "t.gmx:2:1: the command needs more memory than there is; it was not run to its end.");
+  EXPECT_TRUE(Messages(2).empty());
+  EXPECT_EQ(fpSession->ExitStatus(), 1);
+}
+
 // A line longer than the front end takes in one call is echoed whole, even
 // with a character where the pieces meet.
 TEST_F(AppSessionTest, ALongCommandLineIsEchoedWhole) {

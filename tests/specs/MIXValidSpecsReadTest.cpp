@@ -393,7 +393,7 @@ TEST_F(SpecsReading, ANonNumericCoordinateIsAUserError) {
   // Only the first offending coordinate is reported.
   ASSERT_EQ(Messages().size(), 1u);
   EXPECT_EQ(Messages()[0],
-            "The variable name given in REPEATED SPCOORDS is not numeric. Spatial coordinates must be numeric "
+            "The variable name given in /RESIDUAL COORDINATES= is not numeric. Spatial coordinates must be numeric "
             "variables.");
   EXPECT_TRUE(fData.FatalError());
   // What was read before stays; what follows is not read.
@@ -408,7 +408,7 @@ TEST_F(SpecsReading, TheCoordinateIsNamedAsTheDisplaySettingSays) {
   Read();
   ASSERT_EQ(Messages().size(), 1u);
   EXPECT_EQ(Messages()[0],
-            "The variable Case name given in REPEATED SPCOORDS is not numeric. Spatial coordinates must be numeric "
+            "The variable Case name given in /RESIDUAL COORDINATES= is not numeric. Spatial coordinates must be numeric "
             "variables.");
 }
 

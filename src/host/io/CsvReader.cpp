@@ -75,8 +75,10 @@ void CsvReader::ReadText(const std::string& text, const std::string& fileName, Z
   if (size >= 2 && ((static_cast<unsigned char>(data[0]) == 0xFF && static_cast<unsigned char>(data[1]) == 0xFE) ||
                     (static_cast<unsigned char>(data[0]) == 0xFE && static_cast<unsigned char>(data[1]) == 0xFF)))
     throw DataFileError(fileName, 1, 1, "the file is UTF-16 text; save it as UTF-8");
-  if (size >= 3 && static_cast<unsigned char>(data[0]) == 0xEF && static_cast<unsigned char>(data[1]) == 0xBB &&
-      static_cast<unsigned char>(data[2]) == 0xBF) {
+  // Every leading byte-order mark goes: a file saved twice by an editor that
+  // adds one would otherwise hide the first column under an invisible name.
+  while (size >= 3 && static_cast<unsigned char>(data[0]) == 0xEF && static_cast<unsigned char>(data[1]) == 0xBB &&
+         static_cast<unsigned char>(data[2]) == 0xBF) {
     data += 3;
     size -= 3;
   }

@@ -265,6 +265,19 @@ void DataDictionary::LoadText(const std::string& text, const std::string& fileNa
     std::size_t detail = what.find("syntax error");
     throw DataFileError(fileName, line, column,
                         "not valid JSON: " + (detail == std::string::npos ? what : what.substr(detail)));
+  } catch (const json::out_of_range& e) {
+    // A number too large for a double; the library names it but not where.
+    const std::string what = e.what();
+    const std::size_t open = what.find("parsing '");
+    const std::size_t close = open == std::string::npos ? open : what.find('\'', open + 9);
+    const std::string number = close == std::string::npos ? std::string() : what.substr(open + 9, close - open - 9);
+    long line = 0;
+    long column = 0;
+    const std::size_t at = number.empty() ? std::string::npos : text.find(number);
+    if (at != std::string::npos) LineAndColumn(text, at + 1, line, column);
+    throw DataFileError(fileName, line, column,
+                        number.empty() ? std::string("a number is too large")
+                                       : "the number " + number + " is too large");
   }
 
   Walker w(fileName);

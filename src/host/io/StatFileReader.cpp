@@ -314,8 +314,9 @@ void StatFileReader::Read(const std::string& path, Kind kind, ZORV_Dataset& data
   if (dataset.ColumnCount() != 0 || dataset.GetCaseCount() != 0)
     throw std::logic_error("StatFileReader::Read: the dataset is not empty");
   {
-    std::ifstream probe(path, std::ios::binary);
+    std::ifstream probe(path, std::ios::binary | std::ios::ate);
     if (!probe) throw DataFileError(path, 0, 0, "cannot open the file");
+    if (probe.tellg() == std::streampos(0)) throw DataFileError(path, 0, 0, "the file is empty");
   }
   ReadContext context;
   context.fPath = path;
@@ -333,6 +334,11 @@ void StatFileReader::Read(const std::string& path, Kind kind, ZORV_Dataset& data
   readstat_error_t error = kind == DTA ? readstat_parse_dta(parser.Get(), path.c_str(), &context)
                                        : readstat_parse_sas7bdat(parser.Get(), path.c_str(), &context);
   if (!context.fError.empty()) throw DataFileError(path, 0, 0, context.fError);
+  if (error == READSTAT_ERROR_READ) {
+    throw DataFileError(path, 0, 0,
+                        std::string("the file ends too early: it is cut short or is not a ") +
+                            (kind == DTA ? ".dta" : ".sas7bdat") + " file");
+  }
   if (error != READSTAT_OK) {
     std::string message = readstat_error_message(error);
     if (!context.fLibraryError.empty()) message += " (" + context.fLibraryError + ")";

@@ -121,6 +121,14 @@ TEST(CsvReader, SkipsAByteOrderMarkAndReadsUtf8) {
   EXPECT_EQ(ds.GetVariable(1)->GetType(), 7);  // bytes, not characters
 }
 
+TEST(CsvReader, SkipsEveryLeadingByteOrderMark) {
+  ZORV_Dataset ds;
+  Read("\xEF\xBB\xBF\xEF\xBB\xBF" "a,b\n1,2\n", ds);
+  ASSERT_EQ(ds.ColumnCount(), 2);
+  EXPECT_STREQ(ds.GetVariable(0)->GetName(), "a");
+  EXPECT_EQ(ds.GetNum(0, 0), 1);
+}
+
 TEST(CsvReader, LineEndingsEmptyLinesAndNoFinalBreak) {
   ZORV_Dataset ds;
   Read("a,b\r\n\r\n1,2\r3,4\n\n5,6", ds);

@@ -223,6 +223,13 @@ TEST(DataDictionaryErrors, SyntaxErrorsGiveLineAndColumn) {
   EXPECT_NE(e.GetMessage().find("UTF-8"), std::string::npos) << e.what();
   e = ErrorOf("");
   EXPECT_NE(e.GetMessage().find("not valid JSON"), std::string::npos) << e.what();
+  // A number too large for a double is named, with its place in the
+  // dictionary, not the data file.
+  e = ErrorOf("{\"variables\": {\n \"a\": {\"missing\": {\"values\": [1e999]}}}}");
+  EXPECT_EQ(e.GetFile(), "d.json");
+  EXPECT_EQ(e.GetLine(), 2);
+  EXPECT_EQ(e.GetColumn(), 31);
+  EXPECT_EQ(e.GetMessage(), "the number 1e999 is too large");
 }
 
 TEST(DataDictionaryErrors, AMissingDictionaryFile) {

@@ -239,10 +239,31 @@ TEST_F(StatFileTest, DamagedFilesGiveErrors) {
     ADD_FAILURE();
   } catch (const DataFileError& e) {
     EXPECT_NE(e.GetFile().find("text.sas7bdat"), std::string::npos);
-    EXPECT_NE(e.GetMessage().find("cannot read the file"), std::string::npos) << e.what();
+    EXPECT_EQ(e.GetMessage(), "the file ends too early: it is cut short or is not a .sas7bdat file") << e.what();
   }
   ZORV_Dataset none;
   EXPECT_THROW(StatFileReader().Read(Path("absent.dta"), none), DataFileError);
+}
+
+TEST_F(StatFileTest, AnEmptyOrCutShortFileSaysSo) {
+  for (const char* name : {"empty.sas7bdat", "empty.dta"}) {
+    std::ofstream(Path(name), std::ios::binary).flush();
+    ZORV_Dataset none;
+    try {
+      StatFileReader().Read(Path(name), none);
+      ADD_FAILURE() << name;
+    } catch (const DataFileError& e) {
+      EXPECT_EQ(e.GetMessage(), "the file is empty") << name;
+    }
+  }
+  std::ofstream(Path("short.sas7bdat"), std::ios::binary) << "abc";
+  ZORV_Dataset none;
+  try {
+    StatFileReader().Read(Path("short.sas7bdat"), none);
+    ADD_FAILURE();
+  } catch (const DataFileError& e) {
+    EXPECT_EQ(e.GetMessage(), "the file ends too early: it is cut short or is not a .sas7bdat file");
+  }
 }
 
 TEST_F(StatFileTest, WritingNeedsAWritablePlace) {
