@@ -92,6 +92,21 @@ class AppMixedParser {
   std::string DefaultFile(const std::string& name) const;
   std::vector<double> ReadValues(AppCommandReader& reader, const std::string& expected);
 
+  // The memory an unstructured covariance matrix may take, in bytes, and
+  // the most levels counted for one.
+  static constexpr double kMaxStructureBytes = 2.0 * 1024.0 * 1024.0 * 1024.0;
+  static constexpr long kMaxStructureLevels = 100000;
+  // The combinations of values of `columns` present in the data, cases with
+  // a missing value left out.
+  long DistinctCombinations(const std::vector<int>& columns) const;
+  // The columns of a random block's design: for each term, the product of
+  // its factors' levels (at least kMaxStructureLevels + 1 once past it).
+  long RandomBlockLevels(const AppMixedCommand::RandomBlockData& block) const;
+  // Refuses, at `at`, an unstructured matrix over `levels` levels of `over`
+  // whose fit would not fit in kMaxStructureBytes.
+  void CheckStructureSize(AppCommandReader& reader, const AppToken& at, int structure, long levels,
+                          const std::string& over) const;
+
   static bool Contains(const std::vector<int>& list, int value);
   int FactorPlace(int column) const;
   int CovariatePlace(int column) const;

@@ -154,6 +154,7 @@ void AppMixedParser::ParseFixed(AppCommandReader& reader) {
 
 void AppMixedParser::ParseRandom(AppCommandReader& reader) {
   AppMixedCommand::RandomBlockData block;
+  const AppToken* structureToken = nullptr;
   while (IsTermStart(reader)) {
     const AppToken& at = reader.Peek();
     AppMixedCommand::TermData term;
@@ -178,6 +179,7 @@ void AppMixedParser::ParseRandom(AppCommandReader& reader) {
         CheckSubject(reader, reader.GetCommand().fvTokens[first + 2 * i], block.fvSubjects[i]);
       }
     } else if (name == "STRUCTURE") {
+      structureToken = &reader.Peek();
       block.fCovariance = ReadCovariance(reader, false);
     } else if (name == "PREDICT") {
       block.fbPredict = ReadYesNo(reader);
@@ -185,6 +187,9 @@ void AppMixedParser::ParseRandom(AppCommandReader& reader) {
       reader.SetIndex(at);
       reader.Fail(reader.Peek(), allowed);
     }
+  }
+  if (structureToken != nullptr) {
+    CheckStructureSize(reader, *structureToken, block.fCovariance, RandomBlockLevels(block), "the random effects");
   }
   fCommand.fvRandomBlocks.push_back(block);
 }
@@ -239,5 +244,11 @@ void AppMixedParser::ParseResidual(AppCommandReader& reader) {
   if (!spatial && coordinatesToken != nullptr) {
     reader.FailAt(*coordinatesToken, "expected a spatial STRUCTURE= (POWER, EXPONENTIAL, GAUSSIAN, LINEAR, "
                                      "LINEARLOG or SPHERICAL) with COORDINATES=, found none");
+  }
+  if (structureToken != nullptr && !fCommand.fvRepeated.empty()) {
+    std::string over;
+    for (int column : fCommand.fvRepeated) over += (over.empty() ? "" : "*") + VariableName(column);
+    CheckStructureSize(reader, *structureToken, fCommand.fRepeatedCovariance,
+                       DistinctCombinations(fCommand.fvRepeated), over);
   }
 }

@@ -399,3 +399,37 @@ TEST(AppMixedParserErrors, ADoubledSlashSaysSo) {
   EXPECT_EQ(ParseMixed(Data(), text, command),
             Where(text, "/FIXED") + "expected a subcommand name after '/', found a second '/'.");
 }
+
+// An unstructured matrix over many levels is refused before anything is
+// built, with its level and parameter counts: 300 levels have
+// 300 * 301 / 2 = 45150 parameters.
+TEST(AppMixedParserErrors, AnUnstructuredMatrixTooLargeToFitIsRefusedWithItsSize) {
+  ZORV_Dataset data;
+  const int y = data.AddVariable("y", 0);
+  const int s = data.AddVariable("s", 0);
+  const int t = data.AddVariable("t", 0);
+  data.AppendCases(600);
+  for (long row = 0; row < 600; ++row) {
+    data.SetNum(row, y, static_cast<double>(row % 7));
+    data.SetNum(row, s, static_cast<double>(row / 300));
+    data.SetNum(row, t, static_cast<double>(row % 300));
+  }
+  AppMixedCommand command;
+  std::string text = "GLMIXFIT y /RESIDUAL INDEX=t SUBJECTS=s STRUCTURE=UN";
+  EXPECT_EQ(ParseMixed(data, text, command),
+            Where(text, "UN") +
+                "STRUCTURE=UN over 300 levels of t has 45150 covariance parameters and would need about 190 GB of "
+                "memory to fit, more than the 2.0 GB a covariance structure may use; use fewer levels or a structure "
+                "with fewer parameters.");
+  text = "GLMIXFIT y BY t /RANDOM INTERCEPT t SUBJECTS=s STRUCTURE=UNR";
+  const std::string prefix = Where(text, "UNR") + "STRUCTURE=UNR over 301 levels of the random effects has 45451 ";
+  const std::string message = ParseMixed(data, text, command);
+  EXPECT_EQ(message.substr(0, prefix.size()), prefix);
+  // Other structures grow linearly and are left to the fit; 50 levels of an
+  // unstructured matrix (1275 parameters) are fitted.
+  text = "GLMIXFIT y /RESIDUAL INDEX=t SUBJECTS=s STRUCTURE=AR1";
+  EXPECT_EQ(ParseMixed(data, text, command), "");
+  for (long row = 0; row < 600; ++row) data.SetNum(row, t, static_cast<double>(row % 50));
+  text = "GLMIXFIT y /RESIDUAL INDEX=t SUBJECTS=s STRUCTURE=UN";
+  EXPECT_EQ(ParseMixed(data, text, command), "");
+}
