@@ -111,6 +111,10 @@ const MessageData kMessages[] = {
      "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
     {MCCommon_850::MC_PARAM_AT_UPPER_BOUND, "Model validity is uncertain ...",
      "Model validity is uncertain in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_G_NOT_PD, "G matrix of random block ^1 not positive definite ...",
+     "G matrix of random block ^1 not positive definite in split [%1=%2:,^1=^2:]2 ...", false},
+    {MCCommon_850::MC_R_NOT_PD, "R matrix not positive definite ...",
+     "R matrix not positive definite in split [%1=%2:,^1=^2:]1 ...", false},
 };
 
 const MessageData* FindMessage(long code) {
@@ -540,7 +544,9 @@ void MIXFactory::DisplayMessage(const MCStatus& status) {
     if (pMessage->fpPlain != nullptr) plain = pMessage->fpPlain;
     if (pMessage->fpSplit != nullptr) split = pMessage->fpSplit;
     if (pMessage->fbProcContinues) fProcContinues = true;
-    if (code == MCCommon_850::MC_EMMEANS_ONE_LEVEL) number = static_cast<int>(status.GetDiscreteDatum(0));
+    if (code == MCCommon_850::MC_EMMEANS_ONE_LEVEL || code == MCCommon_850::MC_G_NOT_PD) {
+      number = static_cast<int>(status.GetDiscreteDatum(0));
+    }
   } else if (fatalForRun) {
     plain = "Internal error ...";
     split = "Internal error for split [%1 = %2:,^1 = ^2:]1 ...";

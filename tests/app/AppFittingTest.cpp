@@ -249,6 +249,63 @@ TEST_F(AppFittingTest, AModelWithoutFixedParametersIsFitted) {
   fs::remove_all(dir);
 }
 
+// Subjects whose measurements alternate around their mean (data made with
+// Python's random.seed(3): y = u * (+1, -1, +1, -1) + N(0, 1) + x / 2, u ~
+// N(0, 9), 60 subjects): an unstructured intercept-and-slope block converges
+// to a G that is not positive definite, and the run says so.
+TEST_F(AppFittingTest, AnIndefiniteEstimatedGIsAWarningNamingTheBlock) {
+  const fs::path dir = fOutput.string() + "-data";
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  fs::copy_file(fs::path(GLMIX_TEST_DATA_DIR) / "app" / "indefinite-g.csv", dir / "g.csv");
+  std::ofstream(dir / "run.gmx") << "LOAD 'g.csv'.\nGLMIXFIT y WITH x /FIXED x /RANDOM INTERCEPT SUBJECTS=s\n"
+                                    "  /RANDOM INTERCEPT x SUBJECTS=s STRUCTURE=UN /EXPORT STATXML='s.xml'.\n";
+  AppOptions options;
+  options.fOutputDir = fOutput.string();
+  options.fbText = false;
+  options.fbJson = true;
+  AppSession session(options);
+  ASSERT_TRUE(session.RunFile((dir / "run.gmx").string()));
+  std::ostringstream terminal;
+  std::string error;
+  ASSERT_TRUE(session.WriteReports(terminal, error)) << error;
+  EXPECT_EQ(session.ExitStatus(), 0);
+  const json report = ReadJson(fOutput / "report.json");
+  std::vector<std::string> messages;
+  CollectMessages(report["items"], messages);
+  int warnings = 0;
+  for (const std::string& message : messages) {
+    if (message.find("not positive definite") == std::string::npos) continue;
+    ++warnings;
+    EXPECT_EQ(message,
+              "warning: The estimated covariance matrix (G) of the random effects of /RANDOM block 2 is not positive "
+              "definite. Its structure keeps no bound that prevents this; the fit may be what is wanted, but its "
+              "variances and covariances do not describe a possible distribution of the random effects.");
+  }
+  EXPECT_EQ(warnings, 1);
+
+  // The claim checked on the estimates themselves: the second block's G has
+  // a negative determinant.
+  std::multimap<std::string, json> tables;
+  CollectTables(report["items"], tables);
+  std::vector<double> g;
+  for (auto it = tables.lower_bound("CovarianceParameters"); it != tables.upper_bound("CovarianceParameters"); ++it) {
+    if (Labels(it->second["dimensions"][0]["children"]).size() == 3) {
+      for (int row = 0; row < 3; ++row) g.push_back(Value(it->second, row, 0));
+    }
+  }
+  ASSERT_EQ(g.size(), 3u);
+  if (std::isnan(g[0])) g[0] = 0.0;  // a redundant parameter, held at 0
+  EXPECT_LT(g[0] * g[2] - g[1] * g[1], 0.0);
+
+  // The document the viewer reads carries it too.
+  std::ifstream xml(dir / "s.xml");
+  std::stringstream text;
+  text << xml.rdbuf();
+  EXPECT_NE(text.str().find("kGLMM_GNotPD"), std::string::npos);
+  fs::remove_all(dir);
+}
+
 }  // namespace
 
 // An output folder given relative to the working folder holds the

@@ -40,7 +40,10 @@ enum MCStatusCode : long {
   MC_PARAM_HESSIAN_SINGULAR = 230038,     // a parameter made the Hessian singular
   MC_PARAM_AT_LOWER_BOUND = 230087,       // a covariance parameter sits at its lower bound
   MC_STEP_HALVING_LIMIT = 230094,         // stopped at the step-halving limit without convergence
-  MC_PARAM_AT_UPPER_BOUND = 230095        // a covariance parameter sits at its upper bound
+  MC_PARAM_AT_UPPER_BOUND = 230095,       // a covariance parameter sits at its upper bound
+  // Our own codes, beyond the component's list.
+  MC_G_NOT_PD = 330001,                   // datum 0: random block (from 1) whose estimated G is not PD
+  MC_R_NOT_PD = 330002                    // the residual block's estimated R is not PD
 };
 
 }  // namespace MCCommon_850

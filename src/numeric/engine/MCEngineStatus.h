@@ -43,6 +43,10 @@ class MCEngineStatus {
   static constexpr long kConvergedSingularHessian = MCCommon_850::MC_CONVERGED_SINGULAR_HESSIAN;
   // The fixed effects reproduce the response exactly.
   static constexpr long kPerfectFit = MCCommon_850::MC_PERFECT_FIT;
+  // The estimated covariance matrix of a random block (GetBlock) or of the
+  // residual block is not positive definite.
+  static constexpr long kGMatrixNotPD = MCCommon_850::MC_G_NOT_PD;
+  static constexpr long kRMatrixNotPD = MCCommon_850::MC_R_NOT_PD;
 
   MCEngineStatus() = default;
   MCEngineStatus(long code, Kind kind) : fCode(code), fKind(kind) {}
@@ -55,9 +59,13 @@ class MCEngineStatus {
   bool IsOK() const { return fKind == kOK; }
   bool IsWarning() const { return fKind == kWarning; }
   bool IsError() const { return fKind == kError; }
+  // The random block the status is about, from 0; -1 for none.
+  int GetBlock() const { return fBlock; }
+  void SetBlock(int block) { fBlock = block; }
 
  private:
   long fCode = 0;
+  int fBlock = -1;
   Kind fKind = kOK;
 };
 

@@ -72,7 +72,9 @@ MCStatus ToStatus(const MCEngine_850::MCEngineStatus& status) {
   MCCommon_850::MCStatusKind kind = MCCommon_850::STATUS_OK;
   if (status.IsWarning()) kind = MCCommon_850::STATUS_WARNING;
   if (status.IsError()) kind = MCCommon_850::STATUS_ERROR;
-  return MCStatus(status.GetCode(), kind);
+  MCStatus out(status.GetCode(), kind);
+  if (status.GetBlock() >= 0) out.SetDiscreteDatum(0, status.GetBlock() + 1);
+  return out;
 }
 
 MCEngine_850::MCEngineSettings EngineSettings(const GLMMSettings& s) {

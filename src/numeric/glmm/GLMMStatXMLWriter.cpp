@@ -494,6 +494,13 @@ void GLMMStatXMLWriter::WriteTrainingSummary(GLMMXMLWriter& xml) const {
   if (hessian) Parts::Message(xml, "kGLMM_C18", {});
   if (redundant) Parts::Message(xml, "kGLMM_C28", {});
   if (!subjects) Parts::Message(xml, "kGLMM_C26", {});
+  for (const MCStatus& warning : stats.GetBuildModelWarnings()) {
+    if (warning.GetErrorCode() == MCCommon_850::MC_G_NOT_PD) {
+      Parts::Message(xml, "kGLMM_GNotPD", {std::to_string(warning.GetDiscreteDatum(0))});
+    } else if (warning.GetErrorCode() == MCCommon_850::MC_R_NOT_PD) {
+      Parts::Message(xml, "kGLMM_RNotPD", {});
+    }
+  }
   xml.Close();
 }
 

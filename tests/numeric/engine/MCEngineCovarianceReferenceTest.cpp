@@ -97,7 +97,13 @@ void FitAndCompare(const std::string& name) {
   const MCEngineResult& result = fitter.GetResult();
   ASSERT_FALSE(result.GetStatus().IsError()) << "status " << result.GetStatus().GetCode();
   EXPECT_TRUE(result.IsConverged());
-  EXPECT_TRUE(result.GetWarnings().empty()) << "warning " << result.GetWarnings().front().GetCode();
+  // The linear-log spatial correlation is not positive definite in two
+  // dimensions for every range: this fit's R has a negative eigenvalue, and
+  // that is the one warning allowed.
+  for (const MCEngineStatus& warning : result.GetWarnings()) {
+    EXPECT_TRUE(warning.GetCode() == MCEngineStatus::kRMatrixNotPD && name == "spatial2d_sp_linl")
+        << "warning " << warning.GetCode();
+  }
   EXPECT_TRUE(NearRelative(result.GetMinus2LogLik(), ref["minus2ll"].get<double>(), kTolLikelihood))
       << "-2 log likelihood";
 

@@ -104,7 +104,10 @@ TEST(MCEngineFit, InvariantToTheScaleOfTheResponse) {
   in.AddRandomBlock(sim.InterceptSlope(MCEngineCovType::UN));
   in.SetResidualBlock(sim.Residual(MCEngineCovType::AR1));
   MCEngineFitter a;
-  ASSERT_TRUE(a.Fit(in, MCEngineSettings()).IsOK());
+  // Twelve subjects estimate an unstructured G that is not positive
+  // definite; the fit says so and is otherwise complete.
+  const MCEngineStatus status = a.Fit(in, MCEngineSettings());
+  ASSERT_TRUE(status.IsOK() || status.GetCode() == MCEngineStatus::kGMatrixNotPD) << status.GetCode();
   for (double c : {1e100, 1e-100, 3.7}) {
     SCOPED_TRACE(c);
     MCEngineInput scaled = in;
@@ -112,7 +115,7 @@ TEST(MCEngineFit, InvariantToTheScaleOfTheResponse) {
     for (double& v : y) v *= c;
     scaled.SetY(y);
     MCEngineFitter b;
-    ASSERT_TRUE(b.Fit(scaled, MCEngineSettings()).IsOK());
+    ASSERT_EQ(b.Fit(scaled, MCEngineSettings()).GetCode(), status.GetCode());
     const MCEngineResult &ra = a.GetResult(), &rb = b.GetResult();
     const double dof = ra.GetTotalFreqWeight() - ra.GetRankX();
     EXPECT_NEAR(rb.GetMinus2LogLik(), ra.GetMinus2LogLik() + dof * std::log(c * c), 1e-7 * std::fabs(dof * std::log(c * c)) + 1e-7);

@@ -278,6 +278,24 @@ bool MCEngineFitterImpl::StartValues(MCEngineOptimizer& optimizer, const MCEngin
   return true;
 }
 
+void MCEngineFitterImpl::WarnIndefinite(const Eigen::VectorXd& theta) {
+  for (int b = -1; b < fModel.GetNBlocks(); ++b) {
+    const MCCovStructure& structure = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
+    // A diagonal matrix keeps its variances at 0 or above; a large one
+    // (a spatial structure over many points) is left unchecked.
+    if (structure.IsDiagonal() || structure.GetDimension() > kMaxCheckedDimension) continue;
+    Eigen::MatrixXd sigma;
+    structure.Build(fModel.Segment(theta, b), sigma);
+    if (sigma.rows() == 0 || !sigma.allFinite()) continue;
+    const Eigen::VectorXd values = Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd>(sigma, Eigen::EigenvaluesOnly).eigenvalues();
+    if (values.minCoeff() >= -1e-8 * values.cwiseAbs().maxCoeff()) continue;
+    MCEngineStatus warning(b < 0 ? MCEngineStatus::kRMatrixNotPD : MCEngineStatus::kGMatrixNotPD,
+                           MCEngineStatus::kWarning);
+    warning.SetBlock(b);
+    fResult.AddWarning(warning);
+  }
+}
+
 void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::VectorXd& theta) {
   const int K = fModel.GetNParams();
   const int P = fData.fNColumns;
@@ -326,6 +344,7 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
       }
     }
   }
+  WarnIndefinite(theta);
   const bool haveAsy = asy.rows() == nf && nf > 0;
   const double alpha = 1.0 - fSettings.GetConfidenceLevel() / 100.0;
   const double zq = MCEngineProbability::NormalQuantile(1.0 - alpha / 2.0);

@@ -33,8 +33,13 @@ class MCEngineFitterImpl {
   // Groups larger than this (in records) are not given a dense V_i for the
   // robust covariance when the fit went through the mixed-model equations.
   static constexpr int kMaxRobustGroupSize = 5000;
+  // Covariance matrices up to this dimension are checked for definiteness.
+  static constexpr int kMaxCheckedDimension = 500;
 
   MCEngineStatus Finish(const MCEngineStatus& status);
+  // A warning for each estimated G (random block) or R (residual block)
+  // with a negative eigenvalue: the fit keeps no bound that prevents it.
+  void WarnIndefinite(const Eigen::VectorXd& theta);
   bool BuildModel();
   MCEngineSettings::SolverPath ChoosePath() const;
   bool StartValues(MCEngineOptimizer& optimizer, const MCEngineEvaluation& nullEval,
