@@ -196,7 +196,7 @@ void MCEngineDataBuilder::DecideAliasing(const MCEngineInput& input, const std::
   std::vector<int> nz;
   for (int r : used) {
     const double w = (fw.empty() ? 1.0 : fw[U(r)]) * (sw.empty() ? 1.0 : sw[U(r)]);
-    const double* row = &X[U(r) * U(P)];
+    const double* row = X.data() + U(r) * U(P);
     nz.clear();
     for (int c = 0; c < P; ++c) {
       if (row[c] != 0.0) nz.push_back(c);
