@@ -19,6 +19,7 @@
 #include "numeric/glmm/GLMMConst.h"
 #include "numeric/glmm/GLMMOutputStats.h"
 #include "output/MIXComOutputData.h"
+#include "output/MIXCustomTestOutput.h"
 #include "output/MIXJsonOutput.h"
 #include "output/MIXParamEstimateOutput.h"
 #include "output/MIXSplitResults.h"
@@ -58,6 +59,8 @@ void MIXOutput::DisplayOutput() {
   if (fpValidSpecs->GetPrintOptionSOLUTION()) estimates.DisplayParamEstimates();
   if (fpValidSpecs->GetPrintOptionCORB()) estimates.DisplayCorrParamEst();
   if (fpValidSpecs->GetPrintOptionCOVB()) estimates.DisplayCovarParamEst();
+
+  MIXCustomTestOutput(fpComOutputData).DisplayCustomTests();
 
   if (fpValidSpecs->GetUseStatJSON()) DisplayEBLUPs();
 }

@@ -115,6 +115,8 @@ void MIXValidSpecs::CompleteSettings(GLMMSettings* pSettings, ACAInputAdapter* p
     }
     settings.SetEmmeans(requests);
   }
+  // Our extension: the custom tests reach the component, which computes them.
+  if (!CompCustomTests.empty()) settings.SetCustomTests(CompCustomTests);
 
   addFactors(CompRepeatedVarList);
   settings.SetRepeated(CompRepeatedSpec);

@@ -18,52 +18,14 @@
 #include "run/MixDriver.h"
 
 namespace fs = std::filesystem;
+using apptest::CollectMessages;
+using apptest::CollectTables;
+using apptest::Labels;
 using apptest::ReadJson;
+using apptest::Value;
 using nlohmann::json;
 
 namespace {
-
-// The tables of a rendered report, by sub-type, in the order written.
-void CollectTables(const json& items, std::multimap<std::string, json>& tables) {
-  for (const json& item : items) {
-    if (item["kind"] == "heading") CollectTables(item["items"], tables);
-    if (item["kind"] == "table") tables.emplace(item["subtype"].get<std::string>(), item);
-  }
-}
-
-void CollectMessages(const json& items, std::vector<std::string>& messages) {
-  for (const json& item : items) {
-    if (item["kind"] == "heading") CollectMessages(item["items"], messages);
-    if (item["kind"] == "message") {
-      messages.push_back(item["level"].get<std::string>() + ": " + item["text"].get<std::string>());
-    }
-  }
-}
-
-// The leaves of a dimension, in index order.
-std::vector<std::string> Labels(const json& nodes) {
-  std::vector<std::string> labels;
-  for (const json& node : nodes) {
-    if (node["kind"] == "category") {
-      labels.push_back(node["label"]["text"].get<std::string>());
-    } else {
-      std::vector<std::string> inner = Labels(node["children"]);
-      labels.insert(labels.end(), inner.begin(), inner.end());
-    }
-  }
-  return labels;
-}
-
-// The raw value of the cell at row `row` and column `column` of a table with
-// a row and a column dimension, or NaN.
-double Value(const json& table, int row, int column) {
-  for (const json& cell : table["cells"]) {
-    if (cell["coordinates"] == json::array({row, column})) {
-      return cell["value"].is_number() ? cell["value"].get<double>() : std::nan("");
-    }
-  }
-  return std::nan("");
-}
 
 void ExpectNear(double actual, double expected, double relative, const std::string& what) {
   EXPECT_NEAR(actual, expected, relative * std::fabs(expected)) << what;

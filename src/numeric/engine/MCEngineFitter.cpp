@@ -15,17 +15,25 @@ MCEngineStatus MCEngineFitter::Fit(const MCEngineInput& input, const MCEngineSet
 const MCEngineResult& MCEngineFitter::GetResult() const { return fpImpl->GetResult(); }
 
 MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>& L) const {
+  return TestContrast(L, std::vector<double>(L.size(), 0.0));
+}
+
+MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>& L,
+                                          const std::vector<double>& K) const {
   const MCEngineHypothesis* hyp = fpImpl->GetHypothesis();
   MCEngineTest test;
   test.SetL(L);
-  if (!hyp) return test;
+  if (!hyp || K.size() != L.size()) return test;
   const int P = fpImpl->GetNColumns();
   Eigen::MatrixXd M(static_cast<Eigen::Index>(L.size()), P);
   for (std::size_t i = 0; i < L.size(); ++i) {
     if (static_cast<int>(L[i].size()) != P) return test;
     for (int j = 0; j < P; ++j) M(static_cast<Eigen::Index>(i), j) = L[i][static_cast<std::size_t>(j)];
   }
-  MCEngineTest result = hyp->Test(M);
+  // The estimates are held in the scaled response's units.
+  Eigen::VectorXd k(static_cast<Eigen::Index>(K.size()));
+  for (std::size_t i = 0; i < K.size(); ++i) k[static_cast<Eigen::Index>(i)] = K[i] / fpImpl->GetData().fYScale;
+  MCEngineTest result = hyp->Test(M, k);
   fpImpl->UnscaleTest(result);
   return result;
 }

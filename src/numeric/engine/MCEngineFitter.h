@@ -29,6 +29,8 @@ class MCEngineFitter {
   // Tests L beta = 0 after a successful fit; L has one row per hypothesis row
   // over all overparameterized columns.
   MCEngineTest TestContrast(const std::vector<std::vector<double>>& L) const;
+  // Tests L beta = K, one K value per row, in the response's units.
+  MCEngineTest TestContrast(const std::vector<std::vector<double>>& L, const std::vector<double>& K) const;
   // Whether l beta is estimable (l lies in the row space of the design).
   bool IsEstimable(const std::vector<double>& l) const;
 

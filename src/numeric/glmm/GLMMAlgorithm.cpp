@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <ostream>
 #include <stdexcept>
 
@@ -14,6 +15,7 @@
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/glmm/GLMMComponentDisplay.h"
+#include "numeric/glmm/GLMMCustomTestBuilder.h"
 #include "numeric/glmm/GLMMDataSummary.h"
 #include "numeric/glmm/GLMMDesignBuilder.h"
 #include "numeric/glmm/GLMMEmmeansBuilder.h"
@@ -179,6 +181,21 @@ void SetCorrectedModelTest(const MCEngine_850::MCEngineFitter& fitter, const MCE
                                                     value(joint.GetDenDF()), value(joint.GetSig())));
 }
 
+// The custom tests, with the fit's predictor when it has one, else with one
+// of their own when a row has a random part.
+void SetCustomTests(const GLMMSettings& settings, const MCXML_850::MCVarList& varList,
+                    const GLMMDesignBuilder& builder, const MCEngine_850::MCEngineFitter& fitter,
+                    MCCommon_850::RecordIterator* pRecords, const GLMMPredictor* pPredictor, GLMMOutputStats& out) {
+  if (settings.GetCustomTests().empty()) return;
+  const GLMMCustomTestBuilder tests(settings, builder.GetBetaParameters(), builder.GetGammaParameters());
+  std::unique_ptr<GLMMPredictor> pOwn;
+  if (tests.NeedsPredictor() && (pPredictor == nullptr || !pPredictor->IsReady())) {
+    pOwn = std::make_unique<GLMMPredictor>(settings, varList);
+    pPredictor = pOwn->Setup(builder, fitter, pRecords) ? pOwn.get() : nullptr;
+  }
+  out.SetCustomTestStats(tests.Build(fitter, pPredictor));
+}
+
 }  // namespace
 
 MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
@@ -270,6 +287,7 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
     fpPredictor = std::make_unique<GLMMPredictor>(*fpSettings, *fpVarList);
     if (fpPredictor->Setup(builder, fitter, pRecords)) out.SetEBLUPStats(fpPredictor->ComputeEBLUPs());
   }
+  SetCustomTests(*fpSettings, *fpVarList, builder, fitter, pRecords, fpPredictor.get(), out);
   fbOutputAvailable = true;
   return fStatus;
 }

@@ -102,6 +102,8 @@ void GLMMOutputStats::Display(std::ostream& os) const {
   }
   DisplayI(os, "Random effect predictions:", static_cast<long>(fvEBLUPStats.size()));
   for (const GLMMEBLUPStat& stat : fvEBLUPStats) stat.Display(os);
+  if (!fvCustomTestStats.empty()) DisplayI(os, "Custom tests:", static_cast<long>(fvCustomTestStats.size()));
+  for (const GLMMCustomTestStat& stat : fvCustomTestStats) stat.Display(os);
   if (fCorrectedModelTest) {
     DisplayText(os, "Test of the corrected model:");
     fCorrectedModelTest->Display(os);

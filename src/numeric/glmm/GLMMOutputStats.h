@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "numeric/common/MCStatus.h"
+#include "numeric/glmm/GLMMCustomTestStat.h"
 #include "numeric/glmm/GLMMEBLUPStat.h"
 #include "numeric/glmm/GLMMEmmeansMean.h"
 #include "numeric/glmm/GLMMEmmeansStat.h"
@@ -98,6 +99,10 @@ class GLMMOutputStats {
   const std::vector<GLMMEBLUPStat>& GetEBLUPStats() const { return fvEBLUPStats; }
   void SetEBLUPStats(const std::vector<GLMMEBLUPStat>& stats) { fvEBLUPStats = stats; }
 
+  // The results of the settings' custom tests, in their order.
+  const std::vector<GLMMCustomTestStat>& GetCustomTestStats() const { return fvCustomTestStats; }
+  void SetCustomTestStats(const std::vector<GLMMCustomTestStat>& stats) { fvCustomTestStats = stats; }
+
   // The test of all fixed effects together against the intercept alone
   // (all of them when there is no intercept); null when not computed.
   const MCMath_850::MCTestStats* GetCorrectedModelTest() const;
@@ -176,6 +181,7 @@ class GLMMOutputStats {
   std::vector<GLMMEmmeansStat> fvEmmeansStats;
   std::optional<GLMMEmmeansMean> fGrandMean;
   std::vector<GLMMEBLUPStat> fvEBLUPStats;
+  std::vector<GLMMCustomTestStat> fvCustomTestStats;
   std::optional<MCMath_850::MCTestStats> fCorrectedModelTest;
   std::vector<double> fvTargetBinValues;
   std::vector<double> fvTargetBinFrequencies;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "numeric/common/MCMV.h"
@@ -128,6 +129,16 @@ bool GLMMPredictor::Setup(const GLMMDesignBuilder& builder, const MCEngine_850::
   }
   fbReady = r == builder.GetNRecordsRead();
   return fbReady;
+}
+
+int GLMMPredictor::GetNSubjects(int block) const {
+  if (block < 0 || block >= static_cast<int>(fvSubjects.size())) return 0;
+  return static_cast<int>(fvSubjects[U(block)].size());
+}
+
+int GLMMPredictor::GetSubjectNumber(int block, int k) const {
+  if (k < 0 || k >= GetNSubjects(block)) return -1;
+  return std::next(fvSubjects[U(block)].begin(), k)->second;
 }
 
 std::vector<GLMMEBLUPStat> GLMMPredictor::ComputeEBLUPs() const {

@@ -47,6 +47,17 @@ class GLMMPredictor {
   // GLMMOutputStats::GetEBLUPStats describes.
   std::vector<GLMMEBLUPStat> ComputeEBLUPs() const;
 
+  // The subjects of a random block that the fit saw, counted in ascending
+  // order of their values, and the fit's number of the k-th of them (-1
+  // beyond the last).
+  int GetNSubjects(int block) const;
+  int GetSubjectNumber(int block, int k) const;
+  // x'beta + z'u for x over the fit's fixed columns; see MCEnginePredictor.
+  MCEngine_850::MCEnginePrediction Predict(const std::vector<double>& x,
+                                           const std::vector<MCEngine_850::MCEngineRandomEntry>& z) const {
+    return fPredictor.Predict(x, z);
+  }
+
   // The scores of one record in the order of the types. A score whose input
   // is missing, or that cannot be estimated, is the system-missing value. A
   // subject that the fit did not see has random effects 0. The residual is

@@ -38,6 +38,8 @@ void GLMMSettings::Display(std::ostream& os) const {
   DisplayText(os, "Residual block:");
   fRepeated.Display(os);
   DisplayIV(os, "Spatial coordinates:", fvSpatialVars);
+  if (!fvCustomTests.empty()) DisplayI(os, "Custom tests:", static_cast<long>(fvCustomTests.size()));
+  for (const CustomTest& test : fvCustomTests) test.Display(os);
   GLMMComponentDisplay_850::DisplayC(os, "Covariance parameter estimation:", fThetaEstType);
   GLMMComponentDisplay_850::DisplayC(os, "Degrees of freedom:", fDegreesFreedomType);
   DisplayI(os, "Fisher scoring iterations:", fMaxFisherIterNum);

@@ -3,6 +3,7 @@
 #include <iosfwd>
 #include <vector>
 
+#include "numeric/glmm/CustomTest.h"
 #include "numeric/glmm/GLMMConst.h"
 #include "numeric/glmm/GLMMRandomSpec.h"
 #include "numeric/gzl/GZLSettings.h"
@@ -24,6 +25,12 @@ class GLMMSettings : public GZLM_NAMESPACE_850::GZLSettings {
   // The residual block; by default it has no effects, no subjects and DIAG.
   void SetRepeated(const GLMMRandomSpec& spec) { fRepeated = spec; }
   const GLMMRandomSpec& GetRepeated() const { return fRepeated; }
+
+  // Custom hypothesis tests, their random rows naming effects by their place
+  // in the flat list of the blocks' effects. An extension of the settings:
+  // the fit computes each test after the estimates.
+  void SetCustomTests(const std::vector<CustomTest>& tests) { fvCustomTests = tests; }
+  const std::vector<CustomTest>& GetCustomTests() const { return fvCustomTests; }
 
   void AddSpatialVar(int index) { fvSpatialVars.push_back(index); }
   const std::vector<int>& GetSpatialVars() const { return fvSpatialVars; }
@@ -55,6 +62,7 @@ class GLMMSettings : public GZLM_NAMESPACE_850::GZLSettings {
   std::vector<GLMMRandomSpec> fvRandomSpecs;
   GLMMRandomSpec fRepeated;
   std::vector<int> fvSpatialVars;
+  std::vector<CustomTest> fvCustomTests;
   GLMMConst_850::ThetaEstType fThetaEstType;
   GLMMConst_850::DegreesFreedomType fDegreesFreedomType;
   int fMaxFisherIterNum;

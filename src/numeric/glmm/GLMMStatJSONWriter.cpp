@@ -75,6 +75,12 @@ Json SubjectCategories(const std::vector<std::vector<double>>& subjects, std::si
   return categories;
 }
 
+// A number, or null when missing.
+Json Number(double value) {
+  if (MCCommon_850::MCMV::IsMissing(value) || !std::isfinite(value)) return nullptr;
+  return value;
+}
+
 Json Cell(int subject, int column, int statistic, bool withSubject, double value, const char* format) {
   Json cell;
   Json at = Json::array();
@@ -82,13 +88,44 @@ Json Cell(int subject, int column, int statistic, bool withSubject, double value
   at.push_back(column);
   at.push_back(statistic);
   cell["at"] = std::move(at);
-  if (MCCommon_850::MCMV::IsMissing(value) || !std::isfinite(value)) {
-    cell["value"] = nullptr;
-  } else {
-    cell["value"] = value;
-  }
+  cell["value"] = Number(value);
   cell["format"] = format;
   return cell;
+}
+
+// Our extension: the custom tests, each with its rows and joint test.
+Json CustomTests(const std::vector<GLMMCustomTestStat>& tests) {
+  Json list = Json::array();
+  for (const GLMMCustomTestStat& test : tests) {
+    Json item;
+    item["label"] = test.GetLabel();
+    Json rows = Json::array();
+    for (const GLMMCustomTestStat::RowData& r : test.GetRows()) {
+      Json row;
+      row["state"] = static_cast<int>(r.fState);
+      row["randomPart"] = r.fbRandomPart;
+      row["coefficients"] = r.fvFixedCoefficients;
+      row["testValue"] = r.fK;
+      row["estimate"] = Number(r.fEstimate);
+      row["stdErr"] = Number(r.fStdError);
+      row["df"] = Number(r.fDF);
+      row["t"] = Number(r.fT);
+      row["sig"] = Number(r.fSig);
+      row["lower"] = Number(r.fLowerBound);
+      row["upper"] = Number(r.fUpperBound);
+      rows.push_back(std::move(row));
+    }
+    item["rows"] = std::move(rows);
+    Json joint;
+    joint["state"] = static_cast<int>(test.GetJointState());
+    joint["F"] = Number(test.GetF());
+    joint["numDF"] = Number(test.GetNumDF());
+    joint["denDF"] = Number(test.GetDenDF());
+    joint["sig"] = Number(test.GetSig());
+    item["joint"] = std::move(joint);
+    list.push_back(std::move(item));
+  }
+  return list;
 }
 
 }  // namespace
@@ -269,6 +306,7 @@ MCStatus GLMMStatJSONWriter::Write(std::ostream& os) const {
 
   Json document;
   document["glmm"]["RandomEffectsParameters"]["tables"] = std::move(tables);
+  if (!fpStats->GetCustomTestStats().empty()) document["glmm"]["CustomTests"] = CustomTests(fpStats->GetCustomTestStats());
   os << document.dump(1) << '\n';
   if (!os) return MCStatus(MCCommon_850::MC_OUTPUT_FILE_ERROR, false);
   return MCStatus();

@@ -24,6 +24,8 @@ class GLMMSettings;
 // "glmm.RandomEffectsParameters.tables". Rows are the block's subjects (the
 // values of its subject variables, nested in the order of the variables)
 // and its columns (grouped under their effect); columns are the statistics.
+// As our extension, the results of the custom tests follow under
+// "glmm.CustomTests" (see docs/design.md for the shape).
 class GLMMStatJSONWriter {
  public:
   GLMMStatJSONWriter(const GLMMSettings& settings, const MCXML_850::MCVarList& varList, const GLMMOutputStats& stats);

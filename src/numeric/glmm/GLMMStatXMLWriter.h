@@ -19,7 +19,8 @@ class GLMMXMLWriter;
 // effects, random and residual blocks, requested marginal means), the label
 // maps of the fixed and random parameters, the model diagnostics (fit
 // statistics, design sizes, grand mean, tests of fixed effects, random
-// effect covariance matrices, marginal means, the target's distribution,
+// effect covariance matrices, marginal means, custom tests (our extension),
+// the target's distribution,
 // observed against predicted values, the first subject's records), the
 // parameter estimates of the fixed effects, the residual and each random
 // block, and the model's messages.
@@ -46,6 +47,7 @@ class GLMMStatXMLWriter {
   void WriteFirstSubjectRecords(GLMMXMLWriter& xml) const;
   void WriteRandomEffectCovariances(GLMMXMLWriter& xml) const;
   void WriteMarginalMeans(GLMMXMLWriter& xml) const;
+  void WriteCustomTests(GLMMXMLWriter& xml) const;
   void WriteTrainingSummary(GLMMXMLWriter& xml) const;
 
   const GLMMSettings* fpSettings;

@@ -244,6 +244,7 @@ void GLMMStatXMLWriter::WriteModelDiagnostics(GLMMXMLWriter& xml) const {
   WriteFirstSubjectRecords(xml);
   WriteRandomEffectCovariances(xml);
   WriteMarginalMeans(xml);
+  WriteCustomTests(xml);
   xml.Close();
 }
 
@@ -470,5 +471,52 @@ void GLMMStatXMLWriter::WriteMarginalMeans(GLMMXMLWriter& xml) const {
   }
 }
 
+// Our extension: a group per custom test with its rows' statistics, their
+// coefficients over the fixed parameters, and the joint F test; a state
+// other than 0 says why a row or the test has no statistics.
+void GLMMStatXMLWriter::WriteCustomTests(GLMMXMLWriter& xml) const {
+  const std::vector<GLMMCustomTestStat>& tests = fpStats->GetCustomTestStats();
+  for (std::size_t k = 0; k < tests.size(); ++k) {
+    const GLMMCustomTestStat& test = tests[k];
+    xml.Open("DataGroup");
+    xml.Attribute("description", "customTest");
+    Parts::Statistic(xml, "customTestIndex", std::to_string(k + 1));
+    if (!test.GetLabel().empty()) {
+      xml.Open("Label");
+      xml.Open("PrintableList");
+      xml.Attribute("pattern", test.GetLabel());
+      xml.Close();
+      xml.Close();
+    }
+    using Row = GLMMCustomTestStat::RowData;
+    const std::vector<Row>& rows = test.GetRows();
+    auto column = [&rows](double Row::*field) {
+      std::vector<double> values;
+      for (const Row& row : rows) values.push_back(row.*field);
+      return values;
+    };
+    std::vector<double> states;
+    for (const Row& row : rows) states.push_back(static_cast<double>(row.fState));
+    xml.Open("MultivariateData");
+    xml.Attribute("description", "rows");
+    StatisticCoordinates(xml, "estimate", column(&Row::fEstimate));
+    StatisticCoordinates(xml, "testValue", column(&Row::fK));
+    StatisticCoordinates(xml, "stdErr", column(&Row::fStdError));
+    StatisticCoordinates(xml, "df", column(&Row::fDF));
+    StatisticCoordinates(xml, "tTest", column(&Row::fT));
+    StatisticCoordinates(xml, "sig", column(&Row::fSig));
+    StatisticCoordinates(xml, "confIntervalLower", column(&Row::fLowerBound));
+    StatisticCoordinates(xml, "confIntervalUpper", column(&Row::fUpperBound));
+    StatisticCoordinates(xml, "state", states);
+    xml.Close();
+    xml.Open("MultivariateData");
+    xml.Attribute("description", "lMatrix");
+    for (const Row& row : rows) FeatureCoordinates(xml, "coefficients", row.fvFixedCoefficients);
+    xml.Close();
+    Parts::Statistic(xml, "jointState", std::to_string(static_cast<int>(test.GetJointState())));
+    FTest(xml, test.GetF(), test.GetNumDF(), test.GetDenDF(), test.GetSig());
+    xml.Close();
+  }
+}
 
 }  // namespace MCGLMM_850

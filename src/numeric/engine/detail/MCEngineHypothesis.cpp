@@ -179,6 +179,10 @@ double MCEngineHypothesis::DF(const Eigen::RowVectorXd& l, double variance) cons
 }
 
 MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L) const {
+  return Test(L, Eigen::VectorXd::Zero(L.rows()));
+}
+
+MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const {
   MCEngineTest test;
   std::vector<std::vector<double>> rows(U(static_cast<int>(L.rows())));
   for (int i = 0; i < L.rows(); ++i) {
@@ -186,7 +190,7 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L) const {
     for (int j = 0; j < L.cols(); ++j) rows[U(i)][U(j)] = L(i, j);
   }
   test.SetL(rows);
-  if (L.rows() == 0 || fC.rows() != L.cols()) return test;
+  if (L.rows() == 0 || fC.rows() != L.cols() || k.size() != L.rows()) return test;
   for (int i = 0; i < L.rows(); ++i) {
     if (!IsEstimable(L.row(i))) return test;
   }
@@ -200,7 +204,7 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L) const {
     if (ev[i] > 1e-8 * maxEv) use.push_back(i);
   }
   const int q = static_cast<int>(use.size());
-  const Eigen::VectorXd Lb = L * fBeta;
+  const Eigen::VectorXd Lb = L * fBeta - k;
   double F = 0.0;
   double E = 0.0;
   bool dfOK = true;

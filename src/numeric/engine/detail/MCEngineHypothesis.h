@@ -40,6 +40,9 @@ class MCEngineHypothesis {
 
   // F test of L beta = 0 (t test when L has one row).
   MCEngineTest Test(const Eigen::MatrixXd& L) const;
+  // F test of L beta = k, one k value per row of L. The estimate of a
+  // single-row L is l beta itself, not its distance from k.
+  MCEngineTest Test(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const;
   // Satterthwaite degrees of freedom of l beta; missing when not available.
   double SatterthwaiteDF(const Eigen::RowVectorXd& l, double variance) const;
   // The degrees of freedom of l beta: the fixed ones when set, else Satterthwaite's.
