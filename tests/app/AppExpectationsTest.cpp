@@ -718,7 +718,7 @@ TEST_F(AppExpectationsTest, DebugSwitchesShowTheSettingsAndWriteTheRecords) {
 
 // The oats trial with nitrogen as a factor, as the reference fit has it:
 // the fit, the covariance parameters and every table of marginal means
-// agree with R.
+// agree with R, and its custom tests stand in a heading of their own.
 TEST_F(AppExpectationsTest, OatsFactorialShowsMeansAndContrastsOfEachKind) {
   std::vector<json> commands;
   ASSERT_NO_FATAL_FAILURE(RunFits("oats-factorial", 0, 1, commands));
@@ -726,7 +726,7 @@ TEST_F(AppExpectationsTest, OatsFactorialShowsMeansAndContrastsOfEachKind) {
   ExpectReferenceFit(commands[0], "oats");
   ExpectViewerCovarianceParameters(commands[0], "oats");
 
-  EXPECT_EQ(Headings(commands[0]), (std::vector<std::string>{"Fixed Effects", "Model Viewer"}));
+  EXPECT_EQ(Headings(commands[0]), (std::vector<std::string>{"Fixed Effects", "Custom Hypothesis Tests", "Model Viewer"}));
   EXPECT_EQ(Headings(ViewerHeading(commands[0])),
             (std::vector<std::string>{"Random Effect Covariances", "Covariance Parameters",
                                       "Estimated Marginal Means for Top Significant Fixed Effects",
