@@ -274,3 +274,70 @@ TEST_F(AppCustomTestTest, RowsThatDoNotMatchTheModelAreReportedWithTheirReasonAn
   EXPECT_TRUE(std::isnan(Value(*tests[3].second.fpResults, 0, 2)));
   EXPECT_NE(text.find("its variance is zero or not available"), std::string::npos);
 }
+
+namespace {
+
+// The least-squares slope of distance on age within one sex, from the data
+// file. Every child is measured at the same four ages, so the slope of the
+// model with a random intercept per child is this slope.
+double SlopeOfSex(const std::string& sex) {
+  std::ifstream in(fs::path(GLMIX_SOURCE_DIR) / "examples" / "data" / "orthodont.csv");
+  std::string line;
+  std::getline(in, line);
+  double n = 0.0, sx = 0.0, sy = 0.0, sxx = 0.0, sxy = 0.0;
+  while (std::getline(in, line)) {
+    std::stringstream fields(line);
+    std::string distance, age, subject, rowSex;
+    std::getline(fields, distance, ',');
+    std::getline(fields, age, ',');
+    std::getline(fields, subject, ',');
+    std::getline(fields, rowSex, ',');
+    if (rowSex != "\"" + sex + "\"") continue;
+    const double x = std::stod(age), y = std::stod(distance);
+    n += 1.0;
+    sx += x;
+    sy += y;
+    sxx += x * x;
+    sxy += x * y;
+  }
+  return (sxy - sx * sy / n) / (sxx - sx * sx / n);
+}
+
+}  // namespace
+
+TEST_F(AppCustomTestTest, OnASplitFileEachSplitHasItsTestsLayeredOrSeparate) {
+  const std::string model =
+      "GLMIXFIT distance WITH age\n"
+      "  /FIXED age\n"
+      "  /RANDOM INTERCEPT SUBJECTS=Subject STRUCTURE=VC\n"
+      "  /CONTRAST 'Growth over two years' age 2.\n";
+  const json report = RunCommands("orthodont.csv'.\nSPLIT BY Sex LAYERED.\n" + model +
+                                  "SPLIT BY Sex SEPARATE.\n" + model);
+  EXPECT_EQ(fExitStatus, 0);
+  const double female = 2.0 * SlopeOfSex("Female");
+  const double male = 2.0 * SlopeOfSex("Male");
+  const auto tests = CustomTests(report);
+  ASSERT_EQ(tests.size(), 3u);
+
+  // Layered: one table, the split as its first dimension.
+  const json& layered = *tests[0].second.fpEstimates;
+  ASSERT_EQ(layered["dimensions"].size(), 3u);
+  EXPECT_EQ(Labels(layered["dimensions"][0]["children"]), (std::vector<std::string>{"Female", "Male"}));
+  std::map<int, double> estimates;
+  for (const json& cell : layered["cells"]) {
+    if (cell["coordinates"][1] == 0 && cell["coordinates"][2] == kEstimate) {
+      estimates[cell["coordinates"][0].get<int>()] = cell["value"].get<double>();
+    }
+  }
+  ASSERT_EQ(estimates.size(), 2u);
+  ExpectNear(estimates[0], female, 1e-9, "girls' growth");
+  ExpectNear(estimates[1], male, 1e-9, "boys' growth");
+
+  // Separate: a heading of tests for each split, in split order.
+  EXPECT_EQ(tests[1].first, "Growth over two years");
+  ExpectNear(Value(*tests[1].second.fpEstimates, 0, kEstimate), female, 1e-9, "girls' growth");
+  ExpectNear(Value(*tests[2].second.fpEstimates, 0, kEstimate), male, 1e-9, "boys' growth");
+  EXPECT_NE(tests[1].second.fpResults->dump().find("Female"), std::string::npos);
+  EXPECT_NE(tests[2].second.fpResults->dump().find("= Male"), std::string::npos);
+  EXPECT_EQ(tests[2].second.fpResults->dump().find("Female"), std::string::npos);
+}
