@@ -135,11 +135,12 @@ void ExpectLaidOut(const std::string& example, const std::vector<std::string>& e
 TEST(AppReportBrowserTest, SleepstudysViewerTablesAndChartsAreLaidOutAfterTheCommandsOwn) {
   ExpectLaidOut("sleepstudy",
                 {"Notes", "Information Criteria", "Tests of Fixed Effects", "Parameter Estimates",
-                 "Empirical Best Linear Unbiased Predictions", "ModelSummary", "DataStructure",
+                 "Contrast Estimates", "Test Results", "Contrast Estimates", "Test Results", "Contrast Estimates",
+                 "Test Results", "Empirical Best Linear Unbiased Predictions", "ModelSummary", "DataStructure",
                  "GLMMPredictedByObserved", "FixedEffects", "GLMMFixedCoefficients", "FixedCoefficients",
                  "GLMMFixedCoefficients", "RandomEffects", "CovarianceParametersSummary", "ResidualEffect",
                  "CovarianceParameters"},
-                5);
+                11);
 }
 
 TEST(AppReportBrowserTest, OatsViewerTablesAndChartsStandBetweenEachOther) {
