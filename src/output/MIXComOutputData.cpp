@@ -1,5 +1,6 @@
 #include "output/MIXComOutputData.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -12,6 +13,7 @@
 #include "host/output/BpAnnotation.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpPivotTable.h"
+#include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
 #include "host/output/BpVariable.h"
 #include "host/output/OmComposite.h"
@@ -155,6 +157,11 @@ void MIXComOutputData::AddTableCaption(BpPivotTable& table, bool listEffects) co
   weight.Add(BpVariable(*pWeight, 2));
   weight.Finish();
   table.Note(BpAnnotation(weight.Replicate()));
+}
+
+BpFormatSpec MIXComOutputData::DFFormat(double df) {
+  if (df != kSystemMissing && df >= 1.0 && df == std::floor(df)) return BpProcedure::Count();
+  return BpProcedure::GeneralStat();
 }
 
 std::string MIXComOutputData::EncodeDouble(double value, const ZORV_Format* pFormat) {

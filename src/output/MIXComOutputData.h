@@ -7,6 +7,7 @@
 #include "base/MIXCommandLayout.h"
 #include "host/data/OBS.h"
 #include "host/data/ZORV_Format.h"
+#include "host/output/BpFormatSpec.h"
 
 class ACAVarValidSpecs;
 class BpPivotTable;
@@ -50,6 +51,9 @@ class MIXComOutputData {
   // Widths above 40 become 40, except for string types; a type 1 format
   // carries its decimals in the width's high byte.
   static ZORV_Format GetTableFormat(MIXCommandLayout::Slot<MIXCommandLayout::FORMAT> slot);
+  // The format of degrees of freedom: the count format when they are whole,
+  // else the general one.
+  static BpFormatSpec DFFormat(double df);
 
   // Fills the fixed parameter map from the current split's fit.
   void GenerateMaps();

@@ -34,14 +34,6 @@ BpAnnotation Footnote(const char* key) { return BpAnnotation(BpString(key, true)
 // A row of L is named "L1", "L2", ... as the coefficients' columns are.
 std::string RowName(std::size_t i) { return "L" + std::to_string(i + 1); }
 
-// Degrees of freedom that are whole go in the count format.
-BpFormatSpec DFFormat(double df) {
-  if (df != MCCommon_850::MCMV::Missing() && df >= 1.0 && df == static_cast<double>(static_cast<long long>(df))) {
-    return BpProcedure::Count();
-  }
-  return BpProcedure::GeneralStat();
-}
-
 }  // namespace
 
 MIXCustomTestOutput::MIXCustomTestOutput(const MIXComOutputData* pComOutputData) : fpComOutputData(pComOutputData) {}
@@ -105,7 +97,7 @@ void MIXCustomTestOutput::DisplayEstimates(BpHeading& heading, const GLMMCustomT
     statistics.Category(BpString("B0", true)).Cell(BpNumber(row.fEstimate, estimateFormat));
     statistics.Category(BpString("Test Value", true)).Cell(BpNumber(row.fK, estimateFormat));
     statistics.Category(BpString("Standard Error", true)).Cell(BpNumber(row.fStdError, estimateFormat));
-    statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(row.fDF, DFFormat(row.fDF)));
+    statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(row.fDF, MIXComOutputData::DFFormat(row.fDF)));
     statistics.Category(BpString("t Statistic", true)).Cell(BpNumber(row.fT, BpProcedure::GeneralStat()));
     statistics.Category(BpString("Significance", true)).Cell(BpNumber(row.fSig, BpProcedure::Significance()));
     BpComposite interval("^1 Confidence Interval", true);
@@ -133,10 +125,11 @@ void MIXCustomTestOutput::DisplayJointTest(BpHeading& heading, const GLMMCustomT
   } else if (state != GLMMCustomTestStat::kComputed) {
     source.Note(Footnote("Custom test joint row ..."));
   }
-  statistics.Category(BpString("Numerator DF", true)).Cell(BpNumber(test.GetNumDF(), DFFormat(test.GetNumDF())));
-  statistics.Category(BpString("Denominator DF", true)).Cell(BpNumber(test.GetDenDF(), DFFormat(test.GetDenDF())));
-  statistics.Category(BpString("F Value", true)).Cell(BpNumber(test.GetF(), BpProcedure::GeneralStat()));
-  statistics.Category(BpString("Significance", true)).Cell(BpNumber(test.GetSig(), BpProcedure::Significance()));
+  const MCMath_850::MCTestStats& joint = test.GetJoint();
+  statistics.Category(BpString("Numerator DF", true)).Cell(BpNumber(joint.GetDF(), MIXComOutputData::DFFormat(joint.GetDF())));
+  statistics.Category(BpString("Denominator DF", true)).Cell(BpNumber(joint.GetDF2(), MIXComOutputData::DFFormat(joint.GetDF2())));
+  statistics.Category(BpString("F Value", true)).Cell(BpNumber(joint.GetWald(), BpProcedure::GeneralStat()));
+  statistics.Category(BpString("Significance", true)).Cell(BpNumber(joint.GetSig(), BpProcedure::Significance()));
 }
 
 void MIXCustomTestOutput::DisplayCoefficients(BpHeading& heading, const GLMMCustomTestStat& test) {

@@ -51,12 +51,6 @@ CellTextPtr Label(const std::vector<std::string>& labels, std::size_t i) {
   return CellTextPtr(MIXParameterAggregator::LongStrToComposite(labels.empty() ? std::string() : labels[i]));
 }
 
-// Degrees of freedom that are whole go in the count format.
-BpFormatSpec DFFormat(double df, double missing) {
-  if (df != missing && df >= 1.0 && df == std::floor(df)) return BpProcedure::Count();
-  return BpProcedure::GeneralStat();
-}
-
 BpAnnotation Footnote(const char* key) { return BpAnnotation(BpString(key, true).Replicate()); }
 
 }  // namespace
@@ -110,7 +104,6 @@ void MIXParamEstimateOutput::DisplayFixedEffectsTable(const MCGLMM_850::GLMMOutp
   const MCMath_850::MCModelTestStats& tests = *pModelTestStats;
   const std::vector<std::string>* pEffectMap = &fpComOutputData->GetFixParamMap()->GetEffectMap(false);
   MIX_ASSERT(pEffectMap != 0, "pEffectMap != 0");
-  const double missing = MCCommon_850::MCMV::Missing();
 
   for (int i = 0; i < tests.GetNTests(); ++i) {
     const MCMath_850::MCTestStats& stats = tests.GetTestStats(i);
@@ -124,7 +117,7 @@ void MIXParamEstimateOutput::DisplayFixedEffectsTable(const MCGLMM_850::GLMMOutp
     }
     statistics.Category(BpString("Numerator DF", true)).Cell(BpNumber(stats.GetDF(), BpProcedure::Count()));
     statistics.Category(BpString("Denominator DF", true))
-        .Cell(BpNumber(stats.GetDF2(), DFFormat(stats.GetDF2(), missing)));
+        .Cell(BpNumber(stats.GetDF2(), MIXComOutputData::DFFormat(stats.GetDF2())));
     statistics.Category(BpString("F Value", true)).Cell(BpNumber(stats.GetWald(), BpProcedure::GeneralStat()));
     statistics.Category(BpString("Significance", true)).Cell(BpNumber(stats.GetSig(), BpProcedure::Significance()));
   }
@@ -200,7 +193,7 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
       statistics.Category(BpString("Significance", true)).Cell(BpNumber(missing, BpProcedure::Significance()));
     } else {
       const double df = stat.GetDF() > 0.0 ? stat.GetDF() : kUnsetValue;
-      statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(df, DFFormat(df, missing)));
+      statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(df, MIXComOutputData::DFFormat(df)));
       statistics.Category(BpString("t Statistic", true)).Cell(BpNumber(stat.GetTStat(), BpProcedure::GeneralStat()));
       statistics.Category(BpString("Significance", true)).Cell(BpNumber(stat.GetSig(), BpProcedure::Significance()));
     }

@@ -219,22 +219,9 @@ std::string FrontEndText(const json& command) {
   return text;
 }
 
-std::vector<std::string> Labels(const json& nodes) {
-  std::vector<std::string> labels;
-  for (const json& node : nodes) {
-    if (node["kind"] == "category") {
-      labels.push_back(node["label"]["text"].get<std::string>());
-    } else {
-      std::vector<std::string> inner = Labels(node["children"]);
-      labels.insert(labels.end(), inner.begin(), inner.end());
-    }
-  }
-  return labels;
-}
-
 // The leaf labels of a table's dimension.
 std::vector<std::string> Labels(const json& table, std::size_t dimension) {
-  return Labels(table["dimensions"][dimension]["children"]);
+  return apptest::Labels(table["dimensions"][dimension]["children"]);
 }
 
 double Value(const json& table, const std::vector<int>& coordinates) {

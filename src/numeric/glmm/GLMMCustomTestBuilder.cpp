@@ -178,20 +178,15 @@ GLMMCustomTestStat GLMMCustomTestBuilder::BuildTest(const CustomTest& test,
       joint = GLMMCustomTestStat::kJointWithRandomPart;
     } else {
       const Row& row = stat.GetRows()[0];
-      stat.SetF(row.fT * row.fT);
-      stat.SetNumDF(1.0);
-      stat.SetDenDF(row.fDF);
-      stat.SetSig(row.fSig);
+      stat.SetJoint(MCMath_850::MCTestStats(row.fT * row.fT, 1.0, row.fDF, row.fSig));
     }
   } else if (joint == GLMMCustomTestStat::kComputed) {
     const MCEngine_850::MCEngineTest F = fitter.TestContrast(L, K);
     if (!F.IsValid()) {
       joint = GLMMCustomTestStat::kNoVariance;
     } else {
-      stat.SetF(FromEngine(F.GetF()));
-      stat.SetNumDF(FromEngine(F.GetNumDF()));
-      stat.SetDenDF(FromEngine(F.GetDenDF()));
-      stat.SetSig(FromEngine(F.GetSig()));
+      stat.SetJoint(MCMath_850::MCTestStats(FromEngine(F.GetF()), FromEngine(F.GetNumDF()),
+                                            FromEngine(F.GetDenDF()), FromEngine(F.GetSig())));
     }
   }
   stat.SetJointState(joint);

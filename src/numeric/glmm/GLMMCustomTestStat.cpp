@@ -19,11 +19,7 @@ GLMMCustomTestStat::RowData::RowData()
       fUpperBound(MCMV::Missing()) {}
 
 GLMMCustomTestStat::GLMMCustomTestStat()
-    : fJointState(kComputed),
-      fF(MCMV::Missing()),
-      fNumDF(MCMV::Missing()),
-      fDenDF(MCMV::Missing()),
-      fSig(MCMV::Missing()) {}
+    : fJointState(kComputed) {}
 
 void GLMMCustomTestStat::Display(std::ostream& os) const {
   using namespace MCDisplay_850;
@@ -42,10 +38,7 @@ void GLMMCustomTestStat::Display(std::ostream& os) const {
     DisplayD(os, "Upper bound:", row.fUpperBound);
   }
   DisplayI(os, "Joint state:", fJointState);
-  DisplayD(os, "F:", fF);
-  DisplayD(os, "Numerator df:", fNumDF);
-  DisplayD(os, "Denominator df:", fDenDF);
-  DisplayD(os, "Sig.:", fSig);
+  fJoint.Display(os);
 }
 
 }  // namespace MCGLMM_850

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "numeric/math/MCTestStats.h"
+
 namespace MCGLMM_850 {
 
 // The results of one custom test L b (+ M u) = K: each row's estimate with
@@ -59,14 +61,9 @@ class GLMMCustomTestStat {
 
   State GetJointState() const { return fJointState; }
   void SetJointState(State state) { fJointState = state; }
-  double GetF() const { return fF; }
-  void SetF(double v) { fF = v; }
-  double GetNumDF() const { return fNumDF; }
-  void SetNumDF(double v) { fNumDF = v; }
-  double GetDenDF() const { return fDenDF; }
-  void SetDenDF(double v) { fDenDF = v; }
-  double GetSig() const { return fSig; }
-  void SetSig(double v) { fSig = v; }
+  // F, its numerator and denominator df, and its significance.
+  const MCMath_850::MCTestStats& GetJoint() const { return fJoint; }
+  void SetJoint(const MCMath_850::MCTestStats& joint) { fJoint = joint; }
 
   void Display(std::ostream& os) const;
 
@@ -74,10 +71,7 @@ class GLMMCustomTestStat {
   std::string fLabel;
   std::vector<RowData> fvRows;
   State fJointState;
-  double fF;
-  double fNumDF;
-  double fDenDF;
-  double fSig;
+  MCMath_850::MCTestStats fJoint;
 };
 
 }  // namespace MCGLMM_850

@@ -118,10 +118,10 @@ Json CustomTests(const std::vector<GLMMCustomTestStat>& tests) {
     item["rows"] = std::move(rows);
     Json joint;
     joint["state"] = static_cast<int>(test.GetJointState());
-    joint["F"] = Number(test.GetF());
-    joint["numDF"] = Number(test.GetNumDF());
-    joint["denDF"] = Number(test.GetDenDF());
-    joint["sig"] = Number(test.GetSig());
+    joint["F"] = Number(test.GetJoint().GetWald());
+    joint["numDF"] = Number(test.GetJoint().GetDF());
+    joint["denDF"] = Number(test.GetJoint().GetDF2());
+    joint["sig"] = Number(test.GetJoint().GetSig());
     item["joint"] = std::move(joint);
     list.push_back(std::move(item));
   }

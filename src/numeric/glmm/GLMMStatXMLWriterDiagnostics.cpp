@@ -514,7 +514,8 @@ void GLMMStatXMLWriter::WriteCustomTests(GLMMXMLWriter& xml) const {
     for (const Row& row : rows) FeatureCoordinates(xml, "coefficients", row.fvFixedCoefficients);
     xml.Close();
     Parts::Statistic(xml, "jointState", std::to_string(static_cast<int>(test.GetJointState())));
-    FTest(xml, test.GetF(), test.GetNumDF(), test.GetDenDF(), test.GetSig());
+    const MCMath_850::MCTestStats& joint = test.GetJoint();
+    FTest(xml, joint.GetWald(), joint.GetDF(), joint.GetDF2(), joint.GetSig());
     xml.Close();
   }
 }

@@ -118,9 +118,9 @@ TEST(GLMMCustomTestBuilder, FixedRowsInBothFormsAgreeWithLmerTest) {
     EXPECT_TRUE(Near(row.fLowerBound, r["lower"].get<double>(), kTol));
     EXPECT_TRUE(Near(row.fUpperBound, r["upper"].get<double>(), kTol));
     EXPECT_EQ(stat.GetJointState(), GLMMCustomTestStat::kComputed);
-    EXPECT_TRUE(Near(stat.GetF(), ref["joint"]["F"].get<double>(), kTol));
-    EXPECT_EQ(stat.GetNumDF(), 1.0);
-    EXPECT_TRUE(Near(stat.GetDenDF(), ref["joint"]["denDF"].get<double>(), kTol));
+    EXPECT_TRUE(Near(stat.GetJoint().GetWald(), ref["joint"]["F"].get<double>(), kTol));
+    EXPECT_EQ(stat.GetJoint().GetDF(), 1.0);
+    EXPECT_TRUE(Near(stat.GetJoint().GetDF2(), ref["joint"]["denDF"].get<double>(), kTol));
   }
 }
 
@@ -132,7 +132,7 @@ TEST(GLMMCustomTestBuilder, KShiftsTheTestButNotTheEstimate) {
   const double se = r["se"].get<double>();
   EXPECT_TRUE(Near(row.fEstimate, r["estimate"].get<double>(), kTol));
   EXPECT_TRUE(Near(row.fT, (r["estimate"].get<double>() - 300.0) / se, kTol));
-  EXPECT_TRUE(Near(stats[0].GetF(), row.fT * row.fT, 1e-9));
+  EXPECT_TRUE(Near(stats[0].GetJoint().GetWald(), row.fT * row.fT, 1e-9));
 }
 
 TEST(GLMMCustomTestBuilder, RandomRowsPredictTheirSubjectWithOrWithoutTheFitsPredictions) {
@@ -149,8 +149,8 @@ TEST(GLMMCustomTestBuilder, RandomRowsPredictTheirSubjectWithOrWithoutTheFitsPre
     ExpectPrediction(stats[1].GetRows()[0], ref[0]);
     ExpectPrediction(stats[2].GetRows()[0], ref[1]);
     // One row: the joint test is the row's t test.
-    EXPECT_TRUE(Near(stats[2].GetF(), stats[2].GetRows()[0].fT * stats[2].GetRows()[0].fT, 1e-12));
-    EXPECT_EQ(stats[2].GetDenDF(), stats[2].GetRows()[0].fDF);
+    EXPECT_TRUE(Near(stats[2].GetJoint().GetWald(), stats[2].GetRows()[0].fT * stats[2].GetRows()[0].fT, 1e-12));
+    EXPECT_EQ(stats[2].GetJoint().GetDF2(), stats[2].GetRows()[0].fDF);
   }
 }
 
@@ -170,14 +170,14 @@ TEST(GLMMCustomTestBuilder, RowsThatDoNotFitTheModelAreNotComputed) {
   EXPECT_EQ(stats[0].GetRows()[0].fState, GLMMCustomTestStat::kWrongLength);
   EXPECT_EQ(stats[0].GetJointState(), GLMMCustomTestStat::kWrongLength);
   EXPECT_TRUE(MCMV::IsMissing(stats[0].GetRows()[0].fEstimate));
-  EXPECT_TRUE(MCMV::IsMissing(stats[0].GetF()));
+  EXPECT_TRUE(MCMV::IsMissing(stats[0].GetJoint().GetWald()));
   EXPECT_EQ(stats[1].GetRows()[0].fState, GLMMCustomTestStat::kWrongLength);
   EXPECT_EQ(stats[2].GetRows()[0].fState, GLMMCustomTestStat::kRandomPartInvalid);
   // Two predictions: each row is computed, the joint test is not.
   EXPECT_EQ(stats[3].GetRows()[0].fState, GLMMCustomTestStat::kComputed);
   EXPECT_EQ(stats[3].GetRows()[1].fState, GLMMCustomTestStat::kComputed);
   EXPECT_EQ(stats[3].GetJointState(), GLMMCustomTestStat::kJointWithRandomPart);
-  EXPECT_TRUE(MCMV::IsMissing(stats[3].GetF()));
+  EXPECT_TRUE(MCMV::IsMissing(stats[3].GetJoint().GetWald()));
   EXPECT_EQ(stats[4].GetRows()[0].fState, GLMMCustomTestStat::kNoVariance);
   EXPECT_EQ(stats[4].GetJointState(), GLMMCustomTestStat::kNoVariance);
 }
