@@ -7,6 +7,8 @@ packages=(
   build-essential cmake ninja-build clang ccache
   libxerces-c-dev libeigen3-dev nlohmann-json3-dev libgtest-dev
   libreadstat-dev libexpat1-dev
+  # The sparse Cholesky factorisation of the mixed-model equations.
+  libsuitesparse-dev
   # The browser check of the HTML report, and the font its charts are
   # measured for.
   chromium fonts-dejavu-core

@@ -14,8 +14,9 @@ namespace MCEngine_850 {
 class MCEngineSettings {
  public:
   // Which evaluation of the likelihood to use: chosen from the design, by
-  // independent groups of records, or by the mixed-model equations.
-  enum SolverPath { kAutomatic = 0, kBySubject = 1, kMixedModelEquations = 2 };
+  // independent groups of records, by the mixed-model equations held densely
+  // (small problems), or by the same equations held sparse.
+  enum SolverPath { kAutomatic = 0, kBySubject = 1, kMixedModelEquations = 2, kSparseEquations = 3 };
   // Denominator degrees of freedom of the tests and intervals of the fixed
   // effects: Satterthwaite's approximation, or n - rank(X) throughout.
   enum DFMethod { kSatterthwaite = 0, kResidual = 1 };

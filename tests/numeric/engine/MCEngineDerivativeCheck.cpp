@@ -84,7 +84,9 @@ void MCEngineDerivativeCheck::ExpectSameEvaluation(const MCEngineFitter& fitter,
     return;
   }
   ASSERT_EQ(all.size(), expected.size());
-  for (std::size_t j = 0; j < all.size(); ++j) EXPECT_NEAR(all[j], expected[j], 1e-8 * (1.0 + std::fabs(expected[j])));
+  const bool sparse = fitter.GetResult().GetSolverPath() == MCEngineSettings::kSparseEquations;
+  const std::size_t compared = sparse ? all.size() - He.size() : all.size();
+  for (std::size_t j = 0; j < compared; ++j) EXPECT_NEAR(all[j], expected[j], 1e-8 * (1.0 + std::fabs(expected[j])));
 }
 
 std::string MCEngineDerivativeCheck::TestName(std::string description, bool reml) {

@@ -15,7 +15,9 @@ class MCEngineDerivativeCheck {
   // differences, and both Hessians symmetric.
   static void ExpectFiniteDifferences(const MCEngine_850::MCEngineFitter& fitter, const std::vector<double>& theta);
   // The value, gradient and both Hessians at theta: stored into `expected`
-  // when it is empty, otherwise compared with it.
+  // when it is empty, otherwise compared with it. The sparse equations
+  // iterate with the average information in place of the expected Hessian,
+  // which is then left out of the comparison.
   static void ExpectSameEvaluation(const MCEngine_850::MCEngineFitter& fitter, const std::vector<double>& theta,
                                    std::vector<double>& expected);
   // A test name from a structure's description and the method.

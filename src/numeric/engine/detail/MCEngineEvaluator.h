@@ -14,6 +14,13 @@ class MCEngineEvaluator {
   virtual ~MCEngineEvaluator() = default;
   // False when V is not positive definite at theta.
   virtual bool Evaluate(const Eigen::VectorXd& theta, Level level, bool reml, MCEngineEvaluation& out) = 0;
+  // True when the observed Hessian is dear, so that the iterations take the
+  // expected one throughout.
+  virtual bool IteratesWithExpected() const { return false; }
+  // The information of the moment equations for starting values at theta,
+  // the point without random effects, when the evaluator has one of its
+  // own; false to take the expected Hessian of an evaluation there.
+  virtual bool StartInformation(const Eigen::VectorXd& /*theta*/, Eigen::MatrixXd& /*info*/) { return false; }
 };
 
 }  // namespace MCEngine_850

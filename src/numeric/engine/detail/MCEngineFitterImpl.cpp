@@ -9,6 +9,7 @@
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
 #include "numeric/engine/detail/MCEngineMMEEvaluator.h"
 #include "numeric/engine/detail/MCEngineOptimizer.h"
+#include "numeric/engine/detail/MCEngineSparseEvaluator.h"
 #include "numeric/engine/detail/MCEngineSubjectEvaluator.h"
 
 namespace MCEngine_850 {
@@ -50,27 +51,68 @@ bool MCEngineFitterImpl::BuildModel() {
   return true;
 }
 
-MCEngineSettings::SolverPath MCEngineFitterImpl::ChoosePath() const {
-  if (fData.fvBlocks.empty()) return MCEngineSettings::kBySubject;
+double MCEngineFitterImpl::GroupCost() const {
+  double cost = 0.0;
+  for (int c = 0; c < fData.GetNComponents(); ++c) {
+    const double m = fData.fvComponentStart[U(c) + 1] - fData.fvComponentStart[U(c)];
+    cost += m * m * m;
+  }
+  return cost;
+}
+
+bool MCEngineFitterImpl::MakeEvaluator() {
+  MCEngineSettings::SolverPath path = fSettings.GetSolverPath();
   // The equations give every copy of a group the same random effects, so a
   // weight that copies groups random effects reach (under a residual
   // structure that couples records) is for the group-by-group path.
+  bool groupCopies = false;
   if (!MCEngineDataBuilder::IsDiagonalType(fData.fResidualType)) {
-    for (double w : fData.fvComponentWeight) {
-      if (w != 1.0) return MCEngineSettings::kBySubject;
-    }
+    for (double w : fData.fvComponentWeight) groupCopies = groupCopies || w != 1.0;
   }
-  if (fSettings.GetSolverPath() != MCEngineSettings::kAutomatic) return fSettings.GetSolverPath();
-  double costSubject = 0.0;
-  for (int c = 0; c < fData.GetNComponents(); ++c) {
-    const double m = fData.fvComponentStart[U(c) + 1] - fData.fvComponentStart[U(c)];
-    costSubject += m * m * m;
-  }
+  if (fData.fvBlocks.empty() || groupCopies) path = MCEngineSettings::kBySubject;
   double nz = 0.0;
   for (const MCEngineBlockData& bd : fData.fvBlocks) nz += static_cast<double>(bd.fNSubjects) * bd.fNColumns;
-  const double w = fData.fRank + nz;
-  const double costMME = w * w * w + static_cast<double>(fData.fNRecords) * (fData.fRank + 1.0) * (fData.fRank + 1.0);
-  return 4.0 * costMME < costSubject ? MCEngineSettings::kMixedModelEquations : MCEngineSettings::kBySubject;
+  const double columns = fData.fRank + nz;
+  if (path == MCEngineSettings::kAutomatic) {
+    // Small equations go dense when that is cheaper than the groups; larger
+    // ones sparse when their factorisation is.
+    const double costDense = columns * columns * columns +
+                             static_cast<double>(fData.fNRecords) * (fData.fRank + 1.0) * (fData.fRank + 1.0);
+    if (columns <= kMaxDenseColumns) {
+      path = 4.0 * costDense < GroupCost() ? MCEngineSettings::kMixedModelEquations : MCEngineSettings::kBySubject;
+    } else if (LargestGroup() > kSmallGroup) {
+      path = MCEngineSettings::kSparseEquations;
+    } else {
+      path = MCEngineSettings::kBySubject;
+    }
+  }
+  if (path == MCEngineSettings::kSparseEquations) {
+    const bool chosen = fSettings.GetSolverPath() == MCEngineSettings::kAutomatic;
+    auto sparse = std::make_unique<MCEngineSparseEvaluator>(fData, fModel);
+    const double blocks = static_cast<double>(fData.fvBlocks.size()) + fData.fRank + 1.0;
+    const double costSparse = 3.0 * sparse->GetFactorFlops() + static_cast<double>(fData.fNRecords) * blocks * blocks;
+    if (!sparse->IsReady() && !chosen) return false;
+    if (!sparse->IsReady() || (chosen && !(4.0 * costSparse < GroupCost()))) {
+      path = MCEngineSettings::kBySubject;
+    } else {
+      fpEvaluator = std::move(sparse);
+    }
+  }
+  if (path == MCEngineSettings::kMixedModelEquations) {
+    fpEvaluator = std::make_unique<MCEngineMMEEvaluator>(fData, fModel);
+  } else if (path == MCEngineSettings::kBySubject) {
+    fpEvaluator = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
+  }
+  fResult.SetSolverPath(path);
+  return true;
+}
+
+int MCEngineFitterImpl::LargestGroup() const {
+  int largest = 0;
+  for (int c = 0; c < fData.GetNComponents(); ++c) {
+    largest = std::max(largest, fData.fvComponentStart[U(c) + 1] - fData.fvComponentStart[U(c)]);
+  }
+  return largest;
 }
 
 MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngineSettings& settings) {
@@ -93,13 +135,7 @@ MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngin
   if (!BuildModel()) return Finish(MCEngineStatus(MCEngineStatus::kBuildModel, MCEngineStatus::kError));
   fResult.SetScaleProfiled(fModel.IsProfiled());
 
-  const MCEngineSettings::SolverPath path = ChoosePath();
-  fResult.SetSolverPath(path);
-  if (path == MCEngineSettings::kMixedModelEquations) {
-    fpEvaluator = std::make_unique<MCEngineMMEEvaluator>(fData, fModel);
-  } else {
-    fpEvaluator = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
-  }
+  if (!MakeEvaluator()) return Finish(MCEngineStatus(MCEngineStatus::kBuildModel, MCEngineStatus::kError));
 
   const double N = fData.fTotalWeight;
   const int p = fData.fRank;
@@ -200,12 +236,14 @@ bool MCEngineFitterImpl::StartValues(MCEngineOptimizer& optimizer, const MCEngin
     if (s.IsLinearParam(fModel.GetLocalIndex(k))) lin.push_back(k);
   }
   const int nl = static_cast<int>(lin.size());
-  if (nl > 0 && nullEval.fHessExpected.rows() == K) {
+  Eigen::MatrixXd information;
+  if (!fpEvaluator->StartInformation(thetaNull, information)) information = nullEval.fHessExpected;
+  if (nl > 0 && information.rows() == K) {
     Eigen::MatrixXd S(nl, nl);
     Eigen::VectorXd q(nl);
     for (int a = 0; a < nl; ++a) {
       q[a] = nullEval.fQuad[lin[U(a)]];
-      for (int b = 0; b < nl; ++b) S(a, b) = nullEval.fHessExpected(lin[U(a)], lin[U(b)]);
+      for (int b = 0; b < nl; ++b) S(a, b) = information(lin[U(a)], lin[U(b)]);
     }
     Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(S);
     if (es.info() == Eigen::Success) {

@@ -35,13 +35,24 @@ class MCEngineFitterImpl {
   static constexpr int kMaxRobustGroupSize = 5000;
   // Covariance matrices up to this dimension are checked for definiteness.
   static constexpr int kMaxCheckedDimension = 500;
+  // Equations over at most this many columns are solved densely; groups of
+  // at most this many records are left to the group-by-group path.
+  static constexpr double kMaxDenseColumns = 150.0;
+  static constexpr int kSmallGroup = 50;
 
   MCEngineStatus Finish(const MCEngineStatus& status);
   // A warning for each estimated G (random block) or R (residual block)
   // with a negative eigenvalue: the fit keeps no bound that prevents it.
   void WarnIndefinite(const Eigen::VectorXd& theta);
   bool BuildModel();
-  MCEngineSettings::SolverPath ChoosePath() const;
+  // The evaluator of the path the settings ask for, or the one the design
+  // makes cheapest: by groups, the dense equations for small problems, the
+  // sparse ones for large groups. False when none can be made.
+  bool MakeEvaluator();
+  // Work of the group-by-group path (the cube of each group's records), and
+  // the largest group.
+  double GroupCost() const;
+  int LargestGroup() const;
   bool StartValues(MCEngineOptimizer& optimizer, const MCEngineEvaluation& nullEval,
                    const Eigen::VectorXd& thetaNull, double s2, Eigen::VectorXd& psi);
   void Statistics(const MCEngineInput& input, const Eigen::VectorXd& theta);

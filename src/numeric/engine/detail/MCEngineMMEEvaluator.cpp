@@ -274,12 +274,19 @@ bool MCEngineMMEEvaluator::Solve(Work& w, MCEngineEvaluation& out) const {
   double logDetMz = 0.0;
   for (int i = 0; i < nz; ++i) logDetMz += 2.0 * std::log(w.fLz.matrixLLT()(i, i));
 
-  w.fSolution = Kmat * Qwy;
+  // The solution through the factor rather than the inverse, and r'V^-1 r
+  // as y'R^-1 y less the squared norm of L^-1 t: fewer digits lost.
+  Eigen::VectorXd t = Qwy;
+  t.tail(nz) = LeftMultiplyLambda(w, Qwy.tail(nz), true);
+  const Eigen::VectorXd half = lm.matrixL().solve(t);
+  Eigen::VectorXd solution = lm.matrixU().solve(half);
+  solution.tail(nz) = LeftMultiplyLambda(w, solution.tail(nz), false);
+  w.fSolution = solution;
   out.fLogDetV = w.fLogDetR + logDetMz;
   out.fLogDetXVX = logDetM - logDetMz;
   out.fBeta = w.fSolution.head(p);
   out.fC = Kmat.topLeftCorner(p, p);
-  out.fRVR = w.fQbar(nw, nw) - Qwy.dot(w.fSolution);
+  out.fRVR = w.fQbar(nw, nw) - half.squaredNorm();
   return std::isfinite(out.fRVR) && std::isfinite(out.fLogDetV) && std::isfinite(out.fLogDetXVX);
 }
 

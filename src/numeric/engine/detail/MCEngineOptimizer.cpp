@@ -12,6 +12,12 @@ namespace {
 
 constexpr double kLog2Pi = 1.8378770664093454836;
 constexpr double kInf = std::numeric_limits<double>::infinity();
+// The Newton steps that end the iterations, and the step (relative to the
+// working parameters) below which more would change nothing that is
+// reported.
+constexpr int kFinalNewtonSteps = 3;
+constexpr double kNegligibleStep = 1e-10;
+constexpr double kRoundingSlack = 1e-12;
 
 inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
@@ -98,14 +104,12 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
   Eigen::MatrixXd H, HF;
   std::vector<int> freeSet;
   double fPrev = f;
-  bool lastObservedPD = false;
   for (;;) {
     if (fSettings.GetProgress() != nullptr) fSettings.GetProgress()->Iteration(fIterations, Minus2LogLik(f));
     if (fSettings.GetCancel() != nullptr && fSettings.GetCancel()->IsCancelled()) {
       return MCEngineStatus(MCEngineStatus::kCancelled, MCEngineStatus::kError);
     }
-    const bool observed = fIterations >= fSettings.GetFisherSteps();
-    lastObservedPD = false;
+    const bool observed = fIterations >= fSettings.GetFisherSteps() && !fEvaluator.IteratesWithExpected();
     if (!Derivatives(psi, s, observed, g, H)) {
       status = MCEngineStatus(MCEngineStatus::kHessianSingularity, MCEngineStatus::kWarning);
       break;
@@ -131,7 +135,6 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
     }
     Eigen::LLT<Eigen::MatrixXd> llt(HF);
     const bool pd = llt.info() == Eigen::Success && llt.matrixLLT().diagonal().minCoeff() > 0.0;
-    lastObservedPD = observed && pd;
 
     // Convergence, judged at the current point.
     const double absF = std::fabs(f) > 1e-10 ? std::fabs(f) : 1.0;
@@ -285,25 +288,52 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
     ++fIterations;
   }
 
-  // One more Newton step from a converged point costs little and removes
-  // the error left by the stopping rule.
-  if (fbConverged && lastObservedPD && !freeSet.empty()) {
-    Eigen::LLT<Eigen::MatrixXd> llt(HF);
-    const Eigen::VectorXd deltaF = -llt.solve(gF);
-    Eigen::VectorXd delta = Eigen::VectorXd::Zero(nw);
-    for (std::size_t a = 0; a < freeSet.size(); ++a) delta[freeSet[a]] = deltaF[static_cast<Eigen::Index>(a)];
-    const Eigen::VectorXd cand = Project(psi + delta);
-    double sc = 1.0;
-    const double fc = Objective(cand, &sc);
-    if (std::isfinite(fc) && fc <= f) {
-      psi = cand;
-      f = fc;
-      s = sc;
-    }
+  // Newton steps from a converged point cost little and remove the error
+  // left by the stopping rule, which near the optimum the objective's
+  // rounding hides: up to three with the observed Hessian, taken while they
+  // do not raise the objective beyond its rounding. An evaluator that
+  // iterates with the expected Hessian stops farthest away and gains most.
+  for (int step = 0; fbConverged && !freeSet.empty() && step < kFinalNewtonSteps; ++step) {
+    if (!ObservedOnSet(psi, s, freeSet, gF, HF)) break;
+    const double size = FinalNewtonStep(freeSet, gF, HF, kRoundingSlack * std::max(1.0, std::fabs(f)), psi, f, s);
+    if (!(size > kNegligibleStep * std::max(1.0, psi.cwiseAbs().maxCoeff()))) break;
   }
   fObjective = f;
   fScale = s;
   return status;
+}
+
+bool MCEngineOptimizer::ObservedOnSet(const Eigen::VectorXd& psi, double scale, const std::vector<int>& set,
+                                      Eigen::VectorXd& gS, Eigen::MatrixXd& HS) {
+  Eigen::VectorXd g;
+  Eigen::MatrixXd H;
+  if (!Derivatives(psi, scale, true, g, H)) return false;
+  const int n = static_cast<int>(set.size());
+  gS.resize(n);
+  HS.resize(n, n);
+  for (int a = 0; a < n; ++a) {
+    gS[a] = g[set[U(a)]];
+    for (int b = 0; b < n; ++b) HS(a, b) = H(set[U(a)], set[U(b)]);
+  }
+  Eigen::LLT<Eigen::MatrixXd> llt(HS);
+  return llt.info() == Eigen::Success && llt.matrixLLT().diagonal().minCoeff() > 0.0;
+}
+
+double MCEngineOptimizer::FinalNewtonStep(const std::vector<int>& set, const Eigen::VectorXd& gS,
+                                          const Eigen::MatrixXd& HS, double slack, Eigen::VectorXd& psi, double& f,
+                                          double& s) {
+  Eigen::LLT<Eigen::MatrixXd> llt(HS);
+  const Eigen::VectorXd deltaS = -llt.solve(gS);
+  Eigen::VectorXd delta = Eigen::VectorXd::Zero(psi.size());
+  for (std::size_t a = 0; a < set.size(); ++a) delta[set[a]] = deltaS[static_cast<Eigen::Index>(a)];
+  const Eigen::VectorXd cand = Project(psi + delta);
+  double sc = 1.0;
+  const double fc = Objective(cand, &sc);
+  if (!(std::isfinite(fc) && fc <= f + slack)) return 0.0;
+  psi = cand;
+  f = fc;
+  s = sc;
+  return delta.cwiseAbs().maxCoeff();
 }
 
 }  // namespace MCEngine_850
