@@ -1,0 +1,151 @@
+// Simulated crossed designs on the sparse mixed-model equations: the same
+// fit as one dense V over all records (the group-by-group path, whose single
+// group holds everything), with scale and frequency weights (frequency
+// weights also against the records written out as often as their weight),
+// a variance on its bound, a factor with as many levels as records, and the
+// automatic choice of path.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestCopies.h"
+
+using namespace MCEngine_850;
+
+namespace {
+
+std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+// A deterministic generator: uniform on (0, 1) and standard normal.
+class Draws {
+ public:
+  explicit Draws(unsigned seed) : fState(seed) {}
+  double Uniform() {
+    fState = fState * 6364136223846793005ULL + 1442695040888963407ULL;
+    return (static_cast<double>(fState >> 11) + 0.5) / 9007199254740992.0;
+  }
+  double Normal() { return std::sqrt(-2.0 * std::log(Uniform())) * std::cos(6.283185307179586 * Uniform()); }
+
+ private:
+  unsigned long long fState;
+};
+
+MCEngineRandomBlock InterceptBy(const std::vector<int>& subjects) {
+  MCEngineRandomBlock b;
+  b.SetCovType(MCEngineCovType::VC);
+  b.SetDenseColumns(1, std::vector<double>(subjects.size(), 1.0));
+  b.SetSubjects(subjects);
+  return b;
+}
+
+// y = 10 + x + a_i + b_j + e over n records with levels drawn at random
+// from two crossed factors; sdB scales the second factor's effects.
+MCEngineInput Crossed(int n, int levelsA, int levelsB, double sdB, unsigned seed) {
+  Draws d(seed);
+  std::vector<double> a(U(levelsA)), b(U(levelsB));
+  for (double& v : a) v = 1.5 * d.Normal();
+  for (double& v : b) v = sdB * d.Normal();
+  std::vector<int> sa, sb;
+  std::vector<double> y, X;
+  for (int r = 0; r < n; ++r) {
+    const int i = r < levelsA ? r : static_cast<int>(d.Uniform() * levelsA);
+    const int j = r < levelsB ? r : static_cast<int>(d.Uniform() * levelsB);
+    const double x = d.Normal();
+    sa.push_back(i);
+    sb.push_back(j);
+    X.insert(X.end(), {1.0, x});
+    y.push_back(10.0 + x + a[U(i)] + b[U(j)] + d.Normal());
+  }
+  MCEngineInput input;
+  input.SetY(y);
+  input.SetX(2, X);
+  input.AddRandomBlock(InterceptBy(sa));
+  input.AddRandomBlock(InterceptBy(sb));
+  return input;
+}
+
+MCEngineSettings Tight(bool reml, MCEngineSettings::SolverPath path) {
+  MCEngineSettings s;
+  s.SetREML(reml);
+  s.SetSolverPath(path);
+  s.SetParamTolerance(1e-12);
+  s.SetMaxIterations(200);
+  return s;
+}
+
+void ExpectSameOnBothPaths(const MCEngineInput& input, bool reml) {
+  MCEngineFitter sparse, dense;
+  ASSERT_FALSE(sparse.Fit(input, Tight(reml, MCEngineSettings::kSparseEquations)).IsError());
+  ASSERT_FALSE(dense.Fit(input, Tight(reml, MCEngineSettings::kBySubject)).IsError());
+  EXPECT_EQ(sparse.GetResult().GetSolverPath(), MCEngineSettings::kSparseEquations);
+  MCEngineTestCopies::ExpectSameFit(sparse.GetResult(), dense.GetResult(), 1e-8);
+}
+
+}  // namespace
+
+TEST(MCEngineSparseCrossed, EqualsOneDenseGroup) {
+  const MCEngineInput input = Crossed(240, 30, 12, 1.0, 7u);
+  ExpectSameOnBothPaths(input, true);
+  ExpectSameOnBothPaths(input, false);
+}
+
+TEST(MCEngineSparseCrossed, ScaleWeights) {
+  MCEngineInput input = Crossed(240, 30, 12, 1.0, 11u);
+  std::vector<double> w;
+  for (int r = 0; r < input.GetNRecords(); ++r) w.push_back(0.5 + (r % 4) * 0.5);
+  input.SetScaleWeights(w);
+  ExpectSameOnBothPaths(input, true);
+}
+
+TEST(MCEngineSparseCrossed, FrequencyWeightsAreCopies) {
+  const MCEngineInput input = Crossed(180, 25, 10, 1.0, 13u);
+  const std::vector<int> copies = MCEngineTestCopies::ByRecord(input.GetNRecords());
+  const MCEngineInput weighted = MCEngineTestCopies::Weighted(input, copies);
+  const MCEngineInput written = MCEngineTestCopies::Write(input, copies, false);
+  MCEngineFitter byWeight, byCopies;
+  ASSERT_FALSE(byWeight.Fit(weighted, Tight(true, MCEngineSettings::kSparseEquations)).IsError());
+  ASSERT_FALSE(byCopies.Fit(written, Tight(true, MCEngineSettings::kSparseEquations)).IsError());
+  MCEngineTestCopies::ExpectSameFit(byWeight.GetResult(), byCopies.GetResult(), 1e-8);
+  ExpectSameOnBothPaths(weighted, true);
+}
+
+TEST(MCEngineSparseCrossed, VarianceOnItsBound) {
+  // The second factor has no effect; its variance estimate goes to 0, where
+  // G is singular.
+  const MCEngineInput input = Crossed(200, 20, 15, 0.0, 4u);
+  MCEngineFitter sparse;
+  ASSERT_FALSE(sparse.Fit(input, Tight(true, MCEngineSettings::kSparseEquations)).IsError());
+  ASSERT_EQ(sparse.GetResult().GetCovParams().size(), 3u);
+  EXPECT_TRUE(sparse.GetResult().GetCovParams()[1].IsOnBoundary());
+  EXPECT_EQ(sparse.GetResult().GetCovParams()[1].GetEstimate(), 0.0);
+  ExpectSameOnBothPaths(input, true);
+}
+
+TEST(MCEngineSparseCrossed, AsManyLevelsAsRecords) {
+  // One level of the first factor per record, more random columns than
+  // records: its variance and the residual's are not told apart, and the
+  // fit either ends with a status or gives the dense group's likelihood.
+  const MCEngineInput input = Crossed(60, 60, 8, 1.0, 5u);
+  MCEngineFitter sparse, dense;
+  const MCEngineStatus status = sparse.Fit(input, Tight(true, MCEngineSettings::kSparseEquations));
+  dense.Fit(input, Tight(true, MCEngineSettings::kBySubject));
+  if (!status.IsError() && !dense.GetResult().GetStatus().IsError()) {
+    EXPECT_NEAR(sparse.GetResult().GetMinus2LogLik(), dense.GetResult().GetMinus2LogLik(),
+                1e-6 * std::fabs(dense.GetResult().GetMinus2LogLik()));
+  }
+}
+
+TEST(MCEngineSparseCrossed, ChosenForLargeCrossedDesigns) {
+  MCEngineSettings s;
+  const MCEngineInput crossed = Crossed(3000, 300, 40, 1.0, 17u);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(crossed, s).IsError());
+  EXPECT_EQ(fitter.GetResult().GetSolverPath(), MCEngineSettings::kSparseEquations);
+  // Small crossed designs are solved densely.
+  const MCEngineInput small = Crossed(120, 10, 6, 1.0, 19u);
+  MCEngineFitter smallFitter;
+  ASSERT_FALSE(smallFitter.Fit(small, s).IsError());
+  EXPECT_EQ(smallFitter.GetResult().GetSolverPath(), MCEngineSettings::kMixedModelEquations);
+}
