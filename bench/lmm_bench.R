@@ -2,12 +2,16 @@
 # datasets with lme4 (nlme for the residual AR1 model of BodyWeight) and
 # prints the time of each fit.
 #
-#   Rscript bench/lmm_bench.R [DIR] [DATA_DIR] [SIZES]
+#   Rscript bench/lmm_bench.R [DIR] [DATA_DIR] [SIZES] [CROSSED]
 #
 # DIR holds the simulated files lmm_<subjects>.csv that glmix_lmm_bench wrote
 # ($TMPDIR/glmix_lmm_bench, or /tmp/glmix_lmm_bench, by default); DATA_DIR the
 # real datasets (examples/data); SIZES a comma-separated list of subject
-# counts (1000,10000,100000), or "none" for the real datasets alone.
+# counts (1000,10000,100000), or "none" for the real datasets alone;
+# CROSSED a comma-separated list of RECORDS:LEVELS of the crossed files
+# crossed_<records>_<levels>.csv, and "teaching" for teaching.csv (both
+# written by glmix_lmm_bench --crossed / --teaching); given CROSSED, only
+# those are fitted.
 #
 # The time of a fit is that of lmer() (gls() for BodyWeight) on a data frame
 # already in memory, with lme4's default optimiser: model frame, design
@@ -29,6 +33,7 @@ dir <- if (length(args) >= 1) args[1] else file.path(tmp, "glmix_lmm_bench")
 data_dir <- if (length(args) >= 2) args[2] else "examples/data"
 sizes <- if (length(args) >= 3) suppressWarnings(as.integer(strsplit(args[3], ",")[[1]])) else c(1000L, 10000L, 100000L)
 sizes <- sizes[!is.na(sizes)]
+crossed <- if (length(args) >= 4) strsplit(args[4], ",")[[1]] else character(0)
 min_seconds <- 0.5
 
 peak_mib <- function() {
@@ -62,6 +67,25 @@ report <- function(name, subjects, records, read_s, t) {
 cat(sprintf("lme4 %s, nlme %s, %s\n", packageVersion("lme4"), packageVersion("nlme"), R.version.string))
 cat(sprintf("%-12s %9s %9s %8s %6s %12s %12s %14s %9s\n", "data", "subjects", "records", "read s", "fits",
             "fit s", "fit cpu s", "-2LL", "peak MiB"))
+
+for (item in crossed) {
+  if (item == "teaching") {
+    path <- file.path(dir, "teaching.csv")
+    read_s <- system.time(d <- read.csv(path))[["elapsed"]]
+    for (v in c("service", "s", "d", "dept")) d[[v]] <- factor(d[[v]])
+    t <- time_fits(function() lmer(y ~ service + (1 | s) + (1 | d) + (1 | dept), data = d, REML = TRUE))
+    report("teaching", "-", nrow(d), sprintf("%.3f", read_s), t)
+    next
+  }
+  parts <- strsplit(item, ":")[[1]]
+  path <- file.path(dir, sprintf("crossed_%s_%s.csv", parts[1], parts[2]))
+  read_s <- system.time(d <- read.csv(path))[["elapsed"]]
+  d$a <- factor(d$a)
+  d$b <- factor(d$b)
+  t <- time_fits(function() lmer(y ~ 1 + (1 | a) + (1 | b), data = d, REML = TRUE))
+  report("crossed", parts[2], nrow(d), sprintf("%.3f", read_s), t)
+}
+if (length(crossed) > 0) quit(save = "no")
 
 for (n in sizes) {
   path <- file.path(dir, sprintf("lmm_%d.csv", n))

@@ -4,6 +4,7 @@
 //
 //   glmix_lmm_bench [--sizes 1000,10000,100000] [--dir DIR] [--data DIR]
 //                   [--no-simulated] [--no-real] [--min-seconds S]
+//                   [--crossed RECORDS:LEVELS,...] [--teaching]
 //
 // The simulated data have 10 records per subject (x = 0..9) and a fixed
 // seed; each size is written as DIR/lmm_<subjects>.csv (columns subject, x,
@@ -20,6 +21,12 @@
 // MiB" is the resident memory before the first fit (the records loaded),
 // "peak MiB" the process's high-water mark of resident memory so far, so run
 // one size per process (--sizes N --no-real) for the peak of that size alone.
+//
+// --crossed fits y ~ 1 + (1|a) + (1|b) on simulated records with two crossed
+// factors of LEVELS levels each (file DIR/crossed_<records>_<levels>.csv,
+// columns y, a, b). --teaching fits y ~ service + (1|s) + (1|d) + (1|dept) on
+// 73,421 simulated ratings of 2,972 students by 1,128 lecturers in 14
+// departments (DIR/teaching.csv): the shape of a teaching evaluation.
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -32,6 +39,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <set>
 #include <sstream>
 #include <string>
@@ -305,6 +313,121 @@ bool Simulate(int subjects, const std::string& path) {
   return static_cast<bool>(out);
 }
 
+// y = 10 + a_i + b_j + e with SDs 1, 0.7 and 1; every level appears, the
+// rest of the records take levels at random.
+bool SimulateCrossed(int records, int levels, const std::string& path) {
+  std::ofstream out(path);
+  if (!out) return false;
+  Generator g(777ULL + static_cast<unsigned long long>(records) * 31ULL + static_cast<unsigned long long>(levels));
+  std::vector<double> a(static_cast<std::size_t>(levels)), b(static_cast<std::size_t>(levels));
+  for (double& v : a) v = g.Normal();
+  for (double& v : b) v = 0.7 * g.Normal();
+  out << "y,a,b\n";
+  char buffer[96];
+  for (int r = 0; r < records; ++r) {
+    const int i = r < levels ? r : static_cast<int>(g.Uniform() * levels);
+    const int j = r < levels ? (r * 7 + 3) % levels : static_cast<int>(g.Uniform() * levels);
+    const double y = 10.0 + a[static_cast<std::size_t>(i)] + b[static_cast<std::size_t>(j)] + g.Normal();
+    std::snprintf(buffer, sizeof buffer, "%.6f,%d,%d\n", y, i + 1, j + 1);
+    out << buffer;
+  }
+  return static_cast<bool>(out);
+}
+
+// Ratings y of lecturers d by students s, each lecturer in one of 14
+// departments, with a binary fixed factor service: y = 3 + 0.1 service +
+// s_i + d_j + dept_k + e with SDs 0.32, 0.51, 0.08 and 1.18.
+constexpr int kRatings = 73421, kStudents = 2972, kLecturers = 1128, kDepartments = 14;
+
+bool SimulateTeaching(const std::string& path) {
+  std::ofstream out(path);
+  if (!out) return false;
+  Generator g(19790101ULL);
+  std::vector<double> se(kStudents), de(kLecturers), ke(kDepartments);
+  std::vector<int> deptOf(kLecturers);
+  for (double& v : se) v = 0.32 * g.Normal();
+  for (double& v : de) v = 0.51 * g.Normal();
+  for (double& v : ke) v = 0.08 * g.Normal();
+  for (int j = 0; j < kLecturers; ++j) deptOf[static_cast<std::size_t>(j)] = j < kDepartments ? j : static_cast<int>(g.Uniform() * kDepartments);
+  out << "y,service,s,d,dept\n";
+  char buffer[128];
+  for (int r = 0; r < kRatings; ++r) {
+    const int i = r < kStudents ? r : static_cast<int>(g.Uniform() * kStudents);
+    const int j = r < kLecturers ? r : static_cast<int>(g.Uniform() * kLecturers);
+    const int k = deptOf[static_cast<std::size_t>(j)];
+    const int service = g.Uniform() < 0.4 ? 1 : 0;
+    const double y = 3.0 + 0.1 * service + se[static_cast<std::size_t>(i)] + de[static_cast<std::size_t>(j)] +
+                     ke[static_cast<std::size_t>(k)] + 1.18 * g.Normal();
+    std::snprintf(buffer, sizeof buffer, "%.6f,%d,%d,%d,%d\n", y, service, i + 1, j + 1, k + 1);
+    out << buffer;
+  }
+  return static_cast<bool>(out);
+}
+
+struct CrossedCase {
+  int fRecords = 0;
+  int fLevels = 0;
+};
+
+std::vector<CrossedCase> ParseCrossed(const std::string& text) {
+  std::vector<CrossedCase> cases;
+  std::istringstream in(text);
+  std::string item;
+  while (std::getline(in, item, ',')) {
+    const std::size_t colon = item.find(':');
+    if (colon == std::string::npos) continue;
+    cases.push_back({std::atoi(item.substr(0, colon).c_str()), std::atoi(item.substr(colon + 1).c_str())});
+  }
+  return cases;
+}
+
+// Writes, reads back and fits one simulated file; false when it cannot be
+// written or read.
+bool RunSimulatedFile(const char* name, const std::string& label, const std::string& path,
+                      const std::vector<std::string>& columns, const std::set<std::string>& factors,
+                      void (*setup)(GLMMSettings&, const Records&), const std::function<bool(const std::string&)>& write,
+                      double minSeconds) {
+  Clock::time_point start = Clock::now();
+  if (!write(path)) {
+    std::fprintf(stderr, "cannot write %s\n", path.c_str());
+    return false;
+  }
+  const double writeSeconds = Seconds(start);
+  start = Clock::now();
+  Records records;
+  if (!LoadCsv(path, columns, factors, records)) {
+    std::fprintf(stderr, "cannot read %s\n", path.c_str());
+    return false;
+  }
+  const double readSeconds = Seconds(start);
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  setup(settings, records);
+  Sort(settings, records);
+  const Timing t = TimeFits(settings, records, minSeconds);
+  std::printf("%-12s %9s %9zu %8.3f %8.3f %6d %12.5f %12.5f %14.4f %10.1f %9.1f%s\n", name, label.c_str(),
+              records.GetNRecords(), writeSeconds, readSeconds, t.fRepeats, t.fSeconds, t.fCpuSeconds,
+              t.fMinus2LogLik, t.fResidentBefore, PeakMiB(), t.fStatus != 0 ? "  (status not OK)" : "");
+  std::fflush(stdout);
+  return true;
+}
+
+void SetupCrossed(GLMMSettings& s, const Records&) {
+  // y 0, a 1, b 2: an intercept by a and one by b.
+  s.AddRandomSpec(Block({MCModelEffect()}, {1}, GLMMConst_850::VC, 0));
+  s.AddRandomSpec(Block({MCModelEffect()}, {2}, GLMMConst_850::VC, 1));
+}
+
+void SetupTeaching(GLMMSettings& s, const Records& r) {
+  // y 0, service 1, s 2, d 3, dept 4.
+  AddFactors(s, r, {1});
+  const std::vector<int> set = {1};
+  s.AddModelEffect(Effect(set, 1, {1}, {}));
+  s.AddRandomSpec(Block({MCModelEffect()}, {2}, GLMMConst_850::VC, 0));
+  s.AddRandomSpec(Block({MCModelEffect()}, {3}, GLMMConst_850::VC, 1));
+  s.AddRandomSpec(Block({MCModelEffect()}, {4}, GLMMConst_850::VC, 2));
+}
+
 struct RealModel {
   std::string fName;
   std::string fFile;
@@ -413,6 +536,8 @@ int main(int argc, char** argv) {
   bool simulated = true;
   bool real = true;
   double minSeconds = 0.5;
+  std::vector<CrossedCase> crossed;
+  bool teaching = false;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     const bool hasValue = i + 1 < argc;
@@ -424,6 +549,10 @@ int main(int argc, char** argv) {
       dataDir = argv[++i];
     } else if (arg == "--min-seconds" && hasValue) {
       minSeconds = std::atof(argv[++i]);
+    } else if (arg == "--crossed" && hasValue) {
+      crossed = ParseCrossed(argv[++i]);
+    } else if (arg == "--teaching") {
+      teaching = true;
     } else if (arg == "--no-simulated") {
       simulated = false;
     } else if (arg == "--no-real") {
@@ -431,7 +560,7 @@ int main(int argc, char** argv) {
     } else {
       std::fprintf(stderr,
                    "usage: %s [--sizes 1000,10000,100000] [--dir DIR] [--data DIR] [--no-simulated] [--no-real] "
-                   "[--min-seconds S]\n",
+                   "[--min-seconds S] [--crossed RECORDS:LEVELS,...] [--teaching]\n",
                    argv[0]);
       return 2;
     }
@@ -472,6 +601,22 @@ int main(int argc, char** argv) {
       std::fflush(stdout);
     }
     std::printf("simulated files in %s (resident now %.1f MiB)\n", dir.c_str(), bench::CurrentMiB());
+  }
+  if (!crossed.empty() || teaching) {
+    std::error_code ec;
+    std::filesystem::create_directories(dir, ec);
+  }
+  for (const CrossedCase& c : crossed) {
+    const int records = c.fRecords, levels = c.fLevels;
+    const std::string path = dir + "/crossed_" + std::to_string(records) + "_" + std::to_string(levels) + ".csv";
+    if (!RunSimulatedFile("crossed", std::to_string(levels), path, {"y", "a", "b"}, {}, SetupCrossed,
+                          [&](const std::string& p) { return SimulateCrossed(records, levels, p); }, minSeconds)) {
+      return 1;
+    }
+  }
+  if (teaching && !RunSimulatedFile("teaching", "-", dir + "/teaching.csv", {"y", "service", "s", "d", "dept"},
+                                    {"service"}, SetupTeaching, SimulateTeaching, minSeconds)) {
+    return 1;
   }
   if (real) {
     const std::vector<RealModel> models = {

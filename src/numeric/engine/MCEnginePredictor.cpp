@@ -20,6 +20,8 @@ void MCEnginePredictor::SetResidualDF(bool residual) { fpImpl->SetResidualDF(res
 
 bool MCEnginePredictor::GetResidualDF() const { return fpImpl->GetResidualDF(); }
 
+void MCEnginePredictor::SetMaxGroupRecords(int records) { fpImpl->SetMaxGroupRecords(records); }
+
 bool MCEnginePredictor::HasSubject(int block, int subject) const { return fpImpl->HasSubject(block, subject); }
 
 MCEnginePrediction MCEnginePredictor::Predict(const std::vector<double>& x,

@@ -34,6 +34,10 @@ class MCEnginePredictor {
   // Satterthwaite's (n the records' total frequency weight).
   void SetResidualDF(bool residual);
   bool GetResidualDF() const;
+  // Largest independent group of records the set-up takes (its work grows
+  // with the cube of a group's records); Setup fails on a fit with a larger
+  // one. No limit by default.
+  void SetMaxGroupRecords(int records);
 
   // Whether any record of the fit belongs to that subject of the input's
   // random block.

@@ -28,6 +28,9 @@ const int kFirstSubjectRecords = 10;
 const int kMaxPoints = 1000;
 const int kGridCells = 50;
 const int kMaxBins = 50;
+// The largest independent group of records whose predictions the summary
+// takes for observed against predicted.
+const int kMaxPredictedGroupRecords = 5000;
 
 void AppendUnique(std::vector<int>& list, const std::vector<int>& vars) {
   for (int v : vars) {
@@ -117,7 +120,10 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
   };
 
   // The random effects' predictions, per block, subject and column.
+  // Not for a group so large (crossed random effects make all records one)
+  // that its dense set-up would cost more than the fit.
   MCEngine_850::MCEnginePredictor predictor;
+  predictor.SetMaxGroupRecords(kMaxPredictedGroupRecords);
   const bool predict = predictor.Setup(fitter, input);
   std::map<std::tuple<int, int, int>, double> effects;
   const std::vector<double> zero(static_cast<std::size_t>(P), 0.0);

@@ -193,3 +193,19 @@ TEST(MCEnginePredictor, RequestsThatCannotBeAnswered) {
   EXPECT_FALSE(none.Setup(failed, empty));
   EXPECT_FALSE(none.IsReady());
 }
+
+TEST(MCEnginePredictor, GroupsLargerThanTheLimitAreNotSetUp) {
+  // The simulation's subjects have at most four records: a limit of three
+  // refuses the fit, one of four takes it.
+  const MCEngineTestSimulation sim(8);
+  MCEngineInput input = sim.BaseInput();
+  input.AddRandomBlock(sim.Intercept());
+  const auto f = Fit(input);
+  ASSERT_TRUE(f->fbOK);
+  MCEnginePredictor limited;
+  limited.SetMaxGroupRecords(3);
+  EXPECT_FALSE(limited.Setup(f->fFitter, input));
+  EXPECT_FALSE(limited.IsReady());
+  limited.SetMaxGroupRecords(4);
+  EXPECT_TRUE(limited.Setup(f->fFitter, input));
+}

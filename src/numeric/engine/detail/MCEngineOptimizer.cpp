@@ -16,7 +16,9 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 // working parameters) below which more would change nothing that is
 // reported.
 constexpr int kFinalNewtonSteps = 3;
+constexpr int kFinalExpectedSteps = 30;
 constexpr double kNegligibleStep = 1e-10;
+constexpr double kNegligibleExpectedStep = 1e-13;
 constexpr double kRoundingSlack = 1e-12;
 
 inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
@@ -290,24 +292,28 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
 
   // Newton steps from a converged point cost little and remove the error
   // left by the stopping rule, which near the optimum the objective's
-  // rounding hides: up to three with the observed Hessian, taken while they
-  // do not raise the objective beyond its rounding. An evaluator that
-  // iterates with the expected Hessian stops farthest away and gains most.
-  for (int step = 0; fbConverged && !freeSet.empty() && step < kFinalNewtonSteps; ++step) {
-    if (!ObservedOnSet(psi, s, freeSet, gF, HF)) break;
+  // rounding hides: taken while they do not raise the objective beyond its
+  // rounding. With the observed Hessian, up to three; an evaluator that
+  // iterates with the expected one (whose observed Hessian is dear) goes on
+  // with it until the steps are negligible, since its linear convergence
+  // ends at the same optimum.
+  const bool expected = fEvaluator.IteratesWithExpected();
+  const int maxSteps = expected ? kFinalExpectedSteps : kFinalNewtonSteps;
+  for (int step = 0; fbConverged && !freeSet.empty() && step < maxSteps; ++step) {
+    if (!DerivativesOnSet(psi, s, !expected, freeSet, gF, HF)) break;
     const double size = FinalNewtonStep(freeSet, gF, HF, kRoundingSlack * std::max(1.0, std::fabs(f)), psi, f, s);
-    if (!(size > kNegligibleStep * std::max(1.0, psi.cwiseAbs().maxCoeff()))) break;
+    if (!(size > (expected ? kNegligibleExpectedStep : kNegligibleStep) * std::max(1.0, psi.cwiseAbs().maxCoeff()))) break;
   }
   fObjective = f;
   fScale = s;
   return status;
 }
 
-bool MCEngineOptimizer::ObservedOnSet(const Eigen::VectorXd& psi, double scale, const std::vector<int>& set,
-                                      Eigen::VectorXd& gS, Eigen::MatrixXd& HS) {
+bool MCEngineOptimizer::DerivativesOnSet(const Eigen::VectorXd& psi, double scale, bool observed,
+                                         const std::vector<int>& set, Eigen::VectorXd& gS, Eigen::MatrixXd& HS) {
   Eigen::VectorXd g;
   Eigen::MatrixXd H;
-  if (!Derivatives(psi, scale, true, g, H)) return false;
+  if (!Derivatives(psi, scale, observed, g, H)) return false;
   const int n = static_cast<int>(set.size());
   gS.resize(n);
   HS.resize(n, n);

@@ -43,10 +43,10 @@ class MCEngineOptimizer {
 
  private:
   bool Derivatives(const Eigen::VectorXd& psi, double scale, bool observed, Eigen::VectorXd& g, Eigen::MatrixXd& H);
-  // The gradient and observed Hessian over a set of working parameters;
-  // false unless the Hessian is positive definite.
-  bool ObservedOnSet(const Eigen::VectorXd& psi, double scale, const std::vector<int>& set, Eigen::VectorXd& gS,
-                     Eigen::MatrixXd& HS);
+  // The gradient and the observed or expected Hessian over a set of working
+  // parameters; false unless the Hessian is positive definite.
+  bool DerivativesOnSet(const Eigen::VectorXd& psi, double scale, bool observed, const std::vector<int>& set,
+                        Eigen::VectorXd& gS, Eigen::MatrixXd& HS);
   // The Newton step over the set, kept when it raises the objective by no
   // more than slack; the largest change of a working parameter, 0 when the
   // step is not kept.

@@ -46,9 +46,14 @@ void AddAt(Eigen::MatrixXd& T, const std::vector<int>& index, const Eigen::Matri
 
 bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngineInput& input) {
   const bool residualDF = fbResidualDF;
+  const int maxGroupRecords = fMaxGroupRecords;
   *this = MCEnginePredictorImpl();
   fbResidualDF = residualDF;
+  fMaxGroupRecords = maxGroupRecords;
   const MCEngineData& data = fitter.GetData();
+  for (int comp = 0; comp < data.GetNComponents(); ++comp) {
+    if (data.fvComponentStart[U(comp) + 1] - data.fvComponentStart[U(comp)] > fMaxGroupRecords) return false;
+  }
   const MCEnginePredictorImpl::Estimates fit = ReadEstimates(fitter, input);
   if (!fit.fbOK) return false;
   Eigen::MatrixXd SR;

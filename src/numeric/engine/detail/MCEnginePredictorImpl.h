@@ -2,6 +2,7 @@
 
 // Private to the engine's implementation files: includes Eigen.
 #include <Eigen/Dense>
+#include <limits>
 #include <map>
 #include <set>
 #include <tuple>
@@ -42,6 +43,7 @@ class MCEnginePredictorImpl {
   bool IsReady() const { return fbReady; }
   void SetResidualDF(bool residual) { fbResidualDF = residual; }
   bool GetResidualDF() const { return fbResidualDF; }
+  void SetMaxGroupRecords(int records) { fMaxGroupRecords = records; }
   bool HasSubject(int block, int subject) const;
   MCEnginePrediction Predict(const std::vector<double>& x, const std::vector<MCEngineRandomEntry>& z) const;
 
@@ -124,6 +126,7 @@ class MCEnginePredictorImpl {
 
   bool fbReady = false;
   bool fbResidualDF = false;
+  int fMaxGroupRecords = std::numeric_limits<int>::max();
   double fResidualDF = 0.0;
   double fYScale = 1.0;
   int fNColumns = 0;

@@ -2,6 +2,8 @@
 
 #include <cholmod.h>
 
+#include <Eigen/Dense>
+
 #include <algorithm>
 #include <cmath>
 
@@ -148,55 +150,68 @@ void MCEngineSparseFactor::SolveL(double* b, int nrhs) const { SolveOp(kSolveL, 
 void MCEngineSparseFactor::SolveLt(double* b, int nrhs) const { SolveOp(kSolveLt, b, nrhs); }
 
 bool MCEngineSparseFactor::SelectInverse() {
-  // From the last column back: with S the rows below the diagonal of
-  // column j and l = L(S, j), d = L(j, j),
-  //   Z(S, j) = -Z(S, S) l / d,   Z(j, j) = 1 / d^2 - l'Z(S, j) / d,
+  // Supernode by supernode from the last: with J the supernode's columns, S
+  // the rows below them, D = L(J, J) and B = L(S, J),
+  //   Z(S, J) = -Z(S, S) B D^-1,   Z(J, J) = D^-T (D^-1 - B'Z(S, J)),
   // where every entry of Z(S, S) lies on the pattern of a later column.
   const cholmod_factor& L = *fpLib->fpL;
   const double* x = static_cast<const double*>(L.x);
   const int* s = static_cast<const int*>(L.s);
+  const int* super = static_cast<const int*>(L.super);
+  const int* pi = static_cast<const int*>(L.pi);
+  const int* px = static_cast<const int*>(L.px);
   fvInverse.assign(L.xsize, 0.0);
-  std::vector<int> mark(U(fN), -1);
+  std::vector<long> mark(U(fN), -1);
   std::vector<int> where(U(fN), 0);
-  std::vector<double> acc;
-  for (int j = fN - 1; j >= 0; --j) {
-    const long vj = fvColValue[U(j)];
-    const long rj = fvColRow[U(j)];
-    const int m = fvColCount[U(j)] - 1;
-    const double d = x[vj];
-    acc.assign(U(m), 0.0);
-    for (int t = 0; t < m; ++t) {
-      const int row = s[rj + 1 + t];
-      mark[U(row)] = j;
-      where[U(row)] = t;
+  Eigen::MatrixXd zss, zsj, zjj;
+  for (long k = static_cast<long>(L.nsuper) - 1; k >= 0; --k) {
+    const int nj = super[k + 1] - super[k];
+    const int nrow = pi[k + 1] - pi[k];
+    const int ns = nrow - nj;
+    const Eigen::Map<const Eigen::MatrixXd> block(x + px[k], nrow, nj);
+    const auto D = block.topRows(nj).triangularView<Eigen::Lower>();
+    const int* rows = s + pi[k] + nj;
+    if (!GatherInverse(rows, ns, k, mark, where, zss)) return false;
+    zsj = -(zss * block.bottomRows(ns));
+    D.solveInPlace<Eigen::OnTheRight>(zsj);
+    zjj = Eigen::MatrixXd::Identity(nj, nj);
+    D.solveInPlace(zjj);
+    zjj.noalias() -= block.bottomRows(ns).transpose() * zsj;
+    D.transpose().solveInPlace(zjj);
+    Eigen::Map<Eigen::MatrixXd> out(&fvInverse[U(px[k])], nrow, nj);
+    for (int c = 0; c < nj; ++c) {
+      for (int r = c; r < nj; ++r) out(r, c) = 0.5 * (zjj(r, c) + zjj(c, r));
     }
-    long matched = 0;
-    for (int t = 0; t < m; ++t) {
-      const int k = s[rj + 1 + t];
-      const double lk = x[vj + 1 + t];
-      const long vk = fvColValue[U(k)];
-      const long rk = fvColRow[U(k)];
-      const int ck = fvColCount[U(k)];
-      for (int e = 0; e < ck; ++e) {
-        const int i = s[rk + e];
-        if (mark[U(i)] != j) continue;
-        const int u = where[U(i)];
-        const double zik = fvInverse[U(vk + e)];
-        acc[U(u)] += zik * lk;
-        if (e > 0) acc[U(t)] += zik * x[vj + 1 + u];
-        ++matched;
-      }
-    }
-    if (matched != static_cast<long>(m) * (m + 1) / 2) return false;
-    double sum = 0.0;
-    for (int t = 0; t < m; ++t) {
-      const double z = -acc[U(t)] / d;
-      fvInverse[U(vj + 1 + t)] = z;
-      sum += x[vj + 1 + t] * z;
-    }
-    fvInverse[U(vj)] = 1.0 / (d * d) - sum / d;
+    out.bottomRows(ns) = zsj;
   }
   return true;
+}
+
+bool MCEngineSparseFactor::GatherInverse(const int* rows, int ns, long tag, std::vector<long>& mark,
+                                         std::vector<int>& where, Eigen::MatrixXd& zss) const {
+  const int* s = static_cast<const int*>(fpLib->fpL->s);
+  for (int t = 0; t < ns; ++t) {
+    mark[U(rows[t])] = tag;
+    where[U(rows[t])] = t;
+  }
+  zss.resize(ns, ns);
+  long matched = 0;
+  for (int b = 0; b < ns; ++b) {
+    const int col = rows[b];
+    const long vk = fvColValue[U(col)];
+    const long rk = fvColRow[U(col)];
+    const int ck = fvColCount[U(col)];
+    for (int e = 0; e < ck; ++e) {
+      const int i = s[rk + e];
+      if (mark[U(i)] != tag) continue;
+      const int u = where[U(i)];
+      const double z = fvInverse[U(vk + e)];
+      zss(u, b) = z;
+      zss(b, u) = z;
+      ++matched;
+    }
+  }
+  return matched == static_cast<long>(ns) * (ns + 1) / 2;
 }
 
 long MCEngineSparseFactor::InversePosition(int i, int j) const {
