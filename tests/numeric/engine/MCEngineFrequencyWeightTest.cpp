@@ -12,6 +12,7 @@
 #include "numeric/engine/MCEngineMissing.h"
 #include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/engine/MCEngineTestCopies.h"
+#include "numeric/engine/MCEngineTestFixture.h"
 #include "numeric/engine/MCEngineTestSimulation.h"
 
 using namespace MCEngine_850;
@@ -23,12 +24,7 @@ std::size_t U(int i) { return static_cast<std::size_t>(i); }
 constexpr double kTol = 1e-8;
 
 MCEngineSettings Tight(bool reml = true, MCEngineSettings::SolverPath path = MCEngineSettings::kAutomatic) {
-  MCEngineSettings s;
-  s.SetREML(reml);
-  s.SetSolverPath(path);
-  s.SetParamTolerance(1e-12);
-  s.SetMaxIterations(200);
-  return s;
+  return MCEngineTestFixture::Tight(reml, path);
 }
 
 // -2 log L, its gradient and both Hessians of two fits at theta.

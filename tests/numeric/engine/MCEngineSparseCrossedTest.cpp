@@ -11,26 +11,14 @@
 
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/engine/MCEngineTestCopies.h"
+#include "numeric/engine/MCEngineTestDraws.h"
+#include "numeric/engine/MCEngineTestFixture.h"
 
 using namespace MCEngine_850;
 
 namespace {
 
 std::size_t U(int i) { return static_cast<std::size_t>(i); }
-
-// A deterministic generator: uniform on (0, 1) and standard normal.
-class Draws {
- public:
-  explicit Draws(unsigned seed) : fState(seed) {}
-  double Uniform() {
-    fState = fState * 6364136223846793005ULL + 1442695040888963407ULL;
-    return (static_cast<double>(fState >> 11) + 0.5) / 9007199254740992.0;
-  }
-  double Normal() { return std::sqrt(-2.0 * std::log(Uniform())) * std::cos(6.283185307179586 * Uniform()); }
-
- private:
-  unsigned long long fState;
-};
 
 MCEngineRandomBlock InterceptBy(const std::vector<int>& subjects) {
   MCEngineRandomBlock b;
@@ -43,7 +31,7 @@ MCEngineRandomBlock InterceptBy(const std::vector<int>& subjects) {
 // y = 10 + x + a_i + b_j + e over n records with levels drawn at random
 // from two crossed factors; sdB scales the second factor's effects.
 MCEngineInput Crossed(int n, int levelsA, int levelsB, double sdB, unsigned seed) {
-  Draws d(seed);
+  MCEngineTestDraws d(seed);
   std::vector<double> a(U(levelsA)), b(U(levelsB));
   for (double& v : a) v = 1.5 * d.Normal();
   for (double& v : b) v = sdB * d.Normal();
@@ -66,19 +54,10 @@ MCEngineInput Crossed(int n, int levelsA, int levelsB, double sdB, unsigned seed
   return input;
 }
 
-MCEngineSettings Tight(bool reml, MCEngineSettings::SolverPath path) {
-  MCEngineSettings s;
-  s.SetREML(reml);
-  s.SetSolverPath(path);
-  s.SetParamTolerance(1e-12);
-  s.SetMaxIterations(200);
-  return s;
-}
-
 void ExpectSameOnBothPaths(const MCEngineInput& input, bool reml) {
   MCEngineFitter sparse, dense;
-  ASSERT_FALSE(sparse.Fit(input, Tight(reml, MCEngineSettings::kSparseEquations)).IsError());
-  ASSERT_FALSE(dense.Fit(input, Tight(reml, MCEngineSettings::kBySubject)).IsError());
+  ASSERT_FALSE(sparse.Fit(input, MCEngineTestFixture::Tight(reml, MCEngineSettings::kSparseEquations)).IsError());
+  ASSERT_FALSE(dense.Fit(input, MCEngineTestFixture::Tight(reml, MCEngineSettings::kBySubject)).IsError());
   EXPECT_EQ(sparse.GetResult().GetSolverPath(), MCEngineSettings::kSparseEquations);
   MCEngineTestCopies::ExpectSameFit(sparse.GetResult(), dense.GetResult(), 1e-8);
 }
@@ -105,8 +84,8 @@ TEST(MCEngineSparseCrossed, FrequencyWeightsAreCopies) {
   const MCEngineInput weighted = MCEngineTestCopies::Weighted(input, copies);
   const MCEngineInput written = MCEngineTestCopies::Write(input, copies, false);
   MCEngineFitter byWeight, byCopies;
-  ASSERT_FALSE(byWeight.Fit(weighted, Tight(true, MCEngineSettings::kSparseEquations)).IsError());
-  ASSERT_FALSE(byCopies.Fit(written, Tight(true, MCEngineSettings::kSparseEquations)).IsError());
+  ASSERT_FALSE(byWeight.Fit(weighted, MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations)).IsError());
+  ASSERT_FALSE(byCopies.Fit(written, MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations)).IsError());
   MCEngineTestCopies::ExpectSameFit(byWeight.GetResult(), byCopies.GetResult(), 1e-8);
   ExpectSameOnBothPaths(weighted, true);
 }
@@ -116,7 +95,7 @@ TEST(MCEngineSparseCrossed, VarianceOnItsBound) {
   // G is singular.
   const MCEngineInput input = Crossed(200, 20, 15, 0.0, 4u);
   MCEngineFitter sparse;
-  ASSERT_FALSE(sparse.Fit(input, Tight(true, MCEngineSettings::kSparseEquations)).IsError());
+  ASSERT_FALSE(sparse.Fit(input, MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations)).IsError());
   ASSERT_EQ(sparse.GetResult().GetCovParams().size(), 3u);
   EXPECT_TRUE(sparse.GetResult().GetCovParams()[1].IsOnBoundary());
   EXPECT_EQ(sparse.GetResult().GetCovParams()[1].GetEstimate(), 0.0);
@@ -129,8 +108,8 @@ TEST(MCEngineSparseCrossed, AsManyLevelsAsRecords) {
   // fit either ends with a status or gives the dense group's likelihood.
   const MCEngineInput input = Crossed(60, 60, 8, 1.0, 5u);
   MCEngineFitter sparse, dense;
-  const MCEngineStatus status = sparse.Fit(input, Tight(true, MCEngineSettings::kSparseEquations));
-  dense.Fit(input, Tight(true, MCEngineSettings::kBySubject));
+  const MCEngineStatus status = sparse.Fit(input, MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations));
+  dense.Fit(input, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject));
   if (!status.IsError() && !dense.GetResult().GetStatus().IsError()) {
     EXPECT_NEAR(sparse.GetResult().GetMinus2LogLik(), dense.GetResult().GetMinus2LogLik(),
                 1e-6 * std::fabs(dense.GetResult().GetMinus2LogLik()));

@@ -18,15 +18,6 @@ namespace {
 
 using Model = MCEngineTestFixture::Model;
 
-MCEngineSettings Tight(bool reml, MCEngineSettings::SolverPath path) {
-  MCEngineSettings s;
-  s.SetREML(reml);
-  s.SetSolverPath(path);
-  s.SetParamTolerance(1e-12);
-  s.SetMaxIterations(200);
-  return s;
-}
-
 std::unique_ptr<Model> Pastes() {
   auto m = MCEngineTestFixture::Load("pastes.csv", {"batch", "cask"});
   m->fpDesign->SetResponse("strength");
@@ -86,8 +77,8 @@ TEST_P(MCEngineSparsePath, EqualsTheDenseEquations) {
   auto m = c.fMake();
   m->fInput = m->fpDesign->Build();
   MCEngineFitter dense, sparse;
-  ASSERT_FALSE(dense.Fit(m->fInput, Tight(c.fbReml, MCEngineSettings::kMixedModelEquations)).IsError());
-  ASSERT_FALSE(sparse.Fit(m->fInput, Tight(c.fbReml, MCEngineSettings::kSparseEquations)).IsError());
+  ASSERT_FALSE(dense.Fit(m->fInput, MCEngineTestFixture::Tight(c.fbReml, MCEngineSettings::kMixedModelEquations)).IsError());
+  ASSERT_FALSE(sparse.Fit(m->fInput, MCEngineTestFixture::Tight(c.fbReml, MCEngineSettings::kSparseEquations)).IsError());
   EXPECT_EQ(sparse.GetResult().GetSolverPath(), MCEngineSettings::kSparseEquations);
   MCEngineTestCopies::ExpectSameFit(sparse.GetResult(), dense.GetResult(), 1e-8);
 }

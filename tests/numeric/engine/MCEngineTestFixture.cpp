@@ -21,6 +21,16 @@ namespace {
 
 }  // namespace
 
+MCEngine_850::MCEngineSettings MCEngineTestFixture::Tight(bool reml, MCEngine_850::MCEngineSettings::SolverPath path) {
+  using MCEngine_850::MCEngineSettings;
+  MCEngineSettings s;
+  s.SetREML(reml);
+  s.SetSolverPath(path);
+  s.SetParamTolerance(1e-12);
+  s.SetMaxIterations(200);
+  return s;
+}
+
 std::string MCEngineTestFixture::DataPath(const std::string& file) {
   return std::string(GLMIX_SOURCE_DIR) + "/examples/data/" + file;
 }

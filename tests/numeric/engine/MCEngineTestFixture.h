@@ -39,6 +39,11 @@ class MCEngineTestFixture {
                              const MCEngine_850::MCEngineFitter& fitter, const MCEngineTestDesign& design,
                              double tol = 1e-5);
 
+  // Settings that iterate to a tight optimum (parameters to 1e-12), for
+  // fits compared with each other to 1e-8.
+  static MCEngine_850::MCEngineSettings Tight(
+      bool reml, MCEngine_850::MCEngineSettings::SolverPath path = MCEngine_850::MCEngineSettings::kAutomatic);
+
   // Path of an example data file and of a reference file.
   static std::string DataPath(const std::string& file);
   static std::string FixturePath(const std::string& name);

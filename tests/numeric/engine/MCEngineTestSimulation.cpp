@@ -2,30 +2,12 @@
 
 #include <cmath>
 
+#include "numeric/engine/MCEngineTestDraws.h"
+
 using namespace MCEngine_850;
 
-namespace {
-
-class Generator {
- public:
-  explicit Generator(unsigned seed) : fState(seed) {}
-  double Uniform() {
-    fState = fState * 6364136223846793005ULL + 1442695040888963407ULL;
-    return (static_cast<double>(fState >> 11) + 0.5) / 9007199254740992.0;
-  }
-  double Normal() {
-    const double u = Uniform(), v = Uniform();
-    return std::sqrt(-2.0 * std::log(u)) * std::cos(6.283185307179586 * v);
-  }
-
- private:
-  unsigned long long fState;
-};
-
-}  // namespace
-
 MCEngineTestSimulation::MCEngineTestSimulation(int nSubjects, unsigned seed) {
-  Generator g(seed);
+  MCEngineTestDraws g(seed);
   for (int s = 0; s < nSubjects; ++s) {
     const int group = s % 2;
     const double b0 = 2.0 * g.Normal(), b1 = 0.5 * g.Normal();

@@ -87,14 +87,7 @@ bool MCEngineMMEEvaluator::FactorG(const Eigen::VectorXd& theta, Work& w) const 
   const int nb = fModel.GetNBlocks();
   w.fvLambda.resize(U(nb));
   for (int b = 0; b < nb; ++b) {
-    Eigen::MatrixXd Gb;
-    fModel.GetBlock(b).Build(fModel.Segment(theta, b), Gb);
-    Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(Gb);
-    if (es.info() != Eigen::Success) return false;
-    const Eigen::VectorXd ev = es.eigenvalues();
-    const double scale = std::max(ev.cwiseAbs().maxCoeff(), 1e-300);
-    if (ev.minCoeff() < -1e-10 * scale) return false;
-    w.fvLambda[U(b)] = es.eigenvectors() * ev.cwiseMax(0.0).cwiseSqrt().asDiagonal();
+    if (!fModel.FactorBlock(theta, b, 0.0, w.fvLambda[U(b)], nullptr)) return false;
   }
   return true;
 }

@@ -1,5 +1,6 @@
 #include "numeric/engine/detail/MCEngineModel.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace MCEngine_850 {
@@ -104,6 +105,21 @@ Eigen::VectorXd MCEngineModel::ToWorking(const Eigen::VectorXd& theta) const {
 Eigen::VectorXd MCEngineModel::Segment(const Eigen::VectorXd& theta, int block) const {
   if (block < 0) return theta.segment(GetResidualOffset(), fpResidual->GetNParams());
   return theta.segment(fvOffsets[static_cast<std::size_t>(block)], fvBlocks[static_cast<std::size_t>(block)]->GetNParams());
+}
+
+bool MCEngineModel::FactorBlock(const Eigen::VectorXd& theta, int b, double lift, Eigen::MatrixXd& lambda,
+                                Eigen::MatrixXd* lambdaInv) const {
+  Eigen::MatrixXd G;
+  GetBlock(b).Build(Segment(theta, b), G);
+  Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(G);
+  if (es.info() != Eigen::Success) return false;
+  const Eigen::VectorXd ev = es.eigenvalues();
+  const double scale = std::max(ev.cwiseAbs().maxCoeff(), 1e-300);
+  if (ev.minCoeff() < -1e-10 * scale) return false;
+  const Eigen::VectorXd sv = ev.cwiseMax(0.0).cwiseSqrt().cwiseMax(lift);
+  lambda = es.eigenvectors() * sv.asDiagonal();
+  if (lambdaInv != nullptr) *lambdaInv = sv.cwiseInverse().asDiagonal() * es.eigenvectors().transpose();
+  return true;
 }
 
 bool MCEngineModel::InBounds(const Eigen::VectorXd& theta) const {

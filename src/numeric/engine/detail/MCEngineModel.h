@@ -59,6 +59,13 @@ class MCEngineModel {
   // Every structure's bounds hold.
   bool InBounds(const Eigen::VectorXd& theta) const;
 
+  // A factor Lambda of block b's G at theta, G = Lambda Lambda', from G's
+  // eigen-decomposition with every singular value at least `lift` (0 keeps
+  // G exact; a tiny lift makes Lambda invertible), and with lambdaInv its
+  // inverse. False when G is not positive semidefinite.
+  bool FactorBlock(const Eigen::VectorXd& theta, int b, double lift, Eigen::MatrixXd& lambda,
+                   Eigen::MatrixXd* lambdaInv) const;
+
   // Gradient and Hessian of -2 log L in the working coordinates, from those in
   // the natural ones at theta = ToNatural(psi, scale) with scale at its
   // profiled optimum. The observed form adds the curvature of the

@@ -94,16 +94,7 @@ bool MCEngineSparseEvaluator::FactorG(const Eigen::VectorXd& theta, Work& w) con
   w.fvLambda.resize(U(nb));
   w.fvLambdaInv.resize(U(nb));
   for (int b = 0; b < nb; ++b) {
-    Eigen::MatrixXd Gb;
-    fModel.GetBlock(b).Build(fModel.Segment(theta, b), Gb);
-    Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(Gb);
-    if (es.info() != Eigen::Success) return false;
-    const Eigen::VectorXd ev = es.eigenvalues();
-    const double scale = std::max(ev.cwiseAbs().maxCoeff(), 1e-300);
-    if (ev.minCoeff() < -1e-10 * scale) return false;
-    const Eigen::VectorXd sv = ev.cwiseMax(0.0).cwiseSqrt().cwiseMax(kLift);
-    w.fvLambda[U(b)] = es.eigenvectors() * sv.asDiagonal();
-    w.fvLambdaInv[U(b)] = sv.cwiseInverse().asDiagonal() * es.eigenvectors().transpose();
+    if (!fModel.FactorBlock(theta, b, kLift, w.fvLambda[U(b)], &w.fvLambdaInv[U(b)])) return false;
   }
   return true;
 }
