@@ -172,11 +172,16 @@ bool MCEngineSparseFactor::SelectInverse() {
     const auto D = block.topRows(nj).triangularView<Eigen::Lower>();
     const int* rows = s + pi[k] + nj;
     if (!GatherInverse(rows, ns, k, mark, where, zss)) return false;
-    zsj = -(zss * block.bottomRows(ns));
-    D.solveInPlace<Eigen::OnTheRight>(zsj);
     zjj = Eigen::MatrixXd::Identity(nj, nj);
     D.solveInPlace(zjj);
-    zjj.noalias() -= block.bottomRows(ns).transpose() * zsj;
+    // The last supernode has no rows below its columns.
+    if (ns > 0) {
+      zsj = -(zss * block.bottomRows(ns));
+      D.solveInPlace<Eigen::OnTheRight>(zsj);
+      zjj.noalias() -= block.bottomRows(ns).transpose() * zsj;
+    } else {
+      zsj.resize(0, nj);
+    }
     D.transpose().solveInPlace(zjj);
     Eigen::Map<Eigen::MatrixXd> out(&fvInverse[U(px[k])], nrow, nj);
     for (int c = 0; c < nj; ++c) {
