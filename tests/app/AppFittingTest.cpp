@@ -46,18 +46,23 @@ class AppFittingTest : public ::testing::Test {
     fs::remove_all(fOutput);
   }
 
-  json RunExample(const std::string& name, int& exitStatus) {
+  // Runs a command file and returns its JSON report.
+  json RunFile(const fs::path& file, int& exitStatus) {
     AppOptions options;
     options.fOutputDir = fOutput.string();
     options.fbText = false;
     options.fbJson = true;
     AppSession session(options);
-    EXPECT_TRUE(session.RunFile((fs::path(GLMIX_SOURCE_DIR) / "examples" / (name + ".gmx")).string()));
+    EXPECT_TRUE(session.RunFile(file.string()));
     std::ostringstream terminal;
     std::string error;
     EXPECT_TRUE(session.WriteReports(terminal, error)) << error;
     exitStatus = session.ExitStatus();
     return ReadJson(fOutput / "report.json");
+  }
+
+  json RunExample(const std::string& name, int& exitStatus) {
+    return RunFile(fs::path(GLMIX_SOURCE_DIR) / "examples" / (name + ".gmx"), exitStatus);
   }
 
   fs::path fOutput;
@@ -182,17 +187,9 @@ TEST_F(AppFittingTest, AModelWithoutFixedParametersIsFitted) {
                 "WEIGHT BY Yield.\nGLMIXFIT Yield /FIXED INTERCEPT=NO /RANDOM INTERCEPT SUBJECTS=Batch.\n"
                 "WEIGHT OFF.\nSPLIT BY Batch.\nGLMIXFIT Yield /FIXED INTERCEPT=NO /MEANS OVERALL.\n";
   }
-  AppOptions options;
-  options.fOutputDir = fOutput.string();
-  options.fbText = false;
-  options.fbJson = true;
-  AppSession session(options);
-  ASSERT_TRUE(session.RunFile((dir / "run.gmx").string()));
-  std::ostringstream terminal;
-  std::string error;
-  ASSERT_TRUE(session.WriteReports(terminal, error)) << error;
-  EXPECT_EQ(session.ExitStatus(), 0);
-  const json report = ReadJson(fOutput / "report.json");
+  int exitStatus = -1;
+  const json report = RunFile(dir / "run.gmx", exitStatus);
+  EXPECT_EQ(exitStatus, 0);
   std::vector<std::string> messages;
   CollectMessages(report["items"], messages);
   for (const std::string& message : messages) EXPECT_NE(message.rfind("error", 0), 0u) << message;
@@ -222,17 +219,9 @@ TEST_F(AppFittingTest, AnIndefiniteEstimatedGIsAWarningNamingTheBlock) {
   fs::copy_file(fs::path(GLMIX_TEST_DATA_DIR) / "app" / "indefinite-g.csv", dir / "g.csv");
   std::ofstream(dir / "run.gmx") << "LOAD 'g.csv'.\nGLMIXFIT y WITH x /FIXED x /RANDOM INTERCEPT SUBJECTS=s\n"
                                     "  /RANDOM INTERCEPT x SUBJECTS=s STRUCTURE=UN /EXPORT STATXML='s.xml'.\n";
-  AppOptions options;
-  options.fOutputDir = fOutput.string();
-  options.fbText = false;
-  options.fbJson = true;
-  AppSession session(options);
-  ASSERT_TRUE(session.RunFile((dir / "run.gmx").string()));
-  std::ostringstream terminal;
-  std::string error;
-  ASSERT_TRUE(session.WriteReports(terminal, error)) << error;
-  EXPECT_EQ(session.ExitStatus(), 0);
-  const json report = ReadJson(fOutput / "report.json");
+  int exitStatus = -1;
+  const json report = RunFile(dir / "run.gmx", exitStatus);
+  EXPECT_EQ(exitStatus, 0);
   std::vector<std::string> messages;
   CollectMessages(report["items"], messages);
   int warnings = 0;
