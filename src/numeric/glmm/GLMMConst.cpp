@@ -123,4 +123,75 @@ const char* GetName(LMatrixRowType value) {
   return "unknown";
 }
 
+LinkType DefaultLink(TargetDistType dist) {
+  switch (dist) {
+    case DIST_NORMAL: return LINK_IDENTITY;
+    case DIST_BINOMIAL:
+    case DIST_MULTINOMIAL: return LINK_LOGIT;
+    case DIST_POISSON:
+    case DIST_NEGBIN:
+    case DIST_GAMMA: return LINK_LOG;
+    case DIST_IGAUSS: return LINK_POWER;
+  }
+  return LINK_IDENTITY;
+}
+
+double DefaultLinkPower(TargetDistType dist) { return dist == DIST_IGAUSS ? -2.0 : 1.0; }
+
+const char* GetName(TargetDistType value) {
+  switch (value) {
+    case DIST_NORMAL: return "NORMAL";
+    case DIST_BINOMIAL: return "BINOMIAL";
+    case DIST_POISSON: return "POISSON";
+    case DIST_NEGBIN: return "NEGBIN";
+    case DIST_GAMMA: return "GAMMA";
+    case DIST_IGAUSS: return "IGAUSS";
+    case DIST_MULTINOMIAL: return "MULTINOMIAL";
+  }
+  return "unknown";
+}
+
+const char* GetName(LinkType value) {
+  switch (value) {
+    case LINK_DEFAULT: return "default";
+    case LINK_IDENTITY: return "IDENTITY";
+    case LINK_LOG: return "LOG";
+    case LINK_LOGIT: return "LOGIT";
+    case LINK_PROBIT: return "PROBIT";
+    case LINK_CLOGLOG: return "CLOGLOG";
+    case LINK_NLOGLOG: return "NLOGLOG";
+    case LINK_LOGC: return "LOGC";
+    case LINK_POWER: return "POWER";
+    case LINK_CAUCHIT: return "CAUCHIT";
+  }
+  return "unknown";
+}
+
+const char* GetName(GeneralizedFitMethod value) {
+  switch (value) {
+    case FIT_PSEUDO_LIKELIHOOD: return "pseudo-likelihood";
+    case FIT_LAPLACE: return "Laplace";
+    case FIT_QUADRATURE: return "adaptive quadrature";
+  }
+  return "unknown";
+}
+
+const char* GetName(TrialsType value) {
+  switch (value) {
+    case TRIALS_NONE: return "none";
+    case TRIALS_VARIABLE: return "variable";
+    case TRIALS_VALUE: return "value";
+  }
+  return "unknown";
+}
+
+const char* GetName(ReferenceCategoryType value) {
+  switch (value) {
+    case REFERENCE_LAST: return "last";
+    case REFERENCE_FIRST: return "first";
+    case REFERENCE_VALUE: return "value";
+  }
+  return "unknown";
+}
+
 }  // namespace GLMMConst_850

@@ -61,6 +61,53 @@ enum LMatrixRowType {
   LROW_RANDOM = 3                 // random part by effects
 };
 
+// Distribution of the target of a generalized model (an extension: the
+// mixed procedure's own commands fit normal targets only). MULTINOMIAL is
+// ordinal (cumulative links) or nominal (one coefficient set per category
+// but the reference) by GLMMTargetSpec::GetOrdered.
+enum TargetDistType {
+  DIST_NORMAL = 0,
+  DIST_BINOMIAL = 1,
+  DIST_POISSON = 2,
+  DIST_NEGBIN = 3,
+  DIST_GAMMA = 4,
+  DIST_IGAUSS = 5,
+  DIST_MULTINOMIAL = 6
+};
+
+// Link function of a generalized model. LINK_DEFAULT stands for the
+// distribution's canonical or customary link (see DefaultLink).
+enum LinkType {
+  LINK_DEFAULT = -1,
+  LINK_IDENTITY = 0,
+  LINK_LOG = 1,
+  LINK_LOGIT = 2,
+  LINK_PROBIT = 3,
+  LINK_CLOGLOG = 4,
+  LINK_NLOGLOG = 5,
+  LINK_LOGC = 6,
+  LINK_POWER = 7,
+  LINK_CAUCHIT = 8
+};
+
+// How a generalized model is fitted: residual (REML-like) or maximum
+// subject-specific pseudo-likelihood by ThetaEstType, the Laplace
+// approximation of the marginal likelihood, or adaptive Gauss-Hermite
+// quadrature.
+enum GeneralizedFitMethod { FIT_PSEUDO_LIKELIHOOD = 0, FIT_LAPLACE = 1, FIT_QUADRATURE = 2 };
+
+// Where the trials of an events/trials binomial target come from.
+enum TrialsType { TRIALS_NONE = 0, TRIALS_VARIABLE = 1, TRIALS_VALUE = 2 };
+
+// Which category of a categorical target is the reference.
+enum ReferenceCategoryType { REFERENCE_LAST = 0, REFERENCE_FIRST = 1, REFERENCE_VALUE = 2 };
+
+// The link a distribution takes when none is given: identity for normal,
+// logit for binomial and multinomial, log for Poisson, negative binomial
+// and gamma, power(-2) for inverse Gaussian (see DefaultLinkPower).
+LinkType DefaultLink(TargetDistType dist);
+double DefaultLinkPower(TargetDistType dist);
+
 // The covariance structure of a keyword code of the command, read as an
 // unsigned 32-bit number: 1 AD1, 2 AR1, 3 ARH1, 4 ARMA11, 5 CS, 6 CSH, 7 CSR,
 // 8 DIAG, 9 FA1, 10 FAH1, 11 HF, 12 ID, 13 TP, 14 TPH, 15 UN, 16 UNR, 17 VC,
@@ -78,5 +125,10 @@ const char* GetName(ThetaEstType value);
 const char* GetName(DegreesFreedomType value);
 const char* GetName(ScoreType value);
 const char* GetName(LMatrixRowType value);
+const char* GetName(TargetDistType value);
+const char* GetName(LinkType value);
+const char* GetName(GeneralizedFitMethod value);
+const char* GetName(TrialsType value);
+const char* GetName(ReferenceCategoryType value);
 
 }  // namespace GLMMConst_850

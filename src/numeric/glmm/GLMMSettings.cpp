@@ -40,6 +40,7 @@ void GLMMSettings::Display(std::ostream& os) const {
   DisplayIV(os, "Spatial coordinates:", fvSpatialVars);
   if (!fvCustomTests.empty()) DisplayI(os, "Custom tests:", static_cast<long>(fvCustomTests.size()));
   for (const CustomTest& test : fvCustomTests) test.Display(os);
+  if (!fTargetSpec.IsLinear()) fTargetSpec.Display(os);
   GLMMComponentDisplay_850::DisplayC(os, "Covariance parameter estimation:", fThetaEstType);
   GLMMComponentDisplay_850::DisplayC(os, "Degrees of freedom:", fDegreesFreedomType);
   DisplayI(os, "Fisher scoring iterations:", fMaxFisherIterNum);

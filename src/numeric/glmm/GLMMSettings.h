@@ -6,6 +6,7 @@
 #include "numeric/glmm/CustomTest.h"
 #include "numeric/glmm/GLMMConst.h"
 #include "numeric/glmm/GLMMRandomSpec.h"
+#include "numeric/glmm/GLMMTargetSpec.h"
 #include "numeric/gzl/GZLSettings.h"
 
 namespace MCGLMM_850 {
@@ -31,6 +32,11 @@ class GLMMSettings : public GZLM_NAMESPACE_850::GZLSettings {
   // the fit computes each test after the estimates.
   void SetCustomTests(const std::vector<CustomTest>& tests) { fvCustomTests = tests; }
   const std::vector<CustomTest>& GetCustomTests() const { return fvCustomTests; }
+
+  // The target's distribution and link and the fitting of a generalized
+  // model; a normal target with the identity link by default.
+  void SetTargetSpec(const GLMMTargetSpec& spec) { fTargetSpec = spec; }
+  const GLMMTargetSpec& GetTargetSpec() const { return fTargetSpec; }
 
   void AddSpatialVar(int index) { fvSpatialVars.push_back(index); }
   const std::vector<int>& GetSpatialVars() const { return fvSpatialVars; }
@@ -63,6 +69,7 @@ class GLMMSettings : public GZLM_NAMESPACE_850::GZLSettings {
   GLMMRandomSpec fRepeated;
   std::vector<int> fvSpatialVars;
   std::vector<CustomTest> fvCustomTests;
+  GLMMTargetSpec fTargetSpec;
   GLMMConst_850::ThetaEstType fThetaEstType;
   GLMMConst_850::DegreesFreedomType fDegreesFreedomType;
   int fMaxFisherIterNum;
