@@ -5,6 +5,8 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build clang ccache
+  # libFuzzer's runtime, for the fuzz targets of fuzz/.
+  libclang-rt-dev
   libxerces-c-dev libeigen3-dev nlohmann-json3-dev libgtest-dev
   libreadstat-dev libexpat1-dev
   # The sparse Cholesky factorisation of the mixed-model equations.
