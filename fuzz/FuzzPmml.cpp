@@ -31,6 +31,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   if (size > kMaxInput) return -1;
   const std::string text(reinterpret_cast<const char*>(bytes), size);
   ReadOnTheEngineSide(text);
-  fuzzviewer::Show(text, fuzzviewer::Fixture("poisson.statxml.xml"));
-  return 0;
+  return fuzzviewer::Show(text, fuzzviewer::Fixture("poisson.statxml.xml")) ? 0 : -1;
 }

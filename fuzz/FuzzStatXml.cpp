@@ -16,6 +16,6 @@ const std::size_t kMaxInput = 65536;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   if (size > kMaxInput) return -1;
-  fuzzviewer::Show(fuzzviewer::Fixture("clinic.pmml.xml"), std::string(reinterpret_cast<const char*>(bytes), size));
-  return 0;
+  const std::string statXML(reinterpret_cast<const char*>(bytes), size);
+  return fuzzviewer::Show(fuzzviewer::Fixture("clinic.pmml.xml"), statXML) ? 0 : -1;
 }

@@ -1,5 +1,8 @@
 #include "FuzzViewer.h"
 
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -15,7 +18,37 @@
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
 #include "host/render/OmTextRenderer.h"
+#include "base/MIXAssert.h"
 #include "viewer/GNLMExports.h"
+
+// The viewer reads documents that the engine wrote for the data at hand, so
+// the reader asserts that the fields they name are variables of the data:
+// the target, the trials field and the repeated measures. A generated
+// document that names another field is outside that contract, not a
+// finding. This definition takes the place of the procedure's for the two
+// viewer targets: the three assertions of that contract throw, and Show
+// ends the input there; every other assertion still aborts as it does in
+// the program.
+namespace {
+
+struct OutsideTheContract {};
+
+const char* const kContractAssertions[] = {
+    "buildSettingsStruct.fTargetIndex >= 0",
+    "buildSettingsStruct.fTrialsIndex >= 0",
+    "repeatMeasVarStruct.fRepMeasInd >= 0",
+};
+
+}  // namespace
+
+void MIXAssertFailed(const char* text, const char* file, int line) {
+  for (const char* contract : kContractAssertions) {
+    if (text != nullptr && std::strcmp(text, contract) == 0) throw OutsideTheContract();
+  }
+  std::fprintf(stderr, "glmixfit: assertion failed: %s (%s:%d)\n", text ? text : "", file ? file : "", line);
+  std::fflush(stderr);
+  std::abort();
+}
 
 namespace fuzzviewer {
 
@@ -46,12 +79,12 @@ const std::string& Fixture(const std::string& name) {
   return texts[name] = text.str();
 }
 
-void Show(const std::string& pmml, const std::string& statXML) {
+bool Show(const std::string& pmml, const std::string& statXML) {
   ZORV_Dataset& data = Clinic();
   CFMetaData metaData(data);
   OmDocument document;
   ZORV_Session::Current().BeginCommand();
-  {
+  try {
     BpProcedure procedure(document.fRoot.AddHeading("Model"), "Model", "Generalized Linear Mixed Models");
     procedure.SetDataSource(&data);
     std::unique_ptr<CFProcCustom> plugIn(GetCFProcCustom());
@@ -61,9 +94,13 @@ void Show(const std::string& pmml, const std::string& statXML) {
     plugIn->ProcessOutputXML(std::vector<std::string>{pmml},
                              std::vector<CFStatXMLInfoBlock>{CFStatXMLInfoBlock("fuzz.xml", statXML)}, std::string());
     plugIn->ProcessOutputJSON();
+  } catch (const OutsideTheContract&) {
+    ZORV_Session::Current().BeginCommand();
+    return false;
   }
   OmTextRenderer().Render(document);
   ZORV_Session::Current().BeginCommand();
+  return true;
 }
 
 }  // namespace fuzzviewer
