@@ -1,7 +1,5 @@
 #include "FuzzViewer.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <map>
@@ -18,16 +16,16 @@
 #include "host/output/BpProcedure.h"
 #include "host/output/OmDocument.h"
 #include "host/render/OmTextRenderer.h"
-#include "base/MIXAssert.h"
 #include "viewer/GNLMExports.h"
 
 // The viewer reads documents that the engine wrote for the data at hand, so
 // the reader asserts that the fields they name are variables of the data:
 // the target, the trials field and the repeated measures. A generated
 // document that names another field is outside that contract, not a
-// finding. This definition takes the place of the procedure's for the two
-// viewer targets: the three assertions of that contract throw, and Show
-// ends the input there; every other assertion still aborts as it does in
+// finding. The two viewer targets are linked with the procedure's
+// assertion handler wrapped (see fuzz/CMakeLists.txt): the three
+// assertions of that contract throw, and Show ends the input there; every
+// other assertion goes to the procedure's handler and aborts as it does in
 // the program.
 namespace {
 
@@ -41,13 +39,14 @@ const char* const kContractAssertions[] = {
 
 }  // namespace
 
-void MIXAssertFailed(const char* text, const char* file, int line) {
+// MIXAssertFailed(const char*, const char*, int), by its linker name.
+extern "C" [[noreturn]] void __real__Z15MIXAssertFailedPKcS0_i(const char* text, const char* file, int line);
+
+extern "C" [[noreturn]] void __wrap__Z15MIXAssertFailedPKcS0_i(const char* text, const char* file, int line) {
   for (const char* contract : kContractAssertions) {
     if (text != nullptr && std::strcmp(text, contract) == 0) throw OutsideTheContract();
   }
-  std::fprintf(stderr, "glmixfit: assertion failed: %s (%s:%d)\n", text ? text : "", file ? file : "", line);
-  std::fflush(stderr);
-  std::abort();
+  __real__Z15MIXAssertFailedPKcS0_i(text, file, line);
 }
 
 namespace fuzzviewer {

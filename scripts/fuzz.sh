@@ -45,7 +45,7 @@ for target in "${targets[@]}"; do
     echo "$target found a problem (exit $status); the last lines of $log:"
     tail -n 40 "$log"
   else
-    grep -E '^(#[0-9]+ +DONE|stat::number_of_executed_units)' "$log" || true
+    grep -E '^(#[0-9]+[[:space:]]+DONE|stat::number_of_executed_units)' "$log" || true
   fi
 done
 
