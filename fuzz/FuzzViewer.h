@@ -11,8 +11,8 @@ namespace fuzzviewer {
 // A document of tests/data/documents/glmm, read once.
 const std::string& Fixture(const std::string& name);
 
-// False when the documents name a field that is not a variable of the data
-// (see FuzzViewer.cpp): such an input is not kept.
+// False when the documents break an assertion of the viewer (see
+// FuzzViewer.cpp): such an input is not kept.
 bool Show(const std::string& pmml, const std::string& statXML);
 
 }  // namespace fuzzviewer
