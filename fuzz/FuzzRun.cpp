@@ -37,16 +37,26 @@ namespace {
 const std::size_t kMaxInput = 2048;
 const std::chrono::seconds kTimeLimit(5);
 
-// The folder of the run, made once with the data file in it.
+const fs::path& Folder();
+
+void RemoveFolder() {
+  std::error_code ec;
+  fs::remove_all(Folder(), ec);
+}
+
+// The folder of the run, made once with the data file in it and removed
+// when the process ends; the procedure is handed to the session then too.
 const fs::path& Folder() {
-  static const fs::path folder = [] {
+  // Never destroyed, so that it outlives RemoveFolder.
+  static const fs::path* folder = [] {
     std::string pattern = (fs::temp_directory_path() / "glmixfit-fuzz-XXXXXX").string();
     if (mkdtemp(&pattern[0]) == nullptr) abort();
     std::ofstream(fs::path(pattern) / "fuzz.csv") << fuzzdata::CsvText();
     AppProcedureHook::Set(MixDriver);
-    return fs::path(pattern);
+    atexit(RemoveFolder);
+    return new fs::path(pattern);
   }();
-  return folder;
+  return *folder;
 }
 
 // One GLMIXFIT command whose texts are plain file names, if anything.
@@ -70,7 +80,8 @@ void Empty(const fs::path& folder) {
   }
 }
 
-// Raises the stop flag when the time limit passes before Finish.
+// Raises the stop flag when the time limit passes before it is destroyed,
+// and clears it then.
 class Watchdog {
  public:
   Watchdog() : fThread([this] { Watch(); }) {}
