@@ -55,6 +55,7 @@ int AppMain::Run(const AppOptions& options, std::ostream& out, std::ostream& err
     err << "glmixfit: " << error << "\n";
     return 2;
   }
+  if (session.WasInterrupted()) return session.ExitStatus();
   if (!read) {
     if (!options.fbText) err << "glmixfit: " << options.fCommandFile << ": the command file cannot be read\n";
     return 2;

@@ -89,11 +89,13 @@ namespace {
 
 // Reads at most AppSession::kMaxCommandFileBytes and one byte more, so that
 // a device or an endless pipe cannot fill the memory. False when the stream
-// fails.
+// fails or an interrupt stops the reading (a read waiting on a terminal or
+// a pipe returns when the interrupt comes).
 bool ReadBounded(std::istream& in, std::string& text) {
   text.clear();
   char block[65536];
   while (text.size() <= AppSession::kMaxCommandFileBytes) {
+    if (ZORV_StopFlag::IsRaised()) return false;
     in.read(block, sizeof block);
     text.append(block, static_cast<std::size_t>(in.gcount()));
     if (!in) return in.eof();
@@ -131,6 +133,10 @@ bool AppSession::RunFile(const std::string& path) {
     const std::filesystem::path absolute = std::filesystem::absolute(folder.empty() ? "." : folder, ec);
     baseDir = ec ? folder.string() : absolute.lexically_normal().string();
   }
+  if (ZORV_StopFlag::IsRaised()) {
+    fbStopped = true;
+    return refuse("the reading of the command file was interrupted; no command was run.");
+  }
   if (!read) return refuse("the command file cannot be read.");
   if (text.size() > kMaxCommandFileBytes) {
     return refuse("the command file is larger than " + std::to_string(kMaxCommandFileBytes / (1024 * 1024)) +
@@ -164,9 +170,11 @@ void AppSession::RunCommand(const AppCommandText& command, const std::string& or
   std::string title = Title(command.fName);
   OmHeading& heading = fDocument.fRoot.AddHeading(title);
   ZORV_Progress::Begin(title);
+  std::size_t echoed = 0;
   {
     BpProcedure procedure(heading, title, command.fName == "GLMIXFIT" ? "Mixed" : "Global");
     Echo(command.fText + ".");
+    echoed = heading.fvItems.size();
     AppCommandReader reader(command, origin);
     try {
       Dispatch(reader, procedure, baseDir);
@@ -186,7 +194,18 @@ void AppSession::RunCommand(const AppCommandText& command, const std::string& or
   OmSplitLayering().Layer(heading);
   ZORV_Progress::End();
   if (ZORV_Session::Current().IsFatal()) fbAnyError = true;
-  if (ZORV_StopFlag::IsRaised()) fbStopped = true;
+  if (ZORV_StopFlag::IsRaised()) ShowInterrupted(heading, echoed);
+}
+
+// What an interrupted command made is incomplete: of its output only the
+// echo of its text stays, followed by the reason.
+void AppSession::ShowInterrupted(OmHeading& heading, std::size_t echoed) {
+  fbStopped = true;
+  fbAnyError = true;
+  if (heading.fvItems.size() > echoed) {
+    heading.fvItems.erase(heading.fvItems.begin() + static_cast<std::ptrdiff_t>(echoed), heading.fvItems.end());
+  }
+  heading.AddMessage(OmMessage::ERROR, kInterruptedCommand);
 }
 
 void AppSession::Dispatch(AppCommandReader& reader, BpProcedure& procedure, const std::string& baseDir) {
@@ -255,6 +274,7 @@ void AppSession::RunMixed(AppCommandReader& reader, BpProcedure& procedure, cons
     AppScoringPass::Installed scoring;
     hook(fMemory.GetCommand(), procedure, *fpData);
   }
+  if (ZORV_StopFlag::IsRaised()) return;
   AppModelViewer::Run(procedure, *fpData);
 }
 

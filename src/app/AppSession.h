@@ -22,7 +22,8 @@ class ZORV_Dataset;
 // is the current one, so messages (BpError) and text (BP_ToFront) land
 // there. A command with a mistake says so there and does not run; the
 // following commands still do. After an interrupt (the host's stop flag)
-// no further command starts.
+// the interrupted command shows only its text and that it was interrupted,
+// and no further command starts.
 class AppSession {
  public:
   explicit AppSession(const AppOptions& options);
@@ -46,8 +47,16 @@ class AppSession {
   // False when a report could not be written; `error` says why.
   bool WriteReports(std::ostream& terminal, std::string& error) const;
 
-  // 0 when every command ran, 1 when any had an error.
-  int ExitStatus() const { return fbAnyError ? 1 : 0; }
+  // The exit status after an interrupt, as a shell reports a program that
+  // Ctrl-C ended.
+  static constexpr int kInterruptedStatus = 130;
+  // The message an interrupted command shows in place of its output.
+  static constexpr const char* kInterruptedCommand = "The command was interrupted; its results are not shown.";
+
+  // 0 when every command ran, 1 when any had an error, kInterruptedStatus
+  // when an interrupt stopped the run.
+  int ExitStatus() const { return fbStopped ? kInterruptedStatus : fbAnyError ? 1 : 0; }
+  bool WasInterrupted() const { return fbStopped; }
   const OmDocument& GetDocument() const { return fDocument; }
   // The active dataset; null before the first LOAD.
   ZORV_Dataset* GetData() const { return fpData.get(); }
@@ -58,6 +67,9 @@ class AppSession {
   void RunCommand(const AppCommandText& command, const std::string& origin, const std::string& baseDir);
   void Dispatch(AppCommandReader& reader, BpProcedure& procedure, const std::string& baseDir);
   void RunMixed(AppCommandReader& reader, BpProcedure& procedure, const std::string& baseDir);
+  // Replaces the output of an interrupted command after its first `echoed`
+  // items (the echo of its text) with the message that it was interrupted.
+  void ShowInterrupted(OmHeading& heading, std::size_t echoed);
 
   AppOptions fOptions;
   OmDocument fDocument;

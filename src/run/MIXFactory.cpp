@@ -15,6 +15,7 @@
 #include "host/data/ProcedureDataSource.h"
 #include "host/data/ZORV_InputCaseIterator.h"
 #include "host/data/ZORV_PMMLPooling.h"
+#include "host/data/ZORV_StopFlag.h"
 #include "host/data/ZORV_Variable.h"
 #include "host/files/AppParams.h"
 #include "host/files/BEPesRepos.h"
@@ -160,12 +161,15 @@ void RunExport(Export exportDocument) {
 // Writes one document under a temporary name and renames it into place, so
 // that a failed or killed export leaves the previous file; a document that
 // was written is handed to the repository, one that was not is reported by
-// the repository's check at the end of the command.
+// the repository's check at the end of the command. An interrupted command
+// writes none: the temporary file is dropped and the previous file stays.
 template <typename Export>
 void WriteDocument(const std::string& name, int kind, Export exportDocument) {
+  if (ZORV_StopFlag::IsRaised()) return;
   AtomicFileWriter writer(ExtNameStr(name).GetPath());
   if (writer.IsOpen()) {
     RunExport([&]() { exportDocument(writer.Stream()); });
+    if (ZORV_StopFlag::IsRaised()) return;
     if (writer.Commit()) {
       TestAndStoreToPes(name.c_str(), kind, 1);
       return;

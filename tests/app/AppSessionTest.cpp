@@ -331,7 +331,8 @@ TEST_F(AppSessionTest, AnInterruptEndsTheRunAfterTheCommand) {
   ASSERT_EQ(root.fvItems.size(), 3u);
   ASSERT_EQ(root.fvItems[2].fKind, OmItem::MESSAGE);
   EXPECT_EQ(root.fvItems[2].fpMessage->fText, "The run was interrupted; 2 commands were not run.");
-  EXPECT_EQ(fpSession->ExitStatus(), 1);
+  EXPECT_EQ(Messages(1), std::vector<std::string>{"ERROR The command was interrupted; its results are not shown."});
+  EXPECT_EQ(fpSession->ExitStatus(), 130);
 }
 
 TEST_F(AppSessionTest, ACommandFileThatCannotBeReadIsReported) {

@@ -4,6 +4,8 @@
 
 namespace {
 
+// Raised from a signal handler, where only a lock-free atomic may be touched.
+static_assert(std::atomic<bool>::is_always_lock_free, "the stop flag must be lock-free");
 std::atomic<bool> gStopRequested{false};
 
 }  // namespace
