@@ -50,6 +50,8 @@ const std::string GNLMOutputStats::csKey_C27 = "kGLMM_C27";
 const std::string GNLMOutputStats::csKey_C28 = "kGLMM_C28";
 const std::string GNLMOutputStats::csKey_C29 = "kGLMM_C29";
 const std::string GNLMOutputStats::csKey_C30 = "kGLMM_C30";
+const std::string GNLMOutputStats::csKey_GNotPD = "kGLMM_GNotPD";
+const std::string GNLMOutputStats::csKey_RNotPD = "kGLMM_RNotPD";
 
 GNLMOutputStats::PrintableValueData::PrintableValueData(const PrintableValueData& other)
     : fStorage(other.fStorage),

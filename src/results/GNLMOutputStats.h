@@ -417,6 +417,10 @@ class GNLMOutputStats {
   static const std::string csKey_C8, csKey_C9, csKey_C10, csKey_C11, csKey_C12, csKey_C13, csKey_C14, csKey_C15,
       csKey_C16, csKey_C17, csKey_C18, csKey_C19, csKey_C20, csKey_C21, csKey_C22, csKey_C23, csKey_C24,
       csKey_C25, csKey_C26, csKey_C27, csKey_C28, csKey_C29, csKey_C30;
+  // An estimated covariance matrix that is not positive definite: of a
+  // random block (its number, from 1, is the message's parameter) or of the
+  // residual block.
+  static const std::string csKey_GNotPD, csKey_RNotPD;
 
   GNLMOutputStats();
   ~GNLMOutputStats();

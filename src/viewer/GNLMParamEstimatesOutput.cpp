@@ -10,6 +10,7 @@
 #include "host/output/BpComposite.h"
 #include "host/output/BpDataValue.h"
 #include "host/output/BpDimension.h"
+#include "host/output/BpError.h"
 #include "host/output/BpHeading.h"
 #include "host/output/BpNumber.h"
 #include "host/output/BpPivotTable.h"
@@ -299,11 +300,29 @@ void GNLMParamEstimatesOutput::DisplayCovarParamTable() {
   }
 
   const Stats::ParamCollectData* pParamCollect = fpOutputStats->GetParamCollect();
-  if (pParamCollect == nullptr) return;
-  DisplayResidualParamEstimTable(&heading, pParamCollect->fvRepeatedParamEstim);
-  const int nBlocks = static_cast<int>(pParamCollect->fvRandomParamEstim.size());
-  for (const Stats::ParamEstimBlockCollection& collection : pParamCollect->fvRandomParamEstim) {
-    DisplayRandomParamEstimTable(&heading, collection.fvParamEstim, static_cast<int>(collection.fBlockIndex), nBlocks);
+  if (pParamCollect != nullptr) {
+    DisplayResidualParamEstimTable(&heading, pParamCollect->fvRepeatedParamEstim);
+    const int nBlocks = static_cast<int>(pParamCollect->fvRandomParamEstim.size());
+    for (const Stats::ParamEstimBlockCollection& collection : pParamCollect->fvRandomParamEstim) {
+      DisplayRandomParamEstimTable(&heading, collection.fvParamEstim, static_cast<int>(collection.fBlockIndex),
+                                   nBlocks);
+    }
+  }
+  ShowIndefiniteMatrices();
+}
+
+// "Covariance Parameters: the message", as a warning of the fit.
+void GNLMParamEstimatesOutput::ShowIndefiniteMatrices() const {
+  for (const Stats::WarningMsgData& warning : fpOutputStats->GetAllWarnings()) {
+    if (warning.fPattern != Stats::csKey_GNotPD && warning.fPattern != Stats::csKey_RNotPD) continue;
+    BpComposite message(warning.fPattern, true);
+    for (const std::string& parameter : warning.fWarningParameters) message.Add(BpString(parameter, false));
+    message.Finish();
+    BpComposite text("^1: ^2", false);
+    text.Add(BpString("Covariance Parameters", true));
+    text.Add(message);
+    text.Finish();
+    BpError(text, BpErrorShowOutput, BpErrorLevelWarning);
   }
 }
 

@@ -38,8 +38,10 @@ class GNLMParamEstimatesOutput {
   void DisplayRandomEffectCovarTable(BpHeading* pHeading, const GNLMOutputStats::RandEffCovarMatData& matrices,
                                      int block);
   // The summary of the covariance parameters, then the residual's and each
-  // random block's.
+  // random block's, then a warning for each estimated covariance matrix
+  // that is not positive definite.
   void DisplayCovarParamTable();
+  void ShowIndefiniteMatrices() const;
   void DisplayResidualParamEstimTable(BpHeading* pHeading, const std::vector<GNLMOutputStats::ParamEstimData>& sets);
   void DisplayRandomParamEstimTable(BpHeading* pHeading, const std::vector<GNLMOutputStats::ParamEstimData>& sets,
                                     int block, int nBlocks);

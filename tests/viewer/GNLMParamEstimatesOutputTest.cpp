@@ -511,3 +511,39 @@ TEST_F(GNLMParamEstimatesOutputTest, WithoutDiagnosticsTheSummaryBreaksAnInvaria
 }
 
 }  // namespace
+
+// A document that says a block's estimated covariance matrix is not positive
+// definite: the viewer says it as a warning after the covariance tables,
+// with the block's number, as the fit said it.
+TEST_F(GNLMParamEstimatesOutputTest, AnIndefiniteCovarianceMatrixIsAWarningNamingItsBlock) {
+  std::string statXML = results_test::ReadFile(results_test::FixturePath("poisson.statxml.xml"));
+  const std::size_t end = statXML.find("</TrainingSummary>");
+  ASSERT_NE(end, std::string::npos);
+  statXML.insert(end,
+                 "<Message><PrintableList pattern=\"kGLMM_GNotPD\" isKey=\"true\"><PrintableValue storage=\"string\" "
+                 "value=\"1\"/></PrintableList></Message><Message><PrintableList pattern=\"kGLMM_RNotPD\" "
+                 "isKey=\"true\"/></Message>");
+  ASSERT_TRUE(Read(results_test::ReadFile(results_test::FixturePath("poisson.pmml.xml")), statXML));
+  ASSERT_TRUE(fStats.HasWarning(Stats::csKey_GNotPD));
+  Estimates().DisplayCovarParamTable();
+  EXPECT_EQ(Messages(),
+            (std::vector<std::string>{
+                "Covariance Parameters: The estimated covariance matrix of the random effects of block 1 is not "
+                "positive definite.",
+                "Covariance Parameters: The estimated covariance matrix of the residual block is not positive "
+                "definite."}));
+  const std::vector<std::string> outline = Outline();
+  ASSERT_FALSE(outline.empty());
+  EXPECT_EQ(outline.front(), "heading: Covariance Parameters");
+  for (const OmItem& item : Output().fvItems) {
+    if (item.fKind == OmItem::MESSAGE) {
+      EXPECT_EQ(item.fpMessage->fLevel, OmMessage::WARNING);
+    }
+  }
+}
+
+TEST_F(GNLMParamEstimatesOutputTest, APositiveDefiniteFitSaysNothingOfItsMatrices) {
+  ASSERT_TRUE(ReadFixture("poisson"));
+  Estimates().DisplayCovarParamTable();
+  EXPECT_TRUE(Messages().empty());
+}
