@@ -57,6 +57,11 @@ class CancelAfter : public MCCommon_850::MCQueryCancel {
   mutable int fCount = 0;
 };
 
+// The polls a fit makes at most after the one that said "stop": the
+// evaluation that asked returns, and each step that follows asks once
+// before it would evaluate again.
+constexpr int kPollsAfterAStop = 4;
+
 // Keeps what it is told of each iteration.
 class IterationLog : public MCCommon_850::MCProgressObserver {
  public:
@@ -261,28 +266,82 @@ TEST(MCEngineOptions, CancelledBeforeTheFirstIteration) {
   EXPECT_TRUE(st.IsError());
   EXPECT_EQ(fitter.GetResult().GetStatus().GetCode(), MCEngineStatus::kCancelled);
   EXPECT_EQ(fitter.GetResult().GetIterations(), 0);
-  EXPECT_EQ(cancel.GetCount(), 1);
+  // The first evaluation asks first and stops; the fit's end asks once more.
+  EXPECT_EQ(cancel.GetCount(), 2);
   // No statistics are computed for a cancelled fit.
   EXPECT_TRUE(fitter.GetResult().GetBeta().empty());
   EXPECT_TRUE(MCEngineMissing::Is(fitter.GetResult().GetMinus2LogLik()));
 }
 
-TEST(MCEngineOptions, CancelPolledOncePerIteration) {
-  auto m = Orthodont();
-  m->fpDesign->SetResidual("Subject", "age", MCEngineCovType::UN);
+// A residual UN over the ten days of the sleep study: 55 parameters, whose
+// derivatives make each evaluation long.
+std::unique_ptr<Model> SleepstudyDaysUN() {
+  auto m = MCEngineTestFixture::Load("sleepstudy.csv", {"Subject", "Days"});
+  m->fpDesign->SetResponse("Reaction");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->SetResidual("Subject", "Days", MCEngineCovType::UN);
   m->fInput = m->fpDesign->Build();
+  return m;
+}
+
+TEST(MCEngineOptions, ALargeStructureIsAskedToStopInsideEachEvaluation) {
+  auto m = SleepstudyDaysUN();
+  CancelAfter never(1 << 30);
+  IterationLog log;
+  MCEngineSettings settings;
+  settings.SetCancel(&never);
+  settings.SetProgress(&log);
+  settings.SetMaxIterations(1);
+  MCEngineFitter fitter;
+  fitter.Fit(m->fInput, settings);
+  // Once per parameter in each loop over the derivatives, not only before
+  // each iteration.
+  ASSERT_FALSE(log.fvIterations.empty());
+  EXPECT_GT(never.GetCount(), 2 * 55 * static_cast<int>(log.fvIterations.size()));
+}
+
+// Wherever the stop comes, the fit asks only a few more times before it
+// ends as cancelled: no loop over the parameters or the subjects goes on.
+TEST(MCEngineOptions, AStopInsideAnEvaluationEndsTheFitAtOnce) {
+  auto m = SleepstudyDaysUN();
   CancelAfter never(1 << 30);
   MCEngineSettings settings;
   settings.SetCancel(&never);
+  settings.SetMaxIterations(2);
+  MCEngineFitter fitter;
+  fitter.Fit(m->fInput, settings);
+  const int total = never.GetCount();
+  ASSERT_GT(total, 200);
+  for (int at : {1, 20, 54, 55, 100, total / 3, total / 2, total - 30}) {
+    CancelAfter stop(at);
+    settings.SetCancel(&stop);
+    const MCEngineStatus st = fitter.Fit(m->fInput, settings);
+    EXPECT_EQ(st.GetCode(), MCEngineStatus::kCancelled) << "stopped at poll " << at;
+    EXPECT_LE(stop.GetCount(), at + kPollsAfterAStop) << "stopped at poll " << at;
+    EXPECT_TRUE(fitter.GetResult().GetBeta().empty()) << "stopped at poll " << at;
+  }
+}
+
+TEST(MCEngineOptions, AStopAtAnIterationsStartEndsTheIterations) {
+  auto m = Orthodont();
+  m->fpDesign->SetResidual("Subject", "age", MCEngineCovType::UN);
+  m->fInput = m->fpDesign->Build();
+  IterationLog log;
+  MCEngineSettings settings;
+  settings.SetProgress(&log);
   MCEngineFitter fitter;
   ASSERT_TRUE(fitter.Fit(m->fInput, settings).IsOK());
-  const int iterations = fitter.GetResult().GetIterations();
-  ASSERT_GE(iterations, 2);
-  // Once before each iteration and once before the convergence test that ends them.
-  EXPECT_EQ(never.GetCount(), iterations + 1);
+  ASSERT_GE(fitter.GetResult().GetIterations(), 2);
 
-  CancelAfter later(2);
-  settings.SetCancel(&later);
+  // The poll right after the progress of iteration 2.
+  class StopAtIteration : public MCCommon_850::MCQueryCancel, public MCCommon_850::MCProgressObserver {
+   public:
+    void Iteration(int iteration, double) const override { fbStop = iteration >= 2; }
+    bool IsCancelled() const override { return fbStop; }
+    mutable bool fbStop = false;
+  } stop;
+  settings.SetCancel(&stop);
+  settings.SetProgress(&stop);
   const MCEngineStatus st = fitter.Fit(m->fInput, settings);
   EXPECT_EQ(st.GetCode(), MCEngineStatus::kCancelled);
   EXPECT_EQ(fitter.GetResult().GetIterations(), 2);
@@ -300,8 +359,9 @@ TEST(MCEngineOptions, TheProgressObserverIsToldEachIterationAndItsMinus2LogLikel
   MCEngineFitter fitter;
   ASSERT_TRUE(fitter.Fit(m->fInput, settings).IsOK());
   const int iterations = fitter.GetResult().GetIterations();
-  // Told just before each cancel question, with the iteration about to start.
-  ASSERT_EQ(static_cast<int>(log.fvIterations.size()), never.GetCount());
+  // Told at the start of each iteration, with the iteration about to start,
+  // and once more before the convergence test that ends them.
+  ASSERT_EQ(static_cast<int>(log.fvIterations.size()), iterations + 1);
   for (int i = 0; i <= iterations; ++i) EXPECT_EQ(log.fvIterations[static_cast<std::size_t>(i)], i);
   // The criterion falls, and ends at the fit's -2 log likelihood.
   for (std::size_t i = 1; i < log.fvCriteria.size(); ++i) EXPECT_LE(log.fvCriteria[i], log.fvCriteria[i - 1] + 1e-9);

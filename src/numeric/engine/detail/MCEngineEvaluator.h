@@ -2,6 +2,7 @@
 
 #include <Eigen/Dense>
 
+#include "numeric/common/MCQueryCancel.h"
 #include "numeric/engine/detail/MCEngineEvaluation.h"
 
 namespace MCEngine_850 {
@@ -21,6 +22,18 @@ class MCEngineEvaluator {
   // the point without random effects, when the evaluator has one of its
   // own; false to take the expected Hessian of an evaluation there.
   virtual bool StartInformation(const Eigen::VectorXd& /*theta*/, Eigen::MatrixXd& /*info*/) { return false; }
+
+  // The stop query, asked inside the loops of an evaluation that can run
+  // long (over the parameters of a large structure, over the subjects), so
+  // that a stop does not wait for the next iteration. An evaluation it stops
+  // returns false. Not owned; may be null.
+  void SetCancel(const MCCommon_850::MCQueryCancel* pCancel) { fpCancel = pCancel; }
+
+ protected:
+  bool Cancelled() const { return fpCancel != nullptr && fpCancel->IsCancelled(); }
+
+ private:
+  const MCCommon_850::MCQueryCancel* fpCancel = nullptr;
 };
 
 }  // namespace MCEngine_850

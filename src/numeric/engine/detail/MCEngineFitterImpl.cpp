@@ -30,9 +30,15 @@ std::vector<double> ToRowMajor(const Eigen::MatrixXd& m) {
 
 }  // namespace
 
+// A stop ends the fit whatever step it cut short: an evaluation it stops
+// fails, and that failure is the stop's.
 MCEngineStatus MCEngineFitterImpl::Finish(const MCEngineStatus& status) {
-  fResult.SetStatus(status);
-  return status;
+  const MCCommon_850::MCQueryCancel* pCancel = fSettings.GetCancel();
+  const MCEngineStatus ended =
+      pCancel != nullptr && pCancel->IsCancelled() ? MCEngineStatus(MCEngineStatus::kCancelled, MCEngineStatus::kError)
+                                                   : status;
+  fResult.SetStatus(ended);
+  return ended;
 }
 
 bool MCEngineFitterImpl::BuildModel() {
@@ -103,6 +109,7 @@ bool MCEngineFitterImpl::MakeEvaluator() {
   } else if (path == MCEngineSettings::kBySubject) {
     fpEvaluator = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
   }
+  if (fpEvaluator) fpEvaluator->SetCancel(fSettings.GetCancel());
   fResult.SetSolverPath(path);
   return true;
 }
@@ -194,7 +201,7 @@ MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngin
   Eigen::VectorXd theta = fModel.ToNatural(psi, scale);
   fModel.Canonicalize(theta);
   Statistics(input, theta);
-  if (fResult.GetStatus().IsError()) return fResult.GetStatus();
+  if (fResult.GetStatus().IsError()) return Finish(fResult.GetStatus());
   MCEngineStatus final;
   if (!fResult.GetWarnings().empty()) final = fResult.GetWarnings().front();
   return Finish(final);

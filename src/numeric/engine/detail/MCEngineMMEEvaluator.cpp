@@ -65,6 +65,7 @@ MCEngineMMEEvaluator::MCEngineMMEEvaluator(const MCEngineData& data, const MCEng
 bool MCEngineMMEEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, bool reml,
                                     MCEngineEvaluation& out) {
   out.fbOK = false;
+  if (Cancelled()) return false;
   Work w;
   w.fbDerivs = level >= kGradient;
   w.fbHessian = level >= kHessian;
@@ -74,7 +75,7 @@ bool MCEngineMMEEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, b
   StartCrossProducts(w);
   GroupWork gw;
   for (std::size_t g = 0; g < fvResGroups.size(); ++g) {
-    if (!AddResidualGroup(g, w, gw)) return false;
+    if (Cancelled() || !AddResidualGroup(g, w, gw)) return false;
   }
   if (!AddRecordCopies(w)) return false;
   if (!Solve(w, out)) return false;

@@ -289,6 +289,10 @@ MCEngineStatus MCEngineOptimizer::Run(Eigen::VectorXd& psi) {
     s = sc;
     ++fIterations;
   }
+  // A stop inside an evaluation ends the iterations as a failed step would.
+  if (fSettings.GetCancel() != nullptr && fSettings.GetCancel()->IsCancelled()) {
+    return MCEngineStatus(MCEngineStatus::kCancelled, MCEngineStatus::kError);
+  }
 
   // Newton steps from a converged point cost little and remove the error
   // left by the stopping rule, which near the optimum the objective's

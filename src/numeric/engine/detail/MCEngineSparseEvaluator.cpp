@@ -62,6 +62,8 @@ bool MCEngineSparseEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level
 bool MCEngineSparseEvaluator::Compute(const Eigen::VectorXd& theta, Level level, bool reml, bool information,
                                       MCEngineEvaluation& out) {
   out.fbOK = false;
+  // Also stops the Hessian's difference quotients, one gradient each.
+  if (Cancelled()) return false;
   if (!fbReady) return false;
   Work w;
   w.fbDerivs = level >= kGradient;

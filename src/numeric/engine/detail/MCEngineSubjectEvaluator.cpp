@@ -158,6 +158,7 @@ bool MCEngineSubjectEvaluator::EmpiricalMeat(const Eigen::VectorXd& theta, const
 bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, bool reml,
                                         MCEngineEvaluation& out) {
   out.fbOK = false;
+  if (Cancelled()) return false;
   const int K = fModel.GetNParams();
   const int p = fData.fRank;
   const int nb = fModel.GetNBlocks();
@@ -175,12 +176,14 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   std::vector<Eigen::MatrixXd> d2S;
   if (derivs) {
     for (int k = 0; k < K; ++k) {
+      if (Cancelled()) return false;
       const int b = fModel.GetBlockOf(k);
       const MCCovStructure& s = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
       s.Derivative(fModel.Segment(theta, b), fModel.GetLocalIndex(k), dS[U(k)]);
     }
     if (hessian) {
       for (int k = 0; k < K; ++k) {
+        if (Cancelled()) return false;
         for (int l = k; l < K; ++l) {
           const int b = fModel.GetBlockOf(k);
           if (fModel.GetBlockOf(l) != b) continue;
@@ -209,6 +212,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     Abar.assign(U(K), Eigen::MatrixXd::Zero(q, q));
     Bbar.assign(U(K * K), Eigen::MatrixXd());
     for (int k = 0; k < K; ++k) {
+      if (Cancelled()) return false;
       for (int l = k; l < K; ++l) Bbar[U(k * K + l)] = Eigen::MatrixXd::Zero(q, q);
     }
     trW2 = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(secondPairs.size()));
@@ -222,6 +226,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   Eigen::LLT<Eigen::MatrixXd> llt;
 
   for (const Component& c : fvComponents) {
+    if (Cancelled()) return false;
     const int m = c.fM;
     const double f = c.fWeight;
     Xb.resize(m, q);
@@ -275,6 +280,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
       Abar[U(k)].noalias() += f * (WX.transpose() * Tk[U(k)]);
     }
     for (std::size_t a = 0; a < relevant.size(); ++a) {
+      if (Cancelled()) return false;
       const int k = relevant[a];
       const Eigen::MatrixXd WTk = W * Tk[U(k)];
       for (std::size_t bidx = a; bidx < relevant.size(); ++bidx) {
