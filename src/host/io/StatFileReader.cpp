@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "host/data/ZORV_Dataset.h"
+#include "host/data/ZORV_StopFlag.h"
 #include "host/io/ColumnProfile.h"
 #include "host/io/DataFileError.h"
 #include "host/io/NumberText.h"
@@ -203,6 +204,9 @@ int OnVariable(int index, readstat_variable_t* variable, const char* valLabels, 
   return READSTAT_HANDLER_OK;
 }
 
+// Every so many cases the reader looks whether the user asked to stop.
+const int kCasesBetweenStopChecks = 8192;
+
 int OnValue(int obsIndex, readstat_variable_t* variable, readstat_value_t value, void* ctx) {
   auto* c = static_cast<ReadContext*>(ctx);
   try {
@@ -212,6 +216,10 @@ int OnValue(int obsIndex, readstat_variable_t* variable, readstat_value_t value,
       if (c->fRowCount > 0) ds.AppendCases(c->fRowCount);
     }
     if (obsIndex < 0) return READSTAT_HANDLER_OK;
+    if (obsIndex % kCasesBetweenStopChecks == 0 && ZORV_StopFlag::IsRaised()) {
+      c->fError = "reading was interrupted";
+      return READSTAT_HANDLER_ABORT;
+    }
     if (obsIndex >= ds.GetCaseCount()) ds.AppendCases(obsIndex + 1 - ds.GetCaseCount());
     int index = readstat_variable_get_index(variable);
     if (index < 0 || static_cast<std::size_t>(index) >= c->fvColumnOf.size() || c->fvColumnOf[static_cast<std::size_t>(index)] < 0)

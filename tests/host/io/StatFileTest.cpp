@@ -9,6 +9,7 @@
 #include <string>
 
 #include "host/data/ZORV_Dataset.h"
+#include "host/data/ZORV_StopFlag.h"
 #include "host/io/DataFileError.h"
 #include "host/io/DataFileLoader.h"
 #include "host/io/StatFileReader.h"
@@ -243,6 +244,24 @@ TEST_F(StatFileTest, DamagedFilesGiveErrors) {
   }
   ZORV_Dataset none;
   EXPECT_THROW(StatFileReader().Read(Path("absent.dta"), none), DataFileError);
+}
+
+TEST_F(StatFileTest, AnInterruptStopsTheReading) {
+  ZORV_Dataset out;
+  MakeSample(out);
+  StatFileWriter().Write(out, Path("s.dta"), StatFileWriter::DTA);
+  ZORV_StopFlag::Raise();
+  ZORV_Dataset in;
+  try {
+    StatFileReader().Read(Path("s.dta"), in);
+    ADD_FAILURE() << "the file was read";
+  } catch (const DataFileError& e) {
+    EXPECT_EQ(e.GetMessage(), "reading was interrupted");
+  }
+  ZORV_StopFlag::Clear();
+  ZORV_Dataset again;
+  StatFileReader().Read(Path("s.dta"), again);
+  EXPECT_EQ(again.GetCaseCount(), 3);
 }
 
 TEST_F(StatFileTest, AnEmptyOrCutShortFileSaysSo) {
