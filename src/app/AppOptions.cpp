@@ -82,7 +82,8 @@ std::string AppOptions::Usage() {
          "      --version         show the version\n"
          "\n"
          "The exit status is 0 when every command ran, 1 when a command had an error,\n"
-         "and 2 when the command line or the command file could not be used.\n"
+         "130 when Ctrl-C interrupted the run, and 2 when the command line or the\n"
+         "command file could not be used.\n"
          "On a terminal, a step that runs longer than a second shows its progress in one\n"
          "status line on standard error, removed when the step is done.\n";
 }
