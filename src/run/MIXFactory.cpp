@@ -116,6 +116,29 @@ const MessageData kMessages[] = {
      "G matrix of random block ^1 not positive definite in split [%1=%2:,^1=^2:]2 ...", false},
     {MCCommon_850::MC_R_NOT_PD, "R matrix not positive definite ...",
      "R matrix not positive definite in split [%1=%2:,^1=^2:]1 ...", false},
+    {MCCommon_850::MC_GENERALIZED_UNAVAILABLE,
+     "The target's distribution, link and fitting method cannot be fitted together. No model is fitted.",
+     "The target's distribution, link and fitting method cannot be fitted together for split [%1=%2:,^1=^2:]1. "
+     "No model is fitted.",
+     false},
+    {MCCommon_850::MC_PL_NOT_CONVERGED,
+     "The pseudo-likelihood iterations reached their limit before the estimates settled. Model validity is "
+     "uncertain.",
+     "The pseudo-likelihood iterations reached their limit before the estimates settled for split "
+     "[%1=%2:,^1=^2:]1. Model validity is uncertain.",
+     true},
+    {MCCommon_850::MC_TARGET_OUT_OF_SUPPORT,
+     "Some values of the target lie outside the support of its distribution (for a binomial target, events "
+     "outside 0 to the trials). No model is fitted.",
+     "Some values of the target lie outside the support of its distribution for split [%1=%2:,^1=^2:]1. No model "
+     "is fitted.",
+     false},
+    {MCCommon_850::MC_ZERO_COUNT_SUBJECTS,
+     "Some subjects of a random effect have only zero counts; their predicted random effects are poorly "
+     "determined.",
+     "Some subjects of a random effect have only zero counts for split [%1=%2:,^1=^2:]1; their predicted random "
+     "effects are poorly determined.",
+     true},
 };
 
 const MessageData* FindMessage(long code) {

@@ -43,7 +43,11 @@ enum MCStatusCode : long {
   MC_PARAM_AT_UPPER_BOUND = 230095,       // a covariance parameter sits at its upper bound
   // Our own codes, beyond the component's list.
   MC_G_NOT_PD = 330001,                   // datum 0: random block (from 1) whose estimated G is not PD
-  MC_R_NOT_PD = 330002                    // the residual block's estimated R is not PD
+  MC_R_NOT_PD = 330002,                   // the residual block's estimated R is not PD
+  MC_GENERALIZED_UNAVAILABLE = 330003,    // a distribution, link or fitting method the engine cannot fit
+  MC_PL_NOT_CONVERGED = 330004,           // the pseudo-likelihood iterations stopped at their limit
+  MC_TARGET_OUT_OF_SUPPORT = 330005,      // datum 0: target variable, datum 1: records outside the support
+  MC_ZERO_COUNT_SUBJECTS = 330006         // datum 0: random block (from 1), datum 1: subjects whose counts are all 0
 };
 
 }  // namespace MCCommon_850

@@ -1,6 +1,7 @@
 #include "numeric/engine/MCEngineFitter.h"
 
 #include "numeric/engine/detail/MCEngineFitterImpl.h"
+#include "numeric/engine/detail/MCEnginePseudoLikelihood.h"
 
 namespace MCEngine_850 {
 
@@ -9,10 +10,32 @@ MCEngineFitter::MCEngineFitter() : fpImpl(std::make_unique<MCEngineFitterImpl>()
 MCEngineFitter::~MCEngineFitter() = default;
 
 MCEngineStatus MCEngineFitter::Fit(const MCEngineInput& input, const MCEngineSettings& settings) {
-  return fpImpl->Fit(input, settings);
+  fpGeneralized.reset();
+  if (settings.GetTarget().IsLinear()) return fpImpl->Fit(input, settings);
+  // A target the engine cannot fit is refused, never fitted as normal.
+  if (!MCEnginePseudoLikelihood::CanFit(input, settings)) {
+    return fpImpl->Refuse(MCEngineStatus(MCEngineStatus::kGeneralizedUnavailable, MCEngineStatus::kError));
+  }
+  fpGeneralized = std::make_unique<MCEnginePseudoLikelihood>(input, settings);
+  const MCEngineStatus status = fpGeneralized->Fit(*fpImpl);
+  if (status.IsError()) {
+    const bool separated = fpGeneralized->IsSeparated();
+    fpGeneralized.reset();
+    fpImpl->Refuse(status);
+    if (separated) {
+      fpImpl->MutableResult().AddWarning(MCEngineStatus(MCEngineStatus::kQuasiSeparation, MCEngineStatus::kWarning));
+    }
+    return status;
+  }
+  fpGeneralized->FillResult(fpImpl->MutableResult());
+  return fpImpl->GetResult().GetStatus();
 }
 
 const MCEngineResult& MCEngineFitter::GetResult() const { return fpImpl->GetResult(); }
+
+const MCEngineInput* MCEngineFitter::GetWorkingInput() const {
+  return fpGeneralized ? &fpGeneralized->GetWorkingInput() : nullptr;
+}
 
 MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>& L) const {
   return TestContrast(L, std::vector<double>(L.size(), 0.0));

@@ -12,8 +12,12 @@
 namespace MCEngine_850 {
 
 class MCEngineFitterImpl;
+class MCEnginePseudoLikelihood;
 
 // Fits a linear mixed model by REML or ML and keeps what later tests need.
+// A target of another distribution or link (the settings' target) is fitted
+// as a generalized model through working linear models; the fitter then
+// answers for the last of them, whose response is the working response.
 class MCEngineFitter {
  public:
   MCEngineFitter();
@@ -25,6 +29,9 @@ class MCEngineFitter {
   MCEngineStatus Fit(const MCEngineInput& input, const MCEngineSettings& settings);
 
   const MCEngineResult& GetResult() const;
+  // The input of the last working linear model of a generalized fit; null
+  // after a linear one. Predictions and tests refer to it.
+  const MCEngineInput* GetWorkingInput() const;
 
   // Tests L beta = 0 after a successful fit; L has one row per hypothesis row
   // over all overparameterized columns.
@@ -47,6 +54,7 @@ class MCEngineFitter {
   friend class MCEnginePredictor;
 
   std::unique_ptr<MCEngineFitterImpl> fpImpl;
+  std::unique_ptr<MCEnginePseudoLikelihood> fpGeneralized;
 };
 
 }  // namespace MCEngine_850

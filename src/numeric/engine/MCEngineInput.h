@@ -46,6 +46,14 @@ class MCEngineInput {
   const std::vector<double>& GetScaleWeights() const { return fvScaleWeights; }
   void SetScaleWeights(const std::vector<double>& w) { fvScaleWeights = w; }
 
+  // Of a generalized model: the offset added to each record's linear
+  // predictor (empty means 0), and the trials of a binomial target, whose
+  // response is then the proportion of events (empty means 1 trial).
+  const std::vector<double>& GetOffset() const { return fvOffset; }
+  void SetOffset(const std::vector<double>& offset) { fvOffset = offset; }
+  const std::vector<double>& GetTrials() const { return fvTrials; }
+  void SetTrials(const std::vector<double>& trials) { fvTrials = trials; }
+
   const std::vector<MCEngineRandomBlock>& GetRandomBlocks() const { return fvRandomBlocks; }
   void SetRandomBlocks(const std::vector<MCEngineRandomBlock>& blocks) { fvRandomBlocks = blocks; }
   void AddRandomBlock(const MCEngineRandomBlock& block) { fvRandomBlocks.push_back(block); }
@@ -60,6 +68,8 @@ class MCEngineInput {
   std::vector<MCEngineTerm> fvTerms;
   std::vector<double> fvFrequencyWeights;
   std::vector<double> fvScaleWeights;
+  std::vector<double> fvOffset;
+  std::vector<double> fvTrials;
   std::vector<MCEngineRandomBlock> fvRandomBlocks;
   MCEngineResidualBlock fResidualBlock;
 };

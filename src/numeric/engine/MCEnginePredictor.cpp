@@ -11,7 +11,9 @@ MCEnginePredictor::MCEnginePredictor() : fpImpl(std::make_unique<MCEnginePredict
 MCEnginePredictor::~MCEnginePredictor() = default;
 
 bool MCEnginePredictor::Setup(const MCEngineFitter& fitter, const MCEngineInput& input) {
-  return fpImpl->Setup(*fitter.fpImpl, input);
+  // A generalized fit is predicted from its last working model.
+  const MCEngineInput* pWorking = fitter.GetWorkingInput();
+  return fpImpl->Setup(*fitter.fpImpl, pWorking != nullptr ? *pWorking : input);
 }
 
 bool MCEnginePredictor::IsReady() const { return fpImpl->IsReady(); }

@@ -108,6 +108,38 @@ class MCEngineResult {
   const std::vector<MCEngineTest>& GetTypeIIITests() const { return fvTypeIII; }
   void SetTypeIIITests(const std::vector<MCEngineTest>& v) { fvTypeIII = v; }
 
+  // Of a generalized model, fitted through a sequence of working linear
+  // models whose statistics the rest of the result holds (on the linear
+  // predictor's scale; -2 log likelihood and criteria are those of the
+  // final working model's pseudo-likelihood). A linear fit leaves these
+  // unset.
+  bool IsGeneralized() const { return fbGeneralized; }
+  void SetGeneralized(bool b) { fbGeneralized = b; }
+  // Working models fitted, and whether their parameters settled.
+  int GetPseudoIterations() const { return fPseudoIterations; }
+  void SetPseudoIterations(int n) { fPseudoIterations = n; }
+  bool IsPseudoConverged() const { return fbPseudoConverged; }
+  void SetPseudoConverged(bool b) { fbPseudoConverged = b; }
+  // The scale phi of Var(y) = phi V(mu) / w: 1 and fixed for the binomial,
+  // Poisson and negative binomial, else the working residual variance.
+  bool IsScaleFixed() const { return fbScaleFixed; }
+  void SetScaleFixed(bool b) { fbScaleFixed = b; }
+  double GetScale() const { return fScale; }
+  void SetScale(double v) { fScale = v; }
+  // Sum over the records of the deviance, and of (y - mu)^2 w / V(mu), at
+  // the conditional means.
+  double GetDeviance() const { return fDeviance; }
+  void SetDeviance(double v) { fDeviance = v; }
+  double GetPearsonChiSquare() const { return fPearson; }
+  void SetPearsonChiSquare(double v) { fPearson = v; }
+  // Per record of the input: the linear predictor with the random effects
+  // and the offset, and the mean on the data's scale (a proportion of the
+  // trials for a binomial target); missing for records not used.
+  const std::vector<double>& GetLinearPredictor() const { return fvLinearPredictor; }
+  void SetLinearPredictor(const std::vector<double>& v) { fvLinearPredictor = v; }
+  const std::vector<double>& GetFittedMean() const { return fvFittedMean; }
+  void SetFittedMean(const std::vector<double>& v) { fvFittedMean = v; }
+
  private:
   MCEngineStatus fStatus;
   std::vector<MCEngineStatus> fvWarnings;
@@ -139,6 +171,15 @@ class MCEngineResult {
   std::vector<double> fvCovParamsCov;
   std::vector<MCEngineTest> fvTypeI;
   std::vector<MCEngineTest> fvTypeIII;
+  bool fbGeneralized = false;
+  int fPseudoIterations = 0;
+  bool fbPseudoConverged = false;
+  bool fbScaleFixed = false;
+  double fScale = MCEngineMissing::Value();
+  double fDeviance = MCEngineMissing::Value();
+  double fPearson = MCEngineMissing::Value();
+  std::vector<double> fvLinearPredictor;
+  std::vector<double> fvFittedMean;
 };
 
 }  // namespace MCEngine_850

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "numeric/engine/MCEngineTarget.h"
+
 namespace MCCommon_850 {
 class MCProgressObserver;
 class MCQueryCancel;
@@ -66,6 +68,15 @@ class MCEngineSettings {
   bool GetRobustCovariance() const { return fbRobustCovariance; }
   void SetRobustCovariance(bool robust) { fbRobustCovariance = robust; }
 
+  // The target's distribution and link; the default is the linear model.
+  const MCEngineTarget& GetTarget() const { return fTarget; }
+  void SetTarget(const MCEngineTarget& target) { fTarget = target; }
+  // A residual variance held at this value instead of estimated, for
+  // independent residuals only; 0 estimates it. Generalized fits set it for
+  // the distributions that fix their scale.
+  double GetFixedResidualVariance() const { return fFixedResidualVariance; }
+  void SetFixedResidualVariance(double v) { fFixedResidualVariance = v; }
+
   // Asked once per iteration; a fit that is cancelled ends with the error
   // kCancelled. Not owned; may be null.
   const MCCommon_850::MCQueryCancel* GetCancel() const { return fpCancel; }
@@ -91,6 +102,8 @@ class MCEngineSettings {
   SolverPath fSolverPath = kAutomatic;
   DFMethod fDFMethod = kSatterthwaite;
   bool fbRobustCovariance = false;
+  MCEngineTarget fTarget;
+  double fFixedResidualVariance = 0.0;
   const MCCommon_850::MCQueryCancel* fpCancel = nullptr;
   const MCCommon_850::MCProgressObserver* fpProgress = nullptr;
 };

@@ -47,6 +47,19 @@ class MCEngineStatus {
   // residual block is not positive definite.
   static constexpr long kGMatrixNotPD = MCCommon_850::MC_G_NOT_PD;
   static constexpr long kRMatrixNotPD = MCCommon_850::MC_R_NOT_PD;
+  // The target's distribution, link or fitting method cannot be fitted.
+  static constexpr long kGeneralizedUnavailable = MCCommon_850::MC_GENERALIZED_UNAVAILABLE;
+  // The pseudo-likelihood iterations reached their limit before the fixed
+  // and covariance parameters settled.
+  static constexpr long kPseudoLikelihoodNotConverged = MCCommon_850::MC_PL_NOT_CONVERGED;
+  // GetCount records of the target (GetVariable) lie outside the support of
+  // its distribution.
+  static constexpr long kTargetOutOfSupport = MCCommon_850::MC_TARGET_OUT_OF_SUPPORT;
+  // A quasi-complete separation may exist: a binary target's fitted means
+  // reach 0 or 1.
+  static constexpr long kQuasiSeparation = MCCommon_850::MC_QUASI_SEPARATION;
+  // GetCount subjects of random block GetBlock have only zero counts.
+  static constexpr long kZeroCountSubjects = MCCommon_850::MC_ZERO_COUNT_SUBJECTS;
 
   MCEngineStatus() = default;
   MCEngineStatus(long code, Kind kind) : fCode(code), fKind(kind) {}
@@ -62,10 +75,18 @@ class MCEngineStatus {
   // The random block the status is about, from 0; -1 for none.
   int GetBlock() const { return fBlock; }
   void SetBlock(int block) { fBlock = block; }
+  // The caller's variable the status is about, -1 for none, and a count of
+  // records or subjects it names, -1 for none.
+  int GetVariable() const { return fVariable; }
+  void SetVariable(int variable) { fVariable = variable; }
+  long GetCount() const { return fCount; }
+  void SetCount(long count) { fCount = count; }
 
  private:
   long fCode = 0;
   int fBlock = -1;
+  int fVariable = -1;
+  long fCount = -1;
   Kind fKind = kOK;
 };
 

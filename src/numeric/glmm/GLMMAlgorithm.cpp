@@ -76,7 +76,22 @@ MCStatus ToStatus(const MCEngine_850::MCEngineStatus& status) {
   if (status.IsError()) kind = MCCommon_850::STATUS_ERROR;
   MCStatus out(status.GetCode(), kind);
   if (status.GetBlock() >= 0) out.SetDiscreteDatum(0, status.GetBlock() + 1);
+  if (status.GetVariable() >= 0) out.SetDiscreteDatum(0, status.GetVariable());
+  if (status.GetCount() >= 0) out.SetDiscreteDatum(1, status.GetCount());
   return out;
+}
+
+// The target's distribution, link and fitting method as the engine takes them.
+MCEngine_850::MCEngineTarget EngineTarget(const GLMMSettings& s) {
+  const GLMMTargetSpec& spec = s.GetTargetSpec();
+  MCEngine_850::MCEngineTarget target;
+  target.SetDistribution(spec.GetDistribution());
+  target.SetLink(spec.GetLink());
+  target.SetLinkPower(spec.GetLinkPower());
+  target.SetFitMethod(spec.GetFitMethod());
+  target.SetQuadraturePoints(spec.GetQuadraturePoints());
+  target.SetVariable(s.GetSingleDependent());
+  return target;
 }
 
 MCEngine_850::MCEngineSettings EngineSettings(const GLMMSettings& s) {
@@ -100,6 +115,7 @@ MCEngine_850::MCEngineSettings EngineSettings(const GLMMSettings& s) {
   e.SetDFMethod(s.GetDegreesFreedomType() == GLMMConst_850::DF_RESIDUAL ? MCEngine_850::MCEngineSettings::kResidual
                                                                         : MCEngine_850::MCEngineSettings::kSatterthwaite);
   e.SetRobustCovariance(s.GetCovbType() == MCMath_850::MCConst::COVB_ROBUST);
+  e.SetTarget(EngineTarget(s));
   e.SetCancel(s.GetCancelPointer());
   // The stop query is the caller's one object in the settings; when it also
   // observes the progress, the engine tells it each iteration.

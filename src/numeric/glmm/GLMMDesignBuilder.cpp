@@ -225,21 +225,44 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   const bool offsetVar =
       s.GetOffsetType() == MCMath_850::MCConst::OFFSET_VARIABLE && s.GetOffset() >= 0;
   if (offsetVar) covariateVars.push_back(s.GetOffset());
+  // A generalized model adds the offset to the linear predictor and takes
+  // the trials of an events/trials target beside the response; a linear
+  // one subtracts the offset from the response.
+  const GLMMTargetSpec& target = s.GetTargetSpec();
+  const bool generalized = !target.IsLinear();
+  const bool trialsVar = generalized && target.GetTrialsType() == GLMMConst_850::TRIALS_VARIABLE;
+  if (trialsVar) covariateVars.push_back(target.GetTrialsVariable());
 
   std::vector<double> y(U(n));
+  std::vector<double> offset(generalized ? U(n) : 0, 0.0);
+  std::vector<double> trials;
   for (int r = 0; r < n; ++r) {
     bool ok = true;
     for (int f : factorVars) ok = ok && Code(r, f) >= 0;
     for (int c : covariateVars) ok = ok && !std::isnan(Value(r, c));
     double v = ok ? Value(r, s.GetDependent()) : kNaN;
+    double o = 0.0;
     if (offsetVar) {
-      v -= Value(r, s.GetOffset());
+      o = Value(r, s.GetOffset());
     } else if (s.GetOffsetType() == MCMath_850::MCConst::OFFSET_VALUE) {
-      v -= s.GetOffsetValue();
+      o = s.GetOffsetValue();
+    }
+    if (generalized) {
+      offset[U(r)] = o;
+    } else {
+      v -= o;
     }
     y[U(r)] = v;
   }
   fInput.SetY(y);
+  fInput.SetOffset(offset);
+  if (trialsVar) {
+    trials.resize(U(n));
+    for (int r = 0; r < n; ++r) trials[U(r)] = Value(r, target.GetTrialsVariable());
+  } else if (generalized && target.GetTrialsType() == GLMMConst_850::TRIALS_VALUE) {
+    trials.assign(U(n), target.GetTrialsValue());
+  }
+  fInput.SetTrials(trials);
 
   // Fixed design, term by term.
   std::vector<std::vector<int>> termCol;

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "numeric/engine/MCEngineProbability.h"
+#include "numeric/engine/detail/MCCovFixedVariance.h"
 #include "numeric/engine/detail/MCCovStructureFactory.h"
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
 #include "numeric/engine/detail/MCEngineMMEEvaluator.h"
@@ -41,6 +42,13 @@ MCEngineStatus MCEngineFitterImpl::Finish(const MCEngineStatus& status) {
   return ended;
 }
 
+MCEngineStatus MCEngineFitterImpl::Refuse(const MCEngineStatus& status) {
+  fResult = MCEngineResult();
+  fpHypothesis.reset();
+  fpEvaluator.reset();
+  return Finish(status);
+}
+
 bool MCEngineFitterImpl::BuildModel() {
   std::vector<std::unique_ptr<MCCovStructure>> blocks;
   for (const MCEngineBlockData& bd : fData.fvBlocks) {
@@ -50,8 +58,15 @@ bool MCEngineFitterImpl::BuildModel() {
   }
   // On the residual side VC is one common variance.
   const MCEngineCovType resType = fData.fResidualType == MCEngineCovType::VC ? MCEngineCovType::ID : fData.fResidualType;
-  std::unique_ptr<MCCovStructure> residual =
-      MCCovStructureFactory::Create(resType, fData.fResDimension, {}, fData.fvResPoints);
+  std::unique_ptr<MCCovStructure> residual;
+  if (fSettings.GetFixedResidualVariance() > 0.0) {
+    if (resType != MCEngineCovType::ID) return false;
+    // The variance is held in the scaled response's units.
+    residual = std::make_unique<MCCovFixedVariance>(
+        fData.fResDimension, fSettings.GetFixedResidualVariance() / (fData.fYScale * fData.fYScale));
+  } else {
+    residual = MCCovStructureFactory::Create(resType, fData.fResDimension, {}, fData.fvResPoints);
+  }
   if (!residual) return false;
   fModel.Setup(std::move(blocks), std::move(residual));
   return true;

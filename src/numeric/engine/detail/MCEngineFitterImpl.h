@@ -21,6 +21,9 @@ class MCEngineFitterImpl {
   MCEngineStatus Fit(const MCEngineInput& input, const MCEngineSettings& settings);
 
   const MCEngineResult& GetResult() const { return fResult; }
+  MCEngineResult& MutableResult() { return fResult; }
+  // Ends without a fit: the result holds only the status.
+  MCEngineStatus Refuse(const MCEngineStatus& status);
   const MCEngineHypothesis* GetHypothesis() const { return fpHypothesis.get(); }
   int GetNColumns() const { return fData.fNColumns; }
   const MCEngineData& GetData() const { return fData; }
