@@ -65,6 +65,9 @@ MCStatus GLMMAlgorithm::CheckSettings() const {
     ok = ok && allInList(effect.GetVarsIndicesForTheEffectInSetting());
   }
   for (const GLMMRandomSpec& spec : s.GetRandomSpecs()) ok = ok && blockInList(spec);
+  if (s.GetTargetSpec().GetTrialsType() == GLMMConst_850::TRIALS_VARIABLE) {
+    ok = ok && inList(s.GetTargetSpec().GetTrialsVariable());
+  }
   return ok ? MCStatus() : MCStatus(MCCommon_850::MC_SETTINGS_INVALID, false);
 }
 
