@@ -126,6 +126,10 @@ class MCEngineResult {
   void SetScaleFixed(bool b) { fbScaleFixed = b; }
   double GetScale() const { return fScale; }
   void SetScale(double v) { fScale = v; }
+  // The negative binomial's shape k, Var(y) = mu + mu^2 / k; missing for
+  // the other distributions.
+  double GetShape() const { return fShape; }
+  void SetShape(double v) { fShape = v; }
   // Sum over the records of the deviance, and of (y - mu)^2 w / V(mu), at
   // the conditional means.
   double GetDeviance() const { return fDeviance; }
@@ -176,6 +180,7 @@ class MCEngineResult {
   bool fbPseudoConverged = false;
   bool fbScaleFixed = false;
   double fScale = MCEngineMissing::Value();
+  double fShape = MCEngineMissing::Value();
   double fDeviance = MCEngineMissing::Value();
   double fPearson = MCEngineMissing::Value();
   std::vector<double> fvLinearPredictor;

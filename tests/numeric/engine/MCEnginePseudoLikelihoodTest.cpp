@@ -42,6 +42,7 @@ MCEngineSettings GeneralizedSettings(TargetDistType dist, bool reml) {
   MCEngineTarget target;
   target.SetDistribution(dist);
   target.SetLink(DefaultLink(dist));
+  target.SetLinkPower(DefaultLinkPower(dist));
   target.SetVariable(3);
   settings.SetTarget(target);
   return settings;
@@ -158,8 +159,7 @@ TEST(MCEnginePseudoLikelihoodTest, TargetsItCannotFitAreRefusedNotFittedAsNormal
   Case c;
   ReadCbpp(c);
   std::vector<MCEngineSettings> refused;
-  refused.push_back(GeneralizedSettings(DIST_NEGBIN, true));       // the shape is not estimated yet
-  refused.push_back(GeneralizedSettings(DIST_MULTINOMIAL, true));  // nor the thresholds
+  refused.push_back(GeneralizedSettings(DIST_MULTINOMIAL, true));  // the thresholds are not estimated yet
   MCEngineSettings laplace = GeneralizedSettings(DIST_BINOMIAL, true);
   MCEngineTarget target = laplace.GetTarget();
   target.SetFitMethod(FIT_LAPLACE);
@@ -274,4 +274,60 @@ TEST(MCEnginePseudoLikelihoodTest, ABinaryTargetTheFixedEffectsSeparateIsWarnedO
   EXPECT_TRUE(status.IsError());
   EXPECT_EQ(status.GetCode(), MCEngineStatus::kPerfectFit);
   EXPECT_TRUE(HasWarning(fitter.GetResult(), MCEngineStatus::kQuasiSeparation));
+}
+
+namespace {
+
+// Reaction ~ Days without random effects: the iterations are those of a
+// generalized linear model, whose estimated scale is the Pearson statistic
+// over n - p.
+void CompareSleepstudyWithGlm(TargetDistType dist, const std::string& fixture) {
+  const std::unique_ptr<MCEngineTestFixture::Model> m =
+      MCEngineTestFixture::Load("sleepstudy.csv", std::set<std::string>{"Subject"});
+  m->fpDesign->SetResponse("Reaction");
+  m->fpDesign->AddFixedTerm("Intercept");
+  m->fpDesign->AddFixedTerm("Days");
+  m->fInput = m->fpDesign->Build();
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(m->fInput, GeneralizedSettings(dist, true)).IsError());
+  const MCEngineResult& result = fitter.GetResult();
+  const nlohmann::json ref = ReadReference(fixture);
+  ASSERT_FALSE(ref.is_null());
+  for (std::size_t i = 0; i < ref["columns"].size(); ++i) {
+    const int col = m->fpDesign->FindColumnName(ref["columns"][i].get<std::string>());
+    ASSERT_GE(col, 0);
+    const MCEngineBetaStat& b = result.GetBeta()[static_cast<std::size_t>(col)];
+    EXPECT_TRUE(Near(b.GetEstimate(), ref["estimates"][i].get<double>(), 1e-7));
+    EXPECT_TRUE(Near(b.GetStdError(), ref["std_errors"][i].get<double>(), 1e-6));
+  }
+  EXPECT_FALSE(result.IsScaleFixed());
+  EXPECT_TRUE(Near(result.GetScale(), ref["scale"].get<double>(), 1e-6));
+  EXPECT_TRUE(Near(result.GetDeviance(), ref["deviance"].get<double>(), 1e-7));
+  EXPECT_TRUE(Near(result.GetPearsonChiSquare(), ref["pearson"].get<double>(), 1e-6));
+}
+
+}  // namespace
+
+TEST(MCEnginePseudoLikelihoodTest, GammaWithoutRandomEffectsIsTheGeneralizedLinearModel) {
+  CompareSleepstudyWithGlm(DIST_GAMMA, "sleep_gamma");
+}
+
+TEST(MCEnginePseudoLikelihoodTest, InverseGaussianWithoutRandomEffectsIsTheGeneralizedLinearModel) {
+  CompareSleepstudyWithGlm(DIST_IGAUSS, "sleep_igauss");
+}
+
+TEST(MCEnginePseudoLikelihoodTest, NegativeBinomialCountsEstimateTheirShape) {
+  Case c;
+  ASSERT_TRUE(c.csv.Read(GlmmDataPath("epil.csv")));
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"subject", "trt"});
+  c.design->SetResponse("y");
+  for (const char* term : {"Intercept", "trt", "lbase", "lage", "V4"}) c.design->AddFixedTerm(term);
+  c.design->AddRandomBlock({"Intercept"}, "subject", MCEngineCovType::VC);
+  c.input = c.design->Build();
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(c.input, GeneralizedSettings(DIST_NEGBIN, true)).IsError());
+  const nlohmann::json ref = ReadReference("epil_negbin");
+  CompareWithReference(ref, *c.design, fitter.GetResult(), 1e-6);
+  EXPECT_TRUE(Near(fitter.GetResult().GetShape(), ref["shape"].get<double>(), 1e-6));
+  EXPECT_TRUE(fitter.GetResult().IsScaleFixed());
 }

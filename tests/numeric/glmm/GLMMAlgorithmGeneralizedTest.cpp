@@ -80,7 +80,7 @@ TEST(GLMMAlgorithmGeneralized, CbppEventsOutOfTrialsAgreeWithTheReference) {
 TEST(GLMMAlgorithmGeneralized, ATargetTheEngineCannotFitIsAnError) {
   GLMMTestRecords records;
   ASSERT_TRUE(LoadCbpp(records));
-  const GLMMSettings settings = CbppSettings(records, GLMMConst_850::DIST_NEGBIN);
+  const GLMMSettings settings = CbppSettings(records, GLMMConst_850::DIST_MULTINOMIAL);
   GLMMAlgorithm algorithm(settings, records.GetVarList());
   const MCCommon_850::MCStatus status = algorithm.Execute(&records, 0);
   EXPECT_TRUE(status.IsError());

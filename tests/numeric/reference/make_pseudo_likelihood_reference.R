@@ -7,8 +7,12 @@
 # tests/data/numeric/reference/pseudo_likelihood.json with the fits of
 #   cbpp:     cbind(incidence, size - incidence) ~ period + (1 | herd), logit,
 #             residual (REML) and maximum (ML) pseudo-likelihood
-#   epil:     y ~ trt + lbase + lage + V4 + (1 | subject), Poisson, log, REML
+#   epil:     y ~ trt + lbase + lage + V4 + (1 | subject), Poisson, log, REML,
+#             and negative binomial, its shape estimated at the current means
+#             before each linearisation (MASS::theta.ml)
 #   bacteria: y ~ trt + wk2 + (1 | ID), binary, logit, REML
+#   sleepstudy: Reaction ~ Days without random effects, gamma (log link) and
+#             inverse Gaussian (1 / mu^2), against stats::glm
 # The tests only read these files; R is needed only to regenerate them:
 #
 #   Rscript tests/numeric/reference/make_pseudo_likelihood_reference.R      (from the repository root)
@@ -65,26 +69,40 @@ working_fit <- function(X, Z, z, wt, reml) {
   c(criterion(s2), list(s2 = s2))
 }
 
-# The loop. y is the proportion for a binomial target, w its trials.
-pl_fit <- function(fixed, group, d, family, w, reml = TRUE, tol = 1e-9, max_iter = 300) {
+# The negative binomial's shape at the current means by maximum likelihood
+# (MASS::theta.ml), within the engine's interval [1e-4, 1e8].
+nb_shape <- function(y, mu) {
+  k <- tryCatch(suppressWarnings(theta.ml(y, mu, limit = 200, eps = 1e-13)), error = function(e) Inf)
+  if (!is.finite(k)) 1e8 else min(max(k, 1e-4), 1e8)
+}
+
+# The loop. y is the proportion for a binomial target, w its trials. With
+# nb, the family is the negative binomial whose shape is estimated before
+# each linearisation.
+pl_fit <- function(fixed, group, d, family, w, reml = TRUE, tol = 1e-9, max_iter = 300, nb = FALSE) {
   X <- model.matrix(fixed, d)
   Z <- model.matrix(as.formula(paste("~", group, "- 1")), d)
   y <- d$.y
   mu <- if (family$family == "binomial") (w * y + 0.5) / (w + 1) else y + 0.1
   eta <- family$linkfun(mu)
   prev <- NULL
+  shape <- NA
   for (it in seq_len(max_iter)) {
+    if (nb) {
+      shape <- nb_shape(y, mu)
+      family <- negative.binomial(shape)
+    }
     dmu <- family$mu.eta(eta)
     z <- eta + (y - mu) / dmu
     wt <- w * dmu^2 / family$variance(mu)
     fit <- working_fit(X, Z, z, wt, reml)
-    params <- c(fit$b, fit$s2)
+    params <- c(fit$b, fit$s2, if (nb) shape)
     eta <- fit$eta
     mu <- family$linkinv(eta)
     if (!is.null(prev) && max(abs(params - prev) / pmax(abs(prev), 1)) <= tol) break
     prev <- params
   }
-  list(fit = fit, X = X, fixed = fixed, iterations = it, eta = eta, mu = mu)
+  list(fit = fit, X = X, fixed = fixed, iterations = it, eta = eta, mu = mu, shape = shape, family = family)
 }
 
 # The same loop with the working model fitted by nlme::lme: the residual
@@ -150,6 +168,7 @@ write.csv(epil_csv, file.path(glmm_dir, "epil.csv"), row.names = FALSE)
 epil_d <- read_data("epil.csv", c("subject", "trt"), dir = glmm_dir)
 epil_d$.y <- epil_d$y
 epil_reml <- pl_fit(~ trt + lbase + lage + V4, "subject", epil_d, poisson(), rep(1, nrow(epil_d)))
+epil_nb <- pl_fit(~ trt + lbase + lage + V4, "subject", epil_d, poisson(), rep(1, nrow(epil_d)), nb = TRUE)
 
 # bacteria: a binary target.
 bac <- MASS::bacteria
@@ -160,9 +179,30 @@ bac_d <- read_data("bacteria.csv", c("ID", "trt"), dir = glmm_dir)
 bac_d$.y <- bac_d$y
 bac_reml <- pl_fit(~ trt + wk2, "ID", bac_d, binomial(), rep(1, nrow(bac_d)))
 
+# Without random effects the iterations are those of a generalized linear
+# model, and the working residual variance of a distribution whose scale is
+# estimated is the Pearson statistic over n - p: stats::glm's fit and
+# dispersion. Gamma with the log link and inverse Gaussian with its default
+# link 1 / mu^2 on the sleep study's reaction times.
+sleep <- read_data("sleepstudy.csv", c("Subject"), dir = data_dir)
+glm_describe <- function(fit) {
+  s <- summary(fit)
+  list(columns = c("Intercept", "Days"), estimates = unname(coef(fit)),
+       std_errors = unname(s$coefficients[, "Std. Error"]), scale = s$dispersion, deviance = deviance(fit),
+       pearson = sum(residuals(fit, type = "pearson")^2))
+}
+sleep_gamma <- glm(Reaction ~ Days, family = Gamma(link = "log"), data = sleep,
+                   control = glm.control(epsilon = 1e-14, maxit = 100))
+sleep_igauss <- glm(Reaction ~ Days, family = inverse.gaussian(), data = sleep,
+                    control = glm.control(epsilon = 1e-14, maxit = 100))
+
 out <- list(
   cbpp_reml = describe(cbpp_reml, c("herd", "period"), cbpp$size, cbpp$.y, binomial()),
   cbpp_ml = describe(cbpp_ml, c("herd", "period"), cbpp$size, cbpp$.y, binomial()),
   epil_reml = describe(epil_reml, c("subject", "trt"), rep(1, nrow(epil_d)), epil_d$.y, poisson()),
-  bacteria_reml = describe(bac_reml, c("ID", "trt"), rep(1, nrow(bac_d)), bac_d$.y, binomial()))
+  epil_negbin = c(describe(epil_nb, c("subject", "trt"), rep(1, nrow(epil_d)), epil_d$.y, epil_nb$family),
+                  list(shape = epil_nb$shape)),
+  bacteria_reml = describe(bac_reml, c("ID", "trt"), rep(1, nrow(bac_d)), bac_d$.y, binomial()),
+  sleep_gamma = glm_describe(sleep_gamma),
+  sleep_igauss = glm_describe(sleep_igauss))
 write_json(out, file.path(out_dir, "pseudo_likelihood.json"), digits = NA, auto_unbox = TRUE, pretty = TRUE)

@@ -20,6 +20,7 @@ class MCEngineFamily {
   // Binomial, Poisson and negative binomial fix the scale at 1.
   bool IsScaleFixed() const;
   double GetShape() const { return fShape; }
+  void SetShape(double shape) { fShape = shape; }
 
   // V(mu): Var(y) = phi V(mu) / w.
   double Variance(double mu) const;

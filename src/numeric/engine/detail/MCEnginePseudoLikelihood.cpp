@@ -18,6 +18,11 @@ inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
 // A fitted probability this close to 0 or 1 marks a record the fixed
 // effects separate.
 constexpr double kSeparated = 1e-8;
+// The interval of the negative binomial's shape, and the width in log k at
+// which its search stops.
+constexpr double kMinShape = 1e-4;
+constexpr double kMaxShape = 1e8;
+constexpr double kShapeTolerance = 1e-12;
 
 double ValueOr(const std::vector<double>& v, int r, double fallback) {
   return v.empty() ? fallback : v[U(r)];
@@ -54,9 +59,8 @@ bool MCEnginePseudoLikelihood::CanFit(const MCEngineInput& input, const MCEngine
   using namespace GLMMConst_850;
   const MCEngineTarget& target = settings.GetTarget();
   const TargetDistType dist = target.GetDistribution();
-  // The negative binomial's shape and the multinomial's thresholds are not
-  // estimated yet.
-  if (dist == DIST_NEGBIN || dist == DIST_MULTINOMIAL) return false;
+  // The multinomial's thresholds are not estimated yet.
+  if (dist == DIST_MULTINOMIAL) return false;
   if (target.GetFitMethod() != FIT_PSEUDO_LIKELIHOOD) return false;
   if (!IsLinkForDistribution(dist, target.GetLink())) return false;
   // A fixed scale holds independent residuals at variance 1; a residual
@@ -105,6 +109,40 @@ MCEngineStatus MCEnginePseudoLikelihood::ReadTarget() {
   status.SetVariable(fSettings.GetTarget().GetVariable());
   status.SetCount(outside);
   return status;
+}
+
+void MCEnginePseudoLikelihood::EstimateShape() {
+  auto logLik = [this](double logShape) {
+    MCEngineFamily family(GLMMConst_850::DIST_NEGBIN, std::exp(logShape));
+    double ll = 0.0;
+    for (int r = 0; r < fInput.GetNRecords(); ++r) {
+      if (!IsUsed(r)) continue;
+      ll += ValueOr(fInput.GetFrequencyWeights(), r, 1.0) * family.LogLikelihood(fvY[U(r)], fvMu[U(r)], 1.0, 1.0);
+    }
+    return ll;
+  };
+  // Golden-section search over log k: the likelihood is unimodal in k, and
+  // a shape beyond the interval is a Poisson target or hardly a count.
+  const double golden = 0.5 * (std::sqrt(5.0) - 1.0);
+  double a = std::log(kMinShape), b = std::log(kMaxShape);
+  double c = b - golden * (b - a), d = a + golden * (b - a);
+  double fc = logLik(c), fd = logLik(d);
+  while (b - a > kShapeTolerance) {
+    if (fc > fd) {
+      b = d;
+      d = c;
+      fd = fc;
+      c = b - golden * (b - a);
+      fc = logLik(c);
+    } else {
+      a = c;
+      c = d;
+      fc = fd;
+      d = a + golden * (b - a);
+      fd = logLik(d);
+    }
+  }
+  fFamily.SetShape(std::exp(0.5 * (a + b)));
 }
 
 void MCEnginePseudoLikelihood::Linearise() {
@@ -175,6 +213,7 @@ MCEngineStatus MCEnginePseudoLikelihood::Fit(MCEngineFitterImpl& fitter) {
   std::vector<double> previous;
   fbConverged = false;
   for (fIterations = 1; fIterations <= std::max(target.GetMaxPseudoIterations(), 1); ++fIterations) {
+    if (fFamily.GetType() == GLMMConst_850::DIST_NEGBIN) EstimateShape();
     Linearise();
     status = fitter.Fit(fWorking, fWorkingSettings);
     if (status.IsError()) {
@@ -182,7 +221,8 @@ MCEngineStatus MCEnginePseudoLikelihood::Fit(MCEngineFitterImpl& fitter) {
                     (status.GetCode() == MCEngineStatus::kPerfectFit || HasSeparatedMeans());
       return status;
     }
-    const std::vector<double> params = Parameters(fitter);
+    std::vector<double> params = Parameters(fitter);
+    params.push_back(fFamily.GetShape());
     if (!UpdateLinearPredictor(fitter)) {
       return MCEngineStatus(MCEngineStatus::kPostEstimationFailed, MCEngineStatus::kError);
     }
@@ -244,6 +284,7 @@ void MCEnginePseudoLikelihood::FillResult(MCEngineResult& result) const {
     }
   }
   result.SetScale(scale);
+  if (fFamily.GetType() == GLMMConst_850::DIST_NEGBIN) result.SetShape(fFamily.GetShape());
   const int n = fInput.GetNRecords();
   std::vector<double> eta(U(n), MCEngineMissing::Value());
   std::vector<double> mu(U(n), MCEngineMissing::Value());

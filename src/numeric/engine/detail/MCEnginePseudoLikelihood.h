@@ -21,7 +21,9 @@ class MCEngineResult;
 // covariance structures of the input and its residual variance fixed at 1
 // where the distribution fixes the scale, is fitted by REML (residual
 // pseudo-likelihood) or ML (maximum pseudo-likelihood). This repeats until
-// the fixed and covariance parameters settle. The fitter keeps the final
+// the fixed and covariance parameters settle. The negative binomial's shape
+// k is estimated between the working fits, by maximum likelihood at the
+// current conditional means, and settles with them. The fitter keeps the final
 // working model, so every statistic of a linear fit is available for it.
 class MCEnginePseudoLikelihood {
  public:
@@ -44,6 +46,9 @@ class MCEnginePseudoLikelihood {
   // offsets; records outside the support counted.
   MCEngineStatus ReadTarget();
   void Linearise();
+  // The negative binomial's shape that maximises the likelihood of the
+  // records at the current means.
+  void EstimateShape();
   // The conditional linear predictor of every record from the last fit.
   bool UpdateLinearPredictor(const MCEngineFitterImpl& fitter);
   // Largest change of the fixed and covariance parameters, relative to
