@@ -73,6 +73,22 @@ void ReadCbpp(Case& c) {
   c.input.SetTrials(Column(c.csv, "size"));
 }
 
+// A data file of tests/data/numeric/glmm with its fixed terms and a random
+// intercept per subject.
+void ReadGlmm(Case& c, const std::string& file, const std::set<std::string>& factors, const std::string& response,
+              const std::vector<std::string>& terms, const std::string& subject) {
+  ASSERT_TRUE(c.csv.Read(GlmmDataPath(file)));
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, factors);
+  c.design->SetResponse(response);
+  for (const std::string& term : terms) c.design->AddFixedTerm(term);
+  c.design->AddRandomBlock({"Intercept"}, subject, MCEngineCovType::VC);
+  c.input = c.design->Build();
+}
+
+void ReadEpil(Case& c, const std::vector<std::string>& terms) {
+  ReadGlmm(c, "epil.csv", {"subject", "trt"}, "y", terms, "subject");
+}
+
 // Estimates and standard errors by column name, the random intercept's
 // variance, and the deviance and Pearson statistic at the conditional means.
 void CompareWithReference(const nlohmann::json& ref, const MCEngineTestDesign& design, const MCEngineResult& result,
@@ -120,12 +136,7 @@ TEST(MCEnginePseudoLikelihoodTest, CbppMaximumPseudoLikelihoodAgreesWithTheRefer
 
 TEST(MCEnginePseudoLikelihoodTest, PoissonCountsAgreeWithTheReference) {
   Case c;
-  ASSERT_TRUE(c.csv.Read(GlmmDataPath("epil.csv")));
-  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"subject", "trt"});
-  c.design->SetResponse("y");
-  for (const char* term : {"Intercept", "trt", "lbase", "lage", "V4"}) c.design->AddFixedTerm(term);
-  c.design->AddRandomBlock({"Intercept"}, "subject", MCEngineCovType::VC);
-  c.input = c.design->Build();
+  ReadEpil(c, {"Intercept", "trt", "lbase", "lage", "V4"});
   MCEngineFitter fitter;
   ASSERT_FALSE(fitter.Fit(c.input, GeneralizedSettings(DIST_POISSON, true)).IsError());
   CompareWithReference(ReadReference("epil_reml"), *c.design, fitter.GetResult(), 1e-6);
@@ -133,12 +144,7 @@ TEST(MCEnginePseudoLikelihoodTest, PoissonCountsAgreeWithTheReference) {
 
 TEST(MCEnginePseudoLikelihoodTest, BinaryTargetAgreesWithTheReference) {
   Case c;
-  ASSERT_TRUE(c.csv.Read(GlmmDataPath("bacteria.csv")));
-  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"ID", "trt"});
-  c.design->SetResponse("y");
-  for (const char* term : {"Intercept", "trt", "wk2"}) c.design->AddFixedTerm(term);
-  c.design->AddRandomBlock({"Intercept"}, "ID", MCEngineCovType::VC);
-  c.input = c.design->Build();
+  ReadGlmm(c, "bacteria.csv", {"ID", "trt"}, "y", {"Intercept", "trt", "wk2"}, "ID");
   MCEngineFitter fitter;
   ASSERT_FALSE(fitter.Fit(c.input, GeneralizedSettings(DIST_BINOMIAL, true)).IsError());
   CompareWithReference(ReadReference("bacteria_reml"), *c.design, fitter.GetResult(), 1e-6);
@@ -223,12 +229,7 @@ TEST(MCEnginePseudoLikelihoodTest, AnIterationLimitBeforeTheEstimatesSettleIsAWa
 
 TEST(MCEnginePseudoLikelihoodTest, SubjectsWithOnlyZeroCountsAreCounted) {
   Case c;
-  ASSERT_TRUE(c.csv.Read(GlmmDataPath("epil.csv")));
-  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"subject", "trt"});
-  c.design->SetResponse("y");
-  for (const char* term : {"Intercept", "lbase"}) c.design->AddFixedTerm(term);
-  c.design->AddRandomBlock({"Intercept"}, "subject", MCEngineCovType::VC);
-  c.input = c.design->Build();
+  ReadEpil(c, {"Intercept", "lbase"});
   // Subject 58 of the data had no seizure at any visit; here subjects 1
   // and 2 (the first eight records) lose theirs too.
   std::vector<double> y = c.input.GetY();
@@ -318,12 +319,7 @@ TEST(MCEnginePseudoLikelihoodTest, InverseGaussianWithoutRandomEffectsIsTheGener
 
 TEST(MCEnginePseudoLikelihoodTest, NegativeBinomialCountsEstimateTheirShape) {
   Case c;
-  ASSERT_TRUE(c.csv.Read(GlmmDataPath("epil.csv")));
-  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"subject", "trt"});
-  c.design->SetResponse("y");
-  for (const char* term : {"Intercept", "trt", "lbase", "lage", "V4"}) c.design->AddFixedTerm(term);
-  c.design->AddRandomBlock({"Intercept"}, "subject", MCEngineCovType::VC);
-  c.input = c.design->Build();
+  ReadEpil(c, {"Intercept", "trt", "lbase", "lage", "V4"});
   MCEngineFitter fitter;
   ASSERT_FALSE(fitter.Fit(c.input, GeneralizedSettings(DIST_NEGBIN, true)).IsError());
   const nlohmann::json ref = ReadReference("epil_negbin");
