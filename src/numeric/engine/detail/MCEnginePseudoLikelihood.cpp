@@ -181,7 +181,12 @@ bool MCEnginePseudoLikelihood::UpdateLinearPredictor(const MCEngineFitterImpl& f
       }
     }
     const double eta = predictor.Predict(x, entries).GetEstimate();
-    if (MCEngineMissing::Is(eta) || !std::isfinite(eta)) return false;
+    // A record the working fit left out (a value of its design that is not
+    // finite) has no prediction and stays out.
+    if (MCEngineMissing::Is(eta) || !std::isfinite(eta)) {
+      fvUsed[U(r)] = false;
+      continue;
+    }
     fvEta[U(r)] = eta + fvOffset[U(r)];
     fvMu[U(r)] = fLink.Mu(fvEta[U(r)]);
   }

@@ -27,6 +27,8 @@ class MCEngineResult;
 // working model, so every statistic of a linear fit is available for it.
 class MCEnginePseudoLikelihood {
  public:
+  // The input is read during Fit and FillResult only; the working input is
+  // a copy of it that the object keeps.
   MCEnginePseudoLikelihood(const MCEngineInput& input, const MCEngineSettings& settings);
 
   // Whether the engine can fit the settings' target by pseudo-likelihood.
@@ -49,7 +51,8 @@ class MCEnginePseudoLikelihood {
   // The negative binomial's shape that maximises the likelihood of the
   // records at the current means.
   void EstimateShape();
-  // The conditional linear predictor of every record from the last fit.
+  // The conditional linear predictor of every record from the last fit;
+  // false when the predictions cannot be set up.
   bool UpdateLinearPredictor(const MCEngineFitterImpl& fitter);
   // Largest change of the fixed and covariance parameters, relative to
   // their size where that exceeds 1.
