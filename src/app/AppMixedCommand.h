@@ -123,6 +123,21 @@ struct AppMixedCommand {
 
   int fScaleWeight = -1;
 
+  // The target's distribution and link and how a generalized model is
+  // fitted (our extension), in the codes of GLMMConst_850: a normal target
+  // with the identity link, the default, is the linear mixed model.
+  int fDistribution = 0;      // TargetDistType
+  int fLink = -1;             // LinkType; -1 the distribution's default
+  double fLinkPower = 0.0;    // the exponent of the POWER link
+  int fTrials = -1;           // the trials variable, -1 none
+  double fTrialsValue = 0.0;  // a fixed number of trials, 0 none
+  int fReferenceKind = 0;     // ReferenceCategoryType: 0 last, 1 first, 2 a value
+  double fReferenceValue = 0.0;
+  int fOffset = -1;           // the offset variable, -1 none
+  int fFitMethod = 0;         // GeneralizedFitMethod
+  int fQuadraturePoints = 0;  // with the quadrature method
+  bool fbRobust = false;      // robust covariance of the fixed effects
+
   std::vector<ContrastData> fvContrasts;
   std::vector<MeansData> fvMeans;
   std::vector<SaveData> fvSaves;

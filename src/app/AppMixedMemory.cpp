@@ -159,6 +159,19 @@ void AppMixedMemory::Write(const AppMixedCommand& command, const ZORV_DataSource
   Put(memory, L::SHOW_ESTIMATES, command.fbShowEstimates ? 1 : 0);
   Put(memory, L::SCALE_WEIGHT, command.fScaleWeight >= 0 ? command.fScaleWeight + 1 : 0);
 
+  // The target's distribution and link; all zero for the linear model.
+  Put(memory, L::DISTRIBUTION, command.fDistribution);
+  Put(memory, L::LINK, command.fLink + 1);
+  Put(memory, L::LINK_POWER, command.fLinkPower);
+  Put(memory, L::TRIALS, command.fTrials >= 0 ? command.fTrials + 1 : 0);
+  Put(memory, L::TRIALS_VALUE, command.fTrialsValue);
+  Put(memory, L::REFERENCE_KIND, command.fReferenceKind);
+  Put(memory, L::REFERENCE_VALUE, command.fReferenceValue);
+  Put(memory, L::OFFSET, command.fOffset >= 0 ? command.fOffset + 1 : 0);
+  Put(memory, L::FIT_METHOD, command.fFitMethod);
+  Put(memory, L::QUADRATURE_POINTS, command.fQuadraturePoints);
+  Put(memory, L::COVARIANCE_KIND, command.fbRobust ? 1 : 0);
+
   // Predictors.
   Put(memory, L::N_FACTORS, static_cast<INTEGER>(command.fvFactors.size()));
   Put(memory, L::FACTORS, memory.AddIntegers(Positions(command.fvFactors)));

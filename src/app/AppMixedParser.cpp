@@ -15,10 +15,10 @@ const std::size_t kMaxFileName = MIXCommandLayout::FILE_NAME_BYTES;
 
 const char* const kSubcommands[] = {"FIXED",   "RANDOM",   "RESIDUAL", "ESTIMATION", "MISSING",
                                     "TESTS",   "DISPLAY",  "FORMAT",   "CONTRAST",   "MEANS",
-                                    "SAVE",    "EXPORT",   "SCALEWEIGHT"};
+                                    "SAVE",    "EXPORT",   "SCALEWEIGHT", "TARGET"};
 const char* const kSubcommandList =
     "a subcommand (/FIXED, /RANDOM, /RESIDUAL, /ESTIMATION, /MISSING, /TESTS, /DISPLAY, /FORMAT, /CONTRAST, "
-    "/MEANS, /SAVE, /EXPORT or /SCALEWEIGHT)";
+    "/MEANS, /SAVE, /EXPORT, /SCALEWEIGHT or /TARGET)";
 
 bool Repeatable(const std::string& name) { return name == "RANDOM" || name == "CONTRAST" || name == "MEANS"; }
 
@@ -157,6 +157,8 @@ std::vector<double> AppMixedParser::ReadValues(AppCommandReader& reader, const s
 AppMixedCommand AppMixedParser::Parse(AppCommandReader& reader) {
   fCommand = AppMixedCommand();
   fvSaveNames.clear();
+  fFitAt = 0;
+  fbResidualGiven = false;
   reader.SetIndex(0);
   reader.ExpectKeyword("GLMIXFIT", "GLMIXFIT");
   ParseHeader(reader);
@@ -168,7 +170,9 @@ AppMixedCommand AppMixedParser::Parse(AppCommandReader& reader) {
   }
   for (const Subcommand& sub : subs) {
     if (sub.fName != "FIXED" && sub.fName != "RANDOM") ParseSubcommand(reader, sub);
+    if (sub.fName == "RESIDUAL") fbResidualGiven = true;
   }
+  CheckFit(reader);
 
   if (fCommand.fFileKind == AppMixedCommand::FILE_MODEL_HOST) fCommand.fModelFile = DefaultFile("model") + ".xml";
   if (fCommand.fStatXmlFile.empty()) fCommand.fStatXmlFile = DefaultFile("statxml") + ".xml";
@@ -283,6 +287,7 @@ void AppMixedParser::ParseSubcommand(AppCommandReader& reader, const Subcommand&
   else if (n == "SAVE") ParseSave(reader);
   else if (n == "EXPORT") ParseExport(reader);
   else if (n == "SCALEWEIGHT") ParseScaleWeight(reader);
+  else if (n == "TARGET") ParseTarget(reader);
 }
 
 bool AppMixedParser::Contains(const std::vector<int>& list, int value) {

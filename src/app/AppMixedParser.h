@@ -24,7 +24,8 @@ struct AppToken;
 // AppMixedParserModel.cpp (terms, /FIXED, /RANDOM, /RESIDUAL),
 // AppMixedParserSettings.cpp (/ESTIMATION, /MISSING, /TESTS, /DISPLAY,
 // /FORMAT, /SCALEWEIGHT), AppMixedParserContrastsAndMeans.cpp (/CONTRAST,
-// /MEANS) and AppMixedParserOutputs.cpp (/SAVE, /EXPORT).
+// /MEANS), AppMixedParserOutputs.cpp (/SAVE, /EXPORT) and
+// AppMixedParserTarget.cpp (/TARGET and the fitting of a generalized model).
 class AppMixedParser {
  public:
   // `baseDir` is the folder that relative file names are taken from;
@@ -65,6 +66,20 @@ class AppMixedParser {
   void ParseSave(AppCommandReader& reader);
   void ParseExport(AppCommandReader& reader);
   void ParseScaleWeight(AppCommandReader& reader);
+  void ParseTarget(AppCommandReader& reader);
+
+  // The generalized model: the parts of /TARGET and FIT= of /ESTIMATION,
+  // and the checks between them and the rest of the command.
+  void ReadLink(AppCommandReader& reader);
+  void ReadTrials(AppCommandReader& reader);
+  void ReadTargetReference(AppCommandReader& reader);
+  void ReadOffset(AppCommandReader& reader);
+  void CheckTarget(AppCommandReader& reader, std::size_t distributionAt, std::size_t linkAt, std::size_t trialsAt,
+                   std::size_t referenceAt);
+  void ReadFit(AppCommandReader& reader);
+  void CheckFit(AppCommandReader& reader);
+  bool IsLinearTarget() const;
+  bool HasOrderedTarget() const;
 
   // A term of factors and covariates: A, A*B, A(B), X*X, X(A), A*B(C(D)).
   AppMixedCommand::TermData ParseTerm(AppCommandReader& reader);
@@ -120,4 +135,6 @@ class AppMixedParser {
   int fCommandNumber;
   AppMixedCommand fCommand;
   std::vector<std::string> fvSaveNames;
+  std::size_t fFitAt = 0;  // token index of the FIT= value, 0 none
+  bool fbResidualGiven = false;
 };

@@ -16,7 +16,7 @@ const double kMinConfidence = 1e-6;
 void AppMixedParser::ParseEstimation(AppCommandReader& reader) {
   std::vector<std::string> seen;
   const std::string allowed =
-      "METHOD=, CONFIDENCE=, ITERATIONS=, HALVING=, SCORING=, SINGULAR= or CONVERGENCE=";
+      "METHOD=, CONFIDENCE=, ITERATIONS=, HALVING=, SCORING=, SINGULAR=, CONVERGENCE=, FIT= or COVB=";
   if (reader.AtSubcommandEnd()) reader.Fail(reader.Peek(), allowed);
   while (!reader.AtSubcommandEnd()) {
     std::size_t at = reader.GetIndex();
@@ -72,6 +72,10 @@ void AppMixedParser::ParseEstimation(AppCommandReader& reader) {
           fCommand.fHessianKind = kind;
         }
       } while (reader.IsWord() && !reader.IsSetting());
+    } else if (name == "FIT") {
+      ReadFit(reader);
+    } else if (name == "COVB") {
+      fCommand.fbRobust = ReadChoice(reader, {"MODEL", "ROBUST"}, "MODEL or ROBUST") == 1;
     } else {
       reader.SetIndex(at);
       reader.Fail(reader.Peek(), allowed);

@@ -106,7 +106,18 @@ struct Entry {
   SLOT(SHOW_HISTORY, 1808, FLAG, 1)               \
   SLOT(SHOW_L, 1816, FLAG, 1)                     \
   SLOT(SHOW_R, 1824, FLAG, 1)                     \
-  SLOT(SHOW_ESTIMATES, 1832, FLAG, 1)
+  SLOT(SHOW_ESTIMATES, 1832, FLAG, 1)             \
+  SLOT(DISTRIBUTION, 1840, CODE, 1)               \
+  SLOT(LINK, 1848, CODE, 1)                       \
+  SLOT(LINK_POWER, 1856, REAL, 1)                 \
+  SLOT(TRIALS, 1864, VARIABLE, 1)                 \
+  SLOT(TRIALS_VALUE, 1872, REAL, 1)               \
+  SLOT(REFERENCE_KIND, 1880, CODE, 1)             \
+  SLOT(REFERENCE_VALUE, 1888, REAL, 1)            \
+  SLOT(OFFSET, 1896, VARIABLE, 1)                 \
+  SLOT(FIT_METHOD, 1904, CODE, 1)                 \
+  SLOT(QUADRATURE_POINTS, 1912, CODE, 1)          \
+  SLOT(COVARIANCE_KIND, 1920, CODE, 1)
 
 #define MIX_COMMAND_SLOT_CONSTANT(name, offset, kind, count) constexpr Slot<kind> name{offset};
 MIX_COMMAND_NUMERIC_SLOTS(MIX_COMMAND_SLOT_CONSTANT)

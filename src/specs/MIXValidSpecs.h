@@ -12,6 +12,7 @@
 #include "numeric/glmm/CustomTest.h"
 #include "numeric/glmm/GLMMConst.h"
 #include "numeric/glmm/GLMMRandomSpec.h"
+#include "numeric/glmm/GLMMTargetSpec.h"
 #include "numeric/gzl/GZLConst.h"
 #include "numeric/math/MCConst.h"
 #include "numeric/math/MCEmmeansSpec.h"
@@ -181,6 +182,17 @@ class MIXValidSpecs final {
   void SetZORVWeightIndex(int index) { ZORVWeightIndex = index; }
   int GetRegrWeightIndex() const { return RegrWeightIndex; }
   void SetRegrWeightIndex(int index) { RegrWeightIndex = index; }
+
+  // ---- the generalized model (our extension) ----
+  // The target's distribution and link; its trials variable as a host index.
+  const MCGLMM_850::GLMMTargetSpec& GetTargetSpec() const { return TargetSpec; }
+  void SetTargetSpec(const MCGLMM_850::GLMMTargetSpec& spec) { TargetSpec = spec; }
+  // The command's offset variable (host index, -1 none) and robust
+  // covariance of the fixed effects. Unlike OffsetType and CovbType, which
+  // command reading leaves at their defaults, they reach the settings of
+  // every split.
+  int GetTargetOffsetIndex() const { return TargetOffsetIndex; }
+  bool GetTargetRobust() const { return TargetRobust; }
 
   // ---- estimation ----
   MCMath_850::MCConst::MCEffectAnalysisType GetEffectAnalysisType() const { return EffectAnalysisType; }
@@ -362,6 +374,10 @@ class MIXValidSpecs final {
   bool ReadSpatialVars();
   void ReadSavedVars();
   void BuildRepeatedSpec(long covarianceCode);
+  void ReadTargetSpec();
+  // The target spec of the component: the trials variable as its record index.
+  MCGLMM_850::GLMMTargetSpec CompTargetSpec() const;
+  void CompleteTargetSettings(MCGLMM_850::GLMMSettings& settings) const;
   void DestroyOwned();
 
   const LR* CommandLR;
@@ -395,6 +411,11 @@ class MIXValidSpecs final {
   int OffsetIndex;
   int CompOffsetIndex;
   double OffsetValue;
+  MCGLMM_850::GLMMTargetSpec TargetSpec;
+  int CompTrialsIndex;
+  int TargetOffsetIndex;
+  int CompTargetOffsetIndex;
+  bool TargetRobust;
   int ZORVWeightIndex;
   int CompZORVWeightIndex;
   int RegrWeightIndex;

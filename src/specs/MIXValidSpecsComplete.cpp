@@ -63,6 +63,12 @@ void MIXValidSpecs::CompleteSpecs() {
   if (OffsetType == MCConst::OFFSET_VARIABLE && OffsetIndex >= 0) {
     CompOffsetIndex = varSpecs.AddVariable(OffsetIndex, false, false, true, true);
   }
+  CompTargetOffsetIndex = -1;
+  if (TargetOffsetIndex >= 0) CompTargetOffsetIndex = varSpecs.AddVariable(TargetOffsetIndex, false, false, true, true);
+  CompTrialsIndex = -1;
+  if (TargetSpec.GetTrialsType() == GLMMConst_850::TRIALS_VARIABLE) {
+    CompTrialsIndex = varSpecs.AddVariable(TargetSpec.GetTrialsVariable(), false, false, true, true);
+  }
   CompZORVWeightIndex = -1;
   if (ZORVWeightIndex >= 0) CompZORVWeightIndex = varSpecs.SetWeightVar();
   CompRegrWeightIndex = -1;

@@ -203,6 +203,7 @@ bool MIXValidSpecs::SetMixedSpecs() {
     if (spec.GetComputeEBLUPs()) UseStatJSON = true;
   }
 
+  ReadTargetSpec();
   const INTEGER scaleWeight = CmnWord(L::SCALE_WEIGHT);
   if (scaleWeight > 0) RegrWeightIndex = DataSource->VarIndex(static_cast<long>(scaleWeight - 1));
 

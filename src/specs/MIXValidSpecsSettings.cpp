@@ -132,6 +132,7 @@ void MIXValidSpecs::CompleteSettings(GLMMSettings* pSettings, ACAInputAdapter* p
   settings.SetToleranceLogLikePLCI(CIConvProfile);
   settings.SetToleranceHessianPLCI(CIConvProfile);
   settings.SetCovbType(CovbType);
+  CompleteTargetSettings(settings);
   settings.SetHConvergeType(HConvType);
   settings.SetLConvergeType(LConvType);
   settings.SetPConvergeType(PConvType);

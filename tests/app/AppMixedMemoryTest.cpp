@@ -464,3 +464,41 @@ TEST(AppMixedMemory, WritingAgainStartsAfresh) {
   EXPECT_EQ(N(memory, L::N_SAVES), 0);
   EXPECT_EQ(N(memory, L::MEANS_LIST), 0);
 }
+
+TEST(AppMixedMemory, TheGeneralizedModelHasSlotsOfItsOwn) {
+  ParserMemory memory;
+  Lay("GLMIXFIT y /TARGET DISTRIBUTION=GAMMA LINK=POWER(-1) OFFSET=z /ESTIMATION COVB=ROBUST FIT=LAPLACE", memory);
+  EXPECT_EQ(N(memory, L::DISTRIBUTION), 4);
+  EXPECT_EQ(N(memory, L::LINK), 8);
+  EXPECT_EQ(R(memory, L::LINK_POWER), -1.0);
+  EXPECT_EQ(N(memory, L::OFFSET), 3);
+  EXPECT_EQ(N(memory, L::COVARIANCE_KIND), 1);
+  EXPECT_EQ(N(memory, L::FIT_METHOD), 1);
+  EXPECT_EQ(N(memory, L::TRIALS), 0);
+
+  ParserMemory binomial;
+  Lay("GLMIXFIT y /TARGET DISTRIBUTION=BINOMIAL TRIALS=w /RANDOM INTERCEPT SUBJECTS=s "
+      "/ESTIMATION FIT=QUADRATURE(9)",
+      binomial);
+  EXPECT_EQ(N(binomial, L::DISTRIBUTION), 1);
+  EXPECT_EQ(N(binomial, L::LINK), 0);
+  EXPECT_EQ(N(binomial, L::TRIALS), 4);
+  EXPECT_EQ(R(binomial, L::TRIALS_VALUE), 0.0);
+  EXPECT_EQ(N(binomial, L::FIT_METHOD), 2);
+  EXPECT_EQ(N(binomial, L::QUADRATURE_POINTS), 9);
+
+  ParserMemory reference;
+  Lay("GLMIXFIT y /TARGET DISTRIBUTION=BINOMIAL TRIALS=20", reference);
+  EXPECT_EQ(R(reference, L::TRIALS_VALUE), 20.0);
+  Lay("GLMIXFIT y /TARGET DISTRIBUTION=BINOMIAL REFERENCE=2.5", reference);
+  EXPECT_EQ(N(reference, L::REFERENCE_KIND), 2);
+  EXPECT_EQ(R(reference, L::REFERENCE_VALUE), 2.5);
+}
+
+TEST(AppMixedMemory, TheLinearModelLeavesTheGeneralizedSlotsZero) {
+  ParserMemory memory;
+  Lay("GLMIXFIT y BY a WITH x /FIXED a x /RANDOM INTERCEPT SUBJECTS=s", memory);
+  for (int offset = L::DISTRIBUTION; offset <= L::COVARIANCE_KIND; offset += 8) {
+    EXPECT_EQ(N(memory, offset), 0) << offset;
+  }
+}

@@ -63,10 +63,10 @@ TEST(AppMixedParserErrors, Subcommands) {
   Check({
             {"/FOO", "FOO", 1,
              "expected a subcommand (/FIXED, /RANDOM, /RESIDUAL, /ESTIMATION, /MISSING, /TESTS, /DISPLAY, "
-             "/FORMAT, /CONTRAST, /MEANS, /SAVE, /EXPORT or /SCALEWEIGHT), found 'FOO'"},
+             "/FORMAT, /CONTRAST, /MEANS, /SAVE, /EXPORT, /SCALEWEIGHT or /TARGET), found 'FOO'"},
             {"/ 5", "5", 1,
              "expected a subcommand (/FIXED, /RANDOM, /RESIDUAL, /ESTIMATION, /MISSING, /TESTS, /DISPLAY, "
-             "/FORMAT, /CONTRAST, /MEANS, /SAVE, /EXPORT or /SCALEWEIGHT), found 5"},
+             "/FORMAT, /CONTRAST, /MEANS, /SAVE, /EXPORT, /SCALEWEIGHT or /TARGET), found 5"},
             {"/FIXED x /fixed z", "fixed", 1, "expected /FIXED only once, found it again"},
             {"/TESTS TYPE=1 /TESTS TYPE=3", "TESTS", 2, "expected /TESTS only once, found it again"},
             {"/SCALEWEIGHT w /SCALEWEIGHT w", "SCALEWEIGHT", 2, "expected /SCALEWEIGHT only once, found it again"},
@@ -169,7 +169,8 @@ TEST(AppMixedParserErrors, Residual) {
 }
 
 TEST(AppMixedParserErrors, Estimation) {
-  const char* allowed = "METHOD=, CONFIDENCE=, ITERATIONS=, HALVING=, SCORING=, SINGULAR= or CONVERGENCE=";
+  const char* allowed =
+      "METHOD=, CONFIDENCE=, ITERATIONS=, HALVING=, SCORING=, SINGULAR=, CONVERGENCE=, FIT= or COVB=";
   Check({
             {"/ESTIMATION", "", 1, (std::string("expected ") + allowed + ", found the end of the command").c_str()},
         },
@@ -432,4 +433,114 @@ TEST(AppMixedParserErrors, AnUnstructuredMatrixTooLargeToFitIsRefusedWithItsSize
   for (long row = 0; row < 600; ++row) data.SetNum(row, t, static_cast<double>(row % 50));
   text = "GLMIXFIT y /RESIDUAL INDEX=t SUBJECTS=s STRUCTURE=UN";
   EXPECT_EQ(ParseMixed(data, text, command), "");
+}
+
+TEST(AppMixedParserErrors, Target) {
+  const std::string allowed = "DISTRIBUTION=, LINK=, TRIALS=, REFERENCE= or OFFSET=";
+  Check({
+            {"/TARGET", "", 1, ("expected " + allowed + ", found the end of the command").c_str()},
+            {"/TARGET FAMILY=POISSON", "FAMILY", 1, ("expected " + allowed + ", found 'FAMILY'").c_str()},
+            {"/TARGET DISTRIBUTION=POISON", "POISON", 1,
+             "expected a distribution (NORMAL, BINOMIAL, POISSON, NEGBIN, GAMMA, IGAUSS or MULTINOMIAL), found "
+             "'POISON'"},
+            {"/TARGET LINK=INVERSE", "INVERSE", 1,
+             "expected a link (IDENTITY, LOG, LOGIT, PROBIT, CLOGLOG, NLOGLOG, LOGC, POWER or CAUCHIT), found "
+             "'INVERSE'"},
+            {"/TARGET DISTRIBUTION=POISSON LINK=LOGIT", "LOGIT", 1,
+             "expected a link for POISSON (IDENTITY, LOG or POWER(exponent)), found LOGIT"},
+            {"/TARGET LINK=LOGIT DISTRIBUTION=GAMMA", "LOGIT", 1,
+             "expected a link for GAMMA (IDENTITY, LOG or POWER(exponent)), found LOGIT"},
+            {"/TARGET DISTRIBUTION=BINOMIAL LINK=IDENTITY", "IDENTITY", 1,
+             "expected a link for BINOMIAL (LOG, LOGIT, PROBIT, CLOGLOG, NLOGLOG, LOGC or CAUCHIT), found IDENTITY"},
+            {"/TARGET LINK=PROBIT", "PROBIT", 1,
+             "expected a link for NORMAL (IDENTITY, LOG or POWER(exponent)), found PROBIT"},
+            {"/TARGET DISTRIBUTION=GAMMA LINK=POWER", "", 1,
+             "expected '(' and the exponent of POWER, found the end of the command"},
+            {"/TARGET DISTRIBUTION=GAMMA LINK=POWER(0)", "0", 1,
+             "expected a non-zero exponent from -10 to 10 (LOG is the power 0), found 0"},
+            {"/TARGET DISTRIBUTION=GAMMA LINK=POWER(11)", "11", 1,
+             "expected a non-zero exponent from -10 to 10 (LOG is the power 0), found 11"},
+            {"/TARGET DISTRIBUTION=GAMMA LINK=POWER(-1", "", 1, "expected ')', found the end of the command"},
+            {"/TARGET DISTRIBUTION=POISSON TRIALS=w", "w", 1,
+             "expected TRIALS= only with DISTRIBUTION=BINOMIAL, found it with POISSON"},
+            {"/TARGET TRIALS=10", "10", 1, "expected TRIALS= only with DISTRIBUTION=BINOMIAL, found it with NORMAL"},
+            {"/TARGET DISTRIBUTION=BINOMIAL TRIALS=0", "0", 1,
+             "expected the trials: a numeric variable or a whole number from 1 to 2147483647, found 0"},
+            {"/TARGET DISTRIBUTION=BINOMIAL TRIALS=2.5", "2.5", 1,
+             "expected the trials: a numeric variable or a whole number from 1 to 2147483647, found 2.5"},
+            {"/TARGET DISTRIBUTION=BINOMIAL TRIALS=name", "name", 1,
+             "expected a numeric trials variable, found the string variable 'name'"},
+            {"/TARGET DISTRIBUTION=BINOMIAL TRIALS=Y", "Y", 2, "expected a trials variable, found the target 'Y'"},
+            {"/TARGET DISTRIBUTION=BINOMIAL TRIALS=nosuch", "nosuch", 1,
+             "expected the trials variable, found 'nosuch' (the data have no variable of that name)"},
+            {"/TARGET DISTRIBUTION=POISSON REFERENCE=FIRST", "FIRST", 1,
+             "expected REFERENCE= only with a categorical target (BINOMIAL or MULTINOMIAL), found it with POISSON"},
+            {"/TARGET DISTRIBUTION=BINOMIAL TRIALS=w REFERENCE=1", "1", 1,
+             "expected REFERENCE= only for a target of categories, found it with TRIALS= (events out of trials)"},
+            {"/TARGET DISTRIBUTION=BINOMIAL REFERENCE=MIDDLE", "MIDDLE", 1,
+             "expected FIRST, LAST or a value of the target, found 'MIDDLE'"},
+            {"/TARGET DISTRIBUTION=MULTINOMIAL", "MULTINOMIAL", 1,
+             "expected a distribution for the scale target 'y', found MULTINOMIAL (give the target the level "
+             "ORDINAL or NOMINAL with LEVEL)"},
+            {"/TARGET OFFSET=name", "name", 1, "expected a numeric offset, found the string variable 'name'"},
+            {"/TARGET OFFSET=y", "y", 2, "expected an offset, found the target 'y'"},
+            {"/TARGET OFFSET=b", "b", 2, "expected an offset, found the factor 'b'"},
+            {"/TARGET OFFSET=w OFFSET=z", "OFFSET", 2, "expected each setting once, found OFFSET= again"},
+            {"/TARGET DISTRIBUTION=POISSON /TARGET LINK=LOG", "TARGET", 2, "expected /TARGET only once, found it again"},
+        },
+        true);
+}
+
+TEST(AppMixedParserErrors, MultinomialLinksFollowTheTargetsLevel) {
+  std::unique_ptr<ZORV_Dataset> data = LoadTrial();
+  data->GetVariable(0)->SetMeasurementLevel(ZORV_Variable::NOMINAL);
+  AppMixedCommand command;
+  std::string text = "GLMIXFIT y /TARGET DISTRIBUTION=MULTINOMIAL LINK=PROBIT";
+  EXPECT_EQ(ParseMixed(*data, text, command),
+            Where(text, "PROBIT") + "expected a link for a nominal MULTINOMIAL target (LOGIT), found PROBIT.");
+  data->GetVariable(0)->SetMeasurementLevel(ZORV_Variable::ORDINAL);
+  EXPECT_EQ(ParseMixed(*data, text, command), "");
+  text = "GLMIXFIT y /TARGET DISTRIBUTION=MULTINOMIAL LINK=LOG";
+  EXPECT_EQ(ParseMixed(*data, text, command),
+            Where(text, "LOG") +
+                "expected a link for an ordinal MULTINOMIAL target (LOGIT, PROBIT, CLOGLOG, NLOGLOG or CAUCHIT), "
+                "found LOG.");
+}
+
+TEST(AppMixedParserErrors, FittingMethods) {
+  const std::string quadrature =
+      "expected FIT=QUADRATURE only with one /RANDOM block of one effect per subject (INTERCEPT or a covariate, "
+      "with SUBJECTS=), found another random part; use FIT=LAPLACE or FIT=PL";
+  const std::string binomial = "/TARGET DISTRIBUTION=BINOMIAL ";
+  Check({
+            {"/ESTIMATION FIT=NEWTON", "NEWTON", 1,
+             "expected a fitting method (PL, LAPLACE or QUADRATURE(points)), found 'NEWTON'"},
+            {"/ESTIMATION FIT=LAPLACE", "LAPLACE", 1,
+             "expected FIT= only with a generalized target (/TARGET with a distribution other than NORMAL or a "
+             "link other than IDENTITY), found it with the linear model"},
+            {"/TARGET LINK=IDENTITY /ESTIMATION FIT=PL", "PL", 1,
+             "expected FIT= only with a generalized target (/TARGET with a distribution other than NORMAL or a "
+             "link other than IDENTITY), found it with the linear model"},
+            {(binomial + "/ESTIMATION FIT=QUADRATURE").c_str(), "", 1,
+             "expected '(' and the number of quadrature points, found the end of the command"},
+            {(binomial + "/ESTIMATION FIT=QUADRATURE(0)").c_str(), "0", 1,
+             "expected a whole number of quadrature points from 1 to 25, found 0"},
+            {(binomial + "/ESTIMATION FIT=QUADRATURE(26)").c_str(), "26", 1,
+             "expected a whole number of quadrature points from 1 to 25, found 26"},
+            {(binomial + "/ESTIMATION FIT=QUADRATURE(7)").c_str(), "QUADRATURE", 1, quadrature.c_str()},
+            {(binomial + "/RANDOM INTERCEPT x SUBJECTS=s /ESTIMATION FIT=QUADRATURE(7)").c_str(), "QUADRATURE", 1,
+             quadrature.c_str()},
+            {(binomial + "/RANDOM a SUBJECTS=s /ESTIMATION FIT=QUADRATURE(7)").c_str(), "QUADRATURE", 1,
+             quadrature.c_str()},
+            {(binomial + "/RANDOM INTERCEPT /ESTIMATION FIT=QUADRATURE(7)").c_str(), "QUADRATURE", 1,
+             quadrature.c_str()},
+            {(binomial + "/RANDOM INTERCEPT SUBJECTS=s /RANDOM INTERCEPT SUBJECTS=t /ESTIMATION FIT=QUADRATURE(5)")
+                 .c_str(),
+             "QUADRATURE", 1, quadrature.c_str()},
+            {(binomial + "/ESTIMATION FIT=LAPLACE /RESIDUAL INDEX=t SUBJECTS=s STRUCTURE=AR1").c_str(), "LAPLACE", 1,
+             "expected FIT=PL with /RESIDUAL (the likelihood methods take the records of a subject as independent "
+             "given its random effects), found FIT=LAPLACE"},
+            {"/ESTIMATION COVB=SANDWICH", "SANDWICH", 1, "expected MODEL or ROBUST, found 'SANDWICH'"},
+        },
+        true);
 }

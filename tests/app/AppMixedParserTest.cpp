@@ -145,3 +145,55 @@ TEST(AppMixedParser, DocumentsAreNamedInTheOutputFolderUnlessGiven) {
   EXPECT_EQ(p.fFileKind, AppMixedCommand::FILE_PARAMETERS_USER);
   EXPECT_EQ(p.fModelFile, "cmd/p.xml");
 }
+
+TEST(AppMixedParser, TheLinearModelIsTheDefaultTarget) {
+  AppMixedCommand c = Parse("GLMIXFIT y");
+  EXPECT_EQ(c.fDistribution, 0);
+  EXPECT_EQ(c.fLink, -1);
+  EXPECT_EQ(c.fTrials, -1);
+  EXPECT_EQ(c.fTrialsValue, 0.0);
+  EXPECT_EQ(c.fOffset, -1);
+  EXPECT_EQ(c.fFitMethod, 0);
+  EXPECT_FALSE(c.fbRobust);
+  EXPECT_TRUE(SameNumericBlock("GLMIXFIT y", "GLMIXFIT y /TARGET DISTRIBUTION=NORMAL /ESTIMATION COVB=MODEL"));
+  EXPECT_FALSE(SameNumericBlock("GLMIXFIT y", "GLMIXFIT y /TARGET LINK=LOG"));
+}
+
+TEST(AppMixedParser, ReadsTheTargetsDistributionAndLink) {
+  AppMixedCommand c = Parse(
+      "GLMIXFIT y WITH x /target distribution=binomial link=cloglog trials=W offset=z "
+      "/estimation fit=laplace covb=robust");
+  EXPECT_EQ(c.fDistribution, 1);
+  EXPECT_EQ(c.fLink, 4);
+  EXPECT_EQ(c.fTrials, 3);
+  EXPECT_EQ(c.fOffset, 2);
+  EXPECT_EQ(c.fFitMethod, 1);
+  EXPECT_TRUE(c.fbRobust);
+
+  c = Parse("GLMIXFIT y /TARGET DISTRIBUTION=GAMMA LINK=POWER(-1)");
+  EXPECT_EQ(c.fDistribution, 4);
+  EXPECT_EQ(c.fLink, 7);
+  EXPECT_EQ(c.fLinkPower, -1.0);
+
+  c = Parse("GLMIXFIT y /TARGET DISTRIBUTION=BINOMIAL TRIALS=12");
+  EXPECT_EQ(c.fTrials, -1);
+  EXPECT_EQ(c.fTrialsValue, 12.0);
+
+  c = Parse("GLMIXFIT y /TARGET DISTRIBUTION=BINOMIAL REFERENCE=0");
+  EXPECT_EQ(c.fReferenceKind, 2);
+  EXPECT_EQ(c.fReferenceValue, 0.0);
+
+  c = Parse("GLMIXFIT y BY a /TARGET DISTRIBUTION=POISSON /RANDOM INTERCEPT SUBJECTS=s "
+            "/ESTIMATION FIT=QUADRATURE(7)");
+  EXPECT_EQ(c.fDistribution, 2);
+  EXPECT_EQ(c.fLink, -1);
+  EXPECT_EQ(c.fFitMethod, 2);
+  EXPECT_EQ(c.fQuadraturePoints, 7);
+
+  // A random slope on a covariate is one effect per subject too.
+  c = Parse("GLMIXFIT y WITH x /TARGET DISTRIBUTION=POISSON /RANDOM x SUBJECTS=s /ESTIMATION FIT=QUADRATURE(1)");
+  EXPECT_EQ(c.fQuadraturePoints, 1);
+  // Pseudo-likelihood takes a residual structure; the linear model takes an offset.
+  Parse("GLMIXFIT y /TARGET DISTRIBUTION=POISSON /RESIDUAL INDEX=t SUBJECTS=s STRUCTURE=AR1 /ESTIMATION FIT=PL");
+  EXPECT_EQ(Parse("GLMIXFIT y /TARGET OFFSET=x").fOffset, 1);
+}

@@ -138,6 +138,22 @@ LinkType DefaultLink(TargetDistType dist) {
 
 double DefaultLinkPower(TargetDistType dist) { return dist == DIST_IGAUSS ? -2.0 : 1.0; }
 
+bool IsLinkAllowed(TargetDistType dist, LinkType link, bool orderedCategories) {
+  if (link == LINK_DEFAULT) return true;
+  const bool probabilityLink = link == LINK_LOGIT || link == LINK_PROBIT || link == LINK_CLOGLOG ||
+                               link == LINK_NLOGLOG || link == LINK_CAUCHIT;
+  switch (dist) {
+    case DIST_BINOMIAL: return probabilityLink || link == LINK_LOG || link == LINK_LOGC;
+    case DIST_MULTINOMIAL: return orderedCategories ? probabilityLink : link == LINK_LOGIT;
+    case DIST_NORMAL:
+    case DIST_POISSON:
+    case DIST_NEGBIN:
+    case DIST_GAMMA:
+    case DIST_IGAUSS: return link == LINK_IDENTITY || link == LINK_LOG || link == LINK_POWER;
+  }
+  return false;
+}
+
 const char* GetName(TargetDistType value) {
   switch (value) {
     case DIST_NORMAL: return "NORMAL";

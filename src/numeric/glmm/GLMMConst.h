@@ -107,6 +107,11 @@ enum ReferenceCategoryType { REFERENCE_LAST = 0, REFERENCE_FIRST = 1, REFERENCE_
 // and gamma, power(-2) for inverse Gaussian (see DefaultLinkPower).
 LinkType DefaultLink(TargetDistType dist);
 double DefaultLinkPower(TargetDistType dist);
+// Whether a link may go with a distribution: one that maps the
+// distribution's range of means onto the whole line, or a power or log link
+// for the continuous and count distributions. Categories without an order
+// take only the logit link.
+bool IsLinkAllowed(TargetDistType dist, LinkType link, bool orderedCategories);
 
 // The covariance structure of a keyword code of the command, read as an
 // unsigned 32-bit number: 1 AD1, 2 AR1, 3 ARH1, 4 ARMA11, 5 CS, 6 CSH, 7 CSR,
