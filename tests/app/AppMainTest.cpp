@@ -90,6 +90,7 @@ TEST_F(AppMainTest, HelpSummarisesTheLanguage) {
   for (const char* word : {"Usage: glmixfit", "LOAD 'file'", "SET VARIABLES=", "SPLIT BY", "WEIGHT BY",
                            "GLMIXFIT target", "/FIXED", "/RANDOM", "/RESIDUAL", "/ESTIMATION", "/MISSING", "/TESTS",
                            "/DISPLAY", "/FORMAT", "/CONTRAST", "/MEANS", "/SAVE", "/EXPORT", "/SCALEWEIGHT",
+                           "/TARGET", "FIT=",
                            "COMPUTE var = expression", "RECODE var", "SELECT IF", "FILTER BY", "LABEL var", "VALUES var",
                            "MISSING var", "LEVEL var", "FORMAT var", "WRITE", "--quiet", "SUBSTR(s, start[, length])",
                            "docs/syntax.md"}) {

@@ -61,6 +61,9 @@ double Cell(const std::string& text) {
 struct RoundTrips {
   int fModels = 0;
   std::string fContext;
+  // The target's settings as the last model's documents gave them back.
+  Stats::BuildSettingsData fLastSettings;
+  std::string fLastModelFile;
 };
 RoundTrips gRoundTrips;
 
@@ -354,6 +357,8 @@ void RoundTrip(GLMMAlgorithm& algorithm, const GLMMSettings& settings, const MCX
   ASSERT_TRUE(reader.ParseXML()) << statXMLText;
   ++gRoundTrips.fModels;
   ASSERT_NE(model.GetBuildSettings(), nullptr);
+  gRoundTrips.fLastSettings = *model.GetBuildSettings();
+  gRoundTrips.fLastModelFile = pmmlText;
   EXPECT_EQ(model.GetBuildSettings()->fTargetIndex, data.FindVarIndex(varList.GetVarAt(settings.GetDependent())->GetName().c_str(), 0));
   EXPECT_EQ(model.GetBuildSettings()->fvRandomSpecs.size(), settings.GetRandomSpecs().size());
   EXPECT_NE(model.GetBuildSettings()->fResidualCovarianceType, Stats::COV_UNKNOWN);
@@ -463,5 +468,42 @@ TEST_F(AppRoundTrip, EveryRandomStructureReadsBack) {
                 "LOAD 'data/sleepstudy.csv'.\nGLMIXFIT Reaction WITH Days\n  /FIXED Days\n"
                 "  /RANDOM INTERCEPT Days SUBJECTS=Subject STRUCTURE=",
                 "\n  /MEANS OVERALL AT=Days(3).\n", "random ");
+  EXPECT_TRUE(FacSTDictionary::GetMissingKeys().empty()) << *FacSTDictionary::GetMissingKeys().begin();
+}
+
+// The documents carry the target's distribution and link, and its trials;
+// the viewer reads them back by its own tokens.
+TEST_F(AppRoundTrip, TheTargetsDistributionAndLinkReadBack) {
+  const std::string data = "LOAD 'data/cbpp.csv'.\nGLMIXFIT incidence BY period\n  /FIXED period\n"
+                           "  /RANDOM INTERCEPT SUBJECTS=herd\n";
+  ASSERT_EQ(Run(data + ".\n", "linear"), 1);
+  const Stats::BuildSettingsData& read = gRoundTrips.fLastSettings;
+  EXPECT_EQ(read.fDistribution, Stats::NORMAL);
+  EXPECT_EQ(read.fLinkFunction, Stats::IDENTITY);
+  EXPECT_FALSE(read.fUseTrials);
+  EXPECT_NE(gRoundTrips.fLastModelFile.find("distribution=\"normal\" linkFunction=\"identity\""), std::string::npos);
+
+  ASSERT_EQ(Run(data + "  /TARGET DISTRIBUTION=BINOMIAL TRIALS=size.\n", "binomial"), 1);
+  EXPECT_EQ(read.fDistribution, Stats::BINOMIAL);
+  EXPECT_EQ(read.fLinkFunction, Stats::LOGIT);
+  EXPECT_TRUE(read.fUseTrials);
+  EXPECT_EQ(read.fTrialsField, "size");
+  EXPECT_GE(read.fTrialsIndex, 0);
+  EXPECT_NE(gRoundTrips.fLastModelFile.find("distribution=\"binomial\" linkFunction=\"logit\""), std::string::npos);
+  EXPECT_NE(gRoundTrips.fLastModelFile.find("trialsVariable=\"size\""), std::string::npos);
+
+  ASSERT_EQ(Run(data + "  /TARGET DISTRIBUTION=BINOMIAL LINK=NLOGLOG TRIALS=60.\n", "fixed trials"), 1);
+  EXPECT_EQ(read.fLinkFunction, Stats::NLOGLOG);
+  EXPECT_TRUE(read.fUseTrials);
+  EXPECT_EQ(read.fTrialsIndex, -1);
+  EXPECT_EQ(read.fTrialsValue, 60);
+  EXPECT_NE(gRoundTrips.fLastModelFile.find("linkFunction=\"loglog\" trialsValue=\"60\""), std::string::npos);
+
+  ASSERT_EQ(Run(data + "  /TARGET DISTRIBUTION=POISSON LINK=POWER(0.5).\n", "poisson"), 1);
+  EXPECT_EQ(read.fDistribution, Stats::POISSON);
+  EXPECT_EQ(read.fLinkFunction, Stats::POWER);
+  EXPECT_EQ(read.fLinkParam, 0.5);
+  EXPECT_FALSE(read.fUseTrials);
+  EXPECT_NE(gRoundTrips.fLastModelFile.find("linkFunction=\"power\" linkParameter=\"0.5\""), std::string::npos);
   EXPECT_TRUE(FacSTDictionary::GetMissingKeys().empty()) << *FacSTDictionary::GetMissingKeys().begin();
 }

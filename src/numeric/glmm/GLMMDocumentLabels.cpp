@@ -1,6 +1,7 @@
 #include "numeric/glmm/GLMMDocumentLabels.h"
 
 #include <algorithm>
+#include <cctype>
 
 #include "numeric/common/MCMV.h"
 #include "numeric/glmm/GLMMXMLWriter.h"
@@ -173,6 +174,26 @@ std::string GLMMDocumentLabels::CovarianceToken(GLMMConst_850::CovarType type) {
     default:
       return GLMMConst_850::GetName(type);
   }
+}
+
+std::string GLMMDocumentLabels::DistributionToken(const GLMMTargetSpec& spec) {
+  if (spec.GetDistribution() == GLMMConst_850::DIST_MULTINOMIAL) return spec.GetOrdered() ? "ORDINAL" : "NOMINAL";
+  return GLMMConst_850::GetName(spec.GetDistribution());
+}
+
+std::string GLMMDocumentLabels::LinkToken(const GLMMTargetSpec& spec) { return GLMMConst_850::GetName(spec.GetLink()); }
+
+std::string GLMMDocumentLabels::ModelDistributionToken(const GLMMTargetSpec& spec) {
+  std::string token = DistributionToken(spec);
+  std::transform(token.begin(), token.end(), token.begin(), [](unsigned char c) { return std::tolower(c); });
+  return token;
+}
+
+std::string GLMMDocumentLabels::ModelLinkToken(const GLMMTargetSpec& spec) {
+  if (spec.GetLink() == GLMMConst_850::LINK_NLOGLOG) return "loglog";
+  std::string token = LinkToken(spec);
+  std::transform(token.begin(), token.end(), token.begin(), [](unsigned char c) { return std::tolower(c); });
+  return token;
 }
 
 }  // namespace MCGLMM_850

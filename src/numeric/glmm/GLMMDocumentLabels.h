@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "numeric/glmm/GLMMConst.h"
+#include "numeric/glmm/GLMMTargetSpec.h"
 
 namespace MCMath_850 {
 class MCModelEffect;
@@ -56,6 +57,17 @@ class GLMMDocumentLabels {
   // other structures their own names (ARH1, AD1, CSH, CSR, FA1, FAH1, HF,
   // TPH, UNR).
   static std::string CovarianceToken(GLMMConst_850::CovarType type);
+  // The target's distribution as the results document names it: NORMAL,
+  // BINOMIAL, POISSON, NEGBIN, GAMMA, IGAUSS, and a multinomial target as
+  // ORDINAL or NOMINAL after the order of its categories.
+  static std::string DistributionToken(const GLMMTargetSpec& spec);
+  // The link in force, by the same tokens as the command: IDENTITY, LOG,
+  // LOGIT, PROBIT, CLOGLOG, NLOGLOG, LOGC, POWER, CAUCHIT.
+  static std::string LinkToken(const GLMMTargetSpec& spec);
+  // The model file's names of the same: lower case, with "loglog" for the
+  // negative log-log link.
+  static std::string ModelDistributionToken(const GLMMTargetSpec& spec);
+  static std::string ModelLinkToken(const GLMMTargetSpec& spec);
 };
 
 }  // namespace MCGLMM_850

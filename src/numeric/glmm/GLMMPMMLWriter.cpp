@@ -188,8 +188,18 @@ MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4X
     xml.Attribute("modelType", "generalLinear");
     xml.Attribute("functionName", "regression");
     xml.Attribute("algorithmName", "GLMM");
-    xml.Attribute("distribution", "normal");
-    xml.Attribute("linkFunction", "identity");
+    const GLMMTargetSpec& target = s.GetTargetSpec();
+    xml.Attribute("distribution", GLMMDocumentLabels::ModelDistributionToken(target));
+    xml.Attribute("linkFunction", GLMMDocumentLabels::ModelLinkToken(target));
+    if (target.GetLink() == GLMMConst_850::LINK_POWER) {
+      xml.Attribute("linkParameter", GLMMXMLWriter::NumberText(target.GetLinkPower()));
+    }
+    if (target.GetTrialsType() == GLMMConst_850::TRIALS_VARIABLE) {
+      xml.Attribute("trialsVariable", GLMMDocumentLabels::VarName(varList, target.GetTrialsVariable()));
+    }
+    if (target.GetTrialsType() == GLMMConst_850::TRIALS_VALUE) {
+      xml.Attribute("trialsValue", GLMMXMLWriter::NumberText(target.GetTrialsValue()));
+    }
 
     // The random and residual blocks, which the standard model has no
     // element for.

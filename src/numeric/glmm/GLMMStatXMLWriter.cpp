@@ -265,14 +265,30 @@ MCStatus GLMMStatXMLWriter::Write(std::ostream& os) const {
   return MCStatus();
 }
 
+// The target's distribution and link, and its trials when it counts events.
+void GLMMStatXMLWriter::WriteTargetSettings(GLMMXMLWriter& xml) const {
+  const GLMMTargetSpec& target = fpSettings->GetTargetSpec();
+  const bool trials = target.GetTrialsType() != GLMMConst_850::TRIALS_NONE;
+  Parameter(xml, "UseTrials", trials ? "true" : "false");
+  if (target.GetTrialsType() == GLMMConst_850::TRIALS_VARIABLE) {
+    Parameter(xml, "TrialsField", Labels::VarName(*fpVarList, target.GetTrialsVariable()));
+  }
+  if (target.GetTrialsType() == GLMMConst_850::TRIALS_VALUE) {
+    Parameter(xml, "TrialsValue", GLMMXMLWriter::NumberText(target.GetTrialsValue()));
+  }
+  Parameter(xml, "DistributionOfTarget", Labels::DistributionToken(target));
+  Parameter(xml, "LinkFunctionType", Labels::LinkToken(target));
+  if (target.GetLink() == GLMMConst_850::LINK_POWER) {
+    Parameter(xml, "LinkFunctionParam", GLMMXMLWriter::NumberText(target.GetLinkPower()));
+  }
+}
+
 void GLMMStatXMLWriter::WriteBuildSettings(GLMMXMLWriter& xml) const {
   const GLMMSettings& s = *fpSettings;
   const MCXML_850::MCVarList& varList = *fpVarList;
   xml.Open("BuildSettings");
   Parameter(xml, "TargetField", Labels::VarName(varList, s.GetDependent()));
-  Parameter(xml, "UseTrials", "false");
-  Parameter(xml, "DistributionOfTarget", "NORMAL");
-  Parameter(xml, "LinkFunctionType", "IDENTITY");
+  WriteTargetSettings(xml);
   Parameter(xml, "Intercept", s.GetInterceptUse() ? "true" : "false");
   Parameter(xml, "CIn", GLMMXMLWriter::NumberText(s.GetConfidenceLevel()));
 

@@ -37,6 +37,7 @@ class GLMMStatXMLWriter {
 
  private:
   void WriteBuildSettings(GLMMXMLWriter& xml) const;
+  void WriteTargetSettings(GLMMXMLWriter& xml) const;
   void WriteRandomSpecs(GLMMXMLWriter& xml) const;
   void WriteMeansRequests(GLMMXMLWriter& xml) const;
   void WriteStringMaps(GLMMXMLWriter& xml) const;
