@@ -23,6 +23,7 @@
 #include "output/MIXJsonOutput.h"
 #include "output/MIXParamEstimateOutput.h"
 #include "output/MIXSplitResults.h"
+#include "output/MIXTargetOutput.h"
 #include "specs/MIXValidSpecs.h"
 
 MIXOutput::MIXOutput(MIXValidSpecs* pValidSpecs, ProcedureDataSource& dataSource, BpProcedure* pProcedure,
@@ -51,6 +52,7 @@ void MIXOutput::DisplayOutput() {
   fpComOutputData->GenerateMaps();
 
   DisplayModelDimension();
+  MIXTargetOutput(*fpValidSpecs, *fpDataSource, *fpProcedure, fpComOutputData).DisplayTargetModel();
   if (fpValidSpecs->GetPrintOptionHISTORY()) DisplayIterationHistory();
   DisplayInfoCriteria();
 

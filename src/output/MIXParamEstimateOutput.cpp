@@ -159,6 +159,7 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
   }
 
   const double level = pSpecs->GetCILevelPct();
+  const bool exponentiated = ShowsExponentiated(*pSpecs);
   const std::size_t nParams = params.size() < paramStats.size() ? params.size() : paramStats.size();
   for (std::size_t i = 0; i < nParams; ++i) {
     const MCMath_850::BetaParamStat& stat = paramStats[i];
@@ -206,7 +207,30 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
         .Cell(BpNumber(redundant ? missing : stat.GetLowerBound(), estimateFormat));
     bounds.Category(BpString("Upper Bound", true))
         .Cell(BpNumber(redundant ? missing : stat.GetUpperBound(), estimateFormat));
+    if (exponentiated) DisplayExponentiated(statistics, stat, level, estimateFormat);
   }
+}
+
+bool MIXParamEstimateOutput::ShowsExponentiated(const MIXValidSpecs& specs) {
+  const GLMMConst_850::LinkType link = specs.GetTargetSpec().GetLink();
+  return link == GLMMConst_850::LINK_LOG || link == GLMMConst_850::LINK_LOGIT;
+}
+
+// Under a log or logit link an estimate exponentiated is a ratio of means or
+// of odds, and so are its bounds.
+void MIXParamEstimateOutput::DisplayExponentiated(BpDimension& statistics, const MCMath_850::BetaParamStat& stat,
+                                                  double level, const BpFormatSpec& format) {
+  const double missing = MCCommon_850::MCMV::Missing();
+  auto exponent = [&stat, missing](double value) {
+    return stat.GetRedundant() || value == missing || value == kUnsetValue ? missing : std::exp(value);
+  };
+  statistics.Category(BpString("Exp(B)", true)).Cell(BpNumber(exponent(stat.GetEstimate()), format));
+  BpComposite interval("^1 Confidence Interval for Exp(B)", true);
+  interval.Add(BpNumber(level, BpProcedure::SigDigit(level)));
+  interval.Finish();
+  BpGroup bounds = statistics.Group(interval, true, 2);
+  bounds.Category(BpString("Lower Bound", true)).Cell(BpNumber(exponent(stat.GetLowerBound()), format));
+  bounds.Category(BpString("Upper Bound", true)).Cell(BpNumber(exponent(stat.GetUpperBound()), format));
 }
 
 void MIXParamEstimateOutput::DisplayCorrParamEst(const MCGLMM_850::GLMMOutputStats* pStats) {

@@ -1,10 +1,14 @@
 #pragma once
 
+class BpDimension;
+class BpFormatSpec;
 class MIXComOutputData;
+class MIXValidSpecs;
 namespace MCGLMM_850 {
 class GLMMOutputStats;
 }
 namespace MCMath_850 {
+class BetaParamStat;
 class MCSymMatrix;
 }
 
@@ -39,12 +43,17 @@ class MIXParamEstimateOutput {
   // on the diagonal. Missing when a variance is not positive or the
   // covariance is exactly 0.
   static double FindCorrelation(int a, int b, int c, int d, const MCMath_850::MCSymMatrix* pMatrix);
+  // Whether the estimates show Exp(B) and its interval: under a log or
+  // logit link.
+  static bool ShowsExponentiated(const MIXValidSpecs& specs);
 
  private:
   // The statistics of the current split's fit; null without one.
   const MCGLMM_850::GLMMOutputStats* CurrentStats() const;
   // The two matrices share their form.
   void DisplayMatrix(const MCGLMM_850::GLMMOutputStats* pStats, bool correlation);
+  static void DisplayExponentiated(BpDimension& statistics, const MCMath_850::BetaParamStat& stat, double level,
+                                   const BpFormatSpec& format);
 
   const MIXComOutputData* fpComOutputData;
 };

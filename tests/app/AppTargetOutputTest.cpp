@@ -1,0 +1,138 @@
+// The run side's tables of a generalized model: the target's table and the
+// exponentiated estimates, which a linear model does not show.
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "AppReportFile.h"
+#include "app/AppProcedureHook.h"
+#include "app/AppSession.h"
+#include "run/MixDriver.h"
+
+namespace fs = std::filesystem;
+using apptest::CollectTables;
+using apptest::Labels;
+using apptest::ReadJson;
+using apptest::Value;
+using nlohmann::json;
+
+namespace {
+
+class AppTargetOutputTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    AppProcedureHook::Set(MixDriver);
+    fOutput = fs::temp_directory_path() /
+              ("glmixfit-target-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
+               "-" + std::to_string(::getpid()));
+    fs::remove_all(fOutput);
+  }
+  void TearDown() override {
+    AppProcedureHook::Set(nullptr);
+    fs::remove_all(fOutput);
+  }
+
+  // Runs commands on the cbpp data and returns the tables of the report.
+  std::multimap<std::string, json> Run(const std::string& command) {
+    AppOptions options;
+    options.fOutputDir = fOutput.string();
+    options.fbText = false;
+    options.fbJson = true;
+    AppSession session(options);
+    session.RunText("LOAD 'data/cbpp.csv'.\n" + command, "t.gmx", std::string(GLMIX_SOURCE_DIR) + "/examples");
+    std::ostringstream terminal;
+    std::string error;
+    EXPECT_TRUE(session.WriteReports(terminal, error)) << error;
+    std::multimap<std::string, json> tables;
+    CollectTables(ReadJson(fOutput / "report.json")["items"], tables);
+    return tables;
+  }
+
+  fs::path fOutput;
+};
+
+// The texts of a one-dimensional table's cells, in row order.
+std::vector<std::string> CellTexts(const json& table) {
+  std::vector<std::string> texts(Labels(table["dimensions"][0]["children"]).size());
+  for (const json& cell : table["cells"]) {
+    const std::size_t row = cell["coordinates"][0].get<std::size_t>();
+    if (row < texts.size()) texts[row] = cell["text"].get<std::string>();
+  }
+  return texts;
+}
+
+const std::string kModel = "GLMIXFIT incidence BY period\n  /FIXED period\n  /RANDOM INTERCEPT SUBJECTS=herd\n";
+
+}  // namespace
+
+TEST_F(AppTargetOutputTest, ALinearModelHasNoTargetTableAndNoExponentiatedEstimates) {
+  std::multimap<std::string, json> tables = Run(kModel + "  /DISPLAY ESTIMATES.\n");
+  EXPECT_EQ(tables.count("Target Model"), 0u);
+  ASSERT_EQ(tables.count("Parameter Estimates"), 1u);
+  const std::vector<std::string> statistics =
+      Labels(tables.find("Parameter Estimates")->second["dimensions"][1]["children"]);
+  EXPECT_EQ(std::find(statistics.begin(), statistics.end(), "Exp(Estimate)"), statistics.end());
+}
+
+TEST_F(AppTargetOutputTest, ABinomialTargetShowsItsModelAndTheOddsRatios) {
+  std::multimap<std::string, json> tables =
+      Run(kModel + "  /TARGET DISTRIBUTION=BINOMIAL TRIALS=size\n  /DISPLAY ESTIMATES.\n");
+  ASSERT_EQ(tables.count("Target Model"), 1u);
+  const json& model = tables.find("Target Model")->second;
+  EXPECT_EQ(Labels(model["dimensions"][0]["children"]),
+            (std::vector<std::string>{"Target", "Trials", "Probability Distribution", "Link Function",
+                                      "Fitting Method"}));
+  EXPECT_EQ(CellTexts(model), (std::vector<std::string>{"incidence", "size", "Binomial", "Logit",
+                                                         "Residual pseudo-likelihood"}));
+  ASSERT_EQ(model["notes"].size(), 2u);
+  EXPECT_EQ(model["notes"][1]["text"], "The distribution fixes the scale parameter at 1.");
+
+  ASSERT_EQ(tables.count("Parameter Estimates"), 1u);
+  const json& estimates = tables.find("Parameter Estimates")->second;
+  const std::vector<std::string> statistics = Labels(estimates["dimensions"][1]["children"]);
+  ASSERT_EQ(statistics.size(), 10u);
+  EXPECT_EQ(statistics[7], "Exp(Estimate)");
+  // Each exponentiated cell is the exponential of the estimate and of its
+  // bounds.
+  for (int row = 0; row < 4; ++row) {
+    if (std::isnan(Value(estimates, row, 1)) || Value(estimates, row, 1) == 0.0) continue;
+    EXPECT_NEAR(Value(estimates, row, 7), std::exp(Value(estimates, row, 0)), 1e-12 * std::exp(Value(estimates, row, 0)));
+    EXPECT_NEAR(Value(estimates, row, 8), std::exp(Value(estimates, row, 5)), 1e-12 * std::exp(Value(estimates, row, 5)));
+    EXPECT_NEAR(Value(estimates, row, 9), std::exp(Value(estimates, row, 6)), 1e-12 * std::exp(Value(estimates, row, 6)));
+  }
+}
+
+TEST_F(AppTargetOutputTest, TheTargetTableNamesThePowerLinkTheOffsetAndTheQuadrature) {
+  std::multimap<std::string, json> tables = Run(
+      "COMPUTE logsize = LN(size).\n" + kModel +
+      "  /TARGET DISTRIBUTION=POISSON LINK=POWER(0.5) OFFSET=logsize\n  /ESTIMATION FIT=QUADRATURE(7)\n"
+      "  /DISPLAY ESTIMATES.\n");
+  ASSERT_EQ(tables.count("Target Model"), 1u);
+  const json& model = tables.find("Target Model")->second;
+  EXPECT_EQ(CellTexts(model), (std::vector<std::string>{"incidence", "Poisson", "Power (0.5)", "logsize",
+                                                         "Adaptive Gauss-Hermite quadrature, 7 points"}));
+  // No log or logit link: no exponentiated estimates.
+  const std::vector<std::string> statistics =
+      Labels(tables.find("Parameter Estimates")->second["dimensions"][1]["children"]);
+  EXPECT_EQ(statistics.size(), 7u);
+}
+
+TEST_F(AppTargetOutputTest, AGammaTargetKeepsItsScaleAndNamesTheMaximumPseudoLikelihood) {
+  std::multimap<std::string, json> tables =
+      Run("GLMIXFIT size BY period\n  /TARGET DISTRIBUTION=GAMMA\n  /ESTIMATION METHOD=ML.\n");
+  ASSERT_EQ(tables.count("Target Model"), 1u);
+  const json& model = tables.find("Target Model")->second;
+  EXPECT_EQ(CellTexts(model),
+            (std::vector<std::string>{"size", "Gamma", "Log", "Maximum pseudo-likelihood"}));
+  // Only the target's caption: the gamma distribution's scale is estimated.
+  EXPECT_EQ(model["notes"].size(), 1u);
+}
