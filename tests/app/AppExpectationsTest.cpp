@@ -652,6 +652,58 @@ TEST_F(AppExpectationsTest, CbppWeightedFitsWithAScaleAndAFrequencyWeight) {
   EXPECT_NE(Value(first[0], {0}), Value(second[0], {0}));
 }
 
+// A generalized example: the estimates and their standard errors agree with
+// the R implementation of the residual pseudo-likelihood that the engine's
+// tests hold, the target's table names the model, and the exponentiated
+// estimates are the exponentials of the estimates.
+namespace {
+
+void ExpectPseudoLikelihoodFit(const json& command, const std::string& fixture, const std::string& distribution,
+                               const std::string& link) {
+  const json reference = Reference("pseudo_likelihood")[fixture];
+  const std::vector<json> model = Tables(command, "Target Model");
+  ASSERT_EQ(model.size(), 1u);
+  bool named = false;
+  for (const json& cell : model[0]["cells"]) named = named || cell["text"] == distribution;
+  EXPECT_TRUE(named) << distribution;
+  bool linked = false;
+  for (const json& cell : model[0]["cells"]) linked = linked || cell["text"] == link;
+  EXPECT_TRUE(linked) << link;
+  const std::vector<json> estimates = Tables(command, "Parameter Estimates");
+  ASSERT_EQ(estimates.size(), 1u);
+  const std::vector<std::string> statistics = Labels(estimates[0], 1);
+  const int exp = static_cast<int>(std::find(statistics.begin(), statistics.end(), "Exp(Estimate)") - statistics.begin());
+  ASSERT_LT(exp, static_cast<int>(statistics.size()));
+  const std::vector<std::string> parameters = Labels(estimates[0], 0);
+  for (std::size_t k = 0; k < reference["estimates"].size(); ++k) {
+    const std::string name = reference["columns"][k].get<std::string>();
+    // A factor's parameter is labelled [factor=value].
+    const std::string label = name.find('=') == std::string::npos ? name : "[" + name + "]";
+    const int row = static_cast<int>(std::find(parameters.begin(), parameters.end(), label) - parameters.begin());
+    ASSERT_LT(row, static_cast<int>(parameters.size())) << label;
+    ExpectRelative(Value(estimates[0], {row, 0}), reference["estimates"][k].get<double>(), 1e-4, name + " estimate");
+    ExpectRelative(Value(estimates[0], {row, 1}), reference["std_errors"][k].get<double>(), 1e-4, name + " error");
+    ExpectRelative(Value(estimates[0], {row, exp}), std::exp(reference["estimates"][k].get<double>()), 1e-4,
+                   name + " exponentiated");
+  }
+}
+
+}  // namespace
+
+// Events out of trials: new cases out of each herd's size.
+TEST_F(AppExpectationsTest, CbppFitsABinomialTargetOfEventsOutOfTrials) {
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("cbpp", 0, 1, commands));
+  ExpectPseudoLikelihoodFit(commands[0], "cbpp_reml", "Binomial", "Logit");
+}
+
+// Counts with the log link.
+TEST_F(AppExpectationsTest, EpilepsyFitsAPoissonTarget) {
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("epilepsy", 0, 1, commands));
+  ExpectPseudoLikelihoodFit(commands[0], "epil_reml", "Poisson", "Log");
+}
+
 // No valid case on the whole file: an error, which ends the command. A split
 // without cases: a warning, and the other split is fitted.
 TEST_F(AppExpectationsTest, FailuresReportNoValidCasesAsAnErrorAndAnEmptySplitAsAWarning) {
@@ -790,7 +842,7 @@ TEST(AppExpectationsCoverage, EveryExampleHasAnExpectation) {
         fs::path(GLMIX_TEST_DATA_DIR) / "app" / "expected" / (entry.path().stem().string() + ".json");
     EXPECT_TRUE(fs::is_regular_file(expected)) << "no expectation for " << entry.path();
   }
-  EXPECT_EQ(files, 17);
+  EXPECT_EQ(files, 19);
 }
 
 }  // namespace
