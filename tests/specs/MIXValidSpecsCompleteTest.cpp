@@ -58,13 +58,6 @@ class SpecsComplete : public SpecsFixture {
     SetVarList(L::N_COORDINATES, L::COORDINATES, {CX});
   }
 
-  // An adapter on the record's layout, standing on the first split.
-  std::unique_ptr<ACAInputAdapter> OpenAdapter() {
-    auto adapter = std::make_unique<ACAInputAdapter>(fSpecs->GetVarValidSpecsPtr(), fData);
-    adapter->SetSplitFile(fProcedure, true, true, true);
-    adapter->ChangeSplitNoIter();
-    return adapter;
-  }
 };
 
 using SpecsCompleteDeathTest = SpecsComplete;

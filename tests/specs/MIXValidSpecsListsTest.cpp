@@ -42,13 +42,6 @@ class SpecsLists : public SpecsFixture {
     const INTEGER textAt = fMemory.AddText(text, 8);
     return MeansRecord(factors, compare, 0, 0, 2, static_cast<double>(text.size()), textAt);
   }
-
-  std::unique_ptr<ACAInputAdapter> OpenAdapter() {
-    auto adapter = std::make_unique<ACAInputAdapter>(fSpecs->GetVarValidSpecsPtr(), fData);
-    adapter->SetSplitFile(fProcedure, true, true, true);
-    adapter->ChangeSplitNoIter();
-    return adapter;
-  }
 };
 
 }  // namespace

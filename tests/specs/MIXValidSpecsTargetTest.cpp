@@ -17,15 +17,7 @@ namespace MCConst = MCMath_850::MCConst;
 
 namespace {
 
-class SpecsTarget : public SpecsFixture {
- protected:
-  std::unique_ptr<ACAInputAdapter> OpenAdapter() {
-    auto adapter = std::make_unique<ACAInputAdapter>(fSpecs->GetVarValidSpecsPtr(), fData);
-    adapter->SetSplitFile(fProcedure, true, true, true);
-    adapter->ChangeSplitNoIter();
-    return adapter;
-  }
-};
+using SpecsTarget = SpecsFixture;
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "base/CommandDefaults.h"
 #include "base/MIXCommandLayout.h"
 #include "base/MixExports.h"
+#include "host/adapter/ACAInputAdapter.h"
 #include "host/data/ZORV_Dataset.h"
 #include "host/data/ZORV_Session.h"
 #include "host/output/BpProcedure.h"
@@ -91,6 +93,14 @@ class SpecsFixture : public ::testing::Test {
     fbRead = fSpecs->SetMixedSpecs();
     return *fSpecs;
   }
+  // An adapter on the record's layout, standing on the first split.
+  std::unique_ptr<ACAInputAdapter> OpenAdapter() {
+    auto adapter = std::make_unique<ACAInputAdapter>(fSpecs->GetVarValidSpecsPtr(), fData);
+    adapter->SetSplitFile(fProcedure, true, true, true);
+    adapter->ChangeSplitNoIter();
+    return adapter;
+  }
+
   // Reads and completes.
   MIXValidSpecs& ReadAndComplete() {
     Read();
