@@ -14,6 +14,9 @@ namespace {
 
 namespace L = MIXCommandLayout;
 
+// A code of the block, or `fallback` when it is outside 0 to `last`.
+int CodeOr(int code, int last, int fallback) { return code >= 0 && code <= last ? code : fallback; }
+
 // A reference value as text: the shortest form that reads back as the
 // number.
 std::string NumberText(double value) {
@@ -32,8 +35,8 @@ std::string NumberText(double value) {
 
 void MIXValidSpecs::ReadTargetSpec() {
   GLMMTargetSpec spec;
-  spec.SetDistribution(static_cast<G::TargetDistType>(CmnInt(L::DISTRIBUTION)));
-  const int link = CmnInt(L::LINK);
+  spec.SetDistribution(static_cast<G::TargetDistType>(CodeOr(CmnInt(L::DISTRIBUTION), G::DIST_MULTINOMIAL, 0)));
+  const int link = CodeOr(CmnInt(L::LINK), G::LINK_CAUCHIT + 1, 0);
   if (link > 0) spec.SetLink(static_cast<G::LinkType>(link - 1));
   if (spec.GetLinkGiven() == G::LINK_POWER) spec.SetLinkPower(CmnReal(L::LINK_POWER));
 
@@ -41,13 +44,14 @@ void MIXValidSpecs::ReadTargetSpec() {
   if (trials > 0) spec.SetTrialsVariable(DataSource->VarIndex(static_cast<long>(trials - 1)));
   if (CmnReal(L::TRIALS_VALUE) > 0.0) spec.SetTrialsValue(CmnReal(L::TRIALS_VALUE));
 
-  const auto reference = static_cast<G::ReferenceCategoryType>(CmnInt(L::REFERENCE_KIND));
+  const auto reference =
+      static_cast<G::ReferenceCategoryType>(CodeOr(CmnInt(L::REFERENCE_KIND), G::REFERENCE_VALUE, 0));
   spec.SetReference(reference, reference == G::REFERENCE_VALUE ? NumberText(CmnReal(L::REFERENCE_VALUE)) : "");
   const ZORV_Variable* target = DependVar >= 0 ? DataSource->GetVariable(DependVar) : nullptr;
   spec.SetOrdered(spec.GetDistribution() == G::DIST_MULTINOMIAL && target != nullptr &&
                   target->GetMeasurementLevel() == ZORV_Variable::ORDINAL);
 
-  spec.SetFitMethod(static_cast<G::GeneralizedFitMethod>(CmnInt(L::FIT_METHOD)));
+  spec.SetFitMethod(static_cast<G::GeneralizedFitMethod>(CodeOr(CmnInt(L::FIT_METHOD), G::FIT_QUADRATURE, 0)));
   if (spec.GetFitMethod() == G::FIT_QUADRATURE) spec.SetQuadraturePoints(CmnInt(L::QUADRATURE_POINTS));
   TargetSpec = spec;
 

@@ -115,3 +115,16 @@ TEST_F(SpecsTarget, TrialsOffsetAndRobustCovarianceReachEverySplit) {
   EXPECT_EQ(run.GetOffset(), 1);
   EXPECT_EQ(run.GetTargetSpec().GetTrialsVariable(), 2);
 }
+
+TEST_F(SpecsTarget, CodesOutsideTheirRangeReadAsTheDefaults) {
+  fMemory.SetNumericInteger(L::DISTRIBUTION, 7);
+  fMemory.SetNumericInteger(L::LINK, 10);
+  fMemory.SetNumericInteger(L::REFERENCE_KIND, -1);
+  fMemory.SetNumericInteger(L::FIT_METHOD, 3);
+  ReadAndComplete();
+  const GLMMTargetSpec& spec = fSpecs->GetTargetSpec();
+  EXPECT_TRUE(spec.IsLinear());
+  EXPECT_EQ(spec.GetLinkGiven(), G::LINK_DEFAULT);
+  EXPECT_EQ(spec.GetReferenceType(), G::REFERENCE_LAST);
+  EXPECT_EQ(spec.GetFitMethod(), G::FIT_PSEUDO_LIKELIHOOD);
+}
