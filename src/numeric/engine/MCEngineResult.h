@@ -33,6 +33,13 @@ class MCEngineResult {
   void SetScaleProfiled(bool b) { fbScaleProfiled = b; }
   MCEngineSettings::SolverPath GetSolverPath() const { return fSolverPath; }
   void SetSolverPath(MCEngineSettings::SolverPath path) { fSolverPath = path; }
+  // On the group-by-group path, the entries of the products over the fixed
+  // columns that one evaluation computes: the sum over the independent
+  // groups of records times (fixed columns not zero on them + 1)^2. A
+  // measure of the work a fixed factor of many levels costs; 0 on the other
+  // paths.
+  double GetGroupProductEntries() const { return fGroupProductEntries; }
+  void SetGroupProductEntries(double n) { fGroupProductEntries = n; }
 
   // -2 (restricted) log likelihood at the estimates, all constants included.
   double GetMinus2LogLik() const { return fMinus2LogLik; }
@@ -152,6 +159,7 @@ class MCEngineResult {
   bool fbREML = true;
   bool fbScaleProfiled = false;
   MCEngineSettings::SolverPath fSolverPath = MCEngineSettings::kAutomatic;
+  double fGroupProductEntries = 0.0;
   double fMinus2LogLik = MCEngineMissing::Value();
   double fNullMinus2LogLik = MCEngineMissing::Value();
   double fAIC = MCEngineMissing::Value();

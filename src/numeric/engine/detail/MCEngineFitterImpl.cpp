@@ -122,7 +122,9 @@ bool MCEngineFitterImpl::MakeEvaluator() {
   if (path == MCEngineSettings::kMixedModelEquations) {
     fpEvaluator = std::make_unique<MCEngineMMEEvaluator>(fData, fModel);
   } else if (path == MCEngineSettings::kBySubject) {
-    fpEvaluator = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
+    auto bySubject = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
+    fResult.SetGroupProductEntries(bySubject->GetProductEntries());
+    fpEvaluator = std::move(bySubject);
   }
   if (fpEvaluator) fpEvaluator->SetCancel(fSettings.GetCancel());
   fResult.SetSolverPath(path);

@@ -12,6 +12,34 @@ namespace {
 
 inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
+// A maximal linearly independent subset of the rows, in their order: each
+// row is kept when what is left of it after projecting out the rows kept
+// before (twice, against rounding) exceeds 1e-8 of the largest row's norm.
+// One projection per row keeps the cost at rows times kept rows times
+// columns, where a factorisation of the rows kept so far for every row
+// would grow with the fourth power of the columns.
+std::vector<int> IndependentRows(const Eigen::MatrixXd& rows) {
+  std::vector<int> chosen;
+  // Orthonormal columns, the first `kept` of them filled.
+  Eigen::MatrixXd basis(rows.cols(), std::min(rows.rows(), rows.cols()));
+  Eigen::Index kept = 0;
+  double largest = 0.0;
+  for (Eigen::Index i = 0; i < rows.rows(); ++i) largest = std::max(largest, rows.row(i).norm());
+  for (Eigen::Index i = 0; i < rows.rows() && kept < basis.cols(); ++i) {
+    if (rows.row(i).cwiseAbs().maxCoeff() == 0.0) continue;
+    Eigen::VectorXd v = rows.row(i).transpose();
+    for (int pass = 0; pass < 2 && kept > 0; ++pass) {
+      const Eigen::VectorXd along = basis.leftCols(kept).transpose() * v;
+      v.noalias() -= basis.leftCols(kept) * along;
+    }
+    const double rest = v.norm();
+    if (!(rest > 1e-8 * largest)) continue;
+    basis.col(kept++) = v / rest;
+    chosen.push_back(static_cast<int>(i));
+  }
+  return chosen;
+}
+
 }  // namespace
 
 MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::vector<bool>& aliased)
@@ -42,10 +70,11 @@ MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::ve
     const double pivot = A(k, k);
     if (!(pivot > 0.0)) continue;
     fDoolittle.row(k) = A.row(k) / pivot;
-    for (int i = k + 1; i < P; ++i) {
-      const double f = A(i, k);
-      if (f != 0.0) A.row(i) -= f * fDoolittle.row(k);
-    }
+    // The rows below less their multiple of row k, on the columns from k on
+    // (those left of k are not read again).
+    const int below = P - k - 1;
+    const Eigen::VectorXd factors = A.col(k).tail(below);
+    A.bottomRightCorner(below, P - k).noalias() -= factors * fDoolittle.row(k).tail(P - k);
   }
   for (int k = 0; k < P; ++k) {
     for (int j = 0; j < k; ++j) fDoolittle(k, j) = 0.0;
@@ -64,9 +93,13 @@ bool MCEngineHypothesis::IsEstimable(const Eigen::RowVectorXd& l) const {
   // Without fixed parameters the one function of them is zero, which is
   // estimable (and has nothing to test).
   if (l.size() == 0) return true;
+  return IsEstimableGiven(l, l - l * fH);
+}
+
+bool MCEngineHypothesis::IsEstimableGiven(const Eigen::RowVectorXd& l, const Eigen::RowVectorXd& lessProjection) {
   const double c = l.cwiseAbs().maxCoeff();
   const double scale = c > 0.0 ? c : 1.0;
-  return (l - l * fH).cwiseAbs().maxCoeff() <= scale * 1e-4;
+  return lessProjection.cwiseAbs().maxCoeff() <= scale * 1e-4;
 }
 
 Eigen::MatrixXd MCEngineHypothesis::TypeI(const MCEngineTerm& term) const {
@@ -143,21 +176,7 @@ Eigen::MatrixXd MCEngineHypothesis::TypeIII(const std::vector<MCEngineTerm>& ter
     }
     out.row(static_cast<Eigen::Index>(i)) = row;
   }
-  // A maximal linearly independent subset of the rows, in their order.
-  std::vector<int> chosen;
-  Eigen::MatrixXd basis(0, P);
-  for (int i = 0; i < out.rows(); ++i) {
-    if (out.row(i).cwiseAbs().maxCoeff() == 0.0) continue;
-    Eigen::MatrixXd trial(basis.rows() + 1, P);
-    trial.topRows(basis.rows()) = basis;
-    trial.row(basis.rows()) = out.row(i);
-    Eigen::ColPivHouseholderQR<Eigen::MatrixXd> qr(trial.transpose());
-    qr.setThreshold(1e-8);
-    if (qr.rank() == trial.rows()) {
-      basis = trial;
-      chosen.push_back(i);
-    }
-  }
+  const std::vector<int> chosen = IndependentRows(out);
   Eigen::MatrixXd result(static_cast<Eigen::Index>(chosen.size()), P);
   for (std::size_t i = 0; i < chosen.size(); ++i) result.row(static_cast<Eigen::Index>(i)) = out.row(chosen[i]);
   return result;
@@ -168,6 +187,10 @@ double MCEngineHypothesis::SatterthwaiteDF(const Eigen::RowVectorXd& l, double v
   if (fAsyCov.rows() != nf || nf == 0 || !(variance > 0.0)) return MCEngineMissing::Value();
   Eigen::VectorXd g(nf);
   for (int k = 0; k < nf; ++k) g[k] = l.dot(fvDC[U(k)] * l.transpose());
+  return SatterthwaiteFromGradient(g, variance);
+}
+
+double MCEngineHypothesis::SatterthwaiteFromGradient(const Eigen::VectorXd& g, double variance) const {
   const double denom = g.dot(fAsyCov * g);
   if (!(denom > 0.0) || !std::isfinite(denom)) return MCEngineMissing::Value();
   return 2.0 * variance * variance / denom;
@@ -176,6 +199,20 @@ double MCEngineHypothesis::SatterthwaiteDF(const Eigen::RowVectorXd& l, double v
 double MCEngineHypothesis::DF(const Eigen::RowVectorXd& l, double variance) const {
   if (!MCEngineMissing::Is(fFixedDF)) return fFixedDF;
   return SatterthwaiteDF(l, variance);
+}
+
+std::vector<double> MCEngineHypothesis::DFs(const Eigen::MatrixXd& rows, const Eigen::VectorXd& variances) const {
+  const int n = static_cast<int>(rows.rows());
+  const int nf = static_cast<int>(fvDC.size());
+  if (!MCEngineMissing::Is(fFixedDF)) return std::vector<double>(U(n), fFixedDF);
+  if (fAsyCov.rows() != nf || nf == 0) return std::vector<double>(U(n), MCEngineMissing::Value());
+  Eigen::MatrixXd g(n, nf);
+  for (int k = 0; k < nf; ++k) g.col(k) = (rows * fvDC[U(k)]).cwiseProduct(rows).rowwise().sum();
+  std::vector<double> out(U(n));
+  for (int i = 0; i < n; ++i) {
+    out[U(i)] = variances[i] > 0.0 ? SatterthwaiteFromGradient(g.row(i).transpose(), variances[i]) : MCEngineMissing::Value();
+  }
+  return out;
 }
 
 MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L) const {
@@ -191,8 +228,9 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
   }
   test.SetL(rows);
   if (L.rows() == 0 || fC.rows() != L.cols() || k.size() != L.rows()) return test;
+  const Eigen::MatrixXd lessProjection = L - L * fH;
   for (int i = 0; i < L.rows(); ++i) {
-    if (!IsEstimable(L.row(i))) return test;
+    if (!IsEstimableGiven(L.row(i), lessProjection.row(i))) return test;
   }
   const Eigen::MatrixXd LCL = L * fC * L.transpose();
   Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(LCL);
@@ -209,13 +247,18 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
   double E = 0.0;
   bool dfOK = true;
   double nu1 = MCEngineMissing::Value();
-  for (int m : use) {
-    const Eigen::VectorXd u = es.eigenvectors().col(m);
-    const double d = ev[m];
-    const double est = u.dot(Lb);
+  Eigen::MatrixXd directions(q, L.rows());
+  Eigen::VectorXd variances(q);
+  for (int i = 0; i < q; ++i) {
+    directions.row(i) = es.eigenvectors().col(use[U(i)]).transpose();
+    variances[i] = ev[use[U(i)]];
+  }
+  const std::vector<double> nus = DFs(directions * L, variances);
+  for (int i = 0; i < q; ++i) {
+    const double d = variances[i];
+    const double est = directions.row(i).dot(Lb);
     F += est * est / d;
-    const Eigen::RowVectorXd bm = u.transpose() * L;
-    const double nu = DF(bm, d);
+    const double nu = nus[U(i)];
     if (MCEngineMissing::Is(nu)) {
       dfOK = false;
     } else {

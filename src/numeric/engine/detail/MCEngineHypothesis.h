@@ -49,6 +49,14 @@ class MCEngineHypothesis {
   double DF(const Eigen::RowVectorXd& l, double variance) const;
 
  private:
+  // DF of each row of `rows` at its variance, from one product per
+  // covariance parameter over all rows.
+  std::vector<double> DFs(const Eigen::MatrixXd& rows, const Eigen::VectorXd& variances) const;
+  // Satterthwaite's df from g_k = l dC_k l'.
+  double SatterthwaiteFromGradient(const Eigen::VectorXd& g, double variance) const;
+  // Estimable when l less its projection l H is zero to 1e-4 of l's size.
+  static bool IsEstimableGiven(const Eigen::RowVectorXd& l, const Eigen::RowVectorXd& lessProjection);
+
   Eigen::MatrixXd fXtX;
   std::vector<bool> fvAliased;
   Eigen::MatrixXd fH;

@@ -348,8 +348,21 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
   std::sort(index.begin(), index.end());
   index.erase(std::unique(index.begin(), index.end()), index.end());
   const int nz = static_cast<int>(index.size());
-  for (int j = 0; j <= p; ++j) index.push_back(q + j);
-  Wr = Eigen::MatrixXd::Zero(mr, nz + p + 1);
+  // Only the fixed columns not zero on these records: a fixed factor of many
+  // levels then costs what the records hold.
+  std::vector<int> fixed;
+  for (int j = 0; j < p; ++j) {
+    for (int k : rows) {
+      if (data.fvXr[U(k) * U(p) + U(j)] != 0.0) {
+        fixed.push_back(j);
+        break;
+      }
+    }
+  }
+  const int nx = static_cast<int>(fixed.size());
+  for (int j : fixed) index.push_back(q + j);
+  index.push_back(q + p);
+  Wr = Eigen::MatrixXd::Zero(mr, nz + nx + 1);
   for (int i = 0; i < mr; ++i) {
     const int k = rows[U(i)];
     for (int e = 0; e < nb && q > 0; ++e) {
@@ -361,8 +374,8 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
         Wr(i, at) += bd.fvValues[U(j)];
       }
     }
-    for (int j = 0; j < p; ++j) Wr(i, nz + j) = data.fvXr[U(k) * U(p) + U(j)];
-    Wr(i, nz + p) = data.fvY[U(k)];
+    for (int j = 0; j < nx; ++j) Wr(i, nz + j) = data.fvXr[U(k) * U(p) + U(fixed[U(j)])];
+    Wr(i, nz + nx) = data.fvY[U(k)];
   }
 }
 

@@ -17,6 +17,16 @@ inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B)
   return A.cwiseProduct(B.transpose()).sum();
 }
 
+// big(idx[a], idx[b]) += f small(a, b): a group's product over its own
+// columns into the product over all columns.
+void ScatterAdd(const Eigen::MatrixXd& small, const int* idx, double f, Eigen::MatrixXd& big) {
+  const Eigen::Index n = small.rows();
+  for (Eigen::Index b = 0; b < n; ++b) {
+    double* col = &big(0, idx[b]);
+    for (Eigen::Index a = 0; a < n; ++a) col[idx[a]] += f * small(a, b);
+  }
+}
+
 }  // namespace
 
 MCEngineSubjectEvaluator::MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model)
@@ -86,6 +96,47 @@ void MCEngineSubjectEvaluator::BuildGroups() {
       }
     }
     comp.fRes1 = static_cast<int>(fvResGroups.size());
+    FindFixedColumns(comp);
+  }
+}
+
+// A fixed factor of many levels has few of them in one group: the group's
+// products over its own columns cost what its records hold, not the square
+// of all columns.
+void MCEngineSubjectEvaluator::FindFixedColumns(Component& comp) {
+  const int p = fData.fRank;
+  comp.fXCol0 = static_cast<int>(fvXCols.size());
+  for (int j = 0; j < p; ++j) {
+    for (int i = 0; i < comp.fM; ++i) {
+      if (fData.fvXr[U(comp.fStart + i) * U(p) + U(j)] != 0.0) {
+        fvXCols.push_back(j);
+        break;
+      }
+    }
+  }
+  fvXCols.push_back(p);
+  comp.fXCol1 = static_cast<int>(fvXCols.size());
+}
+
+double MCEngineSubjectEvaluator::GetProductEntries() const {
+  double n = 0.0;
+  for (const Component& c : fvComponents) {
+    const double columns = c.fXCol1 - c.fXCol0;
+    n += c.fM * columns * columns;
+  }
+  return n;
+}
+
+void MCEngineSubjectEvaluator::FillDesign(const Component& c, Eigen::MatrixXd& Xb) const {
+  const int p = fData.fRank;
+  const int* cols = &fvXCols[U(c.fXCol0)];
+  const int nc = c.fXCol1 - c.fXCol0;
+  Xb.resize(c.fM, nc);
+  for (int i = 0; i < c.fM; ++i) {
+    const std::size_t r = U(c.fStart + i);
+    const double* xr = p > 0 ? &fData.fvXr[r * U(p)] : nullptr;
+    for (int j = 0; j + 1 < nc; ++j) Xb(i, j) = xr[cols[j]];
+    Xb(i, nc - 1) = fData.fvY[r];
   }
 }
 
@@ -132,25 +183,26 @@ bool MCEngineSubjectEvaluator::EmpiricalMeat(const Eigen::VectorXd& theta, const
   Eigen::MatrixXd SR;
   fModel.GetResidual().Build(fModel.Segment(theta, -1), SR);
   meat = Eigen::MatrixXd::Zero(p, p);
-  Eigen::MatrixXd V, X;
-  Eigen::VectorXd e;
+  Eigen::MatrixXd V, Xb;
+  Eigen::VectorXd e, bg;
   Eigen::LLT<Eigen::MatrixXd> llt;
   for (const Component& c : fvComponents) {
     const int m = c.fM;
-    X.resize(m, p);
-    e.resize(m);
-    for (int i = 0; i < m; ++i) {
-      const double* xr = p > 0 ? &fData.fvXr[U(c.fStart + i) * U(p)] : nullptr;
-      for (int j = 0; j < p; ++j) X(i, j) = xr[j];
-      e[i] = fData.fvY[U(c.fStart + i)] - (p > 0 ? X.row(i).dot(beta) : 0.0);
-    }
+    FillDesign(c, Xb);
+    const int* idx = &fvXCols[U(c.fXCol0)];
+    const int nx = c.fXCol1 - c.fXCol0 - 1;
+    bg.resize(nx);
+    for (int j = 0; j < nx; ++j) bg[j] = beta[idx[j]];
+    e = Xb.col(nx) - Xb.leftCols(nx) * bg;
     V.setZero(m, m);
     for (int g = c.fGroup0; g < c.fGroup1; ++g) AddRandom(fvGroups[U(g)], G[U(fvGroups[U(g)].fBlock)], V);
     AddResidual(c, SR, V);
     llt.compute(V);
     if (llt.info() != Eigen::Success) return false;
-    const Eigen::VectorXd u = X.transpose() * llt.solve(e);
-    meat.noalias() += c.fWeight * (u * u.transpose());
+    const Eigen::VectorXd u = Xb.leftCols(nx).transpose() * llt.solve(e);
+    for (int b = 0; b < nx; ++b) {
+      for (int a = 0; a < nx; ++a) meat(idx[a], idx[b]) += c.fWeight * u[a] * u[b];
+    }
   }
   return meat.allFinite();
 }
@@ -229,12 +281,8 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     if (Cancelled()) return false;
     const int m = c.fM;
     const double f = c.fWeight;
-    Xb.resize(m, q);
-    for (int i = 0; i < m; ++i) {
-      const double* xr = p > 0 ? &fData.fvXr[U(c.fStart + i) * U(p)] : nullptr;
-      for (int j = 0; j < p; ++j) Xb(i, j) = xr[j];
-      Xb(i, p) = fData.fvY[U(c.fStart + i)];
-    }
+    FillDesign(c, Xb);
+    const int* idx = &fvXCols[U(c.fXCol0)];
     V.setZero(m, m);
     std::fill(blockPresent.begin(), blockPresent.end(), 0);
     for (int g = c.fGroup0; g < c.fGroup1; ++g) {
@@ -254,12 +302,12 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     logDetV += f * 2.0 * ld;
     if (!derivs) {
       S = llt.matrixL().solve(Xb);
-      Mbar.noalias() += f * (S.transpose() * S);
+      ScatterAdd(S.transpose() * S, idx, f, Mbar);
       continue;
     }
     W = llt.solve(Eigen::MatrixXd::Identity(m, m));
     WX.noalias() = W * Xb;
-    Mbar.noalias() += f * (Xb.transpose() * WX);
+    ScatterAdd(Xb.transpose() * WX, idx, f, Mbar);
 
     relevant.clear();
     for (int k = 0; k < K; ++k) {
@@ -277,7 +325,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
       WVk[U(k)].noalias() = W * Vk[U(k)];
       Tk[U(k)].noalias() = Vk[U(k)] * WX;
       trW[k] += f * WVk[U(k)].trace();
-      Abar[U(k)].noalias() += f * (WX.transpose() * Tk[U(k)]);
+      ScatterAdd(WX.transpose() * Tk[U(k)], idx, f, Abar[U(k)]);
     }
     for (std::size_t a = 0; a < relevant.size(); ++a) {
       if (Cancelled()) return false;
@@ -286,7 +334,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
       for (std::size_t bidx = a; bidx < relevant.size(); ++bidx) {
         const int l = relevant[bidx];
         trWW(k, l) += f * TraceOfProduct(WVk[U(k)], WVk[U(l)]);
-        Bbar[U(k * K + l)].noalias() += f * (WTk.transpose() * Tk[U(l)]);
+        ScatterAdd(WTk.transpose() * Tk[U(l)], idx, f, Bbar[U(k * K + l)]);
       }
     }
     for (std::size_t s = 0; s < secondPairs.size(); ++s) {
@@ -302,7 +350,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
         AddResidual(c, d2S[s], Vkl);
       }
       trW2[static_cast<Eigen::Index>(s)] += f * TraceOfProduct(W, Vkl);
-      A2bar[s].noalias() += f * (WX.transpose() * Vkl * WX);
+      ScatterAdd(WX.transpose() * Vkl * WX, idx, f, A2bar[s]);
     }
   }
 
@@ -336,7 +384,9 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
       if (!(d > 0.0)) return false;
       out.fLogDetXVX += 2.0 * std::log(d);
     }
-    out.fC = lx.solve(Eigen::MatrixXd::Identity(p, p));
+    // The value alone needs no inverse, which costs the cube of the fixed
+    // columns.
+    if (derivs) out.fC = lx.solve(Eigen::MatrixXd::Identity(p, p));
     out.fBeta = lx.solve(Mbar.col(p).head(p));
   }
   out.fRVR = Mbar(p, p) - (p > 0 ? Mbar.col(p).head(p).dot(out.fBeta) : 0.0);

@@ -19,6 +19,9 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
 
   bool Evaluate(const Eigen::VectorXd& theta, Level level, bool reml, MCEngineEvaluation& out) override;
 
+  // Records times (fixed columns reached + 1)^2, summed over the groups.
+  double GetProductEntries() const;
+
   // The middle of the empirical covariance of the fixed estimates:
   // sum over groups of f_i X_i' V_i^-1 e_i e_i' V_i^-1 X_i, with e = y - X beta,
   // over the kept columns. False when a V_i is not positive definite.
@@ -46,9 +49,15 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
     double fWeight = 1.0;
     int fGroup0 = 0, fGroup1 = 0;
     int fRes0 = 0, fRes1 = 0;
+    // The fixed columns not zero on the group's records, then the response
+    // as column rank (in fvXCols).
+    int fXCol0 = 0, fXCol1 = 0;
   };
 
   void BuildGroups();
+  void FindFixedColumns(Component& comp);
+  // The group's records on its fixed columns, the response last.
+  void FillDesign(const Component& c, Eigen::MatrixXd& Xb) const;
   void AddRandom(const RandomGroup& g, const Eigen::MatrixXd& G, Eigen::MatrixXd& V) const;
   void AddResidual(const Component& c, const Eigen::MatrixXd& S, Eigen::MatrixXd& V) const;
 
@@ -63,6 +72,7 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
   std::vector<int> fvCols;
   std::vector<double> fvZ;
   std::vector<int> fvResRows;
+  std::vector<int> fvXCols;
 };
 
 }  // namespace MCEngine_850

@@ -1,0 +1,79 @@
+// A fixed factor of many levels beside a random intercept: each group of
+// records reaches only the levels it holds, so the group-by-group products
+// over the fixed columns cost what the records hold rather than the square
+// of all columns, and the fit is the one the mixed-model equations give.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestCopies.h"
+#include "numeric/engine/MCEngineTestDraws.h"
+#include "numeric/engine/MCEngineTestFixture.h"
+
+using namespace MCEngine_850;
+
+namespace {
+
+constexpr int kLevels = 300;
+constexpr int kSubjects = 30;
+constexpr int kRecords = 3 * kLevels;
+
+// y = 10 + a_f + b_g + e over 3 records a level; record r at level
+// r mod levels and subject (7 r + r / levels) mod nSubjects, so that a subject
+// holds about 3 levels / nSubjects records, each at a level of its own.
+MCEngineInput ManyLevels(int levels, int nSubjects) {
+  const int records = 3 * levels;
+  MCEngineTestDraws draws(4242u);
+  std::vector<double> a(static_cast<std::size_t>(levels)), b(static_cast<std::size_t>(nSubjects));
+  for (double& v : a) v = draws.Normal();
+  for (double& v : b) v = 0.8 * draws.Normal();
+  std::vector<double> y, X(static_cast<std::size_t>(records) * (levels + 1), 0.0);
+  std::vector<int> subjects;
+  for (int r = 0; r < records; ++r) {
+    const int level = r % levels, subject = (7 * r + r / levels) % nSubjects;
+    y.push_back(10.0 + a[static_cast<std::size_t>(level)] + b[static_cast<std::size_t>(subject)] + draws.Normal());
+    X[static_cast<std::size_t>(r) * (levels + 1)] = 1.0;
+    X[static_cast<std::size_t>(r) * (levels + 1) + 1 + static_cast<std::size_t>(level)] = 1.0;
+    subjects.push_back(subject);
+  }
+  MCEngineInput in;
+  in.SetY(y);
+  in.SetX(levels + 1, X);
+  in.AddTerm(MCEngineTerm::Intercept(0));
+  in.AddTerm(MCEngineTerm(1, levels, {0}, {}));
+  MCEngineRandomBlock block;
+  block.SetCovType(MCEngineCovType::VC);
+  block.SetDenseColumns(1, std::vector<double>(y.size(), 1.0));
+  block.SetSubjects(subjects);
+  in.AddRandomBlock(block);
+  return in;
+}
+
+TEST(MCEngineFixedLevels, GroupProductsGrowWithTheLevelsAGroupHolds) {
+  const MCEngineInput in = ManyLevels(kLevels, kSubjects);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
+  const MCEngineResult& r = fitter.GetResult();
+  EXPECT_EQ(r.GetSolverPath(), MCEngineSettings::kBySubject);
+  EXPECT_EQ(r.GetRankX(), kLevels);
+  // A subject holds 30 records, so at most 30 levels and the intercept: the
+  // products over all 301 columns and the response would be 900 * 302^2.
+  const double perSubject = kRecords / kSubjects;
+  EXPECT_LE(r.GetGroupProductEntries(), kRecords * (perSubject + 2.0) * (perSubject + 2.0));
+  EXPECT_GT(r.GetGroupProductEntries(), 0.0);
+}
+
+TEST(MCEngineFixedLevels, GroupByGroupEqualsTheMixedModelEquations) {
+  // Small enough for the dense equations.
+  const MCEngineInput in = ManyLevels(60, 10);
+  MCEngineFitter bySubject, equations;
+  ASSERT_FALSE(bySubject.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
+  ASSERT_FALSE(equations.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kMixedModelEquations)).IsError());
+  EXPECT_EQ(equations.GetResult().GetSolverPath(), MCEngineSettings::kMixedModelEquations);
+  MCEngineTestCopies::ExpectSameFit(bySubject.GetResult(), equations.GetResult(), 1e-8);
+  EXPECT_EQ(bySubject.GetResult().GetTypeIIITests().size(), 2u);
+}
+
+}  // namespace
