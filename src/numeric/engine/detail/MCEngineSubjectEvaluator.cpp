@@ -17,9 +17,16 @@ inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B)
   return A.cwiseProduct(B.transpose()).sum();
 }
 
-// big(idx[a], idx[b]) += f small(a, b): a group's product over its own
-// columns into the product over all columns.
-void ScatterAdd(const Eigen::MatrixXd& small, const int* idx, double f, Eigen::MatrixXd& big) {
+// big(idx[a], idx[b]) += f product(a, b): a group's product over its own
+// columns into the product over all columns. A group that reaches every
+// column adds in place, with no copy of the product.
+template <typename Product>
+void AddAt(Eigen::MatrixXd& big, const int* idx, double f, const Product& product) {
+  if (product.rows() == big.rows()) {
+    big.noalias() += f * product;
+    return;
+  }
+  const Eigen::MatrixXd small = product;
   const Eigen::Index n = small.rows();
   for (Eigen::Index b = 0; b < n; ++b) {
     double* col = &big(0, idx[b]);
@@ -302,12 +309,12 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     logDetV += f * 2.0 * ld;
     if (!derivs) {
       S = llt.matrixL().solve(Xb);
-      ScatterAdd(S.transpose() * S, idx, f, Mbar);
+      AddAt(Mbar, idx, f, S.transpose() * S);
       continue;
     }
     W = llt.solve(Eigen::MatrixXd::Identity(m, m));
     WX.noalias() = W * Xb;
-    ScatterAdd(Xb.transpose() * WX, idx, f, Mbar);
+    AddAt(Mbar, idx, f, Xb.transpose() * WX);
 
     relevant.clear();
     for (int k = 0; k < K; ++k) {
@@ -325,7 +332,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
       WVk[U(k)].noalias() = W * Vk[U(k)];
       Tk[U(k)].noalias() = Vk[U(k)] * WX;
       trW[k] += f * WVk[U(k)].trace();
-      ScatterAdd(WX.transpose() * Tk[U(k)], idx, f, Abar[U(k)]);
+      AddAt(Abar[U(k)], idx, f, WX.transpose() * Tk[U(k)]);
     }
     for (std::size_t a = 0; a < relevant.size(); ++a) {
       if (Cancelled()) return false;
@@ -334,7 +341,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
       for (std::size_t bidx = a; bidx < relevant.size(); ++bidx) {
         const int l = relevant[bidx];
         trWW(k, l) += f * TraceOfProduct(WVk[U(k)], WVk[U(l)]);
-        ScatterAdd(WTk.transpose() * Tk[U(l)], idx, f, Bbar[U(k * K + l)]);
+        AddAt(Bbar[U(k * K + l)], idx, f, WTk.transpose() * Tk[U(l)]);
       }
     }
     for (std::size_t s = 0; s < secondPairs.size(); ++s) {
@@ -350,7 +357,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
         AddResidual(c, d2S[s], Vkl);
       }
       trW2[static_cast<Eigen::Index>(s)] += f * TraceOfProduct(W, Vkl);
-      ScatterAdd(WX.transpose() * Vkl * WX, idx, f, A2bar[s]);
+      AddAt(A2bar[s], idx, f, WX.transpose() * Vkl * WX);
     }
   }
 
