@@ -63,6 +63,12 @@ TEST(MCEngineFixedLevels, GroupProductsGrowWithTheLevelsAGroupHolds) {
   const double perSubject = kRecords / kSubjects;
   EXPECT_LE(r.GetGroupProductEntries(), kRecords * (perSubject + 2.0) * (perSubject + 2.0));
   EXPECT_GT(r.GetGroupProductEntries(), 0.0);
+  // With the factor the only term after the intercept, its Type III test is
+  // its Type I test, which comes from the forward Doolittle rows instead.
+  ASSERT_EQ(r.GetTypeIIITests().size(), 2u);
+  ASSERT_EQ(r.GetTypeITests().size(), 2u);
+  EXPECT_DOUBLE_EQ(r.GetTypeIIITests()[1].GetNumDF(), kLevels - 1.0);
+  EXPECT_NEAR(r.GetTypeIIITests()[1].GetF(), r.GetTypeITests()[1].GetF(), 1e-8 * r.GetTypeITests()[1].GetF());
 }
 
 TEST(MCEngineFixedLevels, GroupByGroupEqualsTheMixedModelEquations) {

@@ -525,9 +525,7 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
     const double se = std::sqrt(var);
     bs.SetStdError(se);
     bs.SetT(beta[j] / se);
-    Eigen::RowVectorXd l = Eigen::RowVectorXd::Zero(P);
-    l[j] = 1.0;
-    const double df = fpHypothesis->DF(l, var);
+    const double df = fpHypothesis->DFOfColumn(j, var);
     bs.SetDF(df);
     if (!MCEngineMissing::Is(df)) {
       bs.SetSig(MCEngineProbability::TTwoSided(beta[j] / se, df));

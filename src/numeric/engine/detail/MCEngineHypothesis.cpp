@@ -20,11 +20,22 @@ inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
 // would grow with the fourth power of the columns.
 std::vector<int> IndependentRows(const Eigen::MatrixXd& rows) {
   std::vector<int> chosen;
+  // Most often every row is independent: R's diagonal of the rows' QR
+  // factorisation (blocked, without pivots) is what is left of each row
+  // after projecting out the rows before it, and shows that at once.
+  double largest = 0.0;
+  for (Eigen::Index i = 0; i < rows.rows(); ++i) largest = std::max(largest, rows.row(i).norm());
+  if (rows.rows() > 0 && rows.rows() <= rows.cols()) {
+    const Eigen::HouseholderQR<Eigen::MatrixXd> qr(rows.transpose());
+    const Eigen::VectorXd rest = qr.matrixQR().diagonal().cwiseAbs();
+    if (rest.minCoeff() > 1e-6 * largest) {
+      for (Eigen::Index i = 0; i < rows.rows(); ++i) chosen.push_back(static_cast<int>(i));
+      return chosen;
+    }
+  }
   // Orthonormal columns, the first `kept` of them filled.
   Eigen::MatrixXd basis(rows.cols(), std::min(rows.rows(), rows.cols()));
   Eigen::Index kept = 0;
-  double largest = 0.0;
-  for (Eigen::Index i = 0; i < rows.rows(); ++i) largest = std::max(largest, rows.row(i).norm());
   for (Eigen::Index i = 0; i < rows.rows() && kept < basis.cols(); ++i) {
     if (rows.row(i).cwiseAbs().maxCoeff() == 0.0) continue;
     Eigen::VectorXd v = rows.row(i).transpose();
@@ -90,13 +101,13 @@ void MCEngineHypothesis::SetEstimates(const Eigen::VectorXd& beta, const Eigen::
 }
 
 bool MCEngineHypothesis::IsEstimable(const Eigen::RowVectorXd& l) const {
-  // Without fixed parameters the one function of them is zero, which is
-  // estimable (and has nothing to test).
-  if (l.size() == 0) return true;
   return IsEstimableGiven(l, l - l * fH);
 }
 
 bool MCEngineHypothesis::IsEstimableGiven(const Eigen::RowVectorXd& l, const Eigen::RowVectorXd& lessProjection) {
+  // Without fixed parameters the one function of them is zero, which is
+  // estimable (and has nothing to test).
+  if (l.size() == 0) return true;
   const double c = l.cwiseAbs().maxCoeff();
   const double scale = c > 0.0 ? c : 1.0;
   return lessProjection.cwiseAbs().maxCoeff() <= scale * 1e-4;
@@ -182,11 +193,12 @@ Eigen::MatrixXd MCEngineHypothesis::TypeIII(const std::vector<MCEngineTerm>& ter
   return result;
 }
 
-double MCEngineHypothesis::SatterthwaiteDF(const Eigen::RowVectorXd& l, double variance) const {
+double MCEngineHypothesis::DFOfColumn(int j, double variance) const {
+  if (!MCEngineMissing::Is(fFixedDF)) return fFixedDF;
   const int nf = static_cast<int>(fvDC.size());
   if (fAsyCov.rows() != nf || nf == 0 || !(variance > 0.0)) return MCEngineMissing::Value();
   Eigen::VectorXd g(nf);
-  for (int k = 0; k < nf; ++k) g[k] = l.dot(fvDC[U(k)] * l.transpose());
+  for (int k = 0; k < nf; ++k) g[k] = fvDC[U(k)](j, j);
   return SatterthwaiteFromGradient(g, variance);
 }
 
@@ -194,11 +206,6 @@ double MCEngineHypothesis::SatterthwaiteFromGradient(const Eigen::VectorXd& g, d
   const double denom = g.dot(fAsyCov * g);
   if (!(denom > 0.0) || !std::isfinite(denom)) return MCEngineMissing::Value();
   return 2.0 * variance * variance / denom;
-}
-
-double MCEngineHypothesis::DF(const Eigen::RowVectorXd& l, double variance) const {
-  if (!MCEngineMissing::Is(fFixedDF)) return fFixedDF;
-  return SatterthwaiteDF(l, variance);
 }
 
 std::vector<double> MCEngineHypothesis::DFs(const Eigen::MatrixXd& rows, const Eigen::VectorXd& variances) const {

@@ -43,10 +43,9 @@ class MCEngineHypothesis {
   // F test of L beta = k, one k value per row of L. The estimate of a
   // single-row L is l beta itself, not its distance from k.
   MCEngineTest Test(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const;
-  // Satterthwaite degrees of freedom of l beta; missing when not available.
-  double SatterthwaiteDF(const Eigen::RowVectorXd& l, double variance) const;
-  // The degrees of freedom of l beta: the fixed ones when set, else Satterthwaite's.
-  double DF(const Eigen::RowVectorXd& l, double variance) const;
+  // The degrees of freedom of fixed estimate j: the fixed ones when set, else
+  // Satterthwaite's (missing when not available).
+  double DFOfColumn(int j, double variance) const;
 
  private:
   // DF of each row of `rows` at its variance, from one product per
