@@ -1,6 +1,8 @@
 #include "numeric/engine/MCEngineFitter.h"
 
 #include "numeric/engine/detail/MCEngineFitterImpl.h"
+#include "numeric/engine/detail/MCEngineHypothesis.h"
+#include "numeric/engine/detail/MCEngineOrdinal.h"
 #include "numeric/engine/detail/MCEnginePseudoLikelihood.h"
 
 namespace MCEngine_850 {
@@ -11,7 +13,9 @@ MCEngineFitter::~MCEngineFitter() = default;
 
 MCEngineStatus MCEngineFitter::Fit(const MCEngineInput& input, const MCEngineSettings& settings) {
   fpGeneralized.reset();
+  fpOrdinal.reset();
   if (settings.GetTarget().IsLinear()) return fpImpl->Fit(input, settings);
+  if (MCEngineOrdinal::Applies(settings)) return FitOrdinal(input, settings);
   // A target the engine cannot fit is refused, never fitted as normal.
   if (!MCEnginePseudoLikelihood::CanFit(input, settings)) {
     return fpImpl->Refuse(MCEngineStatus(MCEngineStatus::kGeneralizedUnavailable, MCEngineStatus::kError));
@@ -31,6 +35,22 @@ MCEngineStatus MCEngineFitter::Fit(const MCEngineInput& input, const MCEngineSet
   return fpImpl->GetResult().GetStatus();
 }
 
+MCEngineStatus MCEngineFitter::FitOrdinal(const MCEngineInput& input, const MCEngineSettings& settings) {
+  if (!MCEngineOrdinal::CanFit(input, settings)) {
+    return fpImpl->Refuse(MCEngineStatus(MCEngineStatus::kGeneralizedUnavailable, MCEngineStatus::kError));
+  }
+  fpOrdinal = std::make_unique<MCEngineOrdinal>(input, settings);
+  const MCEngineStatus status = fpOrdinal->Fit();
+  // The linear fitter is only the result's holder here.
+  fpImpl->Refuse(status);
+  if (status.IsError()) {
+    fpOrdinal.reset();
+    return status;
+  }
+  fpImpl->MutableResult() = fpOrdinal->GetResult();
+  return status;
+}
+
 const MCEngineResult& MCEngineFitter::GetResult() const { return fpImpl->GetResult(); }
 
 const MCEngineInput* MCEngineFitter::GetWorkingInput() const {
@@ -43,7 +63,7 @@ MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>
 
 MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>& L,
                                           const std::vector<double>& K) const {
-  const MCEngineHypothesis* hyp = fpImpl->GetHypothesis();
+  const MCEngineHypothesis* hyp = fpOrdinal ? fpOrdinal->GetHypothesis() : fpImpl->GetHypothesis();
   MCEngineTest test;
   test.SetL(L);
   if (!hyp || K.size() != L.size()) return test;
@@ -52,6 +72,11 @@ MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>
   for (std::size_t i = 0; i < L.size(); ++i) {
     if (static_cast<int>(L[i].size()) != P) return test;
     for (int j = 0; j < P; ++j) M(static_cast<Eigen::Index>(i), j) = L[i][static_cast<std::size_t>(j)];
+  }
+  if (fpOrdinal) {
+    MCEngineTest ordinal = hyp->Test(M, Eigen::Map<const Eigen::VectorXd>(K.data(), static_cast<Eigen::Index>(K.size())));
+    ordinal.SetL(L);
+    return ordinal;
   }
   // The estimates are held in the scaled response's units.
   Eigen::VectorXd k(static_cast<Eigen::Index>(K.size()));
@@ -67,7 +92,7 @@ bool MCEngineFitter::EvaluateAt(const std::vector<double>& theta, double& minus2
 }
 
 bool MCEngineFitter::IsEstimable(const std::vector<double>& l) const {
-  const MCEngineHypothesis* hyp = fpImpl->GetHypothesis();
+  const MCEngineHypothesis* hyp = fpOrdinal ? fpOrdinal->GetHypothesis() : fpImpl->GetHypothesis();
   const int P = fpImpl->GetNColumns();
   if (!hyp || static_cast<int>(l.size()) != P) return false;
   Eigen::RowVectorXd row(P);

@@ -12,6 +12,7 @@
 namespace MCEngine_850 {
 
 class MCEngineFitterImpl;
+class MCEngineOrdinal;
 class MCEnginePseudoLikelihood;
 
 // Fits a linear mixed model by REML or ML and keeps what later tests need.
@@ -50,11 +51,15 @@ class MCEngineFitter {
                   std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;
 
  private:
+  // An ordinal target's cumulative link model, fitted by its own likelihood.
+  MCEngineStatus FitOrdinal(const MCEngineInput& input, const MCEngineSettings& settings);
+
   // Takes the fitted model's data and structures when it is set up.
   friend class MCEnginePredictor;
 
   std::unique_ptr<MCEngineFitterImpl> fpImpl;
   std::unique_ptr<MCEnginePseudoLikelihood> fpGeneralized;
+  std::unique_ptr<MCEngineOrdinal> fpOrdinal;
 };
 
 }  // namespace MCEngine_850

@@ -151,6 +151,17 @@ class MCEngineResult {
   const std::vector<double>& GetFittedMean() const { return fvFittedMean; }
   void SetFittedMean(const std::vector<double>& v) { fvFittedMean = v; }
 
+  // Of an ordinal target, P(Y <= j) = F(theta_j - x'beta - u): the values of
+  // its categories in their order, the K - 1 thresholds theta_j with their
+  // statistics, and each subject's conditional mode of u (in the order of
+  // the subject codes) on the linear predictor's scale. Empty otherwise.
+  const std::vector<double>& GetTargetCategories() const { return fvTargetCategories; }
+  void SetTargetCategories(const std::vector<double>& v) { fvTargetCategories = v; }
+  const std::vector<MCEngineBetaStat>& GetThresholds() const { return fvThresholds; }
+  void SetThresholds(const std::vector<MCEngineBetaStat>& v) { fvThresholds = v; }
+  const std::vector<double>& GetConditionalModes() const { return fvConditionalModes; }
+  void SetConditionalModes(const std::vector<double>& v) { fvConditionalModes = v; }
+
  private:
   MCEngineStatus fStatus;
   std::vector<MCEngineStatus> fvWarnings;
@@ -193,6 +204,9 @@ class MCEngineResult {
   double fPearson = MCEngineMissing::Value();
   std::vector<double> fvLinearPredictor;
   std::vector<double> fvFittedMean;
+  std::vector<double> fvTargetCategories;
+  std::vector<MCEngineBetaStat> fvThresholds;
+  std::vector<double> fvConditionalModes;
 };
 
 }  // namespace MCEngine_850

@@ -22,6 +22,10 @@ class MCEngineTarget {
   void SetFitMethod(GLMMConst_850::GeneralizedFitMethod method) { fFitMethod = method; }
   int GetQuadraturePoints() const { return fQuadraturePoints; }
   void SetQuadraturePoints(int points) { fQuadraturePoints = points; }
+  // A multinomial target whose categories are ordered (cumulative links)
+  // rather than nominal.
+  bool GetOrdered() const { return fbOrdered; }
+  void SetOrdered(bool ordered) { fbOrdered = ordered; }
   // The target's position in the caller's variable list, for messages about
   // its values; -1 when unknown.
   int GetVariable() const { return fVariable; }
@@ -45,6 +49,7 @@ class MCEngineTarget {
   double fLinkPower = 1.0;
   GLMMConst_850::GeneralizedFitMethod fFitMethod = GLMMConst_850::FIT_PSEUDO_LIKELIHOOD;
   int fQuadraturePoints = 1;
+  bool fbOrdered = false;
   int fVariable = -1;
   int fMaxPseudoIterations = 100;
   double fPseudoTolerance = 1e-8;

@@ -93,6 +93,7 @@ MCEngine_850::MCEngineTarget EngineTarget(const GLMMSettings& s) {
   target.SetLinkPower(spec.GetLinkPower());
   target.SetFitMethod(spec.GetFitMethod());
   target.SetQuadraturePoints(spec.GetQuadraturePoints());
+  target.SetOrdered(spec.GetOrdered());
   target.SetVariable(s.GetSingleDependent());
   return target;
 }
@@ -124,6 +125,24 @@ MCEngine_850::MCEngineSettings EngineSettings(const GLMMSettings& s) {
   // observes the progress, the engine tells it each iteration.
   e.SetProgress(dynamic_cast<const MCCommon_850::MCProgressObserver*>(s.GetCancelPointer()));
   return e;
+}
+
+std::vector<MCMath_850::BetaParamStat> ToParamStats(const std::vector<MCEngine_850::MCEngineBetaStat>& beta) {
+  std::vector<MCMath_850::BetaParamStat> stats(beta.size());
+  for (std::size_t i = 0; i < beta.size(); ++i) {
+    const MCEngine_850::MCEngineBetaStat& b = beta[i];
+    MCMath_850::BetaParamStat& st = stats[i];
+    st.SetIndex(static_cast<int>(i));
+    st.SetEstimate(b.GetEstimate());
+    st.SetRedundant(b.IsRedundant());
+    st.SetStdError(b.GetStdError());
+    st.SetLowerBound(b.GetLower());
+    st.SetUpperBound(b.GetUpper());
+    st.SetDF(b.GetDF());
+    st.SetTStat(b.GetT());
+    st.SetSig(b.GetSig());
+  }
+  return stats;
 }
 
 MCMath_850::MCModelTestStats ToTestStats(const std::vector<MCEngine_850::MCEngineTest>& tests) {
@@ -260,24 +279,12 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
 
   const std::vector<MCEngine_850::MCEngineBetaStat>& beta = result.GetBeta();
   const int P = static_cast<int>(beta.size());
-  std::vector<MCMath_850::BetaParamStat> stats(beta.size());
   MCMath_850::MCBitSet nonRedundant(P);
-  for (int i = 0; i < P; ++i) {
-    const MCEngine_850::MCEngineBetaStat& b = beta[static_cast<std::size_t>(i)];
-    MCMath_850::BetaParamStat& st = stats[static_cast<std::size_t>(i)];
-    st.SetIndex(i);
-    st.SetEstimate(b.GetEstimate());
-    st.SetRedundant(b.IsRedundant());
-    st.SetStdError(b.GetStdError());
-    st.SetLowerBound(b.GetLower());
-    st.SetUpperBound(b.GetUpper());
-    st.SetDF(b.GetDF());
-    st.SetTStat(b.GetT());
-    st.SetSig(b.GetSig());
-    nonRedundant.Set(i, !b.IsRedundant());
-  }
-  out.SetBetaParamStats(stats);
+  for (int i = 0; i < P; ++i) nonRedundant.Set(i, !beta[static_cast<std::size_t>(i)].IsRedundant());
+  out.SetBetaParamStats(ToParamStats(beta));
   out.SetRedundancyIndicatorsBeta(nonRedundant);
+  out.SetTargetCategories(result.GetTargetCategories());
+  out.SetThresholdStats(ToParamStats(result.GetThresholds()));
 
   const std::vector<double>& covBeta = result.GetCovBeta();
   if (covBeta.size() == static_cast<std::size_t>(P) * static_cast<std::size_t>(P)) {
