@@ -87,13 +87,15 @@ void MIXOutput::DisplayInfoCriteria(const MCGLMM_850::GLMMOutputStats& stats) {
   const double nTheta = static_cast<double>(stats.GetThetaParamEtimates().size());
   const double logLik = stats.GetLogLikehood();
 
+  // An ordinal target's likelihood is a full one over its thresholds too.
+  const double nThresholds = static_cast<double>(stats.GetThresholdStats().size());
   double d = 0.0;
-  bool restricted = thetaType == static_cast<int>(GLMMConst_850::REML);
+  const bool restricted = thetaType == static_cast<int>(GLMMConst_850::REML) && nThresholds == 0.0;
   if (restricted) {
     d = nTheta;
     n -= nBeta;
   } else {
-    d = nBeta + nTheta;
+    d = nBeta + nTheta + nThresholds;
   }
 
   const double aic = logLik == missing ? missing : logLik + 2.0 * d;

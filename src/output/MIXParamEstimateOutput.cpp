@@ -1,6 +1,7 @@
 #include "output/MIXParamEstimateOutput.h"
 
 #include <cmath>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,6 +30,9 @@
 #include "numeric/math/MCSymMatrix.h"
 #include "output/MIXComOutputData.h"
 #include "output/MIXSplitResults.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/data/ZORV_Variable.h"
+#include "params/MIXLabelGrammar.h"
 #include "params/MIXParameterAggregator.h"
 #include "params/MIXParameterMap.h"
 #include "specs/MIXValidSpecs.h"
@@ -107,6 +111,8 @@ void MIXParamEstimateOutput::DisplayFixedEffectsTable(const MCGLMM_850::GLMMOutp
 
   for (int i = 0; i < tests.GetNTests(); ++i) {
     const MCMath_850::MCTestStats& stats = tests.GetTestStats(i);
+    // An ordinal target's thresholds take the intercept's place; it has no test.
+    if (intercept && i == 0 && !pStats->GetThresholdStats().empty()) continue;
 
     if (intercept && i == 0) {
       sources.Category(BpString("(Intercept)", true));
@@ -147,7 +153,6 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
 
   const std::vector<MCMath_850::MCRegrParameter>& params = pStats->GetBetaParameters();
   const std::vector<MCMath_850::BetaParamStat>& paramStats = pStats->GetBetaParamStats();
-  const double missing = MCCommon_850::MCMV::Missing();
   const BpFormatSpec estimateFormat(MIXComOutputData::GetTableFormat(MIXCommandLayout::ESTIMATES_FORMAT));
 
   bool hessianFlag = false;
@@ -158,57 +163,79 @@ void MIXParamEstimateOutput::DisplayParamEstimates(const MCGLMM_850::GLMMOutputS
     }
   }
 
-  const double level = pSpecs->GetCILevelPct();
-  const bool exponentiated = ShowsExponentiated(*pSpecs);
+  EstimateRowFormat row{pSpecs->GetPrintOptionSOLUTION(), hessianFlag, pSpecs->GetCILevelPct(),
+                        ShowsExponentiated(*pSpecs), &estimateFormat};
+  // An ordinal target's thresholds stand in the intercept's place, first.
+  const std::vector<MCMath_850::BetaParamStat>& thresholds = pStats->GetThresholdStats();
+  for (std::size_t j = 0; j < thresholds.size() && j < pStats->GetTargetCategories().size(); ++j) {
+    parameters.Category(BpString(ThresholdLabel(pStats->GetTargetCategories()[j]), false));
+    DisplayEstimateRow(statistics, thresholds[j], row);
+  }
   const std::size_t nParams = params.size() < paramStats.size() ? params.size() : paramStats.size();
   for (std::size_t i = 0; i < nParams; ++i) {
-    const MCMath_850::BetaParamStat& stat = paramStats[i];
-    const bool redundant = stat.GetRedundant();
-    const double stdError = stat.GetStdError();
-
+    if (!thresholds.empty() && params[i].IsIntercept()) continue;
     {
       CellTextPtr label = Label(labels, labels.empty() ? 0 : i % labels.size());
       parameters.Category(*label);
     }
+    DisplayEstimateRow(statistics, paramStats[i], row);
+  }
+}
 
-    if (pSpecs->GetPrintOptionSOLUTION()) {
-      BpCategory estimate = statistics.Category(BpString("B0", true));
-      if (redundant) {
-        estimate.Cell(BpNumber(0.0, BpProcedure::Count()));
-        estimate.CellNote(Footnote("Redundant parameter ..."));
-      } else {
-        estimate.Cell(BpNumber(stat.GetEstimate(), estimateFormat));
-        if (hessianFlag && stdError == kUnsetValue) estimate.CellNote(Footnote("Parameter caused Hessian singularity ..."));
+std::string MIXParamEstimateOutput::ThresholdLabel(double category) const {
+  const MIXValidSpecs* pSpecs = fpComOutputData->GetValidSpecs();
+  const ProcedureDataSource* pData = fpComOutputData->GetProcDS();
+  const ZORV_Variable* target = pData != nullptr ? pData->GetVariable(pSpecs->GetDependVar()) : nullptr;
+  char value[32];
+  std::snprintf(value, sizeof value, "%.15g", category);
+  return MIXLabelGrammar::ThresholdText() + " " +
+         MIXLabelGrammar::FactorValueText(target != nullptr ? target->GetName() : "", value);
+}
+
+void MIXParamEstimateOutput::DisplayEstimateRow(BpDimension& statistics, const MCMath_850::BetaParamStat& stat,
+                                                const EstimateRowFormat& row) {
+  const double missing = MCCommon_850::MCMV::Missing();
+  const bool redundant = stat.GetRedundant();
+  const double stdError = stat.GetStdError();
+  if (row.fbSolution) {
+    BpCategory estimate = statistics.Category(BpString("B0", true));
+    if (redundant) {
+      estimate.Cell(BpNumber(0.0, BpProcedure::Count()));
+      estimate.CellNote(Footnote("Redundant parameter ..."));
+    } else {
+      estimate.Cell(BpNumber(stat.GetEstimate(), *row.fpFormat));
+      if (row.fbHessianFlag && stdError == kUnsetValue) {
+        estimate.CellNote(Footnote("Parameter caused Hessian singularity ..."));
       }
     }
-
-    if (redundant) {
-      statistics.Category(BpString("Standard Error", true)).Cell(BpNumber(0.0, BpProcedure::Count()));
-    } else {
-      statistics.Category(BpString("Standard Error", true)).Cell(BpNumber(stdError, estimateFormat));
-    }
-
-    if (redundant || stdError == 0.0) {
-      statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(missing, BpProcedure::GeneralStat()));
-      statistics.Category(BpString("t Statistic", true)).Cell(BpNumber(missing, BpProcedure::GeneralStat()));
-      statistics.Category(BpString("Significance", true)).Cell(BpNumber(missing, BpProcedure::Significance()));
-    } else {
-      const double df = stat.GetDF() > 0.0 ? stat.GetDF() : kUnsetValue;
-      statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(df, MIXComOutputData::DFFormat(df)));
-      statistics.Category(BpString("t Statistic", true)).Cell(BpNumber(stat.GetTStat(), BpProcedure::GeneralStat()));
-      statistics.Category(BpString("Significance", true)).Cell(BpNumber(stat.GetSig(), BpProcedure::Significance()));
-    }
-
-    BpComposite interval("^1 Confidence Interval", true);
-    interval.Add(BpNumber(level, BpProcedure::SigDigit(level)));
-    interval.Finish();
-    BpGroup bounds = statistics.Group(interval, true, 2);
-    bounds.Category(BpString("Lower Bound", true))
-        .Cell(BpNumber(redundant ? missing : stat.GetLowerBound(), estimateFormat));
-    bounds.Category(BpString("Upper Bound", true))
-        .Cell(BpNumber(redundant ? missing : stat.GetUpperBound(), estimateFormat));
-    if (exponentiated) DisplayExponentiated(statistics, stat, level, estimateFormat);
   }
+
+  if (redundant) {
+    statistics.Category(BpString("Standard Error", true)).Cell(BpNumber(0.0, BpProcedure::Count()));
+  } else {
+    statistics.Category(BpString("Standard Error", true)).Cell(BpNumber(stdError, *row.fpFormat));
+  }
+
+  if (redundant || stdError == 0.0) {
+    statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(missing, BpProcedure::GeneralStat()));
+    statistics.Category(BpString("t Statistic", true)).Cell(BpNumber(missing, BpProcedure::GeneralStat()));
+    statistics.Category(BpString("Significance", true)).Cell(BpNumber(missing, BpProcedure::Significance()));
+  } else {
+    const double df = stat.GetDF() > 0.0 ? stat.GetDF() : kUnsetValue;
+    statistics.Category(BpString("Degrees of Freedom", true)).Cell(BpNumber(df, MIXComOutputData::DFFormat(df)));
+    statistics.Category(BpString("t Statistic", true)).Cell(BpNumber(stat.GetTStat(), BpProcedure::GeneralStat()));
+    statistics.Category(BpString("Significance", true)).Cell(BpNumber(stat.GetSig(), BpProcedure::Significance()));
+  }
+
+  BpComposite interval("^1 Confidence Interval", true);
+  interval.Add(BpNumber(row.fLevel, BpProcedure::SigDigit(row.fLevel)));
+  interval.Finish();
+  BpGroup bounds = statistics.Group(interval, true, 2);
+  bounds.Category(BpString("Lower Bound", true))
+      .Cell(BpNumber(redundant ? missing : stat.GetLowerBound(), *row.fpFormat));
+  bounds.Category(BpString("Upper Bound", true))
+      .Cell(BpNumber(redundant ? missing : stat.GetUpperBound(), *row.fpFormat));
+  if (row.fbExponentiated) DisplayExponentiated(statistics, stat, row.fLevel, *row.fpFormat);
 }
 
 bool MIXParamEstimateOutput::ShowsExponentiated(const MIXValidSpecs& specs) {

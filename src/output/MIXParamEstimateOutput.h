@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 class BpDimension;
 class BpFormatSpec;
 class MIXComOutputData;
@@ -48,6 +50,19 @@ class MIXParamEstimateOutput {
   static bool ShowsExponentiated(const MIXValidSpecs& specs);
 
  private:
+  // What every row of the estimates shows.
+  struct EstimateRowFormat {
+    bool fbSolution;
+    bool fbHessianFlag;
+    double fLevel;
+    bool fbExponentiated;
+    const BpFormatSpec* fpFormat;
+  };
+  // The statistics of one parameter, a threshold or a fixed coefficient.
+  static void DisplayEstimateRow(BpDimension& statistics, const MCMath_850::BetaParamStat& stat,
+                                 const EstimateRowFormat& row);
+  // "Threshold [target=value]" for the threshold below a category.
+  std::string ThresholdLabel(double category) const;
   // The statistics of the current split's fit; null without one.
   const MCGLMM_850::GLMMOutputStats* CurrentStats() const;
   // The two matrices share their form.

@@ -32,10 +32,14 @@ const char* DistributionKey(const MCGLMM_850::GLMMTargetSpec& spec) {
   return "Unknown";
 }
 
+bool IsOrdinal(const MCGLMM_850::GLMMTargetSpec& spec) {
+  return spec.GetDistribution() == G::DIST_MULTINOMIAL && spec.GetOrdered();
+}
+
 // The link's name; a multinomial target's is cumulative when its categories
 // are ordered and the generalized logit when they are not.
 const char* LinkKey(const MCGLMM_850::GLMMTargetSpec& spec) {
-  const bool cumulative = spec.GetDistribution() == G::DIST_MULTINOMIAL && spec.GetOrdered();
+  const bool cumulative = IsOrdinal(spec);
   if (spec.GetDistribution() == G::DIST_MULTINOMIAL && !spec.GetOrdered()) return "Generalized logit";
   switch (spec.GetLink()) {
     case G::LINK_DEFAULT:
@@ -89,6 +93,9 @@ void MIXTargetOutput::DisplayTargetModel() const {
   } else {
     rows.Category(BpString("Link Function", true)).Cell(BpString(LinkKey(spec), true));
   }
+  if (IsOrdinal(spec)) {
+    rows.Category(BpString("Category Order", true)).Cell(BpString("Ascending values", true));
+  }
   if (fSpecs.GetTargetOffsetIndex() >= 0) {
     const ZORV_Variable* offset = fData.GetVariable(fSpecs.GetTargetOffsetIndex());
     if (offset != nullptr) rows.Category(BpString("Offset", true)).Cell(BpVariable(*offset, BpVariable::AS_SET));
@@ -99,7 +106,8 @@ void MIXTargetOutput::DisplayTargetModel() const {
     method.Finish();
     rows.Category(BpString("Fitting Method", true)).Cell(method);
   } else {
-    const bool laplace = spec.GetFitMethod() == G::FIT_LAPLACE;
+    // An ordinal target has no pseudo-likelihood: it is fitted by Laplace.
+    const bool laplace = spec.GetFitMethod() == G::FIT_LAPLACE || IsOrdinal(spec);
     const bool restricted = fSpecs.GetThetaEstType() == G::REML;
     rows.Category(BpString("Fitting Method", true))
         .Cell(BpString(laplace ? "Laplace approximation" : restricted ? "Residual pseudo-likelihood"

@@ -17,6 +17,13 @@ std::string MIXLabelGrammar::InterceptText() {
   return dictionary.LookUp("(Intercept)", missing);
 }
 
+std::string MIXLabelGrammar::ThresholdText() {
+  FacSTDictionary dictionary(PathFactory::getPathInstance()->GetStringTablePath());
+  dictionary.SetProcedure("Mixed");
+  unsigned long missing = 0;
+  return dictionary.LookUp("Threshold", missing);
+}
+
 const ZORV_Variable* MIXLabelGrammar::Variable(const ZORV_DataSource& dataSource, const ACAVarValidSpecs* pVarSpecs,
                                                int compIndex) {
   if (pVarSpecs == nullptr) return nullptr;

@@ -26,6 +26,8 @@ class MIXLabelGrammar {
  public:
   // The text of the intercept, from the procedure's string table.
   static std::string InterceptText();
+  // The word before a threshold of an ordinal target, from the same table.
+  static std::string ThresholdText();
 
   // The variable of a component index, through its host index; null when
   // there is none.

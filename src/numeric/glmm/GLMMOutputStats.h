@@ -42,6 +42,13 @@ class GLMMOutputStats {
   void SetBetaParameters(const std::vector<MCMath_850::MCRegrParameter>& params) { fvBetaParameters = params; }
   const std::vector<MCMath_850::BetaParamStat>& GetBetaParamStats() const { return fvBetaParamStats; }
   void SetBetaParamStats(const std::vector<MCMath_850::BetaParamStat>& stats) { fvBetaParamStats = stats; }
+  // Of an ordinal target: the values of its categories in order, and the
+  // thresholds theta_j of P(Y <= j) = F(theta_j - x'beta - u) that take the
+  // intercept's place, one per category but the last. Empty otherwise.
+  const std::vector<double>& GetTargetCategories() const { return fvTargetCategories; }
+  void SetTargetCategories(const std::vector<double>& values) { fvTargetCategories = values; }
+  const std::vector<MCMath_850::BetaParamStat>& GetThresholdStats() const { return fvThresholdStats; }
+  void SetThresholdStats(const std::vector<MCMath_850::BetaParamStat>& stats) { fvThresholdStats = stats; }
   // Members are the fixed parameters that are not redundant.
   const MCMath_850::MCBitSet& GetRedundancyIndicatorsBeta() const { return fRedundancyIndicatorsBeta; }
   void SetRedundancyIndicatorsBeta(const MCMath_850::MCBitSet& set) { fRedundancyIndicatorsBeta = set; }
@@ -169,6 +176,8 @@ class GLMMOutputStats {
   double fTotalFreqWeight;
   std::vector<MCMath_850::MCRegrParameter> fvBetaParameters;
   std::vector<MCMath_850::BetaParamStat> fvBetaParamStats;
+  std::vector<double> fvTargetCategories;
+  std::vector<MCMath_850::BetaParamStat> fvThresholdStats;
   MCMath_850::MCBitSet fRedundancyIndicatorsBeta;
   std::optional<MCMath_850::MCSymMatrix> fCovarianceMatrixBeta;
   std::vector<std::vector<MCMath_850::MCRegrParameter>> fvvGammaBasicParameters;
