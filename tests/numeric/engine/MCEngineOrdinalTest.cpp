@@ -150,3 +150,140 @@ TEST(MCEngineOrdinalTest, ProbitFitAgreesWithTheReference) {
   ASSERT_FALSE(fitter.Fit(input, OrdinalSettings(LINK_PROBIT, FIT_LAPLACE, 1)).IsError());
   ExpectReference(fitter.GetResult(), *m->fpDesign, ReadFit("PROBIT", 1));
 }
+
+TEST(MCEngineOrdinalTest, WithoutRandomEffectsTheFitIsTheCumulativeLinkModel) {
+  auto m = Wine(false);
+  const MCEngineInput input = m->fpDesign->Build();
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(input, OrdinalSettings(LINK_LOGIT, FIT_PSEUDO_LIKELIHOOD, 1)).IsError());
+  const MCEngineResult& result = fitter.GetResult();
+  std::ifstream in(MCEngineTestFixture::FixturePath("ordinal"));
+  const nlohmann::json ref = nlohmann::json::parse(in)["fixed"];
+  for (std::size_t j = 0; j < 4; ++j) {
+    EXPECT_TRUE(Near(result.GetThresholds()[j].GetEstimate(), ref["thresholds"][j].get<double>(), 1e-5)) << j;
+    EXPECT_TRUE(Near(result.GetThresholds()[j].GetStdError(), ref["threshold_se"][j].get<double>(), 1e-4)) << j;
+  }
+  const MCEngineBetaStat& cold = result.GetBeta()[static_cast<std::size_t>(m->fpDesign->FindColumnName("temp=cold"))];
+  EXPECT_TRUE(Near(cold.GetEstimate(), ref["beta"][0].get<double>(), 1e-5));
+  EXPECT_TRUE(Near(cold.GetStdError(), ref["beta_se"][0].get<double>(), 1e-4));
+  EXPECT_TRUE(Near(-0.5 * result.GetMinus2LogLik(), ref["loglik"].get<double>(), 1e-8));
+  EXPECT_TRUE(result.GetCovParams().empty());
+}
+
+TEST(MCEngineOrdinalTest, OnePointOfQuadratureIsTheLaplaceApproximation) {
+  auto m = Wine();
+  const MCEngineInput input = m->fpDesign->Build();
+  MCEngineFitter laplace, quadrature;
+  ASSERT_FALSE(laplace.Fit(input, OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1)).IsError());
+  ASSERT_FALSE(quadrature.Fit(input, OrdinalSettings(LINK_LOGIT, FIT_QUADRATURE, 1)).IsError());
+  EXPECT_DOUBLE_EQ(laplace.GetResult().GetMinus2LogLik(), quadrature.GetResult().GetMinus2LogLik());
+}
+
+TEST(MCEngineOrdinalTest, EveryLinkKeepsTheThresholdsInOrder) {
+  auto m = Wine();
+  const MCEngineInput input = m->fpDesign->Build();
+  for (LinkType link : {LINK_CLOGLOG, LINK_NLOGLOG, LINK_CAUCHIT}) {
+    MCEngineFitter fitter;
+    ASSERT_FALSE(fitter.Fit(input, OrdinalSettings(link, FIT_LAPLACE, 1)).IsError()) << GetName(link);
+    const std::vector<MCEngineBetaStat>& thresholds = fitter.GetResult().GetThresholds();
+    ASSERT_EQ(thresholds.size(), 4u);
+    for (std::size_t j = 1; j < thresholds.size(); ++j) {
+      EXPECT_GT(thresholds[j].GetEstimate(), thresholds[j - 1].GetEstimate()) << GetName(link);
+    }
+    EXPECT_TRUE(fitter.GetResult().IsConverged()) << GetName(link);
+  }
+}
+
+TEST(MCEngineOrdinalTest, FrequencyWeightsCountRecordsAsCopies) {
+  // Every record of weight 2 is the data with each record written twice in
+  // its judge's group.
+  auto m = Wine();
+  MCEngineInput weighted = m->fpDesign->Build();
+  weighted.SetFrequencyWeights(std::vector<double>(static_cast<std::size_t>(weighted.GetNRecords()), 2.0));
+  MCEngineInput doubled = weighted;
+  doubled.SetFrequencyWeights({});
+  const int n = weighted.GetNRecords(), P = weighted.GetNColumns();
+  std::vector<double> y, x;
+  std::vector<int> subjects;
+  for (int copy = 0; copy < 2; ++copy) {
+    y.insert(y.end(), weighted.GetY().begin(), weighted.GetY().end());
+    x.insert(x.end(), weighted.GetX().begin(), weighted.GetX().end());
+    subjects.insert(subjects.end(), weighted.GetRandomBlocks()[0].GetSubjects().begin(),
+                    weighted.GetRandomBlocks()[0].GetSubjects().end());
+  }
+  doubled.SetY(y);
+  doubled.SetX(P, x);
+  MCEngineRandomBlock block = weighted.GetRandomBlocks()[0];
+  block.SetDenseColumns(1, std::vector<double>(static_cast<std::size_t>(2 * n), 1.0));
+  block.SetSubjects(subjects);
+  doubled.SetRandomBlocks({block});
+  MCEngineFitter a, b;
+  ASSERT_FALSE(a.Fit(weighted, OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1)).IsError());
+  ASSERT_FALSE(b.Fit(doubled, OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1)).IsError());
+  EXPECT_TRUE(Near(a.GetResult().GetMinus2LogLik(), b.GetResult().GetMinus2LogLik(), 1e-10));
+  EXPECT_TRUE(Near(a.GetResult().GetThresholds()[0].GetEstimate(), b.GetResult().GetThresholds()[0].GetEstimate(),
+                   1e-6));
+  EXPECT_TRUE(Near(a.GetResult().GetCovParams()[0].GetEstimate(), b.GetResult().GetCovParams()[0].GetEstimate(),
+                   1e-6));
+}
+
+TEST(MCEngineOrdinalTest, DesignsItCannotFitAreRefused) {
+  auto m = Wine();
+  const MCEngineInput input = m->fpDesign->Build();
+  // A nominal target.
+  MCEngineSettings nominal = OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1);
+  MCEngineTarget target = nominal.GetTarget();
+  target.SetOrdered(false);
+  nominal.SetTarget(target);
+  MCEngineFitter fitter;
+  EXPECT_EQ(fitter.Fit(input, nominal).GetCode(), MCEngineStatus::kGeneralizedUnavailable);
+  // A link that is not a distribution's.
+  EXPECT_EQ(fitter.Fit(input, OrdinalSettings(LINK_LOG, FIT_LAPLACE, 1)).GetCode(),
+            MCEngineStatus::kGeneralizedUnavailable);
+  // A random slope beside the intercept.
+  auto slopes = MCEngineTestFixture::Load("wine.csv", {"temp", "contact", "judge"});
+  slopes->fpDesign->SetResponse("rating");
+  slopes->fpDesign->AddFixedTerm("Intercept");
+  slopes->fpDesign->AddFixedTerm("temp");
+  slopes->fpDesign->AddRandomBlock({"Intercept", "temp"}, "judge", MCEngineCovType::VC);
+  EXPECT_EQ(fitter.Fit(slopes->fpDesign->Build(), OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1)).GetCode(),
+            MCEngineStatus::kGeneralizedUnavailable);
+  // A residual structure.
+  MCEngineInput residual = input;
+  MCEngineResidualBlock block = residual.GetResidualBlock();
+  block.SetSubjects(input.GetRandomBlocks()[0].GetSubjects());
+  residual.SetResidualBlock(block);
+  EXPECT_EQ(fitter.Fit(residual, OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1)).GetCode(),
+            MCEngineStatus::kGeneralizedUnavailable);
+  // No intercept: the thresholds would be confounded with the factors.
+  auto noIntercept = MCEngineTestFixture::Load("wine.csv", {"temp", "judge"});
+  noIntercept->fpDesign->SetResponse("rating");
+  noIntercept->fpDesign->AddFixedTerm("temp");
+  EXPECT_EQ(fitter.Fit(noIntercept->fpDesign->Build(), OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1)).GetCode(),
+            MCEngineStatus::kGeneralizedUnavailable);
+}
+
+TEST(MCEngineOrdinalTest, OneCategoryIsAPerfectFit) {
+  auto m = Wine();
+  MCEngineInput input = m->fpDesign->Build();
+  input.SetY(std::vector<double>(static_cast<std::size_t>(input.GetNRecords()), 3.0));
+  MCEngineFitter fitter;
+  const MCEngineStatus status = fitter.Fit(input, OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1));
+  EXPECT_TRUE(status.IsError());
+  EXPECT_EQ(status.GetCode(), MCEngineStatus::kPerfectFit);
+}
+
+TEST(MCEngineOrdinalTest, TypeThreeTestsAreWaldTestsOfTheCoefficients) {
+  auto m = Wine();
+  const MCEngineInput input = m->fpDesign->Build();
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(input, OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1)).IsError());
+  const MCEngineResult& result = fitter.GetResult();
+  ASSERT_EQ(result.GetTypeIIITests().size(), 3u);
+  EXPECT_FALSE(result.GetTypeIIITests()[0].IsValid());
+  // One column per factor is free, so each test is the square of its t.
+  const MCEngineBetaStat& cold = result.GetBeta()[static_cast<std::size_t>(m->fpDesign->FindColumnName("temp=cold"))];
+  EXPECT_TRUE(Near(result.GetTypeIIITests()[1].GetF(), cold.GetT() * cold.GetT(), 1e-8));
+  EXPECT_EQ(result.GetTypeIIITests()[1].GetNumDF(), 1.0);
+  EXPECT_EQ(result.GetTypeIIITests()[1].GetDenDF(), 72.0 - 4.0 - 2.0);
+}

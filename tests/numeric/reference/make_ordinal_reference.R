@@ -8,7 +8,8 @@
 #   rating ~ temp + contact + (1 | judge)
 # by ordinal::clmm with the logit link by the Laplace approximation and by
 # adaptive Gauss-Hermite quadrature with 10 points, and with the probit link
-# by the Laplace approximation. Thresholds, coefficients, their standard
+# by the Laplace approximation, and the model without the judges by
+# ordinal::clm. Thresholds, coefficients, their standard
 # errors, the random intercept's variance, the log likelihood and each
 # judge's conditional mode. clmm's default settings: its Hessian (and so the
 # standard errors) agrees to 1e-4 with a central-difference Hessian of the
@@ -88,6 +89,12 @@ H <- numDeriv::hessian(function(p) laplace_loglik(p, plogis, finite(dlogis),
                                                   finite(function(x) dlogis(x) * (1 - 2 * plogis(x)))), par)
 fits[[1]]$variance_se_independent <- 2 * exp(2 * par[7]) * sqrt(solve(-H)[7, 7])
 
+# Without the judges: the cumulative link model of the fixed effects alone.
+f <- clm(rating ~ temp + contact, data = d)
+se <- sqrt(diag(vcov(f)))
+fixed <- list(thresholds = unname(f$alpha), threshold_se = unname(se[1:4]), beta = unname(f$beta),
+              beta_se = unname(se[5:6]), loglik = as.numeric(logLik(f)))
+
 dir.create(out_dir, showWarnings = FALSE, recursive = TRUE)
-writeLines(toJSON(list(data = "examples/data/wine.csv", fits = fits), digits = NA, auto_unbox = TRUE, pretty = TRUE),
+writeLines(toJSON(list(data = "examples/data/wine.csv", fits = fits, fixed = fixed), digits = NA, auto_unbox = TRUE, pretty = TRUE),
            file.path(out_dir, "ordinal.json"))

@@ -7,6 +7,7 @@
 #include "numeric/engine/MCEngineProbability.h"
 #include "numeric/engine/detail/MCCovFixedVariance.h"
 #include "numeric/engine/detail/MCCovStructureFactory.h"
+#include "numeric/engine/detail/MCEngineCriteria.h"
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
 #include "numeric/engine/detail/MCEngineMMEEvaluator.h"
 #include "numeric/engine/detail/MCEngineOptimizer.h"
@@ -555,14 +556,7 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   } else {
     nIC = reml ? N - p : N;
   }
-  fResult.SetNSubjects(nIC);
-  fResult.SetAIC(m2ll + 2.0 * d);
-  fResult.SetAICC(m2ll + 2.0 * d * nStar / (nStar - d - 1.0));
-  if (nIC > 1.0) fResult.SetHQIC(m2ll + 2.0 * d * std::log(std::log(nIC)));
-  if (nIC > 0.0) {
-    fResult.SetBIC(m2ll + d * std::log(nIC));
-    fResult.SetCAIC(m2ll + d * (std::log(nIC) + 1.0));
-  }
+  SetInformationCriteria(fResult, m2ll, d, nStar, nIC);
 
   // Tests of the fixed-effect terms.
   const std::vector<MCEngineTerm>& terms = input.GetTerms();

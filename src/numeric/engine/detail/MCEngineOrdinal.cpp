@@ -6,6 +6,7 @@
 
 #include "numeric/common/MCQueryCancel.h"
 #include "numeric/engine/MCEngineProbability.h"
+#include "numeric/engine/detail/MCEngineCriteria.h"
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
 #include "numeric/engine/detail/MCEngineHypothesis.h"
 #include "numeric/engine/detail/MCEngineLatentDistribution.h"
@@ -411,14 +412,7 @@ void MCEngineOrdinal::FillCriteria(double logLik) {
   const double nIC = fpLikelihood->HasRandom() ? fpLikelihood->GetNSubjects() : fTotalWeight;
   const double nStar = std::max(fTotalWeight, d + 2.0);
   fResult.SetMinus2LogLik(m2ll);
-  fResult.SetNSubjects(nIC);
-  fResult.SetAIC(m2ll + 2.0 * d);
-  fResult.SetAICC(m2ll + 2.0 * d * nStar / (nStar - d - 1.0));
-  if (nIC > 1.0) fResult.SetHQIC(m2ll + 2.0 * d * std::log(std::log(nIC)));
-  if (nIC > 0.0) {
-    fResult.SetBIC(m2ll + d * std::log(nIC));
-    fResult.SetCAIC(m2ll + d * (std::log(nIC) + 1.0));
-  }
+  SetInformationCriteria(fResult, m2ll, d, nStar, nIC);
 }
 
 void MCEngineOrdinal::FillPredictors(const Eigen::VectorXd& natural) {
