@@ -40,6 +40,11 @@ class MCEngineResult {
   // paths.
   double GetGroupProductEntries() const { return fGroupProductEntries; }
   void SetGroupProductEntries(double n) { fGroupProductEntries = n; }
+  // On the group-by-group path, the pairs of covariance parameters whose
+  // products over the fixed columns the final evaluation held: only pairs
+  // that some group holds both of. 0 on the other paths.
+  double GetGroupPairProducts() const { return fGroupPairProducts; }
+  void SetGroupPairProducts(double n) { fGroupPairProducts = n; }
 
   // -2 (restricted) log likelihood at the estimates, all constants included.
   double GetMinus2LogLik() const { return fMinus2LogLik; }
@@ -171,6 +176,7 @@ class MCEngineResult {
   bool fbScaleProfiled = false;
   MCEngineSettings::SolverPath fSolverPath = MCEngineSettings::kAutomatic;
   double fGroupProductEntries = 0.0;
+  double fGroupPairProducts = 0.0;
   double fMinus2LogLik = MCEngineMissing::Value();
   double fNullMinus2LogLik = MCEngineMissing::Value();
   double fAIC = MCEngineMissing::Value();

@@ -246,7 +246,8 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
   GLMMDesignBuilder builder(*fpSettings, *fpVarList);
   MCStatus built = builder.Build(pRecords);
   if (built.IsError()) {
-    fOutputStats.AddBuildModelWarning(built);
+    // A stop is not the model's fault: the caller asked for it and says so.
+    if (built.GetErrorCode() != MCCommon_850::MC_CANCELLED) fOutputStats.AddBuildModelWarning(built);
     fStatus = built;
     return fStatus;
   }

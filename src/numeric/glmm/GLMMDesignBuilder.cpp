@@ -26,6 +26,8 @@ std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
+MCStatus Cancelled() { return MCStatus(MCCommon_850::MC_CANCELLED, MCCommon_850::STATUS_ERROR); }
+
 // Every variable an effect refers to.
 void CollectEffectVars(const MCModelEffect& effect, std::vector<int>& factors, std::vector<int>& covariates) {
   for (int f : effect.GetFactors()) factors.push_back(f);
@@ -89,6 +91,7 @@ std::vector<int> GLMMDesignBuilder::Subjects(const std::vector<int>& vars) const
   std::map<std::vector<double>, int> ids;
   std::vector<double> key(vars.size());
   for (int r = 0; r < fNRecordsRead; ++r) {
+    if (fPoll.Step(vars.size() + 1.0)) break;
     bool ok = true;
     for (std::size_t i = 0; i < vars.size(); ++i) {
       key[i] = Value(r, vars[i]);
@@ -121,14 +124,14 @@ int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectInde
   // The parameter keeps the factors by nesting level: the outermost varies slowest.
   const std::vector<int> factors = proto.GetFactors();
   std::vector<int> sizes;
-  int nCols = 1;
+  double cells = 1.0;
   for (int f : factors) {
     sizes.push_back(std::max(NCategories(f), 0));
-    nCols *= sizes.back();
+    cells *= sizes.back();
   }
-  const std::vector<int> covariates = effect.GetCovariates();
-  const std::vector<int>& mult = effect.GetCovMultiplicities();
+  if (cells > kMaxListedCells) return PresentCells(effect, proto, cols, vals, params);
 
+  const int nCols = static_cast<int>(cells);
   for (int c = 0; c < nCols; ++c) {
     MCRegrParameter param = proto;
     int rest = c;
@@ -138,27 +141,72 @@ int GLMMDesignBuilder::EffectColumns(const MCModelEffect& effect, int effectInde
     }
     params.push_back(param);
   }
+  std::vector<int> codes;
   for (int r = 0; r < n && nCols > 0; ++r) {
+    if (fPoll.Step(factors.size() + effect.GetCovariates().size() + 1.0)) break;
+    if (!CellCodes(factors, r, codes)) continue;
     int col = 0;
-    bool ok = true;
-    for (std::size_t i = 0; i < factors.size(); ++i) {
-      const int code = Code(r, factors[i]);
-      if (code < 0) {
-        ok = false;
-        break;
-      }
-      col = col * sizes[i] + code;
-    }
-    if (!ok) continue;
-    double v = 1.0;
-    for (std::size_t i = 0; i < covariates.size(); ++i) {
-      const int m = i < mult.size() ? std::max(mult[i], 1) : 1;
-      v *= std::pow(Value(r, covariates[i]), m);
-    }
+    for (std::size_t i = 0; i < factors.size(); ++i) col = col * sizes[i] + codes[i];
     cols[U(r)] = col;
-    vals[U(r)] = v;
+    vals[U(r)] = CovariateProduct(effect, r);
   }
   return nCols;
+}
+
+bool GLMMDesignBuilder::CellCodes(const std::vector<int>& factors, int r, std::vector<int>& codes) const {
+  codes.resize(factors.size());
+  for (std::size_t i = 0; i < factors.size(); ++i) {
+    codes[i] = Code(r, factors[i]);
+    if (codes[i] < 0) return false;
+  }
+  return true;
+}
+
+double GLMMDesignBuilder::CovariateProduct(const MCModelEffect& effect, int r) const {
+  const std::vector<int> covariates = effect.GetCovariates();
+  const std::vector<int>& mult = effect.GetCovMultiplicities();
+  double v = 1.0;
+  for (std::size_t i = 0; i < covariates.size(); ++i) {
+    const int m = i < mult.size() ? std::max(mult[i], 1) : 1;
+    v *= std::pow(Value(r, covariates[i]), m);
+  }
+  return v;
+}
+
+int GLMMDesignBuilder::PresentCells(const MCModelEffect& effect, const MCRegrParameter& proto, std::vector<int>& cols,
+                                    std::vector<double>& vals, std::vector<MCRegrParameter>& params) const {
+  const std::vector<int>& factors = proto.GetFactors();
+  const std::vector<double>& y = fInput.GetY();
+  const std::size_t which = fvPresentCells.size();
+  const bool fitted = fbUseFittedCells && which < fvFittedCells.size();
+  // The cells of the records the fit can use; the map orders them as the
+  // full listing would, the outermost factor slowest.
+  std::map<std::vector<int>, int> present = fitted ? fvFittedCells[which] : std::map<std::vector<int>, int>();
+  std::vector<std::vector<int>> cellOf(U(fNRecordsRead));
+  for (int r = 0; r < fNRecordsRead; ++r) {
+    if (fPoll.Step(factors.size() + 1.0)) return 0;
+    // A record to score need not have a response.
+    if (!fitted && r < static_cast<int>(y.size()) && std::isnan(y[U(r)])) continue;
+    if (!CellCodes(factors, r, cellOf[U(r)]) || (fitted && present.count(cellOf[U(r)]) == 0)) {
+      cellOf[U(r)].clear();
+      continue;
+    }
+    present.emplace(cellOf[U(r)], 0);
+  }
+  int column = 0;
+  for (auto& entry : present) {
+    entry.second = column++;
+    MCRegrParameter param = proto;
+    param.GetCategories() = entry.first;
+    params.push_back(param);
+  }
+  for (int r = 0; r < fNRecordsRead; ++r) {
+    if (cellOf[U(r)].empty()) continue;
+    cols[U(r)] = present[cellOf[U(r)]];
+    vals[U(r)] = CovariateProduct(effect, r);
+  }
+  fvPresentCells.push_back(std::move(present));
+  return column;
 }
 
 MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
@@ -168,6 +216,8 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   fvBetaParameters.clear();
   fvvGammaParameters.clear();
   fInput = MCEngine_850::MCEngineInput();
+  fPoll = MCCommon_850::MCStopPoll(s.GetCancelPointer());
+  fvPresentCells.clear();
 
   // Structures first, so an unavailable one costs no pass over the data.
   MCEngineCovType residualType = MCEngineCovType::ID;
@@ -237,6 +287,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   std::vector<double> offset(generalized ? U(n) : 0, 0.0);
   std::vector<double> trials;
   for (int r = 0; r < n; ++r) {
+    if (fPoll.Step(factorVars.size() + covariateVars.size() + 1.0)) return Cancelled();
     bool ok = true;
     for (int f : factorVars) ok = ok && Code(r, f) >= 0;
     for (int c : covariateVars) ok = ok && !std::isnan(Value(r, c));
@@ -283,6 +334,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
     std::vector<int> cols;
     std::vector<double> vals;
     const int nc = EffectColumns(effect, e, cols, vals, fvBetaParameters);
+    if (fPoll.Stopped()) return Cancelled();
     std::vector<int> covariates;
     const std::vector<int> distinct = effect.GetCovariates();
     for (std::size_t i = 0; i < distinct.size(); ++i) {
@@ -298,6 +350,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   std::vector<double> X(U(n) * U(P), 0.0);
   for (std::size_t t = 0; t < termCol.size(); ++t) {
     for (int r = 0; r < n; ++r) {
+      if (fPoll.Step()) return Cancelled();
       const int c = termCol[t][U(r)];
       if (c >= 0) X[U(r) * U(P) + U(termFirst[t] + c)] = termVal[t][U(r)];
     }
@@ -331,6 +384,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
       std::vector<int> cols;
       std::vector<double> vals;
       const int nc = EffectColumns(spec.GetEffects()[U(e)], e, cols, vals, params);
+      if (fPoll.Stopped()) return Cancelled();
       columnEffects.insert(columnEffects.end(), U(nc), e);
       effCol.push_back(std::move(cols));
       effVal.push_back(std::move(vals));
@@ -341,6 +395,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
     std::vector<int> colIndex;
     std::vector<double> values;
     for (int r = 0; r < n; ++r) {
+      if (fPoll.Step(effCol.size() + 1.0)) return Cancelled();
       for (std::size_t e = 0; e < effCol.size(); ++e) {
         const int c = effCol[e][U(r)];
         if (c < 0 || effVal[e][U(r)] == 0.0) continue;
@@ -354,6 +409,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
     block.SetColumns(q, rowStart, colIndex, values);
     block.SetColumnEffects(columnEffects);
     if (!spec.GetSubjectVars().empty()) block.SetSubjects(Subjects(spec.GetSubjectVars()));
+    if (fPoll.Stopped()) return Cancelled();
     fInput.AddRandomBlock(block);
     fvvGammaParameters.push_back(std::move(params));
   }
@@ -402,7 +458,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
     residual.SetCoordinates(static_cast<int>(coordinateVars.size()), coordinates);
   }
   fInput.SetResidualBlock(residual);
-  return MCStatus();
+  return fPoll.Stopped() ? Cancelled() : MCStatus();
 }
 
 }  // namespace MCGLMM_850

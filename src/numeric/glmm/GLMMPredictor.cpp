@@ -98,6 +98,7 @@ bool GLMMPredictor::Setup(const GLMMDesignBuilder& builder, const MCEngine_850::
   fvBlockColumns.clear();
   const MCEngine_850::MCEngineInput& input = builder.GetInput();
   fNFixedColumns = input.GetNColumns();
+  fvFittedCells = builder.GetPresentCells();
   fPredictor.SetResidualDF(fpSettings->GetDegreesFreedomType() == GLMMConst_850::DF_RESIDUAL);
   if (!fPredictor.Setup(fitter, input)) return false;
 
@@ -199,6 +200,7 @@ MCStatus GLMMPredictor::ScoreRecord(const double* record, const std::vector<GLMM
   if (!fixedOK) return MCStatus();
 
   GLMMDesignBuilder builder(s, *fpVarList);
+  builder.UseCells(fvFittedCells);
   SingleRecord single(record);
   const MCStatus built = builder.Build(&single);
   const MCEngine_850::MCEngineInput& input = builder.GetInput();

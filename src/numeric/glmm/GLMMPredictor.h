@@ -6,6 +6,7 @@
 #include "numeric/common/MCStatus.h"
 #include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/glmm/GLMMConst.h"
+#include "numeric/glmm/GLMMDesignBuilder.h"
 #include "numeric/glmm/GLMMEBLUPStat.h"
 #include "numeric/math/MCModelEffect.h"
 
@@ -78,6 +79,8 @@ class GLMMPredictor {
   const GLMMSettings* fpSettings;
   const MCXML_850::MCVarList* fpVarList;
   int fNFixedColumns;
+  // The fit's cells of its effects too large to list every cell.
+  GLMMDesignBuilder::Cells fvFittedCells;
   MCEngine_850::MCEnginePredictor fPredictor;
   bool fbReady;
   // Per random block: subject values -> the subject's number in the fit.

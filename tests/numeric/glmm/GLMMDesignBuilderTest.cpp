@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 #include <vector>
 
 #include "numeric/common/MCMV.h"
+#include "numeric/common/MCQueryCancel.h"
+#include "numeric/common/MCStatusCode.h"
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/glmm/GLMMTestRows.h"
@@ -235,4 +238,121 @@ TEST(GLMMDesignBuilder, CovarianceTypes) {
   const MCCommon_850::MCStatus status = builder.Build(&rows);
   EXPECT_TRUE(status.IsError());
   EXPECT_EQ(status.GetErrorCode(), 130018);
+}
+
+namespace {
+
+// Says "stop" from the given question on (0 = the first), and counts them.
+class StopAt : public MCCommon_850::MCQueryCancel {
+ public:
+  explicit StopAt(int question) : fQuestion(question) {}
+  bool IsCancelled() const override { return fCount++ >= fQuestion; }
+  int fQuestion;
+  mutable int fCount = 0;
+};
+
+// 400,000 records of the six variables, a crossing of a and b in the design.
+RowsIterator ManyRows() {
+  std::vector<std::vector<double>> rows;
+  for (int r = 0; r < 400000; ++r) {
+    const double three = r % 3;
+    rows.push_back({0.5 * (r % 7), static_cast<double>(r % 2), 0.1 * (r % 11), 1.0, three, three});
+  }
+  return RowsIterator(rows);
+}
+
+}  // namespace
+
+TEST(GLMMDesignBuilder, ItsPassesOverTheRecordsAskWhetherToStop) {
+  GLMMSettings settings = Settings();
+  settings.AddModelEffect(Effect({1, 5}, 0));
+  const MCVarList list = Variables();
+  RowsIterator rows = ManyRows();
+  StopAt never(1 << 30);
+  settings.SetCancelPointer(&never);
+  GLMMDesignBuilder whole(settings, list);
+  ASSERT_TRUE(whole.Build(&rows).IsOK());
+  // The response's pass alone reads 400,000 records of four variables, and
+  // the design's pass the crossing's cell of each: a question at least
+  // every 2^20 of such steps.
+  EXPECT_GE(never.fCount, 2);
+  for (int stopAt : {0, never.fCount - 1}) {
+    StopAt stop(stopAt);
+    settings.SetCancelPointer(&stop);
+    GLMMDesignBuilder builder(settings, list);
+    const MCCommon_850::MCStatus status = builder.Build(&rows);
+    EXPECT_TRUE(status.IsError());
+    EXPECT_EQ(status.GetErrorCode(), MCCommon_850::MC_CANCELLED);
+    EXPECT_EQ(stop.fCount, stopAt + 1) << "no question after the one that said stop";
+  }
+}
+
+TEST(GLMMDesignBuilder, ATermOfMoreCellsThanListedHasColumnsForTheCellsTheDataHold) {
+  // 13 factors of two levels cross into 8,192 cells; the records hold 16.
+  constexpr int kFactors = 13;
+  static const std::vector<int> factorVars = [] {
+    std::vector<int> v;
+    for (int i = 1; i <= kFactors; ++i) v.push_back(i);
+    return v;
+  }();
+  std::vector<std::string> names{"y"};
+  std::vector<int> categories{0};
+  GLMMSettings settings;
+  settings.SetSingleDependent(0);
+  MCModelEffect effect;
+  effect.Setup(kFactors, 0, &factorVars);
+  for (int v : factorVars) {
+    names.push_back("f" + std::to_string(v));
+    categories.push_back(2);
+    settings.AddFactor(v, 2);
+    effect.AddNewFactor(v, false);
+  }
+  settings.AddModelEffect(effect);
+  const MCVarList list = GLMMTestRows::VarList(names, categories);
+  // Record r is in the cell of the bits of r mod 16 in f1..f4, with f13 = 1
+  // and the others 0; the last record, without a response, alone in a cell
+  // of f5 = 1, which the fit cannot use and so gets no column.
+  auto codeOf = [](int r, int factor) {
+    if (r == 400) return factor == 5 ? 1 : 0;
+    return factor <= 4 ? ((r % 16) >> (factor - 1)) & 1 : (factor == kFactors ? 1 : 0);
+  };
+  std::vector<std::vector<double>> records;
+  for (int r = 0; r <= 400; ++r) {
+    std::vector<double> row{r == 400 ? kMissing : 0.1 * (r % 7)};
+    for (int f = 1; f <= kFactors; ++f) row.push_back(codeOf(r, f));
+    records.push_back(row);
+  }
+  RowsIterator rows(records);
+  GLMMDesignBuilder builder(settings, list);
+  ASSERT_TRUE(builder.Build(&rows).IsOK());
+  const MCEngine_850::MCEngineInput& input = builder.GetInput();
+  ASSERT_EQ(input.GetNColumns(), 17);  // the intercept and the 16 cells held
+  const std::vector<MCMath_850::MCRegrParameter>& params = builder.GetBetaParameters();
+  ASSERT_EQ(params.size(), 17u);
+  for (std::size_t c = 2; c < params.size(); ++c) {
+    EXPECT_LT(params[c - 1].GetCategories(), params[c].GetCategories()) << "cells in the order of the full listing";
+  }
+  for (int r = 0; r < 400; ++r) {
+    int nonzero = 0;
+    for (int c = 1; c < 17; ++c) {
+      if (X(input, r, c) == 0.0) continue;
+      ++nonzero;
+      const MCMath_850::MCRegrParameter& param = params[static_cast<std::size_t>(c)];
+      for (std::size_t i = 0; i < param.GetFactors().size(); ++i) {
+        EXPECT_EQ(param.GetCategories()[i], codeOf(r, param.GetFactors()[i])) << "record " << r;
+      }
+    }
+    EXPECT_EQ(nonzero, 1) << "record " << r;
+  }
+  // A design of one record to score reuses the fit's cells.
+  GLMMDesignBuilder scoring(settings, list);
+  scoring.UseCells(builder.GetPresentCells());
+  RowsIterator one({records[5]});
+  ASSERT_TRUE(scoring.Build(&one).IsOK());
+  ASSERT_EQ(scoring.GetInput().GetNColumns(), 17);
+  // Record 5 has f1..f4 = 1 0 1 0, the eleventh of the cells in order.
+  const int column = 1 + 8 * codeOf(5, 1) + 4 * codeOf(5, 2) + 2 * codeOf(5, 3) + codeOf(5, 4);
+  EXPECT_EQ(column, 11);
+  EXPECT_EQ(scoring.GetBetaParameters()[11].GetCategories(), params[11].GetCategories());
+  EXPECT_EQ(X(scoring.GetInput(), 0, column), 1.0);
 }

@@ -54,7 +54,8 @@ bool MCEngineDataBuilder::IsDiagonalType(MCEngineCovType type) {
   return type == MCEngineCovType::ID || type == MCEngineCovType::VC || type == MCEngineCovType::DIAG;
 }
 
-std::vector<bool> MCEngineDataBuilder::FindAliased(const std::vector<double>& xtx, int P, double tol) {
+std::vector<bool> MCEngineDataBuilder::FindAliased(const std::vector<double>& xtx, int P, double tol,
+                                                   MCStopPoll* pPoll) {
   std::vector<double> a(xtx);
   std::vector<bool> aliased(U(P), false);
   auto at = [&](int i, int j) -> double& { return a[U(i) * U(P) + U(j)]; };
@@ -65,6 +66,7 @@ std::vector<bool> MCEngineDataBuilder::FindAliased(const std::vector<double>& xt
       aliased[U(k)] = true;
       continue;
     }
+    if (pPoll != nullptr && pPoll->Step(static_cast<double>(P - k) * (P - k))) break;
     // Sweep on pivot k; only the not yet visited part matters for later pivots.
     for (int i = k + 1; i < P; ++i) {
       const double f = at(i, k) / pivot;
@@ -76,15 +78,24 @@ std::vector<bool> MCEngineDataBuilder::FindAliased(const std::vector<double>& xt
 }
 
 MCEngineStatus MCEngineDataBuilder::Build(const MCEngineInput& input, double singularTolerance,
-                                          MCEngineData& data) {
+                                          MCEngineData& data, const MCCommon_850::MCQueryCancel* pCancel) {
   data = MCEngineData();
+  const MCEngineStatus cancelled(MCEngineStatus::kCancelled, MCEngineStatus::kError);
+  MCStopPoll poll(pCancel);
   if (!IsConsistent(input)) return Invalid();
-  const std::vector<int> used = UsableRecords(input);
+  const std::vector<int> used = UsableRecords(input, poll);
+  if (poll.Stopped()) return cancelled;
   if (used.empty()) return MCEngineStatus(MCEngineStatus::kNoValidCases, MCEngineStatus::kError);
-  DecideAliasing(input, used, singularTolerance, data);
-  LayOutByGroup(used, FindGroups(input, used), data);
-  CopyRecords(input, data);
-  for (std::size_t b = 0; b < input.GetRandomBlocks().size(); ++b) LayOutRandomBlock(input, static_cast<int>(b), data);
+  DecideAliasing(input, used, singularTolerance, data, poll);
+  if (poll.Stopped()) return cancelled;
+  const std::vector<int> groupOf = FindGroups(input, used, poll);
+  if (poll.Stopped()) return cancelled;
+  LayOutByGroup(used, groupOf, data);
+  CopyRecords(input, data, poll);
+  for (std::size_t b = 0; b < input.GetRandomBlocks().size() && !poll.Stopped(); ++b) {
+    LayOutRandomBlock(input, static_cast<int>(b), data, poll);
+  }
+  if (poll.Stopped()) return cancelled;
   const MCEngineStatus residual = LayOutResidual(input.GetResidualBlock(), data);
   if (residual.IsError()) return residual;
   return AssignFrequencyWeights(input.GetFrequencyWeights(), data);
@@ -151,7 +162,7 @@ bool MCEngineDataBuilder::PositionsGiven(const MCEngineResidualBlock& res) {
   return !res.GetPositions().empty() && !IsSpatial(res);
 }
 
-std::vector<int> MCEngineDataBuilder::UsableRecords(const MCEngineInput& input) {
+std::vector<int> MCEngineDataBuilder::UsableRecords(const MCEngineInput& input, MCStopPoll& poll) {
   const int n = input.GetNRecords();
   const int P = input.GetNColumns();
   const std::vector<double>& fw = input.GetFrequencyWeights();
@@ -165,6 +176,7 @@ std::vector<int> MCEngineDataBuilder::UsableRecords(const MCEngineInput& input) 
   std::vector<int> used;
   used.reserve(U(n));
   for (int r = 0; r < n; ++r) {
+    if (poll.Step(P + 1.0)) break;
     bool ok = std::isfinite(y[U(r)]);
     for (int c = 0; ok && c < P; ++c) ok = std::isfinite(X[U(r) * U(P) + U(c)]);
     if (ok && !fw.empty()) ok = std::isfinite(fw[U(r)]) && fw[U(r)] > 0.0;
@@ -185,7 +197,7 @@ std::vector<int> MCEngineDataBuilder::UsableRecords(const MCEngineInput& input) 
 }
 
 void MCEngineDataBuilder::DecideAliasing(const MCEngineInput& input, const std::vector<int>& used, double tol,
-                                         MCEngineData& data) {
+                                         MCEngineData& data, MCStopPoll& poll) {
   const int P = input.GetNColumns();
   const std::vector<double>& fw = input.GetFrequencyWeights();
   const std::vector<double>& sw = input.GetScaleWeights();
@@ -205,15 +217,18 @@ void MCEngineDataBuilder::DecideAliasing(const MCEngineInput& input, const std::
       const double wi = w * row[i];
       for (int j : nz) data.fvXtX[U(i) * U(P) + U(j)] += wi * row[j];
     }
+    if (poll.Step(P + static_cast<double>(nz.size()) * nz.size())) return;
   }
-  data.fvAliased = FindAliased(data.fvXtX, P, tol);
+  data.fvAliased = FindAliased(data.fvXtX, P, tol, &poll);
+  if (poll.Stopped()) return;
   for (int c = 0; c < P; ++c) {
     if (!data.fvAliased[U(c)]) data.fvKept.push_back(c);
   }
   data.fRank = static_cast<int>(data.fvKept.size());
 }
 
-std::vector<int> MCEngineDataBuilder::FindGroups(const MCEngineInput& input, const std::vector<int>& used) {
+std::vector<int> MCEngineDataBuilder::FindGroups(const MCEngineInput& input, const std::vector<int>& used,
+                                                 MCStopPoll& poll) {
   const int nu = static_cast<int>(used.size());
   // Records coupled by a random block or by the residual join one group.
   UnionFind uf(nu);
@@ -225,6 +240,7 @@ std::vector<int> MCEngineDataBuilder::FindGroups(const MCEngineInput& input, con
       const long long s = block.GetSubjects().empty() ? 0 : block.GetSubjects()[U(r)];
       const int e0 = block.GetRowStart()[U(r)];
       const int e1 = block.GetRowStart()[U(r) + 1];
+      if (poll.Step(1.0 + e1 - e0)) return {};
       for (int e = e0; e < e1; ++e) {
         if (block.GetValues()[U(e)] == 0.0) continue;
         const long long key = diagonal ? s * static_cast<long long>(block.GetNColumns()) + block.GetColIndex()[U(e)] : s;
@@ -282,7 +298,7 @@ void MCEngineDataBuilder::LayOutByGroup(const std::vector<int>& used, const std:
   data.fvComponentStart.push_back(nu);
 }
 
-void MCEngineDataBuilder::CopyRecords(const MCEngineInput& input, MCEngineData& data) {
+void MCEngineDataBuilder::CopyRecords(const MCEngineInput& input, MCEngineData& data, MCStopPoll& poll) {
   const int nu = data.fNRecords;
   const int P = input.GetNColumns();
   const std::vector<double>& y = input.GetY();
@@ -300,6 +316,7 @@ void MCEngineDataBuilder::CopyRecords(const MCEngineInput& input, MCEngineData& 
   data.fvXr.resize(U(nu) * U(data.fRank));
   data.fvScaleWeight.resize(U(nu));
   for (int k = 0; k < nu; ++k) {
+    if (poll.Step(data.fRank + 1.0)) return;
     const int r = data.fvOriginalIndex[U(k)];
     data.fvY[U(k)] = y[U(r)] / data.fYScale;
     data.fvScaleWeight[U(k)] = sw.empty() ? 1.0 : sw[U(r)];
@@ -320,29 +337,35 @@ int MCEngineDataBuilder::EffectsOfColumns(const MCEngineRandomBlock& block, std:
 }
 
 bool MCEngineDataBuilder::SplitsByEffect(const MCEngineRandomBlock& block, const std::vector<int>& effectOf,
-                                         int nEffects, const MCEngineData& data) {
+                                         int nEffects, const MCEngineData& data, MCStopPoll& poll) {
   const MCEngineCovType type = block.GetCovType();
   if (!((type == MCEngineCovType::VC || type == MCEngineCovType::ID) && block.GetNColumns() > 1)) return false;
+  // The record each effect was last seen on: no clearing per record.
+  std::vector<int> seenOn(U(nEffects), -1);
   for (int k = 0; k < data.fNRecords; ++k) {
     const int r = data.fvOriginalIndex[U(k)];
-    std::vector<char> seen(U(nEffects), 0);
-    for (int e = block.GetRowStart()[U(r)]; e < block.GetRowStart()[U(r) + 1]; ++e) {
+    const int e0 = block.GetRowStart()[U(r)];
+    const int e1 = block.GetRowStart()[U(r) + 1];
+    if (poll.Step(1.0 + e1 - e0)) return false;
+    for (int e = e0; e < e1; ++e) {
       if (block.GetValues()[U(e)] == 0.0) continue;
-      char& flag = seen[U(effectOf[U(block.GetColIndex()[U(e)])])];
-      if (flag) return false;
-      flag = 1;
+      int& last = seenOn[U(effectOf[U(block.GetColIndex()[U(e)])])];
+      if (last == k) return false;
+      last = k;
     }
   }
   return true;
 }
 
-void MCEngineDataBuilder::LayOutRandomBlock(const MCEngineInput& input, int b, MCEngineData& data) {
+void MCEngineDataBuilder::LayOutRandomBlock(const MCEngineInput& input, int b, MCEngineData& data,
+                                            MCStopPoll& poll) {
   const MCEngineRandomBlock& block = input.GetRandomBlocks()[U(b)];
   const MCEngineCovType type = block.GetCovType();
   const int q = block.GetNColumns();
   std::vector<int> effectOf;
   const int nEffects = EffectsOfColumns(block, effectOf);
-  const bool split = SplitsByEffect(block, effectOf, nEffects, data);
+  const bool split = SplitsByEffect(block, effectOf, nEffects, data, poll);
+  if (poll.Stopped()) return;
   const int nParts = split ? nEffects : 1;
   for (int part = 0; part < nParts; ++part) {
     MCEngineBlockData bd;
@@ -356,6 +379,7 @@ void MCEngineDataBuilder::LayOutRandomBlock(const MCEngineInput& input, int b, M
     bd.fvRowStart.assign(1, 0);
     for (int k = 0; k < data.fNRecords; ++k) {
       const int r = data.fvOriginalIndex[U(k)];
+      if (poll.Step(1.0 + block.GetRowStart()[U(r) + 1] - block.GetRowStart()[U(r)])) return;
       const long long s = block.GetSubjects().empty() ? 0 : block.GetSubjects()[U(r)];
       long long key = s;
       for (int e = block.GetRowStart()[U(r)]; e < block.GetRowStart()[U(r) + 1]; ++e) {

@@ -151,7 +151,8 @@ MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngin
       !(settings.GetConfidenceLevel() < 100.0)) {
     return Finish(MCEngineStatus(MCEngineStatus::kInvalidSettings, MCEngineStatus::kError));
   }
-  MCEngineStatus status = MCEngineDataBuilder::Build(input, settings.GetSingularTolerance(), fData);
+  MCEngineStatus status =
+      MCEngineDataBuilder::Build(input, settings.GetSingularTolerance(), fData, settings.GetCancel());
   if (status.IsError()) return Finish(status);
   fResult.SetNRecordsUsed(fData.fNRecords);
   fResult.SetTotalFreqWeight(fData.fTotalWeight);
@@ -369,6 +370,9 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   if (!fpEvaluator->Evaluate(theta, MCEngineEvaluator::kHessian, reml, ev)) {
     fResult.SetStatus(MCEngineStatus(MCEngineStatus::kPostEstimationFailed, MCEngineStatus::kError));
     return;
+  }
+  if (const auto* bySubject = dynamic_cast<const MCEngineSubjectEvaluator*>(fpEvaluator.get())) {
+    fResult.SetGroupPairProducts(bySubject->GetPairProducts());
   }
   const double dof = reml ? N - p : N;
   const double m2ll =

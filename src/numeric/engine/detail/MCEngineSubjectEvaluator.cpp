@@ -34,6 +34,11 @@ void AddAt(Eigen::MatrixXd& big, const int* idx, double f, const Product& produc
   }
 }
 
+// The place of the pair k <= l in the upper triangle of K x K, row by row.
+inline std::size_t PairIndex(int k, int l, int K) {
+  return U(k) * U(K) - U(k) * (U(k) - 1) / 2 + U(l - k);
+}
+
 }  // namespace
 
 MCEngineSubjectEvaluator::MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model)
@@ -181,6 +186,85 @@ void MCEngineSubjectEvaluator::AddResidual(const Component& c, const Eigen::Matr
   }
 }
 
+void MCEngineSubjectEvaluator::FormLowRank(const Component& c, const Eigen::MatrixXd& W, const Eigen::MatrixXd& Xb,
+                                           LowRank& lr) const {
+  const int nb = fModel.GetNBlocks();
+  lr.fvPos.assign(U(nb), 0);
+  lr.fvLen.assign(U(nb), 0);
+  lr.fvGroup0.assign(U(nb), 0);
+  // The groups come block after block, so a block's subjects are adjacent.
+  int Q = 0;
+  for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+    const RandomGroup& rg = fvGroups[U(g)];
+    if (lr.fvLen[U(rg.fBlock)] == 0) {
+      lr.fvPos[U(rg.fBlock)] = Q;
+      lr.fvGroup0[U(rg.fBlock)] = g;
+    }
+    lr.fvLen[U(rg.fBlock)] += rg.fNCols;
+    Q += rg.fNCols;
+  }
+  const int m = c.fM;
+  lr.fZW.setZero(m, Q);
+  int at = 0;
+  for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+    const RandomGroup& rg = fvGroups[U(g)];
+    Eigen::Map<const Eigen::MatrixXd> Z(&fvZ[U(rg.fZOffset)], rg.fNRows, rg.fNCols);
+    const int* rows = &fvRows[U(rg.fRowOffset)];
+    for (int j = 0; j < rg.fNCols; ++j) {
+      for (int a = 0; a < rg.fNRows; ++a) {
+        const double z = Z(a, j);
+        if (z != 0.0) lr.fZW.col(at + j) += z * W.col(rows[a]);
+      }
+    }
+    at += rg.fNCols;
+  }
+  lr.fM.resize(Q, Q);
+  at = 0;
+  for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+    const RandomGroup& rg = fvGroups[U(g)];
+    Eigen::Map<const Eigen::MatrixXd> Z(&fvZ[U(rg.fZOffset)], rg.fNRows, rg.fNCols);
+    const int* rows = &fvRows[U(rg.fRowOffset)];
+    Eigen::MatrixXd ZWrows(rg.fNRows, Q);
+    for (int a = 0; a < rg.fNRows; ++a) ZWrows.row(a) = lr.fZW.row(rows[a]);
+    lr.fM.middleRows(at, rg.fNCols).noalias() = Z.transpose() * ZWrows;
+    at += rg.fNCols;
+  }
+  lr.fU.noalias() = lr.fZW.transpose() * Xb;
+}
+
+void MCEngineSubjectEvaluator::AddRandomPair(int k, int l, const LowRank& lr, const std::vector<Eigen::MatrixXd>& Dk,
+                                             const std::vector<Eigen::MatrixXd>& Lk, double f, const int* idx,
+                                             Eigen::MatrixXd& trWW, Eigen::MatrixXd& B) const {
+  const int bk = fModel.GetBlockOf(k), bl = fModel.GetBlockOf(l);
+  const int pk = lr.fvPos[U(bk)], nk = lr.fvLen[U(bk)];
+  const int pl = lr.fvPos[U(bl)], nl = lr.fvLen[U(bl)];
+  if (nk == 1 && nl == 1) {
+    // One column each (a one-column block's subject): all of it is scalars.
+    const double mkl = lr.fM(pk, pl);
+    trWW(k, l) += f * Dk[U(k)](0, 0) * Dk[U(l)](0, 0) * mkl * mkl;
+    AddAt(B, idx, f * mkl, Lk[U(k)].transpose() * Lk[U(l)]);
+    return;
+  }
+  const auto Mkl = lr.fM.block(pk, pl, nk, nl);
+  trWW(k, l) += f * (Dk[U(k)] * Mkl).cwiseProduct(Mkl * Dk[U(l)]).sum();
+  AddAt(B, idx, f, Lk[U(k)].transpose() * Mkl * Lk[U(l)]);
+}
+
+void MCEngineSubjectEvaluator::BlockDerivative(const Component& c, int b, const Eigen::MatrixXd& dG,
+                                               const LowRank& lr, Eigen::MatrixXd& D) const {
+  const int len = lr.fvLen[U(b)];
+  D.setZero(len, len);
+  int at = 0;
+  for (int g = lr.fvGroup0[U(b)]; g < c.fGroup1 && at < len; ++g) {
+    const RandomGroup& rg = fvGroups[U(g)];
+    const int* cols = &fvCols[U(rg.fColOffset)];
+    for (int a = 0; a < rg.fNCols; ++a) {
+      for (int e = 0; e < rg.fNCols; ++e) D(at + a, at + e) = dG(cols[a], cols[e]);
+    }
+    at += rg.fNCols;
+  }
+}
+
 bool MCEngineSubjectEvaluator::EmpiricalMeat(const Eigen::VectorXd& theta, const Eigen::VectorXd& beta,
                                              Eigen::MatrixXd& meat) const {
   const int p = fData.fRank;
@@ -243,11 +327,12 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     if (hessian) {
       for (int k = 0; k < K; ++k) {
         if (Cancelled()) return false;
-        for (int l = k; l < K; ++l) {
-          const int b = fModel.GetBlockOf(k);
-          if (fModel.GetBlockOf(l) != b) continue;
-          const MCCovStructure& s = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
-          if (s.IsLinear()) continue;
+        const int b = fModel.GetBlockOf(k);
+        const MCCovStructure& s = b < 0 ? fModel.GetResidual() : fModel.GetBlock(b);
+        if (s.IsLinear()) continue;
+        // A block's parameters are adjacent.
+        const int end = b < 0 ? K : fModel.GetBlockOffset(b) + s.GetNParams();
+        for (int l = k; l < end; ++l) {
           Eigen::MatrixXd d;
           s.SecondDerivative(fModel.Segment(theta, b), fModel.GetLocalIndex(k), fModel.GetLocalIndex(l), d);
           if (d.cwiseAbs().maxCoeff() == 0.0) continue;
@@ -269,17 +354,24 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     trW = Eigen::VectorXd::Zero(K);
     trWW = Eigen::MatrixXd::Zero(K, K);
     Abar.assign(U(K), Eigen::MatrixXd::Zero(q, q));
-    Bbar.assign(U(K * K), Eigen::MatrixXd());
-    for (int k = 0; k < K; ++k) {
-      if (Cancelled()) return false;
-      for (int l = k; l < K; ++l) Bbar[U(k * K + l)] = Eigen::MatrixXd::Zero(q, q);
-    }
+    // A pair's product is formed when a group holds both of its parameters;
+    // pairs of blocks that share no group keep none.
+    Bbar.assign(U(K) * U(K + 1) / 2, Eigen::MatrixXd());
     trW2 = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(secondPairs.size()));
     A2bar.assign(secondPairs.size(), Eigen::MatrixXd::Zero(q, q));
   }
 
   Eigen::MatrixXd V, Xb, W, WX, S;
   std::vector<Eigen::MatrixXd> Vk(U(K)), WVk(U(K)), Tk(U(K));
+  // Random parameters: D and D U over their block's columns; residual
+  // parameters: Vk ZW and ZW' Tk.
+  std::vector<Eigen::MatrixXd> Dk(U(K)), Lk(U(K)), VkZW(U(K)), Pk(U(K));
+  LowRank lr;
+  auto pairProduct = [&](int k, int l) -> Eigen::MatrixXd& {
+    Eigen::MatrixXd& B = Bbar[PairIndex(k, l, K)];
+    if (B.size() == 0) B.setZero(q, q);
+    return B;
+  };
   std::vector<int> relevant;
   std::vector<char> blockPresent(U(nb));
   Eigen::LLT<Eigen::MatrixXd> llt;
@@ -316,49 +408,86 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     WX.noalias() = W * Xb;
     AddAt(Mbar, idx, f, Xb.transpose() * WX);
 
+    FormLowRank(c, W, Xb, lr);
     relevant.clear();
     for (int k = 0; k < K; ++k) {
       const int b = fModel.GetBlockOf(k);
       if (b >= 0 && !blockPresent[U(b)]) continue;
       relevant.push_back(k);
-      Vk[U(k)].setZero(m, m);
       if (b >= 0) {
-        for (int g = c.fGroup0; g < c.fGroup1; ++g) {
-          if (fvGroups[U(g)].fBlock == b) AddRandom(fvGroups[U(g)], dS[U(k)], Vk[U(k)]);
-        }
-      } else {
-        AddResidual(c, dS[U(k)], Vk[U(k)]);
+        const auto Ub = lr.fU.middleRows(lr.fvPos[U(b)], lr.fvLen[U(b)]);
+        BlockDerivative(c, b, dS[U(k)], lr, Dk[U(k)]);
+        Lk[U(k)].noalias() = Dk[U(k)] * Ub;
+        const auto Mbb = lr.fM.block(lr.fvPos[U(b)], lr.fvPos[U(b)], lr.fvLen[U(b)], lr.fvLen[U(b)]);
+        trW[k] += f * Dk[U(k)].cwiseProduct(Mbb).sum();
+        AddAt(Abar[U(k)], idx, f, Ub.transpose() * Lk[U(k)]);
+        continue;
       }
+      Vk[U(k)].setZero(m, m);
+      AddResidual(c, dS[U(k)], Vk[U(k)]);
       WVk[U(k)].noalias() = W * Vk[U(k)];
       Tk[U(k)].noalias() = Vk[U(k)] * WX;
+      VkZW[U(k)].noalias() = Vk[U(k)] * lr.fZW;
+      Pk[U(k)].noalias() = lr.fZW.transpose() * Tk[U(k)];
       trW[k] += f * WVk[U(k)].trace();
       AddAt(Abar[U(k)], idx, f, WX.transpose() * Tk[U(k)]);
     }
     for (std::size_t a = 0; a < relevant.size(); ++a) {
       if (Cancelled()) return false;
       const int k = relevant[a];
-      const Eigen::MatrixXd WTk = W * Tk[U(k)];
+      const int bk = fModel.GetBlockOf(k);
+      Eigen::MatrixXd WTk;
+      if (bk < 0) WTk.noalias() = W * Tk[U(k)];
       for (std::size_t bidx = a; bidx < relevant.size(); ++bidx) {
         const int l = relevant[bidx];
-        trWW(k, l) += f * TraceOfProduct(WVk[U(k)], WVk[U(l)]);
-        AddAt(Bbar[U(k * K + l)], idx, f, WTk.transpose() * Tk[U(l)]);
+        const int bl = fModel.GetBlockOf(l);
+        if (bk >= 0 && bl >= 0) {
+          AddRandomPair(k, l, lr, Dk, Lk, f, idx, trWW, pairProduct(k, l));
+        } else if (bk < 0 && bl < 0) {
+          trWW(k, l) += f * TraceOfProduct(WVk[U(k)], WVk[U(l)]);
+          AddAt(pairProduct(k, l), idx, f, WTk.transpose() * Tk[U(l)]);
+        } else {
+          // One residual parameter r and one random parameter s of block bs:
+          // tr(W Vr W Z Ds Z') = sum(Ds .* (ZW' Vr ZW)) over the block's
+          // columns, and X~'W Vr W Vs W X~ = (ZW' Tr)' Ds U = Pr' Ls.
+          const int r = bk < 0 ? k : l;
+          const int sp = bk < 0 ? l : k;
+          const int bs = fModel.GetBlockOf(sp);
+          const int pos = lr.fvPos[U(bs)], len = lr.fvLen[U(bs)];
+          const Eigen::MatrixXd G = lr.fZW.middleCols(pos, len).transpose() * VkZW[U(r)].middleCols(pos, len);
+          trWW(k, l) += f * G.cwiseProduct(Dk[U(sp)]).sum();
+          const auto Pr = Pk[U(r)].middleRows(pos, len);
+          if (k == r) {
+            AddAt(pairProduct(k, l), idx, f, Pr.transpose() * Lk[U(sp)]);
+          } else {
+            AddAt(pairProduct(k, l), idx, f, Lk[U(sp)].transpose() * Pr);
+          }
+        }
       }
     }
     for (std::size_t s = 0; s < secondPairs.size(); ++s) {
       const int k = secondPairs[s].first;
       const int b = fModel.GetBlockOf(k);
       if (b >= 0 && !blockPresent[U(b)]) continue;
-      Eigen::MatrixXd Vkl = Eigen::MatrixXd::Zero(m, m);
       if (b >= 0) {
-        for (int g = c.fGroup0; g < c.fGroup1; ++g) {
-          if (fvGroups[U(g)].fBlock == b) AddRandom(fvGroups[U(g)], d2S[s], Vkl);
-        }
-      } else {
-        AddResidual(c, d2S[s], Vkl);
+        Eigen::MatrixXd D2;
+        BlockDerivative(c, b, d2S[s], lr, D2);
+        const auto Ub = lr.fU.middleRows(lr.fvPos[U(b)], lr.fvLen[U(b)]);
+        const auto Mbb = lr.fM.block(lr.fvPos[U(b)], lr.fvPos[U(b)], lr.fvLen[U(b)], lr.fvLen[U(b)]);
+        trW2[static_cast<Eigen::Index>(s)] += f * D2.cwiseProduct(Mbb).sum();
+        AddAt(A2bar[s], idx, f, Ub.transpose() * D2 * Ub);
+        continue;
       }
+      Eigen::MatrixXd Vkl = Eigen::MatrixXd::Zero(m, m);
+      AddResidual(c, d2S[s], Vkl);
       trW2[static_cast<Eigen::Index>(s)] += f * TraceOfProduct(W, Vkl);
       AddAt(A2bar[s], idx, f, WX.transpose() * Vkl * WX);
     }
+  }
+
+  if (derivs) {
+    fPairProducts = 0.0;
+    for (const Eigen::MatrixXd& B : Bbar) fPairProducts += B.size() > 0 ? 1.0 : 0.0;
   }
 
   // Copies of weighted records.
@@ -423,12 +552,16 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   if (hessian) out.fHessObserved.resize(K, K);
   for (int k = 0; k < K; ++k) {
     for (int l = k; l < K; ++l) {
-      const Eigen::MatrixXd& B = Bbar[U(k * K + l)];
+      const Eigen::MatrixXd& B = Bbar[PairIndex(k, l, K)];
+      const bool held = B.size() > 0;
       double e = trWW(k, l);
-      if (reml) e += -2.0 * TraceOfProduct(C, B.topLeftCorner(p, p)) + TraceOfProduct(CA[U(k)], CA[U(l)]);
+      if (reml) {
+        if (held) e -= 2.0 * TraceOfProduct(C, B.topLeftCorner(p, p));
+        e += TraceOfProduct(CA[U(k)], CA[U(l)]);
+      }
       out.fHessExpected(k, l) = out.fHessExpected(l, k) = e;
       if (hessian) {
-        const double quad2 = bvec.dot(B * bvec) - avec[U(k)].dot(C * avec[U(l)]);
+        const double quad2 = (held ? bvec.dot(B * bvec) : 0.0) - avec[U(k)].dot(C * avec[U(l)]);
         const double h = -e + 2.0 * quad2;
         out.fHessObserved(k, l) = out.fHessObserved(l, k) = h;
       }

@@ -21,6 +21,9 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
 
   // Records times (fixed columns reached + 1)^2, summed over the groups.
   double GetProductEntries() const;
+  // The pairs of parameters whose products the last evaluation with
+  // derivatives held: those some group holds both of.
+  double GetPairProducts() const { return fPairProducts; }
 
   // The middle of the empirical covariance of the fixed estimates:
   // sum over groups of f_i X_i' V_i^-1 e_i e_i' V_i^-1 X_i, with e = y - X beta,
@@ -54,7 +57,32 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
     int fXCol0 = 0, fXCol1 = 0;
   };
 
+  // A group's random effects as pieces of low rank: the random columns of
+  // all its subjects side by side (Z, block after block), with W = V^-1,
+  // ZW = W Z, M = Z' W Z and U = Z' W [X y] over the group's own fixed
+  // columns. A random parameter's derivative of V is Z D Z' with D nonzero
+  // on its block's columns only, so its trace terms and the products of a
+  // pair of them cost the pair's columns, not the group's records squared.
+  struct LowRank {
+    Eigen::MatrixXd fZW, fM, fU;
+    // Per block, the first column of its subjects in Z and their count (0
+    // when the block has no subject in the group), and its groups.
+    std::vector<int> fvPos, fvLen, fvGroup0;
+  };
+
   void BuildGroups();
+  void FormLowRank(const Component& c, const Eigen::MatrixXd& W, const Eigen::MatrixXd& Xb, LowRank& lr) const;
+  // The products of random parameters k <= l over a group, with Dk and
+  // Lk = Dk U of each: tr(W Vk W Vl) = sum((Dk Mkl) .* (Mkl Dl)) into
+  // trWW(k, l) and X~'W Vk W Vl W X~ = Lk' Mkl Ll into B, Mkl the rows of
+  // k's block and the columns of l's in M.
+  void AddRandomPair(int k, int l, const LowRank& lr, const std::vector<Eigen::MatrixXd>& Dk,
+                     const std::vector<Eigen::MatrixXd>& Lk, double f, const int* idx, Eigen::MatrixXd& trWW,
+                     Eigen::MatrixXd& B) const;
+  // D for the block's parameter whose structure derivative is dG: dG over
+  // each subject's columns, block diagonal over the block's subjects.
+  void BlockDerivative(const Component& c, int b, const Eigen::MatrixXd& dG, const LowRank& lr,
+                       Eigen::MatrixXd& D) const;
   void FindFixedColumns(Component& comp);
   // The group's records on its fixed columns, the response last.
   void FillDesign(const Component& c, Eigen::MatrixXd& Xb) const;
@@ -73,6 +101,7 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
   std::vector<double> fvZ;
   std::vector<int> fvResRows;
   std::vector<int> fvXCols;
+  double fPairProducts = 0.0;
 };
 
 }  // namespace MCEngine_850
