@@ -6,8 +6,8 @@
 #include <climits>
 #include <vector>
 
-#include "numeric/common/MCQueryCancel.h"
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestCancelAfter.h"
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
 
 using namespace MCEngine_850;
@@ -20,17 +20,7 @@ constexpr int kSubjects = 100;
 
 std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
-// Says "stop" from the given question on (0 = the first), and counts them.
-class StopAt : public MCCommon_850::MCQueryCancel {
- public:
-  explicit StopAt(int question) : fQuestion(question) {}
-  bool IsCancelled() const override { return fCount++ >= fQuestion; }
-  int GetCount() const { return fCount; }
-
- private:
-  int fQuestion;
-  mutable int fCount = 0;
-};
+using StopAt = MCEngineTestCancelAfter;
 
 // An intercept and a factor of kLevels levels over kRecords records, with a
 // random intercept per subject: a dense design of kLevels + 1 columns.

@@ -9,6 +9,7 @@
 #include "numeric/common/MCProgressObserver.h"
 #include "numeric/common/MCQueryCancel.h"
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestCancelAfter.h"
 #include "numeric/engine/MCEngineTestCsv.h"
 #include "numeric/engine/MCEngineTestDesign.h"
 #include "numeric/engine/MCEngineTestFixture.h"
@@ -45,17 +46,7 @@ MCEngineSettings Robust(MCEngineSettings::SolverPath path = MCEngineSettings::kA
   return s;
 }
 
-// Says "stop" from the given poll on (0 = the first), and counts the polls.
-class CancelAfter : public MCCommon_850::MCQueryCancel {
- public:
-  explicit CancelAfter(int polls) : fPolls(polls) {}
-  bool IsCancelled() const override { return fCount++ >= fPolls; }
-  int GetCount() const { return fCount; }
-
- private:
-  int fPolls;
-  mutable int fCount = 0;
-};
+using CancelAfter = MCEngineTestCancelAfter;
 
 // The polls a fit makes at most after the one that said "stop": the
 // evaluation that asked returns, and each step that follows asks once

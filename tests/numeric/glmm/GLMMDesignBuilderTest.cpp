@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "numeric/common/MCMV.h"
-#include "numeric/common/MCQueryCancel.h"
 #include "numeric/common/MCStatusCode.h"
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestCancelAfter.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/glmm/GLMMTestRows.h"
 #include "numeric/xml/MCVarList.h"
@@ -242,14 +242,7 @@ TEST(GLMMDesignBuilder, CovarianceTypes) {
 
 namespace {
 
-// Says "stop" from the given question on (0 = the first), and counts them.
-class StopAt : public MCCommon_850::MCQueryCancel {
- public:
-  explicit StopAt(int question) : fQuestion(question) {}
-  bool IsCancelled() const override { return fCount++ >= fQuestion; }
-  int fQuestion;
-  mutable int fCount = 0;
-};
+using StopAt = MCEngineTestCancelAfter;
 
 // 400,000 records of the six variables, a crossing of a and b in the design.
 RowsIterator ManyRows() {
@@ -275,15 +268,15 @@ TEST(GLMMDesignBuilder, ItsPassesOverTheRecordsAskWhetherToStop) {
   // The response's pass alone reads 400,000 records of four variables, and
   // the design's pass the crossing's cell of each: a question at least
   // every 2^20 of such steps.
-  EXPECT_GE(never.fCount, 2);
-  for (int stopAt : {0, never.fCount - 1}) {
+  EXPECT_GE(never.GetCount(), 2);
+  for (int stopAt : {0, never.GetCount() - 1}) {
     StopAt stop(stopAt);
     settings.SetCancelPointer(&stop);
     GLMMDesignBuilder builder(settings, list);
     const MCCommon_850::MCStatus status = builder.Build(&rows);
     EXPECT_TRUE(status.IsError());
     EXPECT_EQ(status.GetErrorCode(), MCCommon_850::MC_CANCELLED);
-    EXPECT_EQ(stop.fCount, stopAt + 1) << "no question after the one that said stop";
+    EXPECT_EQ(stop.GetCount(), stopAt + 1) << "no question after the one that said stop";
   }
 }
 

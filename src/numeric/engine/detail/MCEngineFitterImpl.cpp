@@ -110,14 +110,22 @@ bool MCEngineFitterImpl::MakeEvaluator() {
   }
   if (path == MCEngineSettings::kSparseEquations) {
     const bool chosen = fSettings.GetSolverPath() == MCEngineSettings::kAutomatic;
-    auto sparse = std::make_unique<MCEngineSparseEvaluator>(fData, fModel);
     const double blocks = static_cast<double>(fData.fvBlocks.size()) + fData.fRank + 1.0;
-    const double costSparse = 3.0 * sparse->GetFactorFlops() + static_cast<double>(fData.fNRecords) * blocks * blocks;
-    if (!sparse->IsReady() && !chosen) return false;
-    if (!sparse->IsReady() || (chosen && !(4.0 * costSparse < GroupCost()))) {
+    const double costLayout = static_cast<double>(fData.fNRecords) * blocks * blocks;
+    // Laying the equations out costs each record the square of its blocks:
+    // when that alone loses to the groups, the layout is not built to learn
+    // what its factorisation would cost (many blocks on every record).
+    if (chosen && !(4.0 * costLayout < GroupCost())) {
       path = MCEngineSettings::kBySubject;
     } else {
-      fpEvaluator = std::move(sparse);
+      auto sparse = std::make_unique<MCEngineSparseEvaluator>(fData, fModel);
+      const double costSparse = 3.0 * sparse->GetFactorFlops() + costLayout;
+      if (!sparse->IsReady() && !chosen) return false;
+      if (!sparse->IsReady() || (chosen && !(4.0 * costSparse < GroupCost()))) {
+        path = MCEngineSettings::kBySubject;
+      } else {
+        fpEvaluator = std::move(sparse);
+      }
     }
   }
   if (path == MCEngineSettings::kMixedModelEquations) {
