@@ -90,7 +90,10 @@ void MIXOutput::DisplayInfoCriteria(const MCGLMM_850::GLMMOutputStats& stats) {
   // An ordinal target's likelihood is a full one over its thresholds too.
   const double nThresholds = static_cast<double>(stats.GetThresholdStats().size());
   double d = 0.0;
-  const bool restricted = thetaType == static_cast<int>(GLMMConst_850::REML) && nThresholds == 0.0;
+  // Laplace and quadrature maximise the likelihood itself, whatever METHOD= says.
+  const MCGLMM_850::GLMMTargetSpec& target = fpValidSpecs->GetTargetSpec();
+  const bool likelihood = !target.IsLinear() && target.GetFitMethod() != GLMMConst_850::FIT_PSEUDO_LIKELIHOOD;
+  const bool restricted = thetaType == static_cast<int>(GLMMConst_850::REML) && nThresholds == 0.0 && !likelihood;
   if (restricted) {
     d = nTheta;
     n -= nBeta;
@@ -107,6 +110,7 @@ void MIXOutput::DisplayInfoCriteria(const MCGLMM_850::GLMMOutputStats& stats) {
       fpProcedure->PivotTable(BpString("Information Criteria", true), BpString("Information Criteria", true), true);
   if (fpComOutputData != nullptr) fpComOutputData->AddTableCaption(table, false);
   table.Caption(BpString("Smaller is better ...", true));
+  if (likelihood) table.Caption(BpString("The likelihood is maximised itself ...", true));
 
   const BpFormatSpec format(MIXComOutputData::GetTableFormat(MIXCommandLayout::CRITERIA_FORMAT));
   BpDimension statistics = table.Dimension(BpString("Statistics", true), 2);

@@ -2,6 +2,7 @@
 
 #include "numeric/engine/detail/MCEngineFitterImpl.h"
 #include "numeric/engine/detail/MCEngineHypothesis.h"
+#include "numeric/engine/detail/MCEngineLaplace.h"
 #include "numeric/engine/detail/MCEngineOrdinal.h"
 #include "numeric/engine/detail/MCEnginePseudoLikelihood.h"
 
@@ -16,12 +17,16 @@ MCEngineStatus MCEngineFitter::Fit(const MCEngineInput& input, const MCEngineSet
   fpOrdinal.reset();
   if (settings.GetTarget().IsLinear()) return fpImpl->Fit(input, settings);
   if (MCEngineOrdinal::Applies(settings)) return FitOrdinal(input, settings);
-  // A target the engine cannot fit is refused, never fitted as normal.
-  if (!MCEnginePseudoLikelihood::CanFit(input, settings)) {
+  // A target the engine cannot fit is refused, never fitted as normal. A
+  // likelihood fit starts from the maximum pseudo-likelihood fit.
+  const bool likelihood = MCEngineLaplace::IsAsked(settings);
+  const MCEngineSettings start = likelihood ? MCEngineLaplace::StartSettings(settings) : settings;
+  if ((likelihood && !MCEngineLaplace::CanFit(input, settings)) || !MCEnginePseudoLikelihood::CanFit(input, start)) {
     return fpImpl->Refuse(MCEngineStatus(MCEngineStatus::kGeneralizedUnavailable, MCEngineStatus::kError));
   }
-  fpGeneralized = std::make_unique<MCEnginePseudoLikelihood>(input, settings);
-  const MCEngineStatus status = fpGeneralized->Fit(*fpImpl);
+  fpGeneralized = std::make_unique<MCEnginePseudoLikelihood>(input, start);
+  MCEngineStatus status = fpGeneralized->Fit(*fpImpl);
+  if (likelihood && !status.IsError()) status = MCEngineLaplace(input, settings).Fit(*fpImpl, *fpGeneralized);
   if (status.IsError()) {
     const bool separated = fpGeneralized->IsSeparated();
     fpGeneralized.reset();

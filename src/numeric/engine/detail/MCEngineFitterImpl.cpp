@@ -45,6 +45,7 @@ MCEngineStatus MCEngineFitterImpl::Finish(const MCEngineStatus& status) {
 
 MCEngineStatus MCEngineFitterImpl::Refuse(const MCEngineStatus& status) {
   fResult = MCEngineResult();
+  fbReplaced = false;
   fpHypothesis.reset();
   fpEvaluator.reset();
   return Finish(status);
@@ -151,6 +152,7 @@ int MCEngineFitterImpl::LargestGroup() const {
 MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngineSettings& settings) {
   fSettings = settings;
   fResult = MCEngineResult();
+  fbReplaced = false;
   fpHypothesis.reset();
   fpEvaluator.reset();
   fResult.SetREML(settings.GetREML());
@@ -399,7 +401,6 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
     }
   }
   const int nf = static_cast<int>(freeSet.size());
-  fResult.SetNCovParamsFree(nf);
   Eigen::MatrixXd asy;  // over the free parameters
   if (nf > 0) {
     Eigen::MatrixXd HF(nf, nf);
@@ -421,9 +422,64 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   }
   WarnIndefinite(theta);
   const bool haveAsy = asy.rows() == nf && nf > 0;
+  SetCovParamStatistics(theta, onBound, freeSet, asy);
+
+  // Fixed effects over all columns.
+  Eigen::VectorXd beta = Eigen::VectorXd::Zero(P);
+  Eigen::MatrixXd C = Eigen::MatrixXd::Zero(P, P);
+  for (int i = 0; i < p; ++i) {
+    beta[fData.fvKept[U(i)]] = ev.fBeta[i];
+    for (int j = 0; j < p; ++j) C(fData.fvKept[U(i)], fData.fvKept[U(j)]) = ev.fC(i, j);
+  }
+  std::vector<Eigen::MatrixXd> dC;
+  if (haveAsy) {
+    for (int k : freeSet) {
+      const Eigen::MatrixXd d = ev.fC * ev.fvA[U(k)] * ev.fC;
+      Eigen::MatrixXd full = Eigen::MatrixXd::Zero(P, P);
+      for (int i = 0; i < p; ++i) {
+        for (int j = 0; j < p; ++j) full(fData.fvKept[U(i)], fData.fvKept[U(j)]) = d(i, j);
+      }
+      dC.push_back(std::move(full));
+    }
+  }
+  fResult.SetModelCovBeta(ToRowMajor(C));
+  double nGroups = 0.0;
+  for (double w : fData.fvComponentWeight) nGroups += w;
+  fResult.SetNGroups(nGroups);
+  if (fSettings.GetRobustCovariance()) {
+    Eigen::MatrixXd robust;
+    if (!RobustCovariance(theta, ev, robust)) {
+      fResult.SetStatus(MCEngineStatus(MCEngineStatus::kPostEstimationFailed, MCEngineStatus::kError));
+      return;
+    }
+    if (robust.rows() == p) {
+      C.setZero();
+      for (int i = 0; i < p; ++i) {
+        for (int j = 0; j < p; ++j) C(fData.fvKept[U(i)], fData.fvKept[U(j)]) = robust(i, j);
+      }
+      fResult.SetCovBetaRobust(true);
+    }
+  }
+  double fixedDF = MCEngineMissing::Value();
+  if (fSettings.GetDFMethod() == MCEngineSettings::kResidual) {
+    fixedDF = N - p;
+  } else if (fResult.IsCovBetaRobust()) {
+    fixedDF = nGroups - 1.0;
+  }
+  SetFixedStatistics(beta, C, dC, haveAsy ? asy : Eigen::MatrixXd(), fixedDF);
+  SetInformationCriteria(input, m2ll, nf);
+  SetTests(input);
+  Unscale();
+}
+
+void MCEngineFitterImpl::SetCovParamStatistics(const Eigen::VectorXd& theta, const std::vector<bool>& onBound,
+                                               const std::vector<int>& freeSet, const Eigen::MatrixXd& asy) {
+  const int K = fModel.GetNParams();
+  const int nf = static_cast<int>(freeSet.size());
+  const bool haveAsy = asy.rows() == nf && nf > 0;
   const double alpha = 1.0 - fSettings.GetConfidenceLevel() / 100.0;
   const double zq = MCEngineProbability::NormalQuantile(1.0 - alpha / 2.0);
-
+  fResult.SetNCovParamsFree(nf);
   // Covariance parameters.
   std::vector<MCEngineCovParam> params(U(K));
   std::vector<double> asyFull(U(K) * U(K), MCEngineMissing::Value());
@@ -472,56 +528,20 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   }
   fResult.SetCovParams(params);
   fResult.SetCovParamsCov(asyFull);
+}
 
-  // Fixed effects over all columns.
-  Eigen::VectorXd beta = Eigen::VectorXd::Zero(P);
-  Eigen::MatrixXd C = Eigen::MatrixXd::Zero(P, P);
-  for (int i = 0; i < p; ++i) {
-    beta[fData.fvKept[U(i)]] = ev.fBeta[i];
-    for (int j = 0; j < p; ++j) C(fData.fvKept[U(i)], fData.fvKept[U(j)]) = ev.fC(i, j);
-  }
-  std::vector<Eigen::MatrixXd> dC;
-  if (haveAsy) {
-    for (int k : freeSet) {
-      const Eigen::MatrixXd d = ev.fC * ev.fvA[U(k)] * ev.fC;
-      Eigen::MatrixXd full = Eigen::MatrixXd::Zero(P, P);
-      for (int i = 0; i < p; ++i) {
-        for (int j = 0; j < p; ++j) full(fData.fvKept[U(i)], fData.fvKept[U(j)]) = d(i, j);
-      }
-      dC.push_back(std::move(full));
-    }
-  }
+void MCEngineFitterImpl::SetFixedStatistics(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
+                                            const std::vector<Eigen::MatrixXd>& dC, const Eigen::MatrixXd& asy,
+                                            double fixedDF) {
+  const int P = fData.fNColumns;
+  const double alpha = 1.0 - fSettings.GetConfidenceLevel() / 100.0;
+  fResult.SetFixedDF(fixedDF);
   Eigen::MatrixXd xtx(P, P);
   for (int i = 0; i < P; ++i) {
     for (int j = 0; j < P; ++j) xtx(i, j) = fData.fvXtX[U(i) * U(P) + U(j)];
   }
-  fResult.SetModelCovBeta(ToRowMajor(C));
-  double nGroups = 0.0;
-  for (double w : fData.fvComponentWeight) nGroups += w;
-  fResult.SetNGroups(nGroups);
-  if (fSettings.GetRobustCovariance()) {
-    Eigen::MatrixXd robust;
-    if (!RobustCovariance(theta, ev, robust)) {
-      fResult.SetStatus(MCEngineStatus(MCEngineStatus::kPostEstimationFailed, MCEngineStatus::kError));
-      return;
-    }
-    if (robust.rows() == p) {
-      C.setZero();
-      for (int i = 0; i < p; ++i) {
-        for (int j = 0; j < p; ++j) C(fData.fvKept[U(i)], fData.fvKept[U(j)]) = robust(i, j);
-      }
-      fResult.SetCovBetaRobust(true);
-    }
-  }
-  double fixedDF = MCEngineMissing::Value();
-  if (fSettings.GetDFMethod() == MCEngineSettings::kResidual) {
-    fixedDF = N - p;
-  } else if (fResult.IsCovBetaRobust()) {
-    fixedDF = nGroups - 1.0;
-  }
-  fResult.SetFixedDF(fixedDF);
   fpHypothesis = std::make_unique<MCEngineHypothesis>(xtx, fData.fvAliased);
-  fpHypothesis->SetEstimates(beta, C, dC, haveAsy ? asy : Eigen::MatrixXd());
+  fpHypothesis->SetEstimates(beta, C, dC, asy);
   fpHypothesis->SetFixedDF(fixedDF);
 
   std::vector<MCEngineBetaStat> betas(U(P));
@@ -549,7 +569,13 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   }
   fResult.SetBeta(betas);
   fResult.SetCovBeta(ToRowMajor(C));
+}
 
+void MCEngineFitterImpl::SetInformationCriteria(const MCEngineInput& input, double m2ll, int nf) {
+  const int p = fData.fRank;
+  const bool reml = fSettings.GetREML();
+  const double N = fData.fTotalWeight;
+  const double nGroups = fResult.GetNGroups();
   // Information criteria.
   const double d = reml ? nf : nf + p;
   double nStar = reml ? N - p : N;
@@ -568,8 +594,10 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   } else {
     nIC = reml ? N - p : N;
   }
-  SetInformationCriteria(fResult, m2ll, d, nStar, nIC);
+  MCEngine_850::SetInformationCriteria(fResult, m2ll, d, nStar, nIC);
+}
 
+void MCEngineFitterImpl::SetTests(const MCEngineInput& input) {
   // Tests of the fixed-effect terms.
   const std::vector<MCEngineTerm>& terms = input.GetTerms();
   std::vector<MCEngineTest> typeI, typeIII;
@@ -583,7 +611,35 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   }
   fResult.SetTypeITests(typeI);
   fResult.SetTypeIIITests(typeIII);
+}
+
+void MCEngineFitterImpl::ReplaceEstimates(const MCEngineInput& input, const Eigen::VectorXd& theta,
+                                          const std::vector<bool>& onBound, const Eigen::MatrixXd& asy,
+                                          const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, double m2ll) {
+  const int K = fModel.GetNParams();
+  const double c2 = fData.fYScale * fData.fYScale;
+  std::vector<int> freeSet;
+  for (int k = 0; k < K; ++k) {
+    if (!onBound[U(k)]) freeSet.push_back(k);
+  }
+  Eigen::VectorXd scaledTheta = theta;
+  for (int k = 0; k < K; ++k) scaledTheta[k] /= std::pow(c2, fModel.GetScalePower(k));
+  Eigen::MatrixXd scaledAsy = asy;
+  for (int a = 0; a < static_cast<int>(freeSet.size()); ++a) {
+    for (int b = 0; b < static_cast<int>(freeSet.size()); ++b) {
+      scaledAsy(a, b) /= std::pow(c2, fModel.GetScalePower(freeSet[U(a)]) + fModel.GetScalePower(freeSet[U(b)]));
+    }
+  }
+  SetCovParamStatistics(scaledTheta, onBound, freeSet, scaledAsy);
+  const Eigen::MatrixXd scaledC = C / c2;
+  fResult.SetCovBetaRobust(false);
+  fResult.SetModelCovBeta(ToRowMajor(scaledC));
+  SetFixedStatistics(beta / fData.fYScale, scaledC, {}, Eigen::MatrixXd(), fData.fTotalWeight - fData.fRank);
+  fResult.SetMinus2LogLik(m2ll);
+  SetInformationCriteria(input, m2ll, static_cast<int>(freeSet.size()));
+  SetTests(input);
   Unscale();
+  fbReplaced = true;
 }
 
 bool MCEngineFitterImpl::RobustCovariance(const Eigen::VectorXd& theta, const MCEngineEvaluation& ev,

@@ -31,6 +31,18 @@ class MCEngineFitterImpl {
   void UnscaleTest(MCEngineTest& test) const;
   bool EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
                   std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;
+  // After a fit, replaces its estimates by those of a model the fitted one
+  // stands for (a generalized model fitted by its likelihood), all in the
+  // response's units: covariance parameters theta with those on a bound
+  // marked and the asymptotic covariance of the others, fixed estimates over
+  // all columns with their covariance, and -2 log likelihood. Every
+  // statistic that follows from them is recomputed; the tests take the
+  // residual degrees of freedom.
+  void ReplaceEstimates(const MCEngineInput& input, const Eigen::VectorXd& theta, const std::vector<bool>& onBound,
+                        const Eigen::MatrixXd& asy, const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
+                        double m2ll);
+  // Whether the estimates are those ReplaceEstimates put in.
+  bool HasReplacedEstimates() const { return fbReplaced; }
 
  private:
   // Groups larger than this (in records) are not given a dense V_i for the
@@ -59,6 +71,16 @@ class MCEngineFitterImpl {
   bool StartValues(MCEngineOptimizer& optimizer, const MCEngineEvaluation& nullEval,
                    const Eigen::VectorXd& thetaNull, double s2, Eigen::VectorXd& psi);
   void Statistics(const MCEngineInput& input, const Eigen::VectorXd& theta);
+  // The covariance parameters' rows, from their estimates and the
+  // asymptotic covariance over the free ones (empty when not available).
+  void SetCovParamStatistics(const Eigen::VectorXd& theta, const std::vector<bool>& onBound,
+                             const std::vector<int>& freeSet, const Eigen::MatrixXd& asy);
+  // The hypothesis object and the fixed estimates' rows over all columns;
+  // dC and asy feed Satterthwaite's df and may be empty when fixedDF is set.
+  void SetFixedStatistics(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
+                          const std::vector<Eigen::MatrixXd>& dC, const Eigen::MatrixXd& asy, double fixedDF);
+  void SetInformationCriteria(const MCEngineInput& input, double m2ll, int nf);
+  void SetTests(const MCEngineInput& input);
   // The empirical covariance of the fixed estimates over the kept columns,
   // C (sum_i f_i X_i' V_i^-1 e_i e_i' V_i^-1 X_i) C over the independent
   // groups i. Left empty when it is not available: fewer than two groups, or
@@ -73,6 +95,7 @@ class MCEngineFitterImpl {
   std::unique_ptr<MCEngineEvaluator> fpEvaluator;
   std::unique_ptr<MCEngineHypothesis> fpHypothesis;
   MCEngineResult fResult;
+  bool fbReplaced = false;
 };
 
 }  // namespace MCEngine_850

@@ -29,6 +29,8 @@ class MCEngineHypothesis {
   double GetFixedDF() const { return fFixedDF; }
 
   const Eigen::MatrixXd& GetHermite() const { return fH; }
+  // The estimates over the P columns.
+  const Eigen::VectorXd& GetBeta() const { return fBeta; }
   bool IsEstimable(const Eigen::RowVectorXd& l) const;
 
   // Sequential hypotheses: the forward Doolittle rows of X'X that belong to

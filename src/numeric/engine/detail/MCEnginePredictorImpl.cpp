@@ -67,7 +67,14 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
   for (int comp = 0; comp < data.GetNComponents(); ++comp) {
     if (!AddGroup(data, comp, SR, XVX, XVy)) return false;
   }
-  if (!SolveFixed(XVX, XVy)) return false;
+  // A model fitted by its likelihood keeps its own fixed estimates: the
+  // random effects' predictions are then its conditional modes.
+  Eigen::VectorXd given;
+  if (fitter.HasReplacedEstimates()) {
+    given.resize(p);
+    for (int i = 0; i < p; ++i) given[i] = fitter.GetHypothesis()->GetBeta()[data.fvKept[U(i)]];
+  }
+  if (!SolveFixed(XVX, XVy, fitter.HasReplacedEstimates() ? &given : nullptr)) return false;
 
   fResidualDF = data.fTotalWeight - p;
   fNColumns = data.fNColumns;
@@ -399,7 +406,8 @@ void MCEnginePredictorImpl::RemoveRandomEffects(const Group& group, const Eigen:
   N.noalias() -= Q.topRows(q).transpose() * K;
 }
 
-bool MCEnginePredictorImpl::SolveFixed(const Eigen::MatrixXd& XVX, const Eigen::VectorXd& XVy) {
+bool MCEnginePredictorImpl::SolveFixed(const Eigen::MatrixXd& XVX, const Eigen::VectorXd& XVy,
+                                       const Eigen::VectorXd* given) {
   const int p = static_cast<int>(XVX.rows());
   fC = Eigen::MatrixXd::Zero(p, p);
   fBeta = Eigen::VectorXd::Zero(p);
@@ -407,7 +415,7 @@ bool MCEnginePredictorImpl::SolveFixed(const Eigen::MatrixXd& XVX, const Eigen::
     const Eigen::LLT<Eigen::MatrixXd> llt(XVX);
     if (llt.info() != Eigen::Success) return false;
     fC = llt.solve(Eigen::MatrixXd::Identity(p, p));
-    fBeta = fC * XVy;
+    fBeta = given ? *given : Eigen::VectorXd(fC * XVy);
   }
   for (Group& group : fvGroups) group.fZVr -= group.fZVX * fBeta;
   return true;

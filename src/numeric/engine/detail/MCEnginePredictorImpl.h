@@ -118,7 +118,9 @@ class MCEnginePredictorImpl {
   // N = W'V^-1 W from Q, and K = G (I + Z'R^-1 Z G)^-1 Z'R^-1 W.
   void RemoveRandomEffects(const Group& group, const Eigen::MatrixXd& Q, Eigen::MatrixXd& N, Eigen::MatrixXd& K) const;
   // C, beta, and Z'V^-1 r = Z'V^-1 (y - X beta) of every group.
-  bool SolveFixed(const Eigen::MatrixXd& XVX, const Eigen::VectorXd& XVy);
+  // The GLS estimates and their covariance; `given` estimates, when not
+  // null, stand for the GLS ones.
+  bool SolveFixed(const Eigen::MatrixXd& XVX, const Eigen::VectorXd& XVy, const Eigen::VectorXd* given = nullptr);
 
   // out = M x over the segment's columns of M, x read from offset on.
   static void MultiplyRestricted(const Eigen::MatrixXd& M, const Segment& segment, const Eigen::VectorXd& x,

@@ -241,6 +241,17 @@ MCEngineStatus MCEnginePseudoLikelihood::Fit(MCEngineFitterImpl& fitter) {
   return status;
 }
 
+MCEngineStatus MCEnginePseudoLikelihood::FitWorkingAt(MCEngineFitterImpl& fitter, const std::vector<double>& eta) {
+  for (int r = 0; r < fInput.GetNRecords(); ++r) {
+    if (!IsUsed(r)) continue;
+    fvEta[U(r)] = eta[U(r)];
+    fvMu[U(r)] = fLink.Mu(eta[U(r)]);
+  }
+  Linearise();
+  fbConverged = true;
+  return fitter.Fit(fWorking, fWorkingSettings);
+}
+
 bool MCEnginePseudoLikelihood::HasSeparatedMeans() const {
   for (int r = 0; r < fInput.GetNRecords(); ++r) {
     if (IsUsed(r) && (fvMu[U(r)] < kSeparated || fvMu[U(r)] > 1.0 - kSeparated)) return true;

@@ -43,6 +43,18 @@ class MCEnginePseudoLikelihood {
   // Adds what the generalized fit found to the fitter's result.
   void FillResult(MCEngineResult& result) const;
 
+  // After Fit: the records it used, their target (proportions of a
+  // binomial), prior weights and offsets, and the family and link.
+  const std::vector<bool>& GetUsed() const { return fvUsed; }
+  const std::vector<double>& GetTarget() const { return fvY; }
+  const std::vector<double>& GetPrior() const { return fvPrior; }
+  const std::vector<double>& GetOffsets() const { return fvOffset; }
+  const MCEngineFamily& GetFamily() const { return fFamily; }
+  const MCEngineLink& GetLink() const { return fLink; }
+  // Linearises about the given linear predictor (offset included) of every
+  // used record and fits that working model as the final one.
+  MCEngineStatus FitWorkingAt(MCEngineFitterImpl& fitter, const std::vector<double>& eta);
+
  private:
   // The records' proportions (binomial) or values, prior weights and
   // offsets; records outside the support counted.

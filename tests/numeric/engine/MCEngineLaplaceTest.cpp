@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestGlmm.h"
+
+using namespace MCEngine_850;
+using namespace GLMMConst_850;
+
+namespace {
+
+// Estimates and standard errors agree with lme4::glmer to this relative
+// tolerance; the difference derivatives limit it.
+constexpr double kTolerance = 1e-4;
+
+MCEngineSettings LikelihoodSettings(TargetDistType dist, GeneralizedFitMethod method, int points = 1) {
+  MCEngineSettings settings = GeneralizedSettings(dist, true);
+  MCEngineTarget target = settings.GetTarget();
+  target.SetFitMethod(method);
+  target.SetQuadraturePoints(points);
+  settings.SetTarget(target);
+  return settings;
+}
+
+// -2 log likelihood (less `constant`), the fixed estimates and standard
+// errors by column name, the random intercept's variance and its standard
+// error, and each record's linear predictor.
+void CompareWithGlmer(const nlohmann::json& ref, const MCEngineTestDesign& design, const MCEngineResult& result,
+                      double constant = 0.0) {
+  ASSERT_FALSE(ref.is_null());
+  EXPECT_TRUE(Near(result.GetMinus2LogLik() - constant, ref["minus2loglik"].get<double>(), 1e-6));
+  for (std::size_t i = 0; i < ref["columns"].size(); ++i) {
+    const std::string name = ref["columns"][i].get<std::string>();
+    const int col = design.FindColumnName(name);
+    ASSERT_GE(col, 0) << name;
+    const MCEngineBetaStat& b = result.GetBeta()[static_cast<std::size_t>(col)];
+    EXPECT_TRUE(Near(b.GetEstimate(), ref["estimates"][i].get<double>(), kTolerance)) << name;
+    EXPECT_TRUE(Near(b.GetStdError(), ref["std_errors"][i].get<double>(), kTolerance)) << name;
+  }
+  ASSERT_EQ(result.GetCovParams().size(), 1u);
+  const MCEngineCovParam& variance = result.GetCovParams()[0];
+  EXPECT_TRUE(Near(variance.GetEstimate(), ref["random_variance"].get<double>(), kTolerance));
+  EXPECT_TRUE(Near(variance.GetStdError(), ref["random_variance_se"].get<double>(), 1e-3));
+  const std::vector<double>& eta = result.GetLinearPredictor();
+  ASSERT_EQ(eta.size(), ref["linear_predictor"].size());
+  for (std::size_t r = 0; r < eta.size(); ++r) {
+    EXPECT_TRUE(Near(eta[r], ref["linear_predictor"][r].get<double>(), kTolerance)) << "record " << r;
+  }
+}
+
+}  // namespace
+
+TEST(MCEngineLaplaceTest, CbppEventsOutOfTrialsAgreeWithGlmer) {
+  MCEngineTestGlmm c;
+  ReadCbpp(c);
+  MCEngineFitter fitter;
+  const MCEngineStatus status = fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE));
+  ASSERT_FALSE(status.IsError()) << status.GetCode();
+  EXPECT_TRUE(status.IsOK()) << status.GetCode();
+  const MCEngineResult& result = fitter.GetResult();
+  EXPECT_TRUE(result.IsGeneralized());
+  EXPECT_TRUE(result.IsConverged());
+  EXPECT_FALSE(result.IsREML());
+  CompareWithGlmer(ReadGlmmReference("laplace", "cbpp_laplace"), *c.design, result);
+  EXPECT_EQ(result.GetTypeIIITests().size(), 2u);
+}
+
+TEST(MCEngineLaplaceTest, PoissonCountsAgreeWithGlmer) {
+  MCEngineTestGlmm c;
+  ReadEpil(c, {"Intercept", "trt", "lbase", "lage", "V4"});
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(c.input, LikelihoodSettings(DIST_POISSON, FIT_LAPLACE)).IsError());
+  CompareWithGlmer(ReadGlmmReference("laplace", "epil_laplace"), *c.design, fitter.GetResult());
+}
+
+TEST(MCEngineLaplaceTest, BinaryTargetAgreesWithGlmer) {
+  MCEngineTestGlmm c;
+  ReadGlmm(c, "bacteria.csv", {"ID", "trt"}, "y", {"Intercept", "trt", "wk2"}, "ID");
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE)).IsError());
+  CompareWithGlmer(ReadGlmmReference("laplace", "bacteria_laplace"), *c.design, fitter.GetResult());
+}
+
+// glmer leaves the saturated model's log likelihood out of its deviance
+// with more than one quadrature point; the reference file holds it.
+TEST(MCEngineLaplaceTest, TenPointQuadratureAgreesWithGlmer) {
+  MCEngineTestGlmm c;
+  ReadCbpp(c);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_QUADRATURE, 10)).IsError());
+  const nlohmann::json ref = ReadGlmmReference("laplace", "cbpp_quadrature10");
+  CompareWithGlmer(ref, *c.design, fitter.GetResult(), ref["saturated_minus2loglik"].get<double>());
+}
+
+TEST(MCEngineLaplaceTest, OnePointQuadratureIsTheLaplaceFit) {
+  MCEngineTestGlmm c;
+  ReadCbpp(c);
+  MCEngineFitter laplace, quadrature;
+  ASSERT_FALSE(laplace.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE)).IsError());
+  ASSERT_FALSE(quadrature.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_QUADRATURE, 1)).IsError());
+  EXPECT_DOUBLE_EQ(laplace.GetResult().GetMinus2LogLik(), quadrature.GetResult().GetMinus2LogLik());
+}
+
+// True maximum likelihood: the criteria count the fixed and covariance
+// parameters, with -2 log likelihood of the target itself.
+TEST(MCEngineLaplaceTest, InformationCriteriaCountEveryParameter) {
+  MCEngineTestGlmm c;
+  ReadCbpp(c);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE)).IsError());
+  const MCEngineResult& result = fitter.GetResult();
+  EXPECT_NEAR(result.GetAIC(), result.GetMinus2LogLik() + 2.0 * 5.0, 1e-9);
+  EXPECT_NEAR(result.GetBIC(), result.GetMinus2LogLik() + 5.0 * std::log(15.0), 1e-9);
+}
+
+TEST(MCEngineLaplaceTest, DesignsBeyondOneRandomBlockAreRefused) {
+  MCEngineTestGlmm c;
+  ReadCbpp(c);
+  c.design->AddRandomBlock({"Intercept"}, "period", MCEngineCovType::VC);
+  c.input = c.design->Build();
+  c.input.SetTrials(Column(c.csv, "size"));
+  MCEngineFitter fitter;
+  EXPECT_EQ(fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE)).GetCode(),
+            MCEngineStatus::kGeneralizedUnavailable);
+  EXPECT_TRUE(fitter.GetResult().GetBeta().empty());
+}
+
+TEST(MCEngineLaplaceTest, QuadratureNeedsOneScalarRandomEffectLaplaceFitsAnUnstructuredOne) {
+  MCEngineTestGlmm c;
+  ReadEpil(c, {"Intercept", "lbase"});
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"subject", "trt"});
+  c.design->SetResponse("y");
+  c.design->AddFixedTerm("Intercept");
+  c.design->AddFixedTerm("V4");
+  c.design->AddRandomBlock({"Intercept", "V4"}, "subject", MCEngineCovType::UN);
+  c.input = c.design->Build();
+  MCEngineFitter fitter;
+  EXPECT_EQ(fitter.Fit(c.input, LikelihoodSettings(DIST_POISSON, FIT_QUADRATURE, 5)).GetCode(),
+            MCEngineStatus::kGeneralizedUnavailable);
+  // Laplace fits the same correlated random intercept and slope.
+  const MCEngineStatus status = fitter.Fit(c.input, LikelihoodSettings(DIST_POISSON, FIT_LAPLACE));
+  ASSERT_FALSE(status.IsError()) << status.GetCode();
+  const MCEngineResult& result = fitter.GetResult();
+  const nlohmann::json ref = ReadGlmmReference("laplace", "epil_slope_laplace");
+  ASSERT_FALSE(ref.is_null());
+  EXPECT_TRUE(Near(result.GetMinus2LogLik(), ref["minus2loglik"].get<double>(), 1e-6));
+  for (std::size_t i = 0; i < ref["columns"].size(); ++i) {
+    const int col = c.design->FindColumnName(ref["columns"][i].get<std::string>());
+    ASSERT_GE(col, 0);
+    const MCEngineBetaStat& b = result.GetBeta()[static_cast<std::size_t>(col)];
+    EXPECT_TRUE(Near(b.GetEstimate(), ref["estimates"][i].get<double>(), kTolerance)) << i;
+    EXPECT_TRUE(Near(b.GetStdError(), ref["std_errors"][i].get<double>(), kTolerance)) << i;
+  }
+  ASSERT_EQ(result.GetCovParams().size(), 3u);  // UN(1,1), UN(2,1), UN(2,2)
+  for (std::size_t k = 0; k < 3; ++k) {
+    EXPECT_TRUE(Near(result.GetCovParams()[k].GetEstimate(), ref["random_covariance"][k].get<double>(), kTolerance))
+        << result.GetCovParams()[k].GetLabel();
+  }
+}

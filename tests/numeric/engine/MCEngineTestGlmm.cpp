@@ -1,0 +1,80 @@
+#include "numeric/engine/MCEngineTestGlmm.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+
+#include "numeric/engine/MCEngineTestFixture.h"
+
+namespace MCEngine_850 {
+
+using namespace GLMMConst_850;
+
+::testing::AssertionResult Near(double a, double b, double rel) {
+  if (std::fabs(a - b) <= rel * std::max(std::fabs(b), 1.0)) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << a << " vs reference " << b;
+}
+
+std::string GlmmDataPath(const std::string& file) {
+  return std::string(GLMIX_TEST_DATA_DIR) + "/numeric/glmm/" + file;
+}
+
+MCEngineSettings GeneralizedSettings(TargetDistType dist, bool reml) {
+  MCEngineSettings settings;
+  settings.SetREML(reml);
+  MCEngineTarget target;
+  target.SetDistribution(dist);
+  target.SetLink(DefaultLink(dist));
+  target.SetLinkPower(DefaultLinkPower(dist));
+  target.SetVariable(3);
+  settings.SetTarget(target);
+  return settings;
+}
+
+std::vector<double> Column(const MCEngineTestCsv& csv, const std::string& name) {
+  const int col = csv.FindColumn(name);
+  std::vector<double> out(static_cast<std::size_t>(csv.GetNRows()));
+  for (int r = 0; r < csv.GetNRows(); ++r) out[static_cast<std::size_t>(r)] = csv.GetNumber(r, col);
+  return out;
+}
+
+void ReadCbpp(MCEngineTestGlmm& c) {
+  ASSERT_TRUE(c.csv.Read(MCEngineTestFixture::DataPath("cbpp.csv")));
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"herd", "period"});
+  c.design->SetResponse("incidence");
+  c.design->AddFixedTerm("Intercept");
+  c.design->AddFixedTerm("period");
+  c.design->AddRandomBlock({"Intercept"}, "herd", MCEngineCovType::VC);
+  c.input = c.design->Build();
+  c.input.SetTrials(Column(c.csv, "size"));
+}
+
+void ReadGlmm(MCEngineTestGlmm& c, const std::string& file, const std::set<std::string>& factors,
+              const std::string& response, const std::vector<std::string>& terms, const std::string& subject) {
+  ASSERT_TRUE(c.csv.Read(GlmmDataPath(file)));
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, factors);
+  c.design->SetResponse(response);
+  for (const std::string& term : terms) c.design->AddFixedTerm(term);
+  c.design->AddRandomBlock({"Intercept"}, subject, MCEngineCovType::VC);
+  c.input = c.design->Build();
+}
+
+void ReadEpil(MCEngineTestGlmm& c, const std::vector<std::string>& terms) {
+  ReadGlmm(c, "epil.csv", {"subject", "trt"}, "y", terms, "subject");
+}
+
+nlohmann::json ReadGlmmReference(const std::string& fixture, const std::string& fit) {
+  std::ifstream in(MCEngineTestFixture::FixturePath(fixture));
+  EXPECT_TRUE(in.good()) << "missing reference file " << fixture << ".json";
+  if (!in.good()) return nlohmann::json();
+  return nlohmann::json::parse(in)[fit];
+}
+
+bool HasWarning(const MCEngineResult& result, long code) {
+  for (const MCEngineStatus& w : result.GetWarnings()) {
+    if (w.GetCode() == code) return true;
+  }
+  return false;
+}
+
+}  // namespace MCEngine_850
