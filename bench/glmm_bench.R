@@ -1,7 +1,6 @@
-# The fits of bench/glmm_bench.cpp with lme4::glmer on the same files:
-# Laplace (nAGQ = 1, glmer's default two stages) and glmmPQL-like
-# pseudo-likelihood is not timed here (MASS::glmmPQL fits a different
-# variant). Prints processor time, -2 log likelihood and the estimates.
+# The Laplace fits of bench/glmm_bench.cpp with lme4::glmer (nAGQ = 1, its
+# default two stages) on the same files. Prints processor time, -2 log
+# likelihood and the estimates.
 #
 #   Rscript bench/glmm_bench.R /tmp/glmix_glmm_bench 10000 100000
 

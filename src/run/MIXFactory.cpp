@@ -127,12 +127,6 @@ const MessageData kMessages[] = {
      "The pseudo-likelihood iterations reached their limit before the estimates settled for split "
      "[%1=%2:,^1=^2:]1. Model validity is uncertain.",
      true},
-    {MCCommon_850::MC_LIKELIHOOD_NOT_CONVERGED,
-     "The likelihood iterations stopped before the estimates or the random effects' conditional modes "
-     "settled. Model validity is uncertain.",
-     "The likelihood iterations stopped before the estimates or the random effects' conditional modes settled "
-     "for split [%1=%2:,^1=^2:]1. Model validity is uncertain.",
-     true},
     {MCCommon_850::MC_TARGET_OUT_OF_SUPPORT,
      "Some values of the target lie outside the support of its distribution (for a binomial target, events "
      "outside 0 to the trials). No model is fitted.",

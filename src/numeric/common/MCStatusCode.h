@@ -47,8 +47,7 @@ enum MCStatusCode : long {
   MC_GENERALIZED_UNAVAILABLE = 330003,    // a distribution, link or fitting method the engine cannot fit
   MC_PL_NOT_CONVERGED = 330004,           // the pseudo-likelihood iterations stopped at their limit
   MC_TARGET_OUT_OF_SUPPORT = 330005,      // datum 0: target variable, datum 1: records outside the support
-  MC_ZERO_COUNT_SUBJECTS = 330006,        // datum 0: random block (from 1), datum 1: subjects whose counts are all 0
-  MC_LIKELIHOOD_NOT_CONVERGED = 330007    // the likelihood fit or a subject's conditional mode did not converge
+  MC_ZERO_COUNT_SUBJECTS = 330006         // datum 0: random block (from 1), datum 1: subjects whose counts are all 0
 };
 
 }  // namespace MCCommon_850

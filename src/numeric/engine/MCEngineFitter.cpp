@@ -21,7 +21,7 @@ MCEngineStatus MCEngineFitter::Fit(const MCEngineInput& input, const MCEngineSet
   // likelihood fit starts from the maximum pseudo-likelihood fit.
   const bool likelihood = MCEngineLaplace::IsAsked(settings);
   const MCEngineSettings start = likelihood ? MCEngineLaplace::StartSettings(settings) : settings;
-  if ((likelihood && !MCEngineLaplace::CanFit(input, settings)) || !MCEnginePseudoLikelihood::CanFit(input, start)) {
+  if (likelihood ? !MCEngineLaplace::CanFit(input, settings) : !MCEnginePseudoLikelihood::CanFit(input, settings)) {
     return fpImpl->Refuse(MCEngineStatus(MCEngineStatus::kGeneralizedUnavailable, MCEngineStatus::kError));
   }
   fpGeneralized = std::make_unique<MCEnginePseudoLikelihood>(input, start);

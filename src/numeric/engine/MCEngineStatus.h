@@ -52,7 +52,6 @@ class MCEngineStatus {
   // The pseudo-likelihood iterations reached their limit before the fixed
   // and covariance parameters settled.
   static constexpr long kPseudoLikelihoodNotConverged = MCCommon_850::MC_PL_NOT_CONVERGED;
-  static constexpr long kLikelihoodNotConverged = MCCommon_850::MC_LIKELIHOOD_NOT_CONVERGED;
   // GetCount records of the target (GetVariable) lie outside the support of
   // its distribution.
   static constexpr long kTargetOutOfSupport = MCCommon_850::MC_TARGET_OUT_OF_SUPPORT;

@@ -40,12 +40,6 @@ void NormalQuadrature(int n, Eigen::VectorXd& nodes, Eigen::VectorXd& weights) {
   weights = es.eigenvectors().row(0).transpose().array().square();
 }
 
-bool IsProbabilityLink(GLMMConst_850::LinkType link) {
-  using namespace GLMMConst_850;
-  return link == LINK_LOGIT || link == LINK_PROBIT || link == LINK_CLOGLOG || link == LINK_NLOGLOG ||
-         link == LINK_LOGC || link == LINK_CAUCHIT;
-}
-
 }  // namespace
 
 MCEngineLaplace::MCEngineLaplace(const MCEngineInput& input, const MCEngineSettings& settings)
@@ -66,18 +60,11 @@ bool MCEngineLaplace::CanFit(const MCEngineInput& input, const MCEngineSettings&
   using namespace GLMMConst_850;
   const MCEngineTarget& target = settings.GetTarget();
   if (!IsAsked(settings)) return false;
+  // The links and the residual side are those pseudo-likelihood, the
+  // start, can fit.
+  if (!MCEnginePseudoLikelihood::CanFit(input, StartSettings(settings))) return false;
   const TargetDistType dist = target.GetDistribution();
-  if (dist == DIST_BINOMIAL) {
-    if (!IsProbabilityLink(target.GetLink())) return false;
-  } else if (dist == DIST_POISSON) {
-    if (target.GetLink() != LINK_LOG && target.GetLink() != LINK_IDENTITY && target.GetLink() != LINK_POWER) {
-      return false;
-    }
-  } else {
-    return false;
-  }
-  const MCEngineCovType residual = input.GetResidualBlock().GetCovType();
-  if (residual != MCEngineCovType::ID && residual != MCEngineCovType::VC) return false;
+  if (dist != DIST_BINOMIAL && dist != DIST_POISSON) return false;
   const std::vector<MCEngineRandomBlock>& blocks = input.GetRandomBlocks();
   if (blocks.size() > 1) return false;
   if (target.GetFitMethod() == FIT_QUADRATURE) {
@@ -438,7 +425,7 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
     result.AddWarning(MCEngineStatus(MCEngineStatus::kFinalHessianNotPD, MCEngineStatus::kWarning));
   }
   if (!fbConverged || fbModeFailed) {
-    result.AddWarning(MCEngineStatus(MCEngineStatus::kLikelihoodNotConverged, MCEngineStatus::kWarning));
+    result.AddWarning(MCEngineStatus(MCEngineStatus::kIterationLimit, MCEngineStatus::kWarning));
   }
   if (result.GetStatus().IsOK() && !result.GetWarnings().empty()) result.SetStatus(result.GetWarnings().front());
   return result.GetStatus();
