@@ -407,7 +407,7 @@ bool RunSimulatedFile(const char* name, const std::string& label, const std::str
   const Timing t = TimeFits(settings, records, minSeconds);
   std::printf("%-12s %9s %9zu %8.3f %8.3f %6d %12.5f %12.5f %14.4f %10.1f %9.1f%s\n", name, label.c_str(),
               records.GetNRecords(), writeSeconds, readSeconds, t.fRepeats, t.fSeconds, t.fCpuSeconds,
-              t.fMinus2LogLik, t.fResidentBefore, PeakMiB(), t.fStatus != 0 ? "  (status not OK)" : "");
+              t.fMinus2LogLik, t.fResidentBefore, bench::PeakMiB(), t.fStatus != 0 ? "  (status not OK)" : "");
   std::fflush(stdout);
   return true;
 }

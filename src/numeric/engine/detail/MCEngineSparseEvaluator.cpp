@@ -65,16 +65,13 @@ bool MCEngineSparseEvaluator::Compute(const Eigen::VectorXd& theta, Level level,
   // Also stops the Hessian's difference quotients, one gradient each.
   if (Cancelled()) return false;
   if (!fbReady) return false;
-  Work w;
-  w.fbDerivs = level >= kGradient;
-  w.fbReml = reml;
-  if (!FactorG(theta, w)) return false;
-  BuildResidual(theta, w);
-  if (!ResidualGroups(w)) return false;
-  if (!SolveEquations(w, out)) return false;
+  const bool derivs = level >= kGradient;
+  if (!Solved(theta, reml, derivs, out)) return false;
   out.fbOK = true;
-  if (!w.fbDerivs) return true;
-  if (!fFactor.SelectInverse()) return false;
+  if (!derivs) return true;
+  const Work& w = fLast;
+  if (!fbInverseCurrent && !fFactor.SelectInverse()) return false;
+  fbInverseCurrent = true;
   const Shared sh = SharedPieces(w);
   const int K = fModel.GetNParams();
   out.fGrad.resize(K);
@@ -89,6 +86,47 @@ bool MCEngineSparseEvaluator::Compute(const Eigen::VectorXd& theta, Level level,
   if (level < kHessian) return true;
   RandomA(theta, sh, out);
   return ObservedHessian(theta, reml, out.fGrad, out.fHessObserved);
+}
+
+bool MCEngineSparseEvaluator::Solved(const Eigen::VectorXd& theta, bool reml, bool derivs, MCEngineEvaluation& out) {
+  // A line search's value is followed by the gradient at the point it
+  // accepts: the factor of the last point serves both.
+  const bool same = fbHaveLast && fbLastReml == reml && fLastTheta.size() == theta.size() && fLastTheta == theta;
+  if (same && (fLast.fbDerivs || !derivs)) {
+    CopyValue(fLastValue, out);
+    return true;
+  }
+  if (same) {
+    // The residual's derivative pieces only; the factor stays.
+    fLast.fbDerivs = true;
+    BuildResidual(theta, fLast);
+    if (!ResidualGroups(fLast)) return false;
+    CopyValue(fLastValue, out);
+    return true;
+  }
+  fbHaveLast = false;
+  fbInverseCurrent = false;
+  fLast = Work();
+  fLast.fbDerivs = derivs;
+  fLast.fbReml = reml;
+  if (!FactorG(theta, fLast)) return false;
+  BuildResidual(theta, fLast);
+  if (!ResidualGroups(fLast)) return false;
+  ++fFactorizations;
+  if (!SolveEquations(fLast, out)) return false;
+  CopyValue(out, fLastValue);
+  fLastTheta = theta;
+  fbLastReml = reml;
+  fbHaveLast = true;
+  return true;
+}
+
+void MCEngineSparseEvaluator::CopyValue(const MCEngineEvaluation& from, MCEngineEvaluation& to) {
+  to.fLogDetV = from.fLogDetV;
+  to.fLogDetXVX = from.fLogDetXVX;
+  to.fRVR = from.fRVR;
+  to.fBeta = from.fBeta;
+  to.fC = from.fC;
 }
 
 bool MCEngineSparseEvaluator::FactorG(const Eigen::VectorXd& theta, Work& w) const {

@@ -42,6 +42,8 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   bool IsReady() const { return fbReady; }
   // Floating-point operations of one numeric factorisation.
   double GetFactorFlops() const { return fFactor.GetFactorFlops(); }
+  // Numeric factorisations so far.
+  long GetFactorizations() const { return fFactorizations; }
 
   bool Evaluate(const Eigen::VectorXd& theta, Level level, bool reml, MCEngineEvaluation& out) override;
   bool IteratesWithExpected() const override { return true; }
@@ -82,6 +84,10 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   };
 
   bool Compute(const Eigen::VectorXd& theta, Level level, bool reml, bool information, MCEngineEvaluation& out);
+  // The equations solved at theta into fLast, reusing the last point's
+  // factor when theta is that point; the value's part of out.
+  bool Solved(const Eigen::VectorXd& theta, bool reml, bool derivs, MCEngineEvaluation& out);
+  static void CopyValue(const MCEngineEvaluation& from, MCEngineEvaluation& to);
   bool FactorG(const Eigen::VectorXd& theta, Work& w) const;
   void BuildResidual(const Eigen::VectorXd& theta, Work& w) const;
   // R^-1 per group, log|R| and the cross products; false when an R is not
@@ -133,6 +139,14 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   std::vector<long> fvRinvOffset;  // per group
   std::vector<long> fvPairInverse;  // per pair value, its place in the selected inverse
   Eigen::VectorXd fvRecordWeight;   // the copies of each record's group
+  // The last point solved, whose factor fFactor holds.
+  Work fLast;
+  Eigen::VectorXd fLastTheta;
+  bool fbLastReml = false;
+  bool fbHaveLast = false;
+  bool fbInverseCurrent = false;  // the selected inverse is the last factor's
+  MCEngineEvaluation fLastValue;
+  long fFactorizations = 0;
 };
 
 }  // namespace MCEngine_850
