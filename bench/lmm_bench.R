@@ -9,9 +9,9 @@
 # real datasets (examples/data); SIZES a comma-separated list of subject
 # counts (1000,10000,100000), or "none" for the real datasets alone;
 # CROSSED a comma-separated list of RECORDS:LEVELS of the crossed files
-# crossed_<records>_<levels>.csv, and "teaching" for teaching.csv (both
-# written by glmix_lmm_bench --crossed / --teaching); given CROSSED, only
-# those are fitted.
+# crossed_<records>_<levels>.csv, "teaching" for teaching.csv and
+# "levels:L" for levels_<L>.csv (written by glmix_lmm_bench --crossed,
+# --teaching and --levels); given CROSSED, only those are fitted.
 #
 # The time of a fit is that of lmer() (gls() for BodyWeight) on a data frame
 # already in memory, with lme4's default optimiser: model frame, design
@@ -78,6 +78,15 @@ for (item in crossed) {
     next
   }
   parts <- strsplit(item, ":")[[1]]
+  if (parts[1] == "levels") {
+    path <- file.path(dir, sprintf("levels_%s.csv", parts[2]))
+    read_s <- system.time(d <- read.csv(path))[["elapsed"]]
+    d$f <- factor(d$f)
+    d$g <- factor(d$g)
+    t <- time_fits(function() lmer(y ~ f + (1 | g), data = d, REML = TRUE))
+    report("levels", parts[2], nrow(d), sprintf("%.3f", read_s), t)
+    next
+  }
   path <- file.path(dir, sprintf("crossed_%s_%s.csv", parts[1], parts[2]))
   read_s <- system.time(d <- read.csv(path))[["elapsed"]]
   d$a <- factor(d$a)

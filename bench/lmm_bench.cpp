@@ -4,7 +4,8 @@
 //
 //   glmix_lmm_bench [--sizes 1000,10000,100000] [--dir DIR] [--data DIR]
 //                   [--no-simulated] [--no-real] [--min-seconds S]
-//                   [--crossed RECORDS:LEVELS,...] [--teaching]
+//                   [--crossed RECORDS:LEVELS,...] [--teaching] [--levels L,...]
+//                   [--write-only]
 //
 // The simulated data have 10 records per subject (x = 0..9) and a fixed
 // seed; each size is written as DIR/lmm_<subjects>.csv (columns subject, x,
@@ -27,6 +28,9 @@
 // columns y, a, b). --teaching fits y ~ service + (1|s) + (1|d) + (1|dept) on
 // 73,421 simulated ratings of 2,972 students by 1,128 lecturers in 14
 // departments (DIR/teaching.csv): the shape of a teaching evaluation.
+// --levels fits y ~ f + (1|g) with a fixed factor f of L levels on 100,000
+// records of 2,000 subjects g (DIR/levels_<L>.csv). --write-only writes
+// these simulated files without fitting them.
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -364,6 +368,31 @@ bool SimulateTeaching(const std::string& path) {
   return static_cast<bool>(out);
 }
 
+// y = 10 + f_l + g_s + e with SDs 1, 1 and 1: a fixed factor f of LEVELS
+// levels and 2,000 subjects g, 50 records each; every level appears, the
+// rest of the records take levels at random.
+constexpr int kLevelsRecords = 100000, kLevelsSubjects = 2000;
+
+bool SimulateManyLevels(int levels, const std::string& path) {
+  std::ofstream out(path);
+  if (!out) return false;
+  Generator g(4242ULL + static_cast<unsigned long long>(levels));
+  std::vector<double> fe(static_cast<std::size_t>(levels)), ge(kLevelsSubjects);
+  for (double& v : fe) v = g.Normal();
+  for (double& v : ge) v = g.Normal();
+  out << "y,f,g\n";
+  char buffer[96];
+  const int perSubject = kLevelsRecords / kLevelsSubjects;
+  for (int r = 0; r < kLevelsRecords; ++r) {
+    const int l = r < levels ? r : static_cast<int>(g.Uniform() * levels);
+    const int s = r / perSubject;
+    const double y = 10.0 + fe[static_cast<std::size_t>(l)] + ge[static_cast<std::size_t>(s)] + g.Normal();
+    std::snprintf(buffer, sizeof buffer, "%.6f,%d,%d\n", y, l + 1, s + 1);
+    out << buffer;
+  }
+  return static_cast<bool>(out);
+}
+
 struct CrossedCase {
   int fRecords = 0;
   int fLevels = 0;
@@ -381,6 +410,10 @@ std::vector<CrossedCase> ParseCrossed(const std::string& text) {
   return cases;
 }
 
+// --write-only: the simulated files are written and not fitted (for the R
+// side to fit first).
+bool gWriteOnly = false;
+
 // Writes, reads back and fits one simulated file; false when it cannot be
 // written or read.
 bool RunSimulatedFile(const char* name, const std::string& label, const std::string& path,
@@ -393,6 +426,7 @@ bool RunSimulatedFile(const char* name, const std::string& label, const std::str
     return false;
   }
   const double writeSeconds = Seconds(start);
+  if (gWriteOnly) return true;
   start = Clock::now();
   Records records;
   if (!LoadCsv(path, columns, factors, records)) {
@@ -416,6 +450,14 @@ void SetupCrossed(GLMMSettings& s, const Records&) {
   // y 0, a 1, b 2: an intercept by a and one by b.
   s.AddRandomSpec(Block({MCModelEffect()}, {1}, GLMMConst_850::VC, 0));
   s.AddRandomSpec(Block({MCModelEffect()}, {2}, GLMMConst_850::VC, 1));
+}
+
+void SetupManyLevels(GLMMSettings& s, const Records& r) {
+  // y 0, f 1, g 2: the fixed factor f and an intercept by g.
+  AddFactors(s, r, {1});
+  const std::vector<int> set = {1};
+  s.AddModelEffect(Effect(set, 1, {1}, {}));
+  s.AddRandomSpec(Block({MCModelEffect()}, {2}, GLMMConst_850::VC, 0));
 }
 
 void SetupTeaching(GLMMSettings& s, const Records& r) {
@@ -538,6 +580,7 @@ int main(int argc, char** argv) {
   double minSeconds = 0.5;
   std::vector<CrossedCase> crossed;
   bool teaching = false;
+  std::vector<int> manyLevels;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     const bool hasValue = i + 1 < argc;
@@ -551,6 +594,10 @@ int main(int argc, char** argv) {
       minSeconds = std::atof(argv[++i]);
     } else if (arg == "--crossed" && hasValue) {
       crossed = ParseCrossed(argv[++i]);
+    } else if (arg == "--levels" && hasValue) {
+      manyLevels = ParseSizes(argv[++i]);
+    } else if (arg == "--write-only") {
+      gWriteOnly = true;
     } else if (arg == "--teaching") {
       teaching = true;
     } else if (arg == "--no-simulated") {
@@ -560,7 +607,7 @@ int main(int argc, char** argv) {
     } else {
       std::fprintf(stderr,
                    "usage: %s [--sizes 1000,10000,100000] [--dir DIR] [--data DIR] [--no-simulated] [--no-real] "
-                   "[--min-seconds S] [--crossed RECORDS:LEVELS,...] [--teaching]\n",
+                   "[--min-seconds S] [--crossed RECORDS:LEVELS,...] [--teaching] [--levels L,...] [--write-only]\n",
                    argv[0]);
       return 2;
     }
@@ -579,6 +626,7 @@ int main(int argc, char** argv) {
         return 1;
       }
       const double writeSeconds = Seconds(start);
+      if (gWriteOnly) continue;
       start = Clock::now();
       Records records;
       if (!LoadCsv(path, {"y", "x", "subject"}, {"subject"}, records)) {
@@ -602,7 +650,7 @@ int main(int argc, char** argv) {
     }
     std::printf("simulated files in %s (resident now %.1f MiB)\n", dir.c_str(), bench::CurrentMiB());
   }
-  if (!crossed.empty() || teaching) {
+  if (!crossed.empty() || teaching || !manyLevels.empty()) {
     std::error_code ec;
     std::filesystem::create_directories(dir, ec);
   }
@@ -611,6 +659,13 @@ int main(int argc, char** argv) {
     const std::string path = dir + "/crossed_" + std::to_string(records) + "_" + std::to_string(levels) + ".csv";
     if (!RunSimulatedFile("crossed", std::to_string(levels), path, {"y", "a", "b"}, {}, SetupCrossed,
                           [&](const std::string& p) { return SimulateCrossed(records, levels, p); }, minSeconds)) {
+      return 1;
+    }
+  }
+  for (int levels : manyLevels) {
+    if (!RunSimulatedFile("levels", std::to_string(levels), dir + "/levels_" + std::to_string(levels) + ".csv",
+                          {"y", "f", "g"}, {"f"}, SetupManyLevels,
+                          [&](const std::string& p) { return SimulateManyLevels(levels, p); }, minSeconds)) {
       return 1;
     }
   }
