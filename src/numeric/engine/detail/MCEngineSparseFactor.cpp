@@ -6,9 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
 
 namespace MCEngine_850 {
 
@@ -92,9 +89,7 @@ bool MCEngineSparseFactor::Factorize(const std::vector<double>& values) {
   Library& lib = *fpLib;
   if (fN == 0 || values.size() != lib.fpA->nzmax) return false;
   std::copy(values.begin(), values.end(), static_cast<double*>(lib.fpA->x));
-  auto t0 = std::chrono::steady_clock::now();
   if (!cholmod_factorize(lib.fpA, lib.fpL, &lib.fCommon)) return false;
-  if (getenv("W15DBG")) fprintf(stderr, "DBG factor n=%d flops=%g lnz=%g t=%g\n", fN, fFlops, fEntries, std::chrono::duration<double>(std::chrono::steady_clock::now()-t0).count());
   if (lib.fCommon.status != CHOLMOD_OK || lib.fpL->minor < U(fN) || !lib.fpL->is_super) return false;
   const double* x = static_cast<const double*>(lib.fpL->x);
   for (int j = 0; j < fN; ++j) {
@@ -166,7 +161,6 @@ bool MCEngineSparseFactor::SelectInverse() {
   const int* pi = static_cast<const int*>(L.pi);
   const int* px = static_cast<const int*>(L.px);
   fvInverse.assign(L.xsize, 0.0);
-  struct T { std::chrono::steady_clock::time_point t0 = std::chrono::steady_clock::now(); ~T() { if (getenv("W15DBG")) fprintf(stderr, "DBG selinv t=%g\n", std::chrono::duration<double>(std::chrono::steady_clock::now()-t0).count()); } } timer;
   std::vector<long> mark(U(fN), -1);
   std::vector<int> where(U(fN), 0);
   Eigen::MatrixXd zss, zsj, zjj;
