@@ -6,9 +6,11 @@
 // automatic choice of path.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
+#include "numeric/common/MCQueryCancel.h"
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestDraws.h"
@@ -19,6 +21,19 @@ using namespace MCEngine_850;
 namespace {
 
 std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+// Never says "stop"; counts the polls.
+class PollCount : public MCCommon_850::MCQueryCancel {
+ public:
+  bool IsCancelled() const override {
+    ++fCount;
+    return false;
+  }
+  int GetCount() const { return fCount; }
+
+ private:
+  mutable int fCount = 0;
+};
 
 MCEngineRandomBlock InterceptBy(const std::vector<int>& subjects) {
   MCEngineRandomBlock b;
@@ -127,4 +142,30 @@ TEST(MCEngineSparseCrossed, ChosenForLargeCrossedDesigns) {
   MCEngineFitter smallFitter;
   ASSERT_FALSE(smallFitter.Fit(small, s).IsError());
   EXPECT_EQ(smallFitter.GetResult().GetSolverPath(), MCEngineSettings::kMixedModelEquations);
+}
+
+TEST(MCEngineSparseCrossed, ObservedHessianDifferencesAllButTheScale) {
+  // Two variances and the profiled residual: the observed Hessian takes
+  // four gradients for each variance and none for the residual, whose row
+  // and column follow from the others; they equal the dense group's
+  // analytic Hessian. Each evaluation asks the stop query once.
+  const MCEngineInput input = Crossed(240, 30, 12, 1.0, 7u);
+  const PollCount polls;
+  MCEngineSettings s = MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations);
+  s.SetCancel(&polls);
+  MCEngineFitter sparse, dense;
+  ASSERT_FALSE(sparse.Fit(input, s).IsError());
+  ASSERT_FALSE(dense.Fit(input, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
+  std::vector<double> theta;
+  for (const MCEngineCovParam& cp : sparse.GetResult().GetCovParams()) theta.push_back(cp.GetEstimate() * 1.1);
+  ASSERT_EQ(theta.size(), 3u);
+  double fs = 0.0, fd = 0.0;
+  std::vector<double> gs, gd, Hs, Hd, Es, Ed;
+  const int before = polls.GetCount();
+  ASSERT_TRUE(sparse.EvaluateAt(theta, fs, gs, Hs, Es));
+  EXPECT_EQ(polls.GetCount() - before, 1 + 4 * 2);
+  ASSERT_TRUE(dense.EvaluateAt(theta, fd, gd, Hd, Ed));
+  double hmax = 0.0;
+  for (double h : Hd) hmax = std::max(hmax, std::fabs(h));
+  for (std::size_t i = 0; i < Hd.size(); ++i) EXPECT_NEAR(Hs[i], Hd[i], 1e-8 * hmax) << "entry " << i;
 }

@@ -85,7 +85,7 @@ bool MCEngineSparseEvaluator::Compute(const Eigen::VectorXd& theta, Level level,
   if (information) AverageInformation(theta, w, sh, out);
   if (level < kHessian) return true;
   RandomA(theta, sh, out);
-  return ObservedHessian(theta, reml, out.fGrad, out.fHessObserved);
+  return ObservedHessian(theta, reml, out, out.fHessObserved);
 }
 
 bool MCEngineSparseEvaluator::Solved(const Eigen::VectorXd& theta, bool reml, bool derivs, MCEngineEvaluation& out) {
@@ -112,7 +112,6 @@ bool MCEngineSparseEvaluator::Solved(const Eigen::VectorXd& theta, bool reml, bo
   if (!FactorG(theta, fLast)) return false;
   BuildResidual(theta, fLast);
   if (!ResidualGroups(fLast)) return false;
-  ++fFactorizations;
   if (!SolveEquations(fLast, out)) return false;
   CopyValue(out, fLastValue);
   fLastTheta = theta;
@@ -429,12 +428,17 @@ bool MCEngineSparseEvaluator::GradientAt(const Eigen::VectorXd& theta, bool reml
   return true;
 }
 
-bool MCEngineSparseEvaluator::ObservedHessian(const Eigen::VectorXd& theta, bool reml, const Eigen::VectorXd& g,
+bool MCEngineSparseEvaluator::ObservedHessian(const Eigen::VectorXd& theta, bool reml, const MCEngineEvaluation& here,
                                               Eigen::MatrixXd& H) {
   const int K = static_cast<int>(theta.size());
+  const Eigen::VectorXd& g = here.fGrad;
   H.resize(K, K);
+  // Under a profiled scale the column of the scale follows from the others,
+  // one factorisation per difference quotient fewer.
+  const int skipped = fModel.IsProfiled() && theta[fModel.GetScaleIndex()] > 0.0 ? fModel.GetScaleIndex() : -1;
   Eigen::VectorXd gp, gm, gp2, gm2;
   for (int k = 0; k < K; ++k) {
+    if (k == skipped) continue;
     // A step of 1e-3 of the parameter's size, at most a quarter of the way
     // to a bound.
     const double floor = fModel.IsScaleLike(k) ? 1e-4 : 0.1;
@@ -463,8 +467,33 @@ bool MCEngineSparseEvaluator::ObservedHessian(const Eigen::VectorXd& theta, bool
     }
     H.col(k) = column;
   }
+  if (skipped >= 0) ScaleColumn(theta, here, skipped, H);
   H = (0.5 * (H + H.transpose())).eval();
   return H.allFinite();
+}
+
+void MCEngineSparseEvaluator::ScaleColumn(const Eigen::VectorXd& theta, const MCEngineEvaluation& at, int r,
+                                          Eigen::MatrixXd& H) const {
+  // V is homogeneous in the parameters: V(theta(c)) = c V(theta) for
+  // theta(c)_l = c^p_l theta_l (p_l the scale power), which is what profiling
+  // the scale rests on. The log determinants then change by multiples of
+  // log c and r'V^-1 r by the factor 1/c, so that differentiating the
+  // gradient along theta(c) at c = 1 gives, for every k,
+  //   sum_l H_kl p_l theta_l = -p_k g_k + y'P V_k P y.
+  // Row r holds the columns already differenced; column r then follows.
+  const int K = static_cast<int>(theta.size());
+  const double pr = fModel.GetScalePower(r) * theta[r];
+  auto rest = [&](int k) {
+    double sum = -fModel.GetScalePower(k) * at.fGrad[k] + at.fQuad[k];
+    for (int l = 0; l < K; ++l) {
+      if (l != r) sum -= H(k, l) * fModel.GetScalePower(l) * theta[l];
+    }
+    return sum;
+  };
+  H(r, r) = rest(r) / pr;
+  for (int k = 0; k < K; ++k) {
+    if (k != r) H(k, r) = rest(k) / pr;
+  }
 }
 
 bool MCEngineSparseEvaluator::StartInformation(const Eigen::VectorXd& theta, Eigen::MatrixXd& info) {

@@ -42,8 +42,6 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   bool IsReady() const { return fbReady; }
   // Floating-point operations of one numeric factorisation.
   double GetFactorFlops() const { return fFactor.GetFactorFlops(); }
-  // Numeric factorisations so far.
-  long GetFactorizations() const { return fFactorizations; }
 
   bool Evaluate(const Eigen::VectorXd& theta, Level level, bool reml, MCEngineEvaluation& out) override;
   bool IteratesWithExpected() const override { return true; }
@@ -104,7 +102,9 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   void AverageInformation(const Eigen::VectorXd& theta, const Work& w, const Shared& sh, MCEngineEvaluation& out);
   void RandomA(const Eigen::VectorXd& theta, const Shared& sh, MCEngineEvaluation& out) const;
   // The observed Hessian from differences of the gradient.
-  bool ObservedHessian(const Eigen::VectorXd& theta, bool reml, const Eigen::VectorXd& g, Eigen::MatrixXd& H);
+  bool ObservedHessian(const Eigen::VectorXd& theta, bool reml, const MCEngineEvaluation& here, Eigen::MatrixXd& H);
+  // The profiled scale r's row and column of H from the other columns.
+  void ScaleColumn(const Eigen::VectorXd& theta, const MCEngineEvaluation& at, int r, Eigen::MatrixXd& H) const;
   bool GradientAt(const Eigen::VectorXd& theta, bool reml, Eigen::VectorXd& g);
 
   // Products over the random columns.
@@ -146,7 +146,6 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   bool fbHaveLast = false;
   bool fbInverseCurrent = false;  // the selected inverse is the last factor's
   MCEngineEvaluation fLastValue;
-  long fFactorizations = 0;
 };
 
 }  // namespace MCEngine_850
