@@ -10,8 +10,8 @@
 #include <cmath>
 #include <vector>
 
-#include "numeric/common/MCQueryCancel.h"
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineTestCancelAfter.h"
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestDraws.h"
 #include "numeric/engine/MCEngineTestFixture.h"
@@ -21,19 +21,6 @@ using namespace MCEngine_850;
 namespace {
 
 std::size_t U(int i) { return static_cast<std::size_t>(i); }
-
-// Never says "stop"; counts the polls.
-class PollCount : public MCCommon_850::MCQueryCancel {
- public:
-  bool IsCancelled() const override {
-    ++fCount;
-    return false;
-  }
-  int GetCount() const { return fCount; }
-
- private:
-  mutable int fCount = 0;
-};
 
 MCEngineRandomBlock InterceptBy(const std::vector<int>& subjects) {
   MCEngineRandomBlock b;
@@ -150,7 +137,8 @@ TEST(MCEngineSparseCrossed, ObservedHessianDifferencesAllButTheScale) {
   // and column follow from the others; they equal the dense group's
   // analytic Hessian. Each evaluation asks the stop query once.
   const MCEngineInput input = Crossed(240, 30, 12, 1.0, 7u);
-  const PollCount polls;
+  // Never says "stop"; counts the questions.
+  const MCEngineTestCancelAfter polls(1 << 30);
   MCEngineSettings s = MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations);
   s.SetCancel(&polls);
   MCEngineFitter sparse, dense;
