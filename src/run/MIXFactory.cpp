@@ -34,6 +34,7 @@
 #include "numeric/glmm/GLMMAlgorithm.h"
 #include "numeric/glmm/GLMMOutputStats.h"
 #include "numeric/glmm/GLMMSettings.h"
+#include "numeric/xml/IMCVariable.h"
 #include "numeric/xml/MCApplicInfo4XML.h"
 #include "numeric/xml/MCVarList.h"
 #include "params/MIXParameterAggregator.h"
@@ -128,10 +129,10 @@ const MessageData kMessages[] = {
      "[%1=%2:,^1=^2:]1. Model validity is uncertain.",
      true},
     {MCCommon_850::MC_TARGET_OUT_OF_SUPPORT,
-     "Some values of the target lie outside the support of its distribution (for a binomial target, events "
+     "The target ^1 has ^2 records outside the support of its distribution (for a binomial target, events "
      "outside 0 to the trials). No model is fitted.",
-     "Some values of the target lie outside the support of its distribution for split [%1=%2:,^1=^2:]1. No model "
-     "is fitted.",
+     "The target ^1 has ^2 records outside the support of its distribution for split [%1=%2:,^1=^2:]3. No "
+     "model is fitted.",
      false},
     {MCCommon_850::MC_ZERO_COUNT_SUBJECTS,
      "Some subjects of a random effect have only zero counts; their predicted random effects are poorly "
@@ -140,6 +141,13 @@ const MessageData kMessages[] = {
      "effects are poorly determined.",
      true},
 };
+
+// The field name of a variable of a split's list; empty when there is no
+// such variable.
+std::string VariableName(const MCVarList* pList, int index) {
+  const MCXML_850::IMCVariable* pVar = pList != nullptr ? pList->GetVarAt(index) : nullptr;
+  return pVar != nullptr ? pVar->GetFieldName() : std::string();
+}
 
 const MessageData* FindMessage(long code) {
   for (const MessageData& message : kMessages) {
@@ -553,7 +561,7 @@ void MIXFactory::DisplayMessage(const MCStatus& status) {
   std::string plain;
   std::string split;
   std::string selected;
-  std::string extra;  // a further text argument; no status fills it yet
+  std::string extra;  // a text argument, before the number
   int number = -1;
   const bool splitFile = fpInpAdapt != nullptr && fpInpAdapt->GetSplitFile();
   const bool fatalForRun = status.IsError() && !splitFile;
@@ -573,6 +581,10 @@ void MIXFactory::DisplayMessage(const MCStatus& status) {
     if (pMessage->fbProcContinues) fProcContinues = true;
     if (code == MCCommon_850::MC_EMMEANS_ONE_LEVEL || code == MCCommon_850::MC_G_NOT_PD) {
       number = static_cast<int>(status.GetDiscreteDatum(0));
+    } else if (code == MCCommon_850::MC_TARGET_OUT_OF_SUPPORT) {
+      extra = VariableName(EntryAt<MCVarList*>(fvpVarLists, fSplitIndex, nullptr),
+                           static_cast<int>(status.GetDiscreteDatum(0)));
+      number = static_cast<int>(status.GetDiscreteDatum(1));
     }
   } else if (fatalForRun) {
     plain = "Internal error ...";

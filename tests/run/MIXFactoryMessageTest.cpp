@@ -9,6 +9,8 @@
 #include "numeric/common/MCStatus.h"
 #include "numeric/display/MCDisplay.h"
 #include "numeric/glmm/GLMMAlgorithm.h"
+#include "numeric/xml/IMCVariable.h"
+#include "numeric/xml/MCVarList.h"
 #include "run/MIXFactory.h"
 
 namespace run_test {
@@ -227,6 +229,40 @@ TEST_F(MIXFactoryMessageTest, AMarginalMeansRequestNumberAndTheSplitFillTheSplit
   EXPECT_EQ(messages[0].fText, Expected("The compared factor has at most one level on estimated marginal means request "
                                         "number ^1 for split file [%1 = %2:,^1 = ^2:]2.",
                                         true, 2));
+}
+
+// The component names the target by its place in the split's variable
+// list and counts the records outside its distribution's support.
+TEST_F(MIXFactoryMessageTest, ATargetOutsideItsSupportIsNamedWithItsCount) {
+  MIXFactory& factory = Factory(false);
+  ASSERT_FALSE(factory.GetVarLists().empty());
+  const MCXML_850::MCVarList& list = *factory.GetVarLists().front();
+  const int target = list.FindVar("y");
+  ASSERT_GE(target, 0);
+  MCStatus status(MCCommon_850::MC_TARGET_OUT_OF_SUPPORT, false);
+  status.SetDiscreteDatum(0, target);
+  status.SetDiscreteDatum(1, 7);
+  factory.DisplayMessage(status);
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_EQ(messages[0].fText,
+            "The target y has 7 records outside the support of its distribution (for a binomial target, events "
+            "outside 0 to the trials). No model is fitted.");
+  EXPECT_EQ(messages[0].fLevel, 3);
+}
+
+TEST_F(MIXFactoryMessageTest, ATargetOutsideItsSupportInASplitNamesTheSplitToo) {
+  MIXFactory& factory = Factory(true);
+  MCStatus status(MCCommon_850::MC_TARGET_OUT_OF_SUPPORT, false);
+  status.SetDiscreteDatum(0, 0);
+  status.SetDiscreteDatum(1, 2);
+  factory.DisplayMessage(status);
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 1u);
+  const std::string name = factory.GetVarLists().front()->GetVarAt(0)->GetName();
+  EXPECT_EQ(messages[0].fText, "The target " + name +
+                                   " has 2 records outside the support of its distribution for split grp=1. No "
+                                   "model is fitted.");
 }
 
 TEST_F(MIXFactoryMessageTest, AnUnknownCodeIsAnInternalErrorOrWarning) {
