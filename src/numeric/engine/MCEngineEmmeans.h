@@ -6,6 +6,7 @@
 #include "numeric/engine/MCEngineMeansColumn.h"
 #include "numeric/engine/MCEngineMeansRequest.h"
 #include "numeric/engine/MCEngineMeansTable.h"
+#include "numeric/engine/MCEngineTarget.h"
 
 namespace MCEngine_850 {
 
@@ -39,6 +40,10 @@ class MCEngineEmmeans {
   // The covariate's mean; missing when unknown.
   double GetCovariateMean(int covariate) const;
 
+  // The target of a generalized model: its means are then also given on
+  // the data's scale through the inverse of its link.
+  void SetTarget(const MCEngineTarget& target) { fTarget = target; }
+
   // The table of a request; a request without factors gives the grand mean,
   // one cell over all levels of every factor.
   MCEngineMeansTable Compute(const MCEngineMeansRequest& request) const;
@@ -51,6 +56,7 @@ class MCEngineEmmeans {
   std::vector<MCEngineMeansColumn> fvColumns;
   bool fbColumnsValid;
   double fConfidenceLevel;
+  MCEngineTarget fTarget;
   // The input records the fit used and their frequency weights.
   std::vector<int> fvUsedRecords;
   std::vector<double> fvUsedWeights;

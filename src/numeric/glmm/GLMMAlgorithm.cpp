@@ -16,6 +16,7 @@
 #include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/glmm/GLMMComponentDisplay.h"
 #include "numeric/glmm/GLMMCustomTestBuilder.h"
+#include "numeric/glmm/GLMMClassification.h"
 #include "numeric/glmm/GLMMDataSummary.h"
 #include "numeric/glmm/GLMMDesignBuilder.h"
 #include "numeric/glmm/GLMMEmmeansBuilder.h"
@@ -306,8 +307,10 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
   SetThetaStatistics(result, out);
   if (fpSettings->GetModelEffects().size() > 1) SetCorrectedModelTest(fitter, builder.GetInput(), out);
   if (pRecords != nullptr) GLMMDataSummary::Fill(*fpSettings, *fpVarList, builder, fitter, pRecords, out);
-  GLMMEmmeansBuilder(*fpSettings, *fpVarList)
-      .Build(fitter, builder.GetInput(), builder.GetBetaParameters(), pRecords, out, fvWarnings);
+  out.SetClassification(GLMMClassification::Compute(*fpSettings, builder.GetInput(), result));
+  GLMMEmmeansBuilder means(*fpSettings, *fpVarList);
+  means.SetTarget(EngineTarget(*fpSettings));
+  means.Build(fitter, builder.GetInput(), builder.GetBetaParameters(), pRecords, out, fvWarnings);
   bool wantEBLUPs = false;
   for (const GLMMRandomSpec& spec : fpSettings->GetRandomSpecs()) wantEBLUPs = wantEBLUPs || spec.GetComputeEBLUPs();
   if (wantEBLUPs || !fvScoreTypes.empty()) {

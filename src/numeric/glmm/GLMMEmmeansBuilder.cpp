@@ -76,6 +76,11 @@ GLMMEmmeansMean ToMean(const MCEngine_850::MCEngineMeansCell& cell) {
   mean.SetDF(cell.GetDF());
   mean.SetLowerBound(cell.GetLower());
   mean.SetUpperBound(cell.GetUpper());
+  mean.SetDataScale(cell.HasDataScale());
+  mean.SetDataMean(cell.GetDataEstimate());
+  mean.SetDataStdError(cell.GetDataStdError());
+  mean.SetDataLowerBound(cell.GetDataLower());
+  mean.SetDataUpperBound(cell.GetDataUpper());
   return mean;
 }
 
@@ -146,6 +151,7 @@ void GLMMEmmeansBuilder::Build(const MCEngine_850::MCEngineFitter& fitter, const
     columns.emplace_back(param.GetFactors(), param.GetCategories(), columnCovariates);
   }
   MCEngine_850::MCEngineEmmeans means(fitter, input, columns, 100.0 * s.GetConfidenceLevel());
+  means.SetTarget(fTarget);
   for (int f : s.GetFactors()) {
     if (NCategories(f) > 0) means.SetFactorLevels(f, NCategories(f));
   }

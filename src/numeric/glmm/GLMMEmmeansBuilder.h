@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "numeric/common/MCStatus.h"
+#include "numeric/engine/MCEngineTarget.h"
 #include "numeric/math/MCRegrParameter.h"
 
 namespace MCCommon_850 {
@@ -28,10 +29,13 @@ class GLMMSettings;
 // factors only, the effect with the most significant Type III test first
 // (ties and effects without a test in model order), and the grand mean.
 // Covariates stand at their mean over the records the fit used, weighted by
-// frequency, unless a request gives a value.
+// frequency, unless a request gives a value. The means of a generalized
+// target (SetTarget) come on the data's scale too.
 class GLMMEmmeansBuilder {
  public:
   GLMMEmmeansBuilder(const GLMMSettings& settings, const MCXML_850::MCVarList& varList);
+
+  void SetTarget(const MCEngine_850::MCEngineTarget& target) { fTarget = target; }
 
   // After a fit without error of input (built from the records, one fixed
   // parameter per column): fills the means into stats. A request whose
@@ -49,6 +53,7 @@ class GLMMEmmeansBuilder {
 
   const GLMMSettings* fpSettings;
   const MCXML_850::MCVarList* fpVarList;
+  MCEngine_850::MCEngineTarget fTarget;
 };
 
 }  // namespace MCGLMM_850

@@ -15,7 +15,12 @@ GLMMEmmeansMean::GLMMEmmeansMean()
       fStdError(MCMV::Missing()),
       fDF(MCMV::Missing()),
       fLowerBound(MCMV::Missing()),
-      fUpperBound(MCMV::Missing()) {}
+      fUpperBound(MCMV::Missing()),
+      fbDataScale(false),
+      fDataMean(MCMV::Missing()),
+      fDataStdError(MCMV::Missing()),
+      fDataLowerBound(MCMV::Missing()),
+      fDataUpperBound(MCMV::Missing()) {}
 
 void GLMMEmmeansMean::Display() const { Display(*MCDisplay_850::GetOutStream()); }
 
@@ -28,6 +33,11 @@ void GLMMEmmeansMean::Display(std::ostream& os) const {
   DisplayD(os, "Degrees of freedom:", fDF);
   DisplayD(os, "Lower bound:", fLowerBound);
   DisplayD(os, "Upper bound:", fUpperBound);
+  if (!fbDataScale) return;
+  DisplayD(os, "Mean on the data scale:", fDataMean);
+  DisplayD(os, "Standard error on the data scale:", fDataStdError);
+  DisplayD(os, "Lower bound on the data scale:", fDataLowerBound);
+  DisplayD(os, "Upper bound on the data scale:", fDataUpperBound);
 }
 
 }  // namespace MCGLMM_850

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "numeric/common/MCStatus.h"
+#include "numeric/glmm/GLMMClassification.h"
 #include "numeric/glmm/GLMMCustomTestStat.h"
 #include "numeric/glmm/GLMMEBLUPStat.h"
 #include "numeric/glmm/GLMMEmmeansMean.h"
@@ -140,6 +141,9 @@ class GLMMOutputStats {
     fvPredictedPoints = predicted;
     fvPointFrequencies = frequencies;
   }
+  // The classification table of a categorical target; empty for others.
+  const GLMMClassification& GetClassification() const { return fClassification; }
+  void SetClassification(const GLMMClassification& table) { fClassification = table; }
   // Distinct combinations of all subject variables of the residual and the
   // random blocks among the records used; 1 without subject variables, -1
   // before a fit.
@@ -199,6 +203,7 @@ class GLMMOutputStats {
   std::vector<double> fvObservedPoints;
   std::vector<double> fvPredictedPoints;
   std::vector<double> fvPointFrequencies;
+  GLMMClassification fClassification;
   int fNCommonSubjects;
   std::vector<int> fvSubjectVars;
   std::vector<double> fvFirstSubjectValues;

@@ -9,6 +9,7 @@
 
 #include "numeric/common/MCMV.h"
 #include "numeric/common/MCStatusCode.h"
+#include "numeric/glmm/GLMMDocumentLabels.h"
 #include "numeric/glmm/GLMMOutputStats.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/math/MCModelEffect.h"
@@ -126,6 +127,40 @@ Json CustomTests(const std::vector<GLMMCustomTestStat>& tests) {
     list.push_back(std::move(item));
   }
   return list;
+}
+
+// Our extension: a generalized model's target (distribution, link, trials)
+// and its classification table, rows observed and columns predicted.
+Json Target(const GLMMSettings& s, const MCXML_850::MCVarList& varList, const GLMMClassification& table) {
+  const GLMMTargetSpec& spec = s.GetTargetSpec();
+  Json target;
+  target["field"] = VarName(varList, s.GetDependent());
+  target["distribution"] = GLMMDocumentLabels::DistributionToken(spec);
+  target["link"] = GLMMDocumentLabels::LinkToken(spec);
+  if (spec.GetLink() == GLMMConst_850::LINK_POWER) target["linkParameter"] = spec.GetLinkPower();
+  if (spec.GetTrialsType() == GLMMConst_850::TRIALS_VARIABLE) {
+    target["trialsField"] = VarName(varList, spec.GetTrialsVariable());
+  } else if (spec.GetTrialsType() == GLMMConst_850::TRIALS_VALUE) {
+    target["trialsValue"] = spec.GetTrialsValue();
+  }
+  if (table.IsEmpty()) return target;
+  Json classification;
+  Json categories = Json::array();
+  for (double category : table.GetCategories()) {
+    categories.push_back(table.GetUsesTrials() ? (category == 0.0 ? "Non-Event" : "Event")
+                                               : GLMMStatJSONWriter::ValueText(varList, s.GetDependent(), category));
+  }
+  classification["categories"] = std::move(categories);
+  Json rows = Json::array();
+  for (int i = 0; i < table.GetNCategories(); ++i) {
+    Json row = Json::array();
+    for (int j = 0; j < table.GetNCategories(); ++j) row.push_back(table.GetCount(i, j));
+    rows.push_back(std::move(row));
+  }
+  classification["counts"] = std::move(rows);
+  classification["accuracy"] = Number(table.GetAccuracy());
+  target["classification"] = std::move(classification);
+  return target;
 }
 
 }  // namespace
@@ -307,6 +342,7 @@ MCStatus GLMMStatJSONWriter::Write(std::ostream& os) const {
   Json document;
   document["glmm"]["RandomEffectsParameters"]["tables"] = std::move(tables);
   if (!fpStats->GetCustomTestStats().empty()) document["glmm"]["CustomTests"] = CustomTests(fpStats->GetCustomTestStats());
+  if (!s.GetTargetSpec().IsLinear()) document["glmm"]["Target"] = Target(s, varList, fpStats->GetClassification());
   os << document.dump(1) << '\n';
   if (!os) return MCStatus(MCCommon_850::MC_OUTPUT_FILE_ERROR, false);
   return MCStatus();

@@ -43,6 +43,7 @@ class GLMMStatXMLWriter {
   void WriteStringMaps(GLMMXMLWriter& xml) const;
   void WriteModelDiagnostics(GLMMXMLWriter& xml) const;
   void WriteTargetDistribution(GLMMXMLWriter& xml) const;
+  void WriteClassificationTable(GLMMXMLWriter& xml) const;
   void WritePredictedByObserved(GLMMXMLWriter& xml) const;
   void WriteEffectTests(GLMMXMLWriter& xml) const;
   void WriteFirstSubjectRecords(GLMMXMLWriter& xml) const;

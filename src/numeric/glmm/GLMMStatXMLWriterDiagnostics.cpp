@@ -138,11 +138,22 @@ void EstimatesElement(GLMMXMLWriter& xml, const GLMMEmmeansStat& stat, const MCX
     CategoryColumns(xml, varList, factors, means);
     xml.Close();
   }
-  StatisticColumns<GLMMEmmeansMean>(xml, means,
-                                    {{"mean", &GLMMEmmeansMean::GetMean},
-                                     {"stdErr", &GLMMEmmeansMean::GetStdError},
-                                     {"confIntervalLower", &GLMMEmmeansMean::GetLowerBound},
-                                     {"confIntervalUpper", &GLMMEmmeansMean::GetUpperBound}});
+  // A generalized model's means are those of the target, on the data's
+  // scale; their linear predictor's follow under names of their own.
+  using M = GLMMEmmeansMean;
+  const bool data = !means.empty() && means.front().HasDataScale();
+  StatisticColumns<M>(xml, means,
+                      {{"mean", data ? &M::GetDataMean : &M::GetMean},
+                       {"stdErr", data ? &M::GetDataStdError : &M::GetStdError},
+                       {"confIntervalLower", data ? &M::GetDataLowerBound : &M::GetLowerBound},
+                       {"confIntervalUpper", data ? &M::GetDataUpperBound : &M::GetUpperBound}});
+  if (data) {
+    StatisticColumns<M>(xml, means,
+                        {{"linearPredictor", &M::GetMean},
+                         {"linearPredictorStdErr", &M::GetStdError},
+                         {"linearPredictorLower", &M::GetLowerBound},
+                         {"linearPredictorUpper", &M::GetUpperBound}});
+  }
   xml.Close();
 }
 
@@ -233,16 +244,25 @@ void GLMMStatXMLWriter::WriteModelDiagnostics(GLMMXMLWriter& xml) const {
   }
   const GLMMEmmeansMean* pOverall = OverallRequestMean(stats, fpSettings->GetEmmeans());
   if (const GLMMEmmeansMean* pGrand = pOverall != nullptr ? pOverall : stats.GetGrandMean()) {
-    Parts::Statistic(xml, "grandMean", GLMMXMLWriter::NumberText(pGrand->GetMean()));
-    Parts::Statistic(xml, "grandMeanStdErr", GLMMXMLWriter::NumberText(pGrand->GetStdError()));
-    Parts::Statistic(xml, "grandMeanCILower", GLMMXMLWriter::NumberText(pGrand->GetLowerBound()));
-    Parts::Statistic(xml, "grandMeanCIUpper", GLMMXMLWriter::NumberText(pGrand->GetUpperBound()));
+    const bool data = pGrand->HasDataScale();
+    Parts::Statistic(xml, "grandMean", GLMMXMLWriter::NumberText(data ? pGrand->GetDataMean() : pGrand->GetMean()));
+    Parts::Statistic(xml, "grandMeanStdErr",
+                     GLMMXMLWriter::NumberText(data ? pGrand->GetDataStdError() : pGrand->GetStdError()));
+    Parts::Statistic(xml, "grandMeanCILower",
+                     GLMMXMLWriter::NumberText(data ? pGrand->GetDataLowerBound() : pGrand->GetLowerBound()));
+    Parts::Statistic(xml, "grandMeanCIUpper",
+                     GLMMXMLWriter::NumberText(data ? pGrand->GetDataUpperBound() : pGrand->GetUpperBound()));
+  }
+  if (!stats.GetClassification().IsEmpty()) {
+    Parts::Statistic(xml, "classificationAccuracy",
+                     GLMMXMLWriter::NumberText(stats.GetClassification().GetAccuracy()));
   }
   WriteTargetDistribution(xml);
   WritePredictedByObserved(xml);
   WriteEffectTests(xml);
   WriteFirstSubjectRecords(xml);
   WriteRandomEffectCovariances(xml);
+  WriteClassificationTable(xml);
   WriteMarginalMeans(xml);
   WriteCustomTests(xml);
   xml.Close();
@@ -311,6 +331,32 @@ void GLMMStatXMLWriter::WritePredictedByObserved(GLMMXMLWriter& xml) const {
   FeatureCoordinates(xml, "observed", stats.GetObservedPoints());
   FeatureCoordinates(xml, "statistic", stats.GetPredictedPoints());
   FeatureCoordinates(xml, "frequency", stats.GetPointFrequencies());
+  xml.Close();
+}
+
+// Rows observed, columns predicted. The categories of an events/trials
+// target are non-event and event, which a reader knows without labels.
+void GLMMStatXMLWriter::WriteClassificationTable(GLMMXMLWriter& xml) const {
+  const GLMMClassification& table = fpStats->GetClassification();
+  if (table.IsEmpty()) return;
+  const int k = table.GetNCategories();
+  xml.Open("Matrix");
+  xml.Attribute("description", "classificationTable");
+  xml.Attribute("nbRows", k);
+  xml.Attribute("nbCols", k);
+  xml.Attribute("kind", "general");
+  if (!table.GetUsesTrials()) {
+    xml.Open("MatrixLabels");
+    xml.Open("RowColLabels");
+    for (double category : table.GetCategories()) {
+      xml.Open("Label");
+      xml.Attribute("label", RecordValue(*fpVarList, fpSettings->GetDependent(), category));
+      xml.Close();
+    }
+    xml.Close();
+    xml.Close();
+  }
+  xml.NumberArray(table.GetCounts());
   xml.Close();
 }
 

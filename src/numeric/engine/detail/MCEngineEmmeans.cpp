@@ -9,6 +9,7 @@
 #include "numeric/engine/MCEngineInput.h"
 #include "numeric/engine/MCEngineProbability.h"
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
+#include "numeric/engine/detail/MCEngineLink.h"
 
 namespace MCEngine_850 {
 
@@ -27,6 +28,26 @@ bool Finite(const Row& row) {
     if (!std::isfinite(v)) return false;
   }
   return true;
+}
+
+// The mean on the data's scale: the inverse link of the estimate, its
+// standard error by the delta method, |d mu / d eta| times that of the
+// estimate, and the inverse link of the bounds, in increasing order since a
+// link may decrease.
+void SetDataScale(const MCEngineLink& link, MCEngineMeansCell& cell) {
+  const double eta = cell.GetEstimate();
+  const double mu = link.Mu(eta);
+  if (!Present(mu)) return;
+  cell.SetDataEstimate(mu);
+  const double se = std::fabs(link.DMuDEta(eta)) * cell.GetStdError();
+  if (Present(cell.GetStdError()) && Present(se)) cell.SetDataStdError(se);
+  if (Present(cell.GetLower()) && Present(cell.GetUpper())) {
+    const double a = link.Mu(cell.GetLower());
+    const double b = link.Mu(cell.GetUpper());
+    if (!Present(a) || !Present(b)) return;
+    cell.SetDataLower(std::min(a, b));
+    cell.SetDataUpper(std::max(a, b));
+  }
 }
 
 // The levels of combination `index`, the first factor varying slowest.
@@ -348,6 +369,7 @@ MCEngineMeansTable MCEngineEmmeans::Compute(const MCEngineMeansRequest& request)
   for (long index = 0; index < nCells; ++index) {
     MCEngineMeansCell cell;
     cell.SetLevels(Decode(index, sizes));
+    cell.SetDataScale(!fTarget.IsLinear());
     Row& l = rows[U(static_cast<int>(index))];
     l = row(cell.GetLevels());
     if (Finite(l)) {
@@ -363,6 +385,7 @@ MCEngineMeansTable MCEngineEmmeans::Compute(const MCEngineMeansRequest& request)
           cell.SetLower(test.GetEstimate() - q * test.GetStdError());
           cell.SetUpper(test.GetEstimate() + q * test.GetStdError());
         }
+        if (cell.HasDataScale()) SetDataScale(MCEngineLink(fTarget.GetLink(), fTarget.GetLinkPower()), cell);
       }
     }
     table.AddCell(cell);
