@@ -42,7 +42,10 @@ cbpp <- read_data("cbpp.csv", c("herd", "period"), dir = data_dir)
 cbpp$.y <- cbpp$incidence / cbpp$size
 cbpp_fit <- pl_fit(~ period, "herd", cbpp, binomial(), cbpp$size)
 grid <- qdrg(~ period, data = cbpp, coef = cbpp_fit$fit$b, vcov = cbpp_fit$fit$cov, df = Inf,
-             link = "logit")
+             contrasts = list(period = contrasts(cbpp$period)), link = "logit")
+# The means of the periods by hand: the intercept is the last period's.
+b <- cbpp_fit$fit$b
+stopifnot(isTRUE(all.equal(summary(emmeans(grid, ~ period))$emmean, c(b[1] + b[2:4], b[1]), tolerance = 1e-12)))
 link_scale <- summary(emmeans(grid, ~ period))
 data_scale <- summary(emmeans(grid, ~ period), type = "response")
 stopifnot(isTRUE(all.equal(data_scale$response, plogis(link_scale$emmean), tolerance = 1e-12)),
