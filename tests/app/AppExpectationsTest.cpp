@@ -658,9 +658,8 @@ TEST_F(AppExpectationsTest, CbppWeightedFitsWithAScaleAndAFrequencyWeight) {
 // estimates are the exponentials of the estimates.
 namespace {
 
-void ExpectPseudoLikelihoodFit(const json& command, const std::string& fixture, const std::string& distribution,
-                               const std::string& link) {
-  const json reference = Reference("pseudo_likelihood")[fixture];
+void ExpectGeneralizedFit(const json& command, const json& reference, const std::string& distribution,
+                          const std::string& link) {
   const std::vector<json> model = Tables(command, "Target Model");
   ASSERT_EQ(model.size(), 1u);
   bool named = false;
@@ -688,6 +687,11 @@ void ExpectPseudoLikelihoodFit(const json& command, const std::string& fixture, 
   }
 }
 
+void ExpectPseudoLikelihoodFit(const json& command, const std::string& fixture, const std::string& distribution,
+                               const std::string& link) {
+  ExpectGeneralizedFit(command, Reference("pseudo_likelihood")[fixture], distribution, link);
+}
+
 }  // namespace
 
 // Events out of trials: new cases out of each herd's size.
@@ -697,11 +701,61 @@ TEST_F(AppExpectationsTest, CbppFitsABinomialTargetOfEventsOutOfTrials) {
   ExpectPseudoLikelihoodFit(commands[0], "cbpp_reml", "Binomial", "Logit");
 }
 
+// The same herds by maximum likelihood: the Laplace fit and ten-point
+// quadrature agree with lme4::glmer, whose values the engine's tests hold;
+// -2 log likelihood keeps all its constants (glmer's quadrature deviance
+// leaves out the saturated model's part).
+TEST_F(AppExpectationsTest, CbppLaplaceAndQuadratureAgreeWithTheLikelihoodReference) {
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("cbpp-laplace", 0, 2, commands));
+  const json laplace = Reference("laplace")["cbpp_laplace"];
+  const json quadrature = Reference("laplace")["cbpp_quadrature10"];
+  ExpectGeneralizedFit(commands[0], laplace, "Binomial", "Logit");
+  ExpectGeneralizedFit(commands[1], quadrature, "Binomial", "Logit");
+  const std::vector<json> first = Tables(commands[0], "Information Criteria");
+  const std::vector<json> second = Tables(commands[1], "Information Criteria");
+  ASSERT_EQ(first.size(), 1u);
+  ASSERT_EQ(second.size(), 1u);
+  ExpectRelative(Value(first[0], {0}), laplace["minus2loglik"].get<double>(), 1e-6, "Laplace -2 log likelihood");
+  ExpectRelative(Value(second[0], {0}),
+                 quadrature["minus2loglik"].get<double>() + quadrature["saturated_minus2loglik"].get<double>(), 1e-6,
+                 "quadrature -2 log likelihood");
+}
+
 // Counts with the log link.
 TEST_F(AppExpectationsTest, EpilepsyFitsAPoissonTarget) {
   std::vector<json> commands;
   ASSERT_NO_FATAL_FAILURE(RunFits("epilepsy", 0, 1, commands));
   ExpectPseudoLikelihoodFit(commands[0], "epil_reml", "Poisson", "Log");
+}
+
+// An ordinal target: the wine ratings by cumulative logit with ten-point
+// quadrature agree with ordinal::clmm, whose values the engine's tests hold;
+// the thresholds stand in the intercept's place.
+TEST_F(AppExpectationsTest, WineFitsAnOrdinalTargetWithItsThresholds) {
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("wine", 0, 1, commands));
+  const json reference = Reference("ordinal")["fits"][1];
+  ASSERT_EQ(reference["nAGQ"].get<int>(), 10);
+  const std::vector<json> estimates = Tables(commands[0], "Parameter Estimates");
+  ASSERT_EQ(estimates.size(), 1u);
+  const std::vector<std::string> parameters = Labels(estimates[0], 0);
+  const auto expectRow = [&](const std::string& label, const json& estimate, const json& error) {
+    const int row = static_cast<int>(std::find(parameters.begin(), parameters.end(), label) - parameters.begin());
+    ASSERT_LT(row, static_cast<int>(parameters.size())) << label;
+    ExpectRelative(Value(estimates[0], {row, 0}), estimate.get<double>(), 1e-4, label + " estimate");
+    ExpectRelative(Value(estimates[0], {row, 1}), error.get<double>(), 1e-4, label + " error");
+  };
+  EXPECT_EQ(std::find(parameters.begin(), parameters.end(), "Intercept"), parameters.end());
+  for (std::size_t j = 0; j < 4; ++j) {
+    expectRow("Threshold [rating=" + std::to_string(j + 1) + "]", reference["thresholds"][j],
+              reference["threshold_se"][j]);
+  }
+  expectRow("[temp=cold]", reference["beta"][0], reference["beta_se"][0]);
+  expectRow("[contact=no]", reference["beta"][1], reference["beta_se"][1]);
+  const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
+  ASSERT_EQ(criteria.size(), 1u);
+  ExpectRelative(Value(criteria[0], {0}), -2.0 * reference["loglik"].get<double>(), 1e-6, "-2 log likelihood");
 }
 
 // No valid case on the whole file: an error, which ends the command. A split
@@ -842,7 +896,7 @@ TEST(AppExpectationsCoverage, EveryExampleHasAnExpectation) {
         fs::path(GLMIX_TEST_DATA_DIR) / "app" / "expected" / (entry.path().stem().string() + ".json");
     EXPECT_TRUE(fs::is_regular_file(expected)) << "no expectation for " << entry.path();
   }
-  EXPECT_EQ(files, 19);
+  EXPECT_EQ(files, 21);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cfloat>
 #include <cmath>
 #include <filesystem>
+#include <functional>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -40,6 +41,14 @@ using MCGLMM_850::GLMMSettings;
 using Stats = GNLMOutputStats;
 
 namespace {
+
+// A generalized model's means are written on the data scale, a linear
+// model's as they are.
+using WrittenMeanRow = MCGLMM_850::GLMMEmmeansMean;
+double WrittenMean(const WrittenMeanRow& m) { return m.HasDataScale() ? m.GetDataMean() : m.GetMean(); }
+double WrittenStdError(const WrittenMeanRow& m) { return m.HasDataScale() ? m.GetDataStdError() : m.GetStdError(); }
+double WrittenLower(const WrittenMeanRow& m) { return m.HasDataScale() ? m.GetDataLowerBound() : m.GetLowerBound(); }
+double WrittenUpper(const WrittenMeanRow& m) { return m.HasDataScale() ? m.GetDataUpperBound() : m.GetUpperBound(); }
 
 std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
@@ -97,10 +106,10 @@ void CheckDiagnostics(const Stats& model, const GLMMOutputStats& engine, const G
     }
   }
   if (pGrand != nullptr) {
-    EXPECT_SAME(diag->fGrandMean, pGrand->GetMean());
-    EXPECT_SAME(diag->fGrandMeanStdErr, pGrand->GetStdError());
-    EXPECT_SAME(diag->fGrandMeanCILower, pGrand->GetLowerBound());
-    EXPECT_SAME(diag->fGrandMeanCIUpper, pGrand->GetUpperBound());
+    EXPECT_SAME(diag->fGrandMean, WrittenMean(*pGrand));
+    EXPECT_SAME(diag->fGrandMeanStdErr, WrittenStdError(*pGrand));
+    EXPECT_SAME(diag->fGrandMeanCILower, WrittenLower(*pGrand));
+    EXPECT_SAME(diag->fGrandMeanCIUpper, WrittenUpper(*pGrand));
   }
   EXPECT_EQ(diag->fTargetDist.fvObserved, engine.GetTargetBinValues());
   EXPECT_EQ(diag->fTargetDist.fvFrequency, engine.GetTargetBinFrequencies());
@@ -217,16 +226,15 @@ void CheckColumn(const Stats::CoordinatesData& column, const std::vector<double>
 template <typename Row, typename Get>
 std::vector<double> ColumnOf(const std::vector<Row>& rows, Get get) {
   std::vector<double> values;
-  for (const Row& row : rows) values.push_back((row.*get)());
+  for (const Row& row : rows) values.push_back(std::invoke(get, row));
   return values;
 }
 
 void CheckMeans(const Stats::EMMEANSEstimatesData& read, const MCGLMM_850::GLMMEmmeansStat& stat) {
-  using Mean = MCGLMM_850::GLMMEmmeansMean;
-  CheckColumn(read.fMean, ColumnOf(stat.GetMeans(), &Mean::GetMean));
-  CheckColumn(read.fStdErr, ColumnOf(stat.GetMeans(), &Mean::GetStdError));
-  CheckColumn(read.fConfIntervalLower, ColumnOf(stat.GetMeans(), &Mean::GetLowerBound));
-  CheckColumn(read.fConfIntervalUpper, ColumnOf(stat.GetMeans(), &Mean::GetUpperBound));
+  CheckColumn(read.fMean, ColumnOf(stat.GetMeans(), WrittenMean));
+  CheckColumn(read.fStdErr, ColumnOf(stat.GetMeans(), WrittenStdError));
+  CheckColumn(read.fConfIntervalLower, ColumnOf(stat.GetMeans(), WrittenLower));
+  CheckColumn(read.fConfIntervalUpper, ColumnOf(stat.GetMeans(), WrittenUpper));
   EXPECT_EQ(read.fvGroup.size(), stat.GetFactors().size());
 }
 
