@@ -3,8 +3,6 @@
 // tests/data/numeric/reference/custom_tests (written by
 // tests/numeric/reference/make_custom_test_reference.R), and tests that
 // cannot be computed, each with its note.
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -16,10 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "AppReportFile.h"
-#include "app/AppProcedureHook.h"
-#include "app/AppSession.h"
-#include "run/MixDriver.h"
+#include "AppReportRunFixture.h"
 
 namespace fs = std::filesystem;
 using apptest::CollectMessages;
@@ -66,53 +61,17 @@ void ExpectNear(double actual, double expected, double relative, const std::stri
 // The columns of the estimates table.
 enum Column { kEstimate = 0, kTestValue, kStdError, kDF, kT, kSig, kLower, kUpper };
 
-class AppCustomTestTest : public ::testing::Test {
+class AppCustomTestTest : public AppReportRunFixture {
  protected:
-  void SetUp() override {
-    AppProcedureHook::Set(MixDriver);
-    fOutput = fs::temp_directory_path() /
-              ("glmixfit-custom-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
-               "-" + std::to_string(::getpid()));
-    fs::remove_all(fOutput);
-    fs::create_directories(fOutput);
-  }
-  void TearDown() override {
-    AppProcedureHook::Set(nullptr);
-    fs::remove_all(fOutput);
-  }
-
-  json RunFile(const fs::path& file) {
-    AppOptions options;
-    options.fOutputDir = (fOutput / "out").string();
-    options.fbText = false;
-    options.fbJson = true;
-    AppSession session(options);
-    EXPECT_TRUE(session.RunFile(file.string()));
-    std::ostringstream terminal;
-    std::string error;
-    EXPECT_TRUE(session.WriteReports(terminal, error)) << error;
-    fExitStatus = session.ExitStatus();
-    return ReadJson(fOutput / "out" / "report.json");
-  }
-
-  json RunExample(const std::string& name) { return RunFile(fs::path(GLMIX_SOURCE_DIR) / "examples" / (name + ".gmx")); }
-
-  // A command file over an example's data, written into the test's folder.
-  json RunCommands(const std::string& commands) {
-    const fs::path file = fOutput / "run.gmx";
-    std::ofstream(file) << "LOAD '" << (fs::path(GLMIX_SOURCE_DIR) / "examples" / "data").string() << "/"
-                        << commands;
-    return RunFile(file);
-  }
+  // Commands after the LOAD of an example's data file: `commands` begins
+  // with the file's name.
+  json RunCommands(const std::string& commands) { return RunInExamples("LOAD 'data/" + commands); }
 
   std::vector<std::pair<std::string, TestTables>> CustomTests(const json& report) {
     std::vector<std::pair<std::string, TestTables>> tests;
     CollectCustomTests(report["items"], tests, false);
     return tests;
   }
-
-  fs::path fOutput;
-  int fExitStatus = -1;
 };
 
 json Reference(const std::string& name) {

@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,11 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "app/AppProcedureHook.h"
-#include "AppReportFile.h"
-#include "app/AppSession.h"
+#include "AppReportRunFixture.h"
 #include "host/data/ZORV_Session.h"
-#include "run/MixDriver.h"
 
 namespace fs = std::filesystem;
 using apptest::CollectMessages;
@@ -31,47 +26,11 @@ void ExpectNear(double actual, double expected, double relative, const std::stri
   EXPECT_NEAR(actual, expected, relative * std::fabs(expected)) << what;
 }
 
-class AppFittingTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    AppProcedureHook::Set(MixDriver);
-    // Tests run in parallel processes: each gets a folder of its own.
-    fOutput = fs::temp_directory_path() /
-              ("glmixfit-fitting-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
-               "-" + std::to_string(::getpid()));
-    fs::remove_all(fOutput);
-  }
-  void TearDown() override {
-    AppProcedureHook::Set(nullptr);
-    fs::remove_all(fOutput);
-  }
-
-  // Runs a command file and returns its JSON report.
-  json RunFile(const fs::path& file, int& exitStatus) {
-    AppOptions options;
-    options.fOutputDir = fOutput.string();
-    options.fbText = false;
-    options.fbJson = true;
-    AppSession session(options);
-    EXPECT_TRUE(session.RunFile(file.string()));
-    std::ostringstream terminal;
-    std::string error;
-    EXPECT_TRUE(session.WriteReports(terminal, error)) << error;
-    exitStatus = session.ExitStatus();
-    return ReadJson(fOutput / "report.json");
-  }
-
-  json RunExample(const std::string& name, int& exitStatus) {
-    return RunFile(fs::path(GLMIX_SOURCE_DIR) / "examples" / (name + ".gmx"), exitStatus);
-  }
-
-  fs::path fOutput;
-};
+class AppFittingTest : public AppReportRunFixture {};
 
 TEST_F(AppFittingTest, TheSleepStudyExampleIsFittedAndReported) {
-  int exitStatus = -1;
-  json report = RunExample("sleepstudy", exitStatus);
-  EXPECT_EQ(exitStatus, 0);
+  json report = RunExample("sleepstudy");
+  EXPECT_EQ(fExitStatus, 0);
   std::vector<std::string> messages;
   CollectMessages(report["items"], messages);
   EXPECT_TRUE(messages.empty()) << messages.front();
@@ -131,14 +90,12 @@ TEST_F(AppFittingTest, TheSleepStudyExampleIsFittedAndReported) {
   }
 
   // The command's documents were saved in the output folder.
-  EXPECT_TRUE(fs::exists(fOutput / "statjson-1.json"));
-  EXPECT_GT(fs::file_size(fOutput / "statjson-1.json"), 0u);
+  EXPECT_TRUE(fs::exists(ReportFolder() / "statjson-1.json"));
+  EXPECT_GT(fs::file_size(ReportFolder() / "statjson-1.json"), 0u);
 }
 
 TEST_F(AppFittingTest, AFitErrorEndsTheCommandWithAnErrorAndTheNextCommandRuns) {
-  const fs::path dir = fOutput.string() + "-data";
-  fs::remove_all(dir);
-  fs::create_directories(dir);
+  const fs::path dir = fOutput;
   {
     std::ofstream data(dir / "one.csv");
     data << "y,x,s\n1.5,1,1\n";
@@ -147,7 +104,7 @@ TEST_F(AppFittingTest, AFitErrorEndsTheCommandWithAnErrorAndTheNextCommandRuns) 
                 "GLMIXFIT y WITH x /FIXED x /RANDOM INTERCEPT SUBJECTS=s.\n";
   }
   AppOptions options;
-  options.fOutputDir = fOutput.string();
+  options.fOutputDir = ReportFolder().string();
   options.fbText = false;
   AppSession session(options);
   ASSERT_TRUE(session.RunFile((dir / "run.gmx").string()));
@@ -167,16 +124,13 @@ TEST_F(AppFittingTest, AFitErrorEndsTheCommandWithAnErrorAndTheNextCommandRuns) 
   }
   EXPECT_EQ(fitted, 2);
   EXPECT_EQ(errors, 2);
-  fs::remove_all(dir);
 }
 
 // A model without fixed parameters is legitimate: it is fitted, with every
 // option that used to stop at the empty fixed part, and the first fit's
 // numbers are R's.
 TEST_F(AppFittingTest, AModelWithoutFixedParametersIsFitted) {
-  const fs::path dir = fOutput.string() + "-data";
-  fs::remove_all(dir);
-  fs::create_directories(dir);
+  const fs::path dir = fOutput;
   fs::copy_file(fs::path(GLMIX_SOURCE_DIR) / "examples" / "data" / "dyestuff.csv", dir / "dyestuff.csv");
   {
     std::ofstream commands(dir / "run.gmx");
@@ -187,9 +141,8 @@ TEST_F(AppFittingTest, AModelWithoutFixedParametersIsFitted) {
                 "WEIGHT BY Yield.\nGLMIXFIT Yield /FIXED INTERCEPT=NO /RANDOM INTERCEPT SUBJECTS=Batch.\n"
                 "WEIGHT OFF.\nSPLIT BY Batch.\nGLMIXFIT Yield /FIXED INTERCEPT=NO /MEANS OVERALL.\n";
   }
-  int exitStatus = -1;
-  const json report = RunFile(dir / "run.gmx", exitStatus);
-  EXPECT_EQ(exitStatus, 0);
+  const json report = RunFile(dir / "run.gmx");
+  EXPECT_EQ(fExitStatus, 0);
   std::vector<std::string> messages;
   CollectMessages(report["items"], messages);
   for (const std::string& message : messages) EXPECT_NE(message.rfind("error", 0), 0u) << message;
@@ -205,7 +158,6 @@ TEST_F(AppFittingTest, AModelWithoutFixedParametersIsFitted) {
   ExpectNear(Value(random, 0, 0), reference["var_batch"].get<double>(), 1e-5, "batch variance");
   const json& residual = tables.find("ResidualEffect")->second;
   ExpectNear(Value(residual, 0, 0), reference["var_residual"].get<double>(), 1e-5, "residual variance");
-  fs::remove_all(dir);
 }
 
 // Subjects whose measurements alternate around their mean (data made with
@@ -213,15 +165,12 @@ TEST_F(AppFittingTest, AModelWithoutFixedParametersIsFitted) {
 // N(0, 9), 60 subjects): an unstructured intercept-and-slope block converges
 // to a G that is not positive definite, and the run says so.
 TEST_F(AppFittingTest, AnIndefiniteEstimatedGIsAWarningNamingTheBlock) {
-  const fs::path dir = fOutput.string() + "-data";
-  fs::remove_all(dir);
-  fs::create_directories(dir);
+  const fs::path dir = fOutput;
   fs::copy_file(fs::path(GLMIX_TEST_DATA_DIR) / "app" / "indefinite-g.csv", dir / "g.csv");
   std::ofstream(dir / "run.gmx") << "LOAD 'g.csv'.\nGLMIXFIT y WITH x /FIXED x /RANDOM INTERCEPT SUBJECTS=s\n"
                                     "  /RANDOM INTERCEPT x SUBJECTS=s STRUCTURE=UN /EXPORT MODEL='m.xml' STATXML='s.xml'.\n";
-  int exitStatus = -1;
-  const json report = RunFile(dir / "run.gmx", exitStatus);
-  EXPECT_EQ(exitStatus, 0);
+  const json report = RunFile(dir / "run.gmx");
+  EXPECT_EQ(fExitStatus, 0);
   std::vector<std::string> messages;
   CollectMessages(report["items"], messages);
   // Once with the command's tables, once in the model viewer, which reads
@@ -257,7 +206,6 @@ TEST_F(AppFittingTest, AnIndefiniteEstimatedGIsAWarningNamingTheBlock) {
   std::stringstream text;
   text << xml.rdbuf();
   EXPECT_NE(text.str().find("kGLMM_GNotPD"), std::string::npos);
-  fs::remove_all(dir);
 }
 
 }  // namespace
@@ -266,7 +214,6 @@ TEST_F(AppFittingTest, AnIndefiniteEstimatedGIsAWarningNamingTheBlock) {
 // documents, although the command file's names are taken from its own folder.
 TEST_F(AppFittingTest, ARelativeOutputFolderReceivesTheDocuments) {
   const fs::path workingBefore = fs::current_path();
-  fs::create_directories(fOutput);
   fs::current_path(fOutput);
   AppOptions options;
   options.fOutputDir = "relative-output";

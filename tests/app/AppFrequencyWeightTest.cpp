@@ -1,8 +1,6 @@
 // WEIGHT BY against the same records written out as many times as their
 // weight, rounded, says: every table of the fit holds the same numbers, for
 // the weighted example and for a split file.
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -13,13 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "app/AppProcedureHook.h"
-#include "AppReportFile.h"
-#include "app/AppSession.h"
-#include "run/MixDriver.h"
+#include "AppReportRunFixture.h"
 
 namespace fs = std::filesystem;
-using apptest::ReadJson;
 using nlohmann::json;
 
 namespace {
@@ -85,57 +79,27 @@ std::vector<std::string> ReadLines(const fs::path& path) {
   return lines;
 }
 
-class AppFrequencyWeightTest : public ::testing::Test {
+class AppFrequencyWeightTest : public AppReportRunFixture {
  protected:
-  void SetUp() override {
-    AppProcedureHook::Set(MixDriver);
-    // Tests run in parallel processes: each gets a folder of its own.
-    fDir = fs::temp_directory_path() /
-           ("glmixfit-weights-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + "-" +
-            std::to_string(::getpid()));
-    fs::remove_all(fDir);
-    fs::create_directories(fDir);
-  }
-  void TearDown() override {
-    AppProcedureHook::Set(nullptr);
-    fs::remove_all(fDir);
-  }
-
-  // Runs a command file with a JSON report into an output folder of its own.
-  json Run(const fs::path& commandFile, const std::string& output) {
-    AppOptions options;
-    options.fOutputDir = (fDir / output).string();
-    options.fbText = false;
-    options.fbJson = true;
-    AppSession session(options);
-    EXPECT_TRUE(session.RunFile(commandFile.string()));
-    std::ostringstream terminal;
-    std::string error;
-    EXPECT_TRUE(session.WriteReports(terminal, error)) << error;
-    return ReadJson(fDir / output / "report.json");
-  }
-
   json RunText(const std::string& name, const std::string& commands) {
     {
-      std::ofstream out(fDir / (name + ".gmx"));
+      std::ofstream out(fOutput / (name + ".gmx"));
       out << commands;
     }
-    return Run(fDir / (name + ".gmx"), name + "-output");
+    return RunFile(fOutput / (name + ".gmx"), name + "-output");
   }
 
   // Writes `name`.csv: the header, then each data line as many times as
   // copies says, beside a copy of the dictionary.
   void WriteCopies(const std::vector<std::string>& lines, const std::vector<int>& copies, const std::string& name,
                    const fs::path& dictionary) {
-    std::ofstream out(fDir / (name + ".csv"));
+    std::ofstream out(fOutput / (name + ".csv"));
     out << lines[0] << "\n";
     for (std::size_t r = 1; r < lines.size(); ++r) {
       for (int j = 0; j < copies[r - 1]; ++j) out << lines[r] << "\n";
     }
-    fs::copy_file(dictionary, fDir / (name + ".dictionary.json"), fs::copy_options::overwrite_existing);
+    fs::copy_file(dictionary, fOutput / (name + ".dictionary.json"), fs::copy_options::overwrite_existing);
   }
-
-  fs::path fDir;
 };
 
 }  // namespace
@@ -155,7 +119,7 @@ TEST_F(AppFrequencyWeightTest, TheWeightedExampleFitsItsRecordsWrittenOut) {
   }
   WriteCopies(lines, copies, "written", data / "cbpp-rates.dictionary.json");
 
-  const std::vector<json> example = Fits(Run(fs::path(GLMIX_SOURCE_DIR) / "examples" / "cbpp-weighted.gmx", "example"));
+  const std::vector<json> example = Fits(RunFile(fs::path(GLMIX_SOURCE_DIR) / "examples" / "cbpp-weighted.gmx", "example"));
   ASSERT_EQ(example.size(), 2u);
   const std::vector<json> written = Fits(RunText("written",
                                                  "LOAD 'written.csv'.\n"
@@ -179,10 +143,10 @@ TEST_F(AppFrequencyWeightTest, ASplitFileFitsItsRecordsWrittenOut) {
     copies.push_back(static_cast<int>(std::lround(std::stod(w))));
   }
   {
-    std::ofstream out(fDir / "weighted.csv");
+    std::ofstream out(fOutput / "weighted.csv");
     for (const std::string& line : lines) out << line << "\n";
   }
-  fs::copy_file(data / "orthodont.dictionary.json", fDir / "weighted.dictionary.json");
+  fs::copy_file(data / "orthodont.dictionary.json", fOutput / "weighted.dictionary.json");
   WriteCopies(lines, copies, "written", data / "orthodont.dictionary.json");
 
   const std::string model =
@@ -204,7 +168,7 @@ TEST_F(AppFrequencyWeightTest, WeightsThatDifferWithinAChildUnderAnAutoregressiv
   lines[0] += ",\"w\"";
   for (std::size_t r = 1; r < lines.size(); ++r) lines[r] += r % 2 == 0 ? ",1" : ",2";
   {
-    std::ofstream out(fDir / "weighted.csv");
+    std::ofstream out(fOutput / "weighted.csv");
     for (const std::string& line : lines) out << line << "\n";
   }
   const std::vector<json> fits = Fits(RunText("weighted",

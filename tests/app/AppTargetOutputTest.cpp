@@ -1,63 +1,32 @@
 // The run side's tables of a generalized model: the target's table and the
 // exponentiated estimates, which a linear model does not show.
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "AppReportFile.h"
-#include "app/AppProcedureHook.h"
-#include "app/AppSession.h"
-#include "run/MixDriver.h"
+#include "AppReportRunFixture.h"
 
 namespace fs = std::filesystem;
 using apptest::CollectTables;
 using apptest::Labels;
-using apptest::ReadJson;
 using apptest::Value;
 using nlohmann::json;
 
 namespace {
 
-class AppTargetOutputTest : public ::testing::Test {
+class AppTargetOutputTest : public AppReportRunFixture {
  protected:
-  void SetUp() override {
-    AppProcedureHook::Set(MixDriver);
-    fOutput = fs::temp_directory_path() /
-              ("glmixfit-target-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
-               "-" + std::to_string(::getpid()));
-    fs::remove_all(fOutput);
-  }
-  void TearDown() override {
-    AppProcedureHook::Set(nullptr);
-    fs::remove_all(fOutput);
-  }
-
   // Runs commands on the cbpp data and returns the tables of the report.
   std::multimap<std::string, json> Run(const std::string& command) {
-    AppOptions options;
-    options.fOutputDir = fOutput.string();
-    options.fbText = false;
-    options.fbJson = true;
-    AppSession session(options);
-    session.RunText("LOAD 'data/cbpp.csv'.\n" + command, "t.gmx", std::string(GLMIX_SOURCE_DIR) + "/examples");
-    std::ostringstream terminal;
-    std::string error;
-    EXPECT_TRUE(session.WriteReports(terminal, error)) << error;
     std::multimap<std::string, json> tables;
-    CollectTables(ReadJson(fOutput / "report.json")["items"], tables);
+    CollectTables(RunInExamples("LOAD 'data/cbpp.csv'.\n" + command)["items"], tables);
     return tables;
   }
-
-  fs::path fOutput;
 };
 
 // The texts of a one-dimensional table's cells, in row order.
