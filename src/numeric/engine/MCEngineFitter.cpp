@@ -91,6 +91,32 @@ MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>
   return result;
 }
 
+std::vector<MCEngineTest> MCEngineFitter::TestContrastRows(const std::vector<std::vector<double>>& rows) const {
+  const MCEngineHypothesis* hyp = fpOrdinal ? fpOrdinal->GetHypothesis() : fpImpl->GetHypothesis();
+  const int P = fpImpl->GetNColumns();
+  bool usable = hyp != nullptr;
+  for (const std::vector<double>& l : rows) usable = usable && static_cast<int>(l.size()) == P;
+  if (!usable) {
+    std::vector<MCEngineTest> tests(rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) tests[i].SetL({rows[i]});
+    return tests;
+  }
+  Eigen::MatrixXd M(static_cast<Eigen::Index>(rows.size()), P);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (int j = 0; j < P; ++j) M(static_cast<Eigen::Index>(i), j) = rows[i][static_cast<std::size_t>(j)];
+  }
+  std::vector<MCEngineTest> tests = hyp->TestRows(M, Eigen::VectorXd::Zero(M.rows()));
+  if (!fpOrdinal) {
+    for (MCEngineTest& test : tests) fpImpl->UnscaleTest(test);
+  }
+  return tests;
+}
+
+long MCEngineFitter::GetCovarianceProducts() const {
+  const MCEngineHypothesis* hyp = fpOrdinal ? fpOrdinal->GetHypothesis() : fpImpl->GetHypothesis();
+  return hyp ? hyp->GetCovarianceProducts() : 0;
+}
+
 bool MCEngineFitter::EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
                                 std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const {
   return fpImpl->EvaluateAt(theta, minus2LogLik, gradient, observedHessian, expectedHessian);

@@ -39,6 +39,12 @@ class MCEngineFitter {
   MCEngineTest TestContrast(const std::vector<std::vector<double>>& L) const;
   // Tests L beta = K, one K value per row, in the response's units.
   MCEngineTest TestContrast(const std::vector<std::vector<double>>& L, const std::vector<double>& K) const;
+  // Tests l beta = 0 for each row l on its own, the same as TestContrast({l})
+  // row by row, with the products over all rows formed together.
+  std::vector<MCEngineTest> TestContrastRows(const std::vector<std::vector<double>>& rows) const;
+  // How many times the tests after the fit formed their products with the
+  // estimates' covariance (a work count for the tests; 0 before a fit).
+  long GetCovarianceProducts() const;
   // Whether l beta is estimable (l lies in the row space of the design).
   bool IsEstimable(const std::vector<double>& l) const;
 

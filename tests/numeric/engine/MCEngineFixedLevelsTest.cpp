@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
+#include "numeric/engine/MCEngineEmmeans.h"
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestDraws.h"
@@ -69,6 +71,44 @@ TEST(MCEngineFixedLevels, GroupProductsGrowWithTheLevelsAGroupHolds) {
   ASSERT_EQ(r.GetTypeITests().size(), 2u);
   EXPECT_DOUBLE_EQ(r.GetTypeIIITests()[1].GetNumDF(), kLevels - 1.0);
   EXPECT_NEAR(r.GetTypeIIITests()[1].GetF(), r.GetTypeITests()[1].GetF(), 1e-8 * r.GetTypeITests()[1].GetF());
+}
+
+TEST(MCEngineFixedLevels, MeansOfManyLevelsTakeTheirTestsTogether) {
+  constexpr int kFactor = 5;
+  const MCEngineInput in = ManyLevels(kLevels, kSubjects);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(in, MCEngineTestFixture::Tight(true)).IsError());
+  std::vector<MCEngineMeansColumn> columns = {MCEngineMeansColumn()};
+  for (int j = 0; j < kLevels; ++j) columns.push_back(MCEngineMeansColumn({kFactor}, {j}, {}));
+  const MCEngineEmmeans means(fitter, in, columns, 95.0);
+  MCEngineMeansRequest request;
+  request.SetFactors({kFactor});
+  request.SetCompareFactor(kFactor);
+  request.SetContrast(MCEngineMeansRequest::kSimple);
+  const long before = fitter.GetCovarianceProducts();
+  const MCEngineMeansTable table = means.Compute(request);
+  // The 300 means, the 299 contrasts and the joint test: one product each
+  // for the means, for the contrasts and for the joint test, where testing
+  // them one by one would take 600.
+  EXPECT_LE(fitter.GetCovarianceProducts() - before, 3);
+  ASSERT_EQ(table.GetCells().size(), static_cast<std::size_t>(kLevels));
+  ASSERT_EQ(table.GetContrasts().size(), static_cast<std::size_t>(kLevels - 1));
+  // Each mean against the same row tested twice over, a test of two rows of
+  // rank one, which goes through the eigen-directions of L C L' instead:
+  // the same F (the squared t) and the same df.
+  for (int j : {0, kLevels / 2, kLevels - 1}) {
+    std::vector<double> l(static_cast<std::size_t>(kLevels + 1), 0.0);
+    l[0] = 1.0;
+    l[static_cast<std::size_t>(j + 1)] = 1.0;
+    const MCEngineTest twice = fitter.TestContrast({l, l});
+    ASSERT_TRUE(twice.IsValid());
+    EXPECT_DOUBLE_EQ(twice.GetNumDF(), 1.0);
+    const MCEngineMeansCell& cell = table.GetCells()[static_cast<std::size_t>(j)];
+    ASSERT_TRUE(cell.IsEstimable());
+    const double t = cell.GetEstimate() / cell.GetStdError();
+    EXPECT_NEAR(t * t, twice.GetF(), 1e-8 * twice.GetF());
+    EXPECT_NEAR(cell.GetDF(), twice.GetDenDF(), 1e-8 * twice.GetDenDF());
+  }
 }
 
 TEST(MCEngineFixedLevels, GroupByGroupEqualsTheMixedModelEquations) {

@@ -30,6 +30,21 @@ bool Finite(const Row& row) {
   return true;
 }
 
+// The single-row test of each row with finite coefficients, all formed
+// together; a row with a coefficient that is not finite keeps an invalid test.
+std::vector<MCEngineTest> TestFiniteRows(const MCEngineFitter& fitter, const std::vector<Row>& rows) {
+  std::vector<Row> finite;
+  for (const Row& l : rows) {
+    if (Finite(l)) finite.push_back(l);
+  }
+  const std::vector<MCEngineTest> tested = fitter.TestContrastRows(finite);
+  std::vector<MCEngineTest> tests(rows.size());
+  for (std::size_t i = 0, f = 0; i < rows.size(); ++i) {
+    if (Finite(rows[i])) tests[i] = tested[f++];
+  }
+  return tests;
+}
+
 // The mean on the data's scale: the inverse link of the estimate, its
 // standard error by the delta method, |d mu / d eta| times that of the
 // estimate, and the inverse link of the bounds, in increasing order since a
@@ -366,14 +381,15 @@ MCEngineMeansTable MCEngineEmmeans::Compute(const MCEngineMeansRequest& request)
   // The means.
   std::vector<Row> rows(U(static_cast<int>(nCells)));
   std::vector<bool> estimable(rows.size(), false);
+  for (long index = 0; index < nCells; ++index) rows[U(static_cast<int>(index))] = row(Decode(index, sizes));
+  const std::vector<MCEngineTest> cellTests = TestFiniteRows(*fpFitter, rows);
   for (long index = 0; index < nCells; ++index) {
     MCEngineMeansCell cell;
     cell.SetLevels(Decode(index, sizes));
     cell.SetDataScale(!fTarget.IsLinear());
-    Row& l = rows[U(static_cast<int>(index))];
-    l = row(cell.GetLevels());
+    const Row& l = rows[U(static_cast<int>(index))];
     if (Finite(l)) {
-      const MCEngineTest test = fpFitter->TestContrast({l});
+      const MCEngineTest& test = cellTests[U(static_cast<int>(index))];
       if (test.IsValid() && Present(test.GetEstimate())) {
         estimable[U(static_cast<int>(index))] = true;
         cell.SetEstimable(true);
@@ -423,12 +439,8 @@ MCEngineMeansTable MCEngineEmmeans::Compute(const MCEngineMeansRequest& request)
     }
 
     const std::size_t first = table.GetContrasts().size();
+    std::vector<Row> contrastLs;
     for (const ContrastRow& cr : contrastRows) {
-      MCEngineMeansContrast contrast;
-      contrast.SetByLevels(byLevels);
-      contrast.SetLevel(cr.fLevel);
-      contrast.SetReference(cr.fReference);
-      contrast.SetCoefficients(cr.fCoefficients);
       Row l(fvColumns.size(), 0.0);
       bool finite = true;
       for (int j = 0; j < k; ++j) {
@@ -438,8 +450,20 @@ MCEngineMeansTable MCEngineEmmeans::Compute(const MCEngineMeansRequest& request)
         finite = finite && Finite(m);
         for (std::size_t c = 0; c < l.size(); ++c) l[c] += a * m[c];
       }
-      if (finite) {
-        const MCEngineTest test = fpFitter->TestContrast({l});
+      // A contrast of a mean that is not finite is not tested.
+      if (!finite) l.assign(fvColumns.size(), kNaN);
+      contrastLs.push_back(std::move(l));
+    }
+    const std::vector<MCEngineTest> contrastTests = TestFiniteRows(*fpFitter, contrastLs);
+    for (std::size_t r = 0; r < contrastRows.size(); ++r) {
+      const ContrastRow& cr = contrastRows[r];
+      MCEngineMeansContrast contrast;
+      contrast.SetByLevels(byLevels);
+      contrast.SetLevel(cr.fLevel);
+      contrast.SetReference(cr.fReference);
+      contrast.SetCoefficients(cr.fCoefficients);
+      if (Finite(contrastLs[r])) {
+        const MCEngineTest& test = contrastTests[r];
         if (test.IsValid() && Present(test.GetEstimate())) {
           contrast.SetEstimable(true);
           contrast.SetEstimate(test.GetEstimate());

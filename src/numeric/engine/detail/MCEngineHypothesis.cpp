@@ -51,6 +51,36 @@ std::vector<int> IndependentRows(const Eigen::MatrixXd& rows) {
   return chosen;
 }
 
+// Makes the rows `keep` of L orthogonal to the rows `zrows`, as projecting
+// out each of those rows in turn does, when the `zrows` are independent: the
+// rows' QR factorisation (blocked) gives their span at once, and only the
+// rows kept are projected, where row-by-row projections of every row cost
+// the square of the rows times the columns in strided row operations.
+// Returns false, leaving L as it was, when some row of `zrows` is (close to)
+// a combination of those before it; the caller then projects row by row.
+bool ProjectOutAtOnce(Eigen::MatrixXd& L, const std::vector<int>& zrows, const std::vector<int>& keep) {
+  if (zrows.empty() || keep.empty()) return true;
+  const Eigen::Index P = L.cols();
+  const Eigen::Index z = static_cast<Eigen::Index>(zrows.size());
+  if (z >= P) return false;
+  Eigen::MatrixXd spanned(P, z);
+  double largest = 0.0;
+  for (Eigen::Index i = 0; i < z; ++i) {
+    spanned.col(i) = L.row(zrows[U(static_cast<int>(i))]).transpose();
+    largest = std::max(largest, spanned.col(i).norm());
+  }
+  const Eigen::HouseholderQR<Eigen::MatrixXd> qr(spanned);
+  if (!(qr.matrixQR().diagonal().cwiseAbs().minCoeff() > 1e-6 * largest)) return false;
+  Eigen::MatrixXd rest(P, static_cast<Eigen::Index>(keep.size()));
+  for (std::size_t i = 0; i < keep.size(); ++i) rest.col(static_cast<Eigen::Index>(i)) = L.row(keep[i]).transpose();
+  rest.applyOnTheLeft(qr.householderQ().adjoint());
+  rest.topRows(z).setZero();
+  rest.applyOnTheLeft(qr.householderQ());
+  for (std::size_t i = 0; i < keep.size(); ++i) L.row(keep[i]) = rest.col(static_cast<Eigen::Index>(i)).transpose();
+  for (int r : zrows) L.row(r).setZero();
+  return true;
+}
+
 }  // namespace
 
 MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::vector<bool>& aliased)
@@ -168,16 +198,18 @@ Eigen::MatrixXd MCEngineHypothesis::TypeIII(const std::vector<MCEngineTerm>& ter
       keep.push_back(r);
     }
   }
-  for (int z : zrows) {
-    const Eigen::RowVectorXd w = L.row(z);
-    const double ww = w.squaredNorm();
-    if (ww > 0.0) {
-      for (int r : rows) {
-        if (r == z) continue;
-        L.row(r) -= (w.dot(L.row(r)) / ww) * w;
+  if (!ProjectOutAtOnce(L, zrows, keep)) {
+    for (int z : zrows) {
+      const Eigen::RowVectorXd w = L.row(z);
+      const double ww = w.squaredNorm();
+      if (ww > 0.0) {
+        for (int r : rows) {
+          if (r == z) continue;
+          L.row(r) -= (w.dot(L.row(r)) / ww) * w;
+        }
       }
+      L.row(z).setZero();
     }
-    L.row(z).setZero();
   }
   Eigen::MatrixXd out(static_cast<Eigen::Index>(keep.size()), P);
   for (std::size_t i = 0; i < keep.size(); ++i) {
@@ -226,7 +258,40 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L) const {
   return Test(L, Eigen::VectorXd::Zero(L.rows()));
 }
 
+std::vector<MCEngineTest> MCEngineHypothesis::TestRows(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const {
+  const int n = static_cast<int>(L.rows());
+  std::vector<MCEngineTest> tests(U(n));
+  for (int i = 0; i < n; ++i) {
+    const Eigen::RowVectorXd l = L.row(i);
+    tests[U(i)].SetL({std::vector<double>(l.data(), l.data() + l.size())});
+  }
+  if (n == 0 || fC.rows() != L.cols() || k.size() != L.rows()) return tests;
+  ++fCovarianceProducts;
+  const Eigen::MatrixXd lessProjection = L - L * fH;
+  const Eigen::VectorXd variances = (L * fC).cwiseProduct(L).rowwise().sum();
+  const std::vector<double> nus = DFs(L, variances);
+  for (int i = 0; i < n; ++i) {
+    MCEngineTest& test = tests[U(i)];
+    const double var = variances[i];
+    if (!IsEstimableGiven(L.row(i), lessProjection.row(i)) || !(var > 0.0)) continue;
+    const double est = L.row(i).dot(fBeta);
+    const double distance = est - k[i];
+    test.SetValid(true);
+    test.SetF(distance * distance / var);
+    test.SetNumDF(1);
+    const double ddf = MCEngineMissing::Is(fFixedDF) ? nus[U(i)] : fFixedDF;
+    test.SetDenDF(ddf);
+    if (!MCEngineMissing::Is(ddf) && ddf > 0.0) test.SetSig(MCEngineProbability::FUpper(test.GetF(), 1, ddf));
+    test.SetEstimate(est);
+    const double se = std::sqrt(var);
+    test.SetStdError(se);
+    test.SetT(est / se);
+  }
+  return tests;
+}
+
 MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const {
+  if (L.rows() == 1) return TestRows(L, k).front();
   MCEngineTest test;
   std::vector<std::vector<double>> rows(U(static_cast<int>(L.rows())));
   for (int i = 0; i < L.rows(); ++i) {
@@ -239,6 +304,7 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
   for (int i = 0; i < L.rows(); ++i) {
     if (!IsEstimableGiven(L.row(i), lessProjection.row(i))) return test;
   }
+  ++fCovarianceProducts;
   const Eigen::MatrixXd LCL = L * fC * L.transpose();
   Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(LCL);
   const Eigen::VectorXd ev = es.eigenvalues();

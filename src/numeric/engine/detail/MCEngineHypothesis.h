@@ -45,6 +45,14 @@ class MCEngineHypothesis {
   // F test of L beta = k, one k value per row of L. The estimate of a
   // single-row L is l beta itself, not its distance from k.
   MCEngineTest Test(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const;
+  // Single-row tests of l beta = k for every row l of L at once, each the
+  // same as Test of that row alone: the products with H, C and dC_k are
+  // formed over all rows together.
+  std::vector<MCEngineTest> TestRows(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const;
+  // How many times the tests formed their products with C, whatever the
+  // number of rows each time: tests of many single rows taken together count
+  // once.
+  long GetCovarianceProducts() const { return fCovarianceProducts; }
   // The degrees of freedom of fixed estimate j: the fixed ones when set, else
   // Satterthwaite's (missing when not available).
   double DFOfColumn(int j, double variance) const;
@@ -67,6 +75,7 @@ class MCEngineHypothesis {
   std::vector<Eigen::MatrixXd> fvDC;
   Eigen::MatrixXd fAsyCov;
   double fFixedDF = MCEngineMissing::Value();
+  mutable long fCovarianceProducts = 0;
 };
 
 }  // namespace MCEngine_850
