@@ -30,18 +30,30 @@ bool Finite(const Row& row) {
   return true;
 }
 
-// The single-row test of each row with finite coefficients, all formed
-// together; a row with a coefficient that is not finite keeps an invalid test.
+// Rows tested together at most, which bounds the matrices of a test of many
+// rows.
+constexpr std::size_t kRowsTestedTogether = 512;
+
+// The single-row test of each row with finite coefficients, formed together
+// in chunks; a row with a coefficient that is not finite keeps an invalid
+// test.
 std::vector<MCEngineTest> TestFiniteRows(const MCEngineFitter& fitter, const std::vector<Row>& rows) {
-  std::vector<Row> finite;
-  for (const Row& l : rows) {
-    if (Finite(l)) finite.push_back(l);
-  }
-  const std::vector<MCEngineTest> tested = fitter.TestContrastRows(finite);
   std::vector<MCEngineTest> tests(rows.size());
-  for (std::size_t i = 0, f = 0; i < rows.size(); ++i) {
-    if (Finite(rows[i])) tests[i] = tested[f++];
+  std::vector<std::size_t> at;
+  std::vector<Row> finite;
+  auto testChunk = [&]() {
+    const std::vector<MCEngineTest> tested = fitter.TestContrastRows(finite);
+    for (std::size_t f = 0; f < at.size(); ++f) tests[at[f]] = tested[f];
+    at.clear();
+    finite.clear();
+  };
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (!Finite(rows[i])) continue;
+    at.push_back(i);
+    finite.push_back(rows[i]);
+    if (finite.size() == kRowsTestedTogether) testChunk();
   }
+  if (!finite.empty()) testChunk();
   return tests;
 }
 
@@ -439,46 +451,52 @@ MCEngineMeansTable MCEngineEmmeans::Compute(const MCEngineMeansRequest& request)
     }
 
     const std::size_t first = table.GetContrasts().size();
-    std::vector<Row> contrastLs;
-    for (const ContrastRow& cr : contrastRows) {
-      Row l(fvColumns.size(), 0.0);
-      bool finite = true;
-      for (int j = 0; j < k; ++j) {
-        const double a = cr.fCoefficients[U(j)];
-        if (a == 0.0) continue;
-        const Row& m = rows[U(cellOf[U(j)])];
-        finite = finite && Finite(m);
-        for (std::size_t c = 0; c < l.size(); ++c) l[c] += a * m[c];
+    // In chunks, so that the pairs of many levels never hold all their rows
+    // at once.
+    for (std::size_t from = 0; from < contrastRows.size(); from += kRowsTestedTogether) {
+      const std::size_t to = std::min(contrastRows.size(), from + kRowsTestedTogether);
+      std::vector<Row> contrastLs;
+      for (std::size_t r = from; r < to; ++r) {
+        const ContrastRow& cr = contrastRows[r];
+        Row l(fvColumns.size(), 0.0);
+        bool finite = true;
+        for (int j = 0; j < k; ++j) {
+          const double a = cr.fCoefficients[U(j)];
+          if (a == 0.0) continue;
+          const Row& m = rows[U(cellOf[U(j)])];
+          finite = finite && Finite(m);
+          for (std::size_t c = 0; c < l.size(); ++c) l[c] += a * m[c];
+        }
+        // A contrast of a mean that is not finite is not tested.
+        if (!finite) l.assign(fvColumns.size(), kNaN);
+        contrastLs.push_back(std::move(l));
       }
-      // A contrast of a mean that is not finite is not tested.
-      if (!finite) l.assign(fvColumns.size(), kNaN);
-      contrastLs.push_back(std::move(l));
-    }
-    const std::vector<MCEngineTest> contrastTests = TestFiniteRows(*fpFitter, contrastLs);
-    for (std::size_t r = 0; r < contrastRows.size(); ++r) {
-      const ContrastRow& cr = contrastRows[r];
-      MCEngineMeansContrast contrast;
-      contrast.SetByLevels(byLevels);
-      contrast.SetLevel(cr.fLevel);
-      contrast.SetReference(cr.fReference);
-      contrast.SetCoefficients(cr.fCoefficients);
-      if (Finite(contrastLs[r])) {
-        const MCEngineTest& test = contrastTests[r];
-        if (test.IsValid() && Present(test.GetEstimate())) {
-          contrast.SetEstimable(true);
-          contrast.SetEstimate(test.GetEstimate());
-          contrast.SetStdError(test.GetStdError());
-          contrast.SetDF(test.GetDenDF());
-          if (Present(test.GetStdError())) {
-            const double t = test.GetEstimate() / test.GetStdError();
-            contrast.SetT(t);
-            if (Present(test.GetDenDF()) && test.GetDenDF() > 0.0) {
-              contrast.SetSig(MCEngineProbability::TTwoSided(t, test.GetDenDF()));
+      const std::vector<MCEngineTest> contrastTests = TestFiniteRows(*fpFitter, contrastLs);
+      for (std::size_t r = from; r < to; ++r) {
+        const ContrastRow& cr = contrastRows[r];
+        MCEngineMeansContrast contrast;
+        contrast.SetByLevels(byLevels);
+        contrast.SetLevel(cr.fLevel);
+        contrast.SetReference(cr.fReference);
+        contrast.SetCoefficients(cr.fCoefficients);
+        if (Finite(contrastLs[r - from])) {
+          const MCEngineTest& test = contrastTests[r - from];
+          if (test.IsValid() && Present(test.GetEstimate())) {
+            contrast.SetEstimable(true);
+            contrast.SetEstimate(test.GetEstimate());
+            contrast.SetStdError(test.GetStdError());
+            contrast.SetDF(test.GetDenDF());
+            if (Present(test.GetStdError())) {
+              const double t = test.GetEstimate() / test.GetStdError();
+              contrast.SetT(t);
+              if (Present(test.GetDenDF()) && test.GetDenDF() > 0.0) {
+                contrast.SetSig(MCEngineProbability::TTwoSided(t, test.GetDenDF()));
+              }
             }
           }
         }
+        table.AddContrast(contrast);
       }
-      table.AddContrast(contrast);
     }
     std::vector<MCEngineMeansContrast*> family;
     for (std::size_t i = first; i < table.GetContrasts().size(); ++i) family.push_back(&table.GetContrasts()[i]);
