@@ -118,9 +118,11 @@ const MessageData kMessages[] = {
     {MCCommon_850::MC_R_NOT_PD, "R matrix not positive definite ...",
      "R matrix not positive definite in split [%1=%2:,^1=^2:]1 ...", false},
     {MCCommon_850::MC_GENERALIZED_UNAVAILABLE,
-     "The target's distribution, link and fitting method cannot be fitted together. No model is fitted.",
-     "The target's distribution, link and fitting method cannot be fitted together for split [%1=%2:,^1=^2:]1. "
-     "No model is fitted.",
+     "The target's distribution, link and fitting method cannot be fitted together, or not with the options "
+     "asked (a robust covariance or too many joint random effects with a likelihood fit). No model is fitted.",
+     "The target's distribution, link and fitting method cannot be fitted together, or not with the options "
+     "asked (a robust covariance or too many joint random effects with a likelihood fit), for split "
+     "[%1=%2:,^1=^2:]1. No model is fitted.",
      false},
     {MCCommon_850::MC_PL_NOT_CONVERGED,
      "The pseudo-likelihood iterations reached their limit before the estimates settled. Model validity is "

@@ -142,6 +142,10 @@ class MCEngineResult {
   // the other distributions.
   double GetShape() const { return fShape; }
   void SetShape(double v) { fShape = v; }
+  // The shape's standard error where a likelihood fit estimated it with the
+  // other parameters; missing otherwise.
+  double GetShapeStdError() const { return fShapeStdError; }
+  void SetShapeStdError(double v) { fShapeStdError = v; }
   // Sum over the records of the deviance, and of (y - mu)^2 w / V(mu), at
   // the conditional means.
   double GetDeviance() const { return fDeviance; }
@@ -206,6 +210,7 @@ class MCEngineResult {
   bool fbScaleFixed = false;
   double fScale = MCEngineMissing::Value();
   double fShape = MCEngineMissing::Value();
+  double fShapeStdError = MCEngineMissing::Value();
   double fDeviance = MCEngineMissing::Value();
   double fPearson = MCEngineMissing::Value();
   std::vector<double> fvLinearPredictor;

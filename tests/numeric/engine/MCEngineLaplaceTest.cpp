@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -85,6 +89,62 @@ TEST(MCEngineLaplaceTest, BinaryTargetAgreesWithGlmer) {
   CompareWithGlmer(ReadGlmmReference("laplace", "bacteria_laplace"), *c.design, fitter.GetResult());
 }
 
+// A random block without subjects ties every record to every other: with a
+// random effect per record beside it, 1,001 random effects would be
+// integrated jointly, beyond the 1,000 the dense Laplace step takes.
+TEST(MCEngineLaplaceTest, TooManyJointRandomEffectsAreRefused) {
+  const std::string path = ::testing::TempDir() + "/laplace_joint_effects.csv";
+  {
+    std::ofstream out(path);
+    out << "id,y\n";
+    for (int r = 1; r <= 1000; ++r) out << r << "," << (r * 7) % 5 << "\n";
+  }
+  MCEngineTestGlmm c;
+  ASSERT_TRUE(c.csv.Read(path));
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"id"});
+  c.design->SetResponse("y");
+  c.design->AddFixedTerm("Intercept");
+  c.design->AddRandomBlock({"Intercept"}, "id", MCEngineCovType::VC);
+  c.design->AddRandomBlock({"Intercept"}, "", MCEngineCovType::VC);
+  c.input = c.design->Build();
+  MCEngineFitter fitter;
+  EXPECT_EQ(fitter.Fit(c.input, LikelihoodSettings(DIST_POISSON, FIT_LAPLACE)).GetCode(),
+            MCEngineStatus::kGeneralizedUnavailable);
+  EXPECT_TRUE(fitter.GetResult().GetBeta().empty());
+  std::remove(path.c_str());
+}
+
+// The likelihood fit has no sandwich covariance: asking for one is refused,
+// not answered with the model-based covariance.
+TEST(MCEngineLaplaceTest, RobustCovarianceIsRefused) {
+  MCEngineTestGlmm c;
+  ReadCbpp(c);
+  MCEngineSettings settings = LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE);
+  settings.SetRobustCovariance(true);
+  MCEngineFitter fitter;
+  EXPECT_EQ(fitter.Fit(c.input, settings).GetCode(), MCEngineStatus::kGeneralizedUnavailable);
+  EXPECT_TRUE(fitter.GetResult().GetBeta().empty());
+}
+
+// The shape k of Var(y) = mu + mu^2 / k is fitted with the other
+// parameters, as glmmTMB's nbinom2 fits it.
+TEST(MCEngineLaplaceTest, NegativeBinomialAgreesWithGlmmTMB) {
+  MCEngineTestGlmm c;
+  ReadEpil(c, {"Intercept", "trt", "lbase", "lage", "V4"});
+  MCEngineFitter fitter;
+  const MCEngineStatus status = fitter.Fit(c.input, LikelihoodSettings(DIST_NEGBIN, FIT_LAPLACE));
+  ASSERT_FALSE(status.IsError()) << status.GetCode();
+  const MCEngineResult& result = fitter.GetResult();
+  EXPECT_TRUE(result.IsConverged());
+  const nlohmann::json ref = ReadGlmmReference("laplace", "epil_negbin_laplace");
+  CompareWithGlmer(ref, *c.design, result);
+  EXPECT_TRUE(Near(result.GetShape(), ref["shape"].get<double>(), kTolerance));
+  EXPECT_TRUE(Near(result.GetShapeStdError(), ref["shape_se"].get<double>(), 1e-3));
+  EXPECT_TRUE(result.IsScaleFixed());
+  // Five fixed effects, the random variance and the shape, as glmmTMB counts them.
+  EXPECT_NEAR(result.GetAIC(), result.GetMinus2LogLik() + 2.0 * 7.0, 1e-9);
+}
+
 // glmer leaves the saturated model's log likelihood out of its deviance
 // with more than one quadrature point; the reference file holds it.
 TEST(MCEngineLaplaceTest, TenPointQuadratureAgreesWithGlmer) {
@@ -117,14 +177,72 @@ TEST(MCEngineLaplaceTest, InformationCriteriaCountEveryParameter) {
   EXPECT_NEAR(result.GetBIC(), result.GetMinus2LogLik() + 5.0 * std::log(15.0), 1e-9);
 }
 
-TEST(MCEngineLaplaceTest, DesignsBeyondOneRandomBlockAreRefused) {
+namespace {
+
+// The fixed estimates and standard errors, -2 log likelihood, each random
+// block's variance and each record's linear predictor.
+void CompareSeveralBlocksWithGlmer(const nlohmann::json& ref, const MCEngineTestDesign& design,
+                                   const MCEngineResult& result) {
+  ASSERT_FALSE(ref.is_null());
+  EXPECT_TRUE(result.IsConverged());
+  EXPECT_TRUE(Near(result.GetMinus2LogLik(), ref["minus2loglik"].get<double>(), 1e-6));
+  for (std::size_t i = 0; i < ref["columns"].size(); ++i) {
+    const std::string name = ref["columns"][i].get<std::string>();
+    const int col = design.FindColumnName(name);
+    ASSERT_GE(col, 0) << name;
+    const MCEngineBetaStat& b = result.GetBeta()[static_cast<std::size_t>(col)];
+    EXPECT_TRUE(Near(b.GetEstimate(), ref["estimates"][i].get<double>(), kTolerance)) << name;
+    EXPECT_TRUE(Near(b.GetStdError(), ref["std_errors"][i].get<double>(), kTolerance)) << name;
+  }
+  ASSERT_EQ(result.GetCovParams().size(), ref["random_variances"].size());
+  for (std::size_t k = 0; k < result.GetCovParams().size(); ++k) {
+    EXPECT_TRUE(Near(result.GetCovParams()[k].GetEstimate(), ref["random_variances"][k].get<double>(), kTolerance))
+        << k;
+  }
+  const std::vector<double>& eta = result.GetLinearPredictor();
+  ASSERT_EQ(eta.size(), ref["linear_predictor"].size());
+  for (std::size_t r = 0; r < eta.size(); ++r) {
+    EXPECT_TRUE(Near(eta[r], ref["linear_predictor"][r].get<double>(), kTolerance)) << "record " << r;
+  }
+}
+
+}  // namespace
+
+// Broods within locations: the records of a location are integrated
+// jointly over its own and its broods' random effects.
+TEST(MCEngineLaplaceTest, NestedRandomBlocksAgreeWithGlmer) {
+  MCEngineTestGlmm c;
+  ASSERT_TRUE(c.csv.Read(GlmmDataPath("grouseticks.csv")));
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"BROOD", "LOCATION", "YEAR"});
+  c.design->SetResponse("TICKS");
+  for (const char* term : {"Intercept", "YEAR", "cHEIGHT"}) c.design->AddFixedTerm(term);
+  c.design->AddRandomBlock({"Intercept"}, "BROOD", MCEngineCovType::VC);
+  c.design->AddRandomBlock({"Intercept"}, "LOCATION", MCEngineCovType::VC);
+  c.input = c.design->Build();
+  MCEngineFitter fitter;
+  const MCEngineStatus status = fitter.Fit(c.input, LikelihoodSettings(DIST_POISSON, FIT_LAPLACE));
+  ASSERT_FALSE(status.IsError()) << status.GetCode();
+  CompareSeveralBlocksWithGlmer(ReadGlmmReference("laplace", "grouseticks_laplace"), *c.design, fitter.GetResult());
+}
+
+// Herds crossed with periods: every record is tied to every other, so all
+// random effects are integrated jointly.
+TEST(MCEngineLaplaceTest, CrossedRandomBlocksAgreeWithGlmer) {
   MCEngineTestGlmm c;
   ReadCbpp(c);
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"herd", "period"});
+  c.design->SetResponse("incidence");
+  c.design->AddFixedTerm("Intercept");
+  c.design->AddRandomBlock({"Intercept"}, "herd", MCEngineCovType::VC);
   c.design->AddRandomBlock({"Intercept"}, "period", MCEngineCovType::VC);
   c.input = c.design->Build();
   c.input.SetTrials(Column(c.csv, "size"));
   MCEngineFitter fitter;
-  EXPECT_EQ(fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE)).GetCode(),
+  const MCEngineStatus status = fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE));
+  ASSERT_FALSE(status.IsError()) << status.GetCode();
+  CompareSeveralBlocksWithGlmer(ReadGlmmReference("laplace", "cbpp_crossed_laplace"), *c.design, fitter.GetResult());
+  // Quadrature integrates one scalar random effect only.
+  EXPECT_EQ(fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_QUADRATURE, 5)).GetCode(),
             MCEngineStatus::kGeneralizedUnavailable);
   EXPECT_TRUE(fitter.GetResult().GetBeta().empty());
 }

@@ -89,8 +89,8 @@ TEST(MCEnginePseudoLikelihoodTest, TargetsItCannotFitAreRefusedNotFittedAsNormal
   ReadCbpp(c);
   std::vector<MCEngineSettings> refused;
   refused.push_back(GeneralizedSettings(DIST_MULTINOMIAL, true));  // the thresholds are not estimated yet
-  // Laplace is fitted for binomial and Poisson targets only.
-  MCEngineSettings laplace = GeneralizedSettings(DIST_NEGBIN, true);
+  // Laplace is fitted for binomial, Poisson and negative binomial targets only.
+  MCEngineSettings laplace = GeneralizedSettings(DIST_GAMMA, true);
   MCEngineTarget target = laplace.GetTarget();
   target.SetFitMethod(FIT_LAPLACE);
   laplace.SetTarget(target);

@@ -12,6 +12,11 @@ namespace MCEngine_850 {
 // Multinomial targets are not single-mean families and are not described here.
 class MCEngineFamily {
  public:
+  // The interval the negative binomial's shape is estimated in (a shape at
+  // the top is a Poisson target).
+  static constexpr double kMinShape = 1e-4;
+  static constexpr double kMaxShape = 1e8;
+
   explicit MCEngineFamily(GLMMConst_850::TargetDistType dist, double shape = 1.0);
 
   GLMMConst_850::TargetDistType GetType() const { return fDist; }

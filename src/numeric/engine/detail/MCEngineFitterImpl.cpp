@@ -615,7 +615,8 @@ void MCEngineFitterImpl::SetTests(const MCEngineInput& input) {
 
 void MCEngineFitterImpl::ReplaceEstimates(const MCEngineInput& input, const Eigen::VectorXd& theta,
                                           const std::vector<bool>& onBound, const Eigen::MatrixXd& asy,
-                                          const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, double m2ll) {
+                                          const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, double m2ll,
+                                          int nOther) {
   const int K = fModel.GetNParams();
   const double c2 = fData.fYScale * fData.fYScale;
   std::vector<int> freeSet;
@@ -636,7 +637,7 @@ void MCEngineFitterImpl::ReplaceEstimates(const MCEngineInput& input, const Eige
   fResult.SetModelCovBeta(ToRowMajor(scaledC));
   SetFixedStatistics(beta / fData.fYScale, scaledC, {}, Eigen::MatrixXd(), fData.fTotalWeight - fData.fRank);
   fResult.SetMinus2LogLik(m2ll);
-  SetInformationCriteria(input, m2ll, static_cast<int>(freeSet.size()));
+  SetInformationCriteria(input, m2ll, static_cast<int>(freeSet.size()) + nOther);
   SetTests(input);
   Unscale();
   fbReplaced = true;

@@ -37,10 +37,11 @@ class MCEngineFitterImpl {
   // marked and the asymptotic covariance of the others, fixed estimates over
   // all columns with their covariance, and -2 log likelihood. Every
   // statistic that follows from them is recomputed; the tests take the
-  // residual degrees of freedom.
+  // residual degrees of freedom. The criteria count `nOther` parameters of
+  // the fit besides these (a distribution's shape).
   void ReplaceEstimates(const MCEngineInput& input, const Eigen::VectorXd& theta, const std::vector<bool>& onBound,
                         const Eigen::MatrixXd& asy, const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
-                        double m2ll);
+                        double m2ll, int nOther = 0);
   // Whether the estimates are those ReplaceEstimates put in.
   bool HasReplacedEstimates() const { return fbReplaced; }
 

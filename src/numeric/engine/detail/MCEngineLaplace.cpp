@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <set>
+#include <tuple>
 
 #include "numeric/engine/detail/MCCovStructureFactory.h"
 #include "numeric/engine/detail/MCEngineFitterImpl.h"
@@ -27,6 +29,9 @@ constexpr double kDecreaseTolerance = 1e-9;
 constexpr int kMaxIterations = 100;
 // The difference step of a parameter, relative to its size beyond 1.
 constexpr double kRelativeStep = 1e-3;
+// The most random effects integrated jointly (in one group of records tied
+// by their subjects).
+constexpr int kMaxJointEffects = 1000;
 
 // Nodes and weights of n-point Gauss-Hermite quadrature against the
 // standard normal density: the eigenvalues of the Jacobi matrix of the
@@ -43,7 +48,7 @@ void NormalQuadrature(int n, Eigen::VectorXd& nodes, Eigen::VectorXd& weights) {
 }  // namespace
 
 MCEngineLaplace::MCEngineLaplace(const MCEngineInput& input, const MCEngineSettings& settings)
-    : fInput(input), fSettings(settings) {
+    : fInput(input), fSettings(settings), fFamily(settings.GetTarget().GetDistribution()) {
   const MCEngineTarget& target = settings.GetTarget();
   const int points = target.GetFitMethod() == GLMMConst_850::FIT_QUADRATURE ? target.GetQuadraturePoints() : 1;
   NormalQuadrature(std::max(points, 1), fNodes, fWeights);
@@ -64,9 +69,14 @@ bool MCEngineLaplace::CanFit(const MCEngineInput& input, const MCEngineSettings&
   // start, can fit.
   if (!MCEnginePseudoLikelihood::CanFit(input, StartSettings(settings))) return false;
   const TargetDistType dist = target.GetDistribution();
-  if (dist != DIST_BINOMIAL && dist != DIST_POISSON) return false;
+  if (dist != DIST_BINOMIAL && dist != DIST_POISSON && dist != DIST_NEGBIN) return false;
+  // No sandwich is defined for the likelihood fit yet; the model-based
+  // covariance is not given in its place.
+  if (settings.GetRobustCovariance()) return false;
+  // Counted over all records, so that a design too big is refused before
+  // its start is fitted.
+  if (LargestJointEffects(input, std::vector<bool>(U(input.GetNRecords()), true)) > kMaxJointEffects) return false;
   const std::vector<MCEngineRandomBlock>& blocks = input.GetRandomBlocks();
-  if (blocks.size() > 1) return false;
   if (target.GetFitMethod() == FIT_QUADRATURE) {
     if (blocks.size() != 1 || blocks.front().GetNColumns() != 1) return false;
     if (target.GetQuadraturePoints() < 1 || target.GetQuadraturePoints() > 25) return false;
@@ -92,82 +102,161 @@ bool MCEngineLaplace::Setup(const MCEngineFitterImpl& fitter, const MCEnginePseu
     if (!result.GetBeta()[U(j)].IsRedundant()) fvKept.push_back(j);
   }
   fNFixed = static_cast<int>(fvKept.size());
-  const std::vector<MCEngineRandomBlock>& blocks = fInput.GetRandomBlocks();
-  const int q = blocks.empty() ? 0 : blocks.front().GetNColumns();
   fNTheta = 0;
-  if (!blocks.empty()) {
-    fpStructure = MCCovStructureFactory::Create(blocks.front().GetCovType(), q, blocks.front().GetColumnEffects());
-    if (!fpStructure) return false;
-    fNTheta = fpStructure->GetNParams();
+  fvStructures.clear();
+  fvThetaStart.clear();
+  for (const MCEngineRandomBlock& block : fInput.GetRandomBlocks()) {
+    fvStructures.push_back(
+        MCCovStructureFactory::Create(block.GetCovType(), block.GetNColumns(), block.GetColumnEffects()));
+    if (!fvStructures.back()) return false;
+    fvThetaStart.push_back(fNTheta);
+    fNTheta += fvStructures.back()->GetNParams();
   }
   if (fNTheta != fitter.GetModel().GetNParams() || fNTheta != result.GetNCovParams()) return false;
-  fPhi.resize(I(fNFixed + fNTheta));
+  fFamily = start.GetFamily();
+  fNExtra = fFamily.GetType() == GLMMConst_850::DIST_NEGBIN ? 1 : 0;
+  fPhi.resize(I(fNFixed + fNTheta + fNExtra));
+  if (HasLogShape()) fPhi[fPhi.size() - 1] = std::log(fFamily.GetShape());
   fLower.resize(I(fNTheta));
   fUpper.resize(I(fNTheta));
   for (int i = 0; i < fNFixed; ++i) fPhi[I(i)] = result.GetBeta()[U(fvKept[U(i)])].GetEstimate();
-  for (int k = 0; k < fNTheta; ++k) {
-    fPhi[I(fNFixed + k)] = result.GetCovParams()[U(k)].GetEstimate();
-    fpStructure->GetBounds(k, fLower[I(k)], fUpper[I(k)]);
+  for (int b = 0; b < static_cast<int>(fvStructures.size()); ++b) {
+    for (int k = 0; k < fvStructures[U(b)]->GetNParams(); ++k) {
+      const int t = fvThetaStart[U(b)] + k;
+      fPhi[I(fNFixed + t)] = result.GetCovParams()[U(t)].GetEstimate();
+      fvStructures[U(b)]->GetBounds(k, fLower[I(t)], fUpper[I(t)]);
+    }
   }
+  return SetupGroups(start);
+}
 
-  // Records by subject, with their random columns as dense rows.
+int MCEngineLaplace::SubjectOf(const MCEngineInput& input, int block, int r) {
+  const std::vector<int>& subjects = input.GetRandomBlocks()[U(block)].GetSubjects();
+  return subjects.empty() ? 0 : subjects[U(r)];
+}
+
+std::vector<int> MCEngineLaplace::GroupRoots(const MCEngineInput& input, const std::vector<bool>& used) {
+  const int n = input.GetNRecords();
+  // Records sharing a subject of any block are joined (union-find with
+  // path halving), so nested blocks give the outer subjects and crossed
+  // ones bigger groups.
+  std::vector<int> parent(U(n));
+  for (int r = 0; r < n; ++r) parent[U(r)] = r;
+  auto root = [&](int r) {
+    while (parent[U(r)] != r) r = parent[U(r)] = parent[U(parent[U(r)])];
+    return r;
+  };
+  for (int b = 0; b < static_cast<int>(input.GetRandomBlocks().size()); ++b) {
+    std::map<int, int> firstOf;
+    for (int r = 0; r < n; ++r) {
+      if (!used[U(r)]) continue;
+      const auto it = firstOf.emplace(SubjectOf(input, b, r), r).first;
+      parent[U(root(r))] = root(it->second);
+    }
+  }
+  for (int r = 0; r < n; ++r) parent[U(r)] = root(r);
+  return parent;
+}
+
+int MCEngineLaplace::LargestJointEffects(const MCEngineInput& input, const std::vector<bool>& used) {
+  const std::vector<int> roots = GroupRoots(input, used);
+  const std::vector<MCEngineRandomBlock>& blocks = input.GetRandomBlocks();
+  std::set<std::tuple<int, int, int>> slots;  // group, block, subject
+  std::map<int, int> effects;                 // by group
+  int largest = 0;
+  for (int r = 0; r < input.GetNRecords(); ++r) {
+    if (!used[U(r)]) continue;
+    for (int b = 0; b < static_cast<int>(blocks.size()); ++b) {
+      if (!slots.emplace(roots[U(r)], b, SubjectOf(input, b, r)).second) continue;
+      largest = std::max(largest, effects[roots[U(r)]] += blocks[U(b)].GetNColumns());
+    }
+  }
+  return largest;
+}
+
+bool MCEngineLaplace::SetupGroups(const MCEnginePseudoLikelihood& start) {
+  const std::vector<MCEngineRandomBlock>& blocks = fInput.GetRandomBlocks();
+  const std::vector<bool>& used = start.GetUsed();
+  const int n = fInput.GetNRecords();
+  const std::vector<int> roots = GroupRoots(fInput, used);
   fvGroups.clear();
   std::map<int, int> groupOf;
-  const std::vector<bool>& used = start.GetUsed();
-  for (int r = 0; r < fInput.GetNRecords(); ++r) {
+  for (int r = 0; r < n; ++r) {
     if (!used[U(r)]) continue;
-    const int subject = blocks.empty() || blocks.front().GetSubjects().empty() ? 0 : blocks.front().GetSubjects()[U(r)];
-    auto it = groupOf.find(subject);
-    if (it == groupOf.end()) {
-      it = groupOf.emplace(subject, static_cast<int>(fvGroups.size())).first;
-      fvGroups.emplace_back();
-    }
+    const auto it = groupOf.emplace(roots[U(r)], static_cast<int>(fvGroups.size())).first;
+    if (it->second == static_cast<int>(fvGroups.size())) fvGroups.emplace_back();
     fvGroups[U(it->second)].fvRecords.push_back(r);
   }
   for (Group& g : fvGroups) {
-    g.fZ = Eigen::MatrixXd::Zero(I(static_cast<int>(g.fvRecords.size())), I(q));
-    g.fMode = Eigen::VectorXd::Zero(I(q));
-    if (blocks.empty()) continue;
-    const MCEngineRandomBlock& block = blocks.front();
-    for (int i = 0; i < static_cast<int>(g.fvRecords.size()); ++i) {
-      const int r = g.fvRecords[U(i)];
-      for (int k = block.GetRowStart()[U(r)]; k < block.GetRowStart()[U(r) + 1]; ++k) {
-        g.fZ(I(i), I(block.GetColIndex()[U(k)])) = block.GetValues()[U(k)];
+    const int m = static_cast<int>(g.fvRecords.size());
+    for (int b = 0; b < static_cast<int>(blocks.size()); ++b) {
+      const MCEngineRandomBlock& block = blocks[U(b)];
+      const int q = block.GetNColumns();
+      std::map<int, int> slotOf;  // the block's subjects in the group, by first element in u
+      g.fvZ.push_back(Eigen::MatrixXd::Zero(I(m), I(q)));
+      g.fvFirst.emplace_back(U(m));
+      for (int i = 0; i < m; ++i) {
+        const int r = g.fvRecords[U(i)];
+        const auto it = slotOf.emplace(SubjectOf(fInput, b, r), g.fNEffects).first;
+        if (it->second == g.fNEffects) g.fNEffects += q;
+        g.fvFirst.back()[U(i)] = it->second;
+        for (int k = block.GetRowStart()[U(r)]; k < block.GetRowStart()[U(r) + 1]; ++k) {
+          g.fvZ.back()(I(i), I(block.GetColIndex()[U(k)])) = block.GetValues()[U(k)];
+        }
       }
     }
+    // The joint random effects of a group are integrated with dense
+    // matrices; beyond this size the fit is refused.
+    if (g.fNEffects > kMaxJointEffects) return false;
+    g.fMode = Eigen::VectorXd::Zero(I(g.fNEffects));
   }
   return true;
 }
 
-bool MCEngineLaplace::Factor(const Eigen::VectorXd& theta, Eigen::MatrixXd& lambda) const {
-  if (!fpStructure) {
-    lambda.resize(0, 0);
-    return true;
-  }
+bool MCEngineLaplace::Factor(const Eigen::VectorXd& theta, std::vector<Eigen::MatrixXd>& lambda) const {
   for (int k = 0; k < fNTheta; ++k) {
     if (!(theta[I(k)] >= fLower[I(k)] && theta[I(k)] <= fUpper[I(k)])) return false;
   }
-  Eigen::MatrixXd G;
-  fpStructure->Build(theta, G);
-  if (!G.allFinite()) return false;
-  // Any factor of G will do: the deviance depends on Lambda only through
-  // Lambda Lambda'. The eigen factor also serves a singular G.
-  Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(G);
-  const double largest = std::max(es.eigenvalues().cwiseAbs().maxCoeff(), 1.0);
-  if (es.eigenvalues().minCoeff() < -1e-10 * largest) return false;
-  lambda = es.eigenvectors() * es.eigenvalues().cwiseMax(0.0).cwiseSqrt().asDiagonal();
+  lambda.resize(fvStructures.size());
+  for (std::size_t b = 0; b < fvStructures.size(); ++b) {
+    Eigen::MatrixXd G;
+    fvStructures[b]->Build(theta.segment(I(fvThetaStart[b]), I(fvStructures[b]->GetNParams())), G);
+    if (!G.allFinite()) return false;
+    // Any factor of G will do: the deviance depends on Lambda only through
+    // Lambda Lambda'. The eigen factor also serves a singular G.
+    Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(G);
+    const double largest = std::max(es.eigenvalues().cwiseAbs().maxCoeff(), 1.0);
+    if (es.eigenvalues().minCoeff() < -1e-10 * largest) return false;
+    lambda[b] = es.eigenvectors() * es.eigenvalues().cwiseMax(0.0).cwiseSqrt().asDiagonal();
+  }
   return true;
 }
 
-double MCEngineLaplace::PenalisedDeviance(const Group& g, const Eigen::VectorXd& fixedEta, const Eigen::MatrixXd& A,
+MCEngineLaplace::GroupDesign MCEngineLaplace::Design(const Group& g, const std::vector<Eigen::MatrixXd>& lambda) const {
+  GroupDesign A(lambda.size());
+  for (std::size_t b = 0; b < lambda.size(); ++b) A[b] = g.fvZ[b] * lambda[b];
+  return A;
+}
+
+Eigen::VectorXd MCEngineLaplace::RandomEta(const Group& g, const GroupDesign& A, const Eigen::VectorXd& u) const {
+  Eigen::VectorXd eta = Eigen::VectorXd::Zero(I(static_cast<int>(g.fvRecords.size())));
+  for (std::size_t b = 0; b < A.size(); ++b) {
+    for (Eigen::Index i = 0; i < eta.size(); ++i) {
+      eta[i] += A[b].row(i).dot(u.segment(I(g.fvFirst[b][U(static_cast<int>(i))]), A[b].cols()));
+    }
+  }
+  return eta;
+}
+
+double MCEngineLaplace::PenalisedDeviance(const Group& g, const Eigen::VectorXd& fixedEta, const GroupDesign& A,
                                           const Eigen::VectorXd& u, Eigen::MatrixXd* info,
-                                          Eigen::VectorXd* score) const {
-  const MCEngineFamily& family = fpStart->GetFamily();
+                                          Eigen::VectorXd* score, bool observed) const {
+  const MCEngineFamily& family = fFamily;
   const MCEngineLink& link = fpStart->GetLink();
   const std::vector<double>& y = fpStart->GetTarget();
   const std::vector<double>& prior = fpStart->GetPrior();
   const std::vector<double>& freqs = fInput.GetFrequencyWeights();
-  const Eigen::VectorXd eta = fixedEta + A * u;
+  const Eigen::VectorXd eta = fixedEta + RandomEta(g, A, u);
   if (info) *info = Eigen::MatrixXd::Identity(u.size(), u.size());
   if (score) *score = -u;
   double deviance = u.squaredNorm();
@@ -179,16 +268,32 @@ double MCEngineLaplace::PenalisedDeviance(const Group& g, const Eigen::VectorXd&
     if (!info || u.size() == 0) continue;
     const double d = link.DMuDEta(eta[I(i)]);
     const double v = family.Variance(mu);
-    const double w = freq * prior[U(r)] * d * d / v;
-    info->selfadjointView<Eigen::Lower>().rankUpdate(A.row(I(i)).transpose(), w);
-    *score += (freq * prior[U(r)] * (y[U(r)] - mu) * d / v) * A.row(I(i)).transpose();
+    const double w = freq * prior[U(r)] * (observed ? ObservedWeight(y[U(r)], eta[I(i)]) : d * d / v);
+    const double s = freq * prior[U(r)] * (y[U(r)] - mu) * d / v;
+    for (std::size_t b = 0; b < A.size(); ++b) {
+      const Eigen::Index fb = I(g.fvFirst[b][U(i)]);
+      const auto ab = A[b].row(I(i)).transpose();
+      if (score) score->segment(fb, ab.size()) += s * ab;
+      for (std::size_t c = 0; c <= b; ++c) {
+        const Eigen::Index fc = I(g.fvFirst[c][U(i)]);
+        const auto ac = A[c].row(I(i));
+        // Only the lower triangle is read; two blocks' slots may fall
+        // either way round in u.
+        if (fb >= fc) {
+          info->block(fb, fc, ab.size(), ac.size()).noalias() += w * ab * ac;
+        } else {
+          info->block(fc, fb, ac.size(), ab.size()).noalias() += w * ac.transpose() * ab.transpose();
+        }
+      }
+    }
   }
   return std::isfinite(deviance) ? deviance : kInfinity;
 }
 
-bool MCEngineLaplace::GroupDeviance(const Group& g, const Eigen::VectorXd& fixedEta, const Eigen::MatrixXd& lambda,
-                                    Eigen::VectorXd& u, double& deviance) const {
-  const Eigen::MatrixXd A = g.fZ * lambda;
+bool MCEngineLaplace::GroupDeviance(const Group& g, const Eigen::VectorXd& fixedEta,
+                                    const std::vector<Eigen::MatrixXd>& lambda, Eigen::VectorXd& u,
+                                    double& deviance) const {
+  const GroupDesign A = Design(g, lambda);
   Eigen::MatrixXd info;
   Eigen::VectorXd score;
   double pd = PenalisedDeviance(g, fixedEta, A, u, &info, &score);
@@ -210,7 +315,12 @@ bool MCEngineLaplace::GroupDeviance(const Group& g, const Eigen::VectorXd& fixed
     pd = PenalisedDeviance(g, fixedEta, A, u, &info, &score);
   }
   if (!std::isfinite(pd)) return false;
+  if (UsesObservedCurvature()) PenalisedDeviance(g, fixedEta, A, u, &info, nullptr, true);
   Eigen::LLT<Eigen::MatrixXd> llt(info);
+  if (llt.info() != Eigen::Success) {
+    deviance = kInfinity;
+    return false;
+  }
   const double logDet = u.size() == 0 ? 0.0 : 2.0 * llt.matrixLLT().diagonal().array().log().sum();
   if (fNodes.size() <= 1 || u.size() != 1) {
     deviance = pd + logDet;
@@ -230,9 +340,28 @@ bool MCEngineLaplace::GroupDeviance(const Group& g, const Eigen::VectorXd& fixed
   return found && std::isfinite(deviance);
 }
 
+double MCEngineLaplace::ObservedWeight(double y, double eta) const {
+  // d^2 log p / d eta^2 = -mu'^2 / V + (y - mu) (mu'' / V - mu'^2 V' / V^2),
+  // with mu'' and V' by central differences.
+  const MCEngineLink& link = fpStart->GetLink();
+  const double mu = link.Mu(eta);
+  const double d = link.DMuDEta(eta);
+  const double v = fFamily.Variance(mu);
+  const double he = 1e-5 * std::max(1.0, std::fabs(eta));
+  const double d2 = (link.DMuDEta(eta + he) - link.DMuDEta(eta - he)) / (2.0 * he);
+  const double hm = 1e-5 * std::max(1e-3, std::fabs(mu));
+  const double dv = (fFamily.Variance(mu + hm) - fFamily.Variance(mu - hm)) / (2.0 * hm);
+  return d * d / v - (y - mu) * (d2 / v - d * d * dv / (v * v));
+}
+
 double MCEngineLaplace::Evaluate(const Eigen::VectorXd& phi, bool keepModes) {
-  Eigen::MatrixXd lambda;
-  if (!Factor(phi.tail(I(fNTheta)), lambda)) return kInfinity;
+  std::vector<Eigen::MatrixXd> lambda;
+  if (!Factor(phi.segment(I(fNFixed), I(fNTheta)), lambda)) return kInfinity;
+  if (HasLogShape()) {
+    const double shape = std::exp(phi[phi.size() - 1]);
+    if (!(shape >= MCEngineFamily::kMinShape && shape <= MCEngineFamily::kMaxShape)) return kInfinity;
+    fFamily.SetShape(shape);
+  }
   const int P = fInput.GetNColumns();
   const std::vector<double>& X = fInput.GetX();
   const std::vector<double>& offsets = fpStart->GetOffsets();
@@ -266,8 +395,8 @@ double MCEngineLaplace::Step(int k, const Eigen::VectorXd& phi) const {
 
 std::vector<int> MCEngineLaplace::FreeParameters(const Eigen::VectorXd& phi) const {
   std::vector<int> free;
-  for (int k = 0; k < fNFixed + fNTheta; ++k) {
-    if (k >= fNFixed) {
+  for (int k = 0; k < fNFixed + fNTheta + fNExtra; ++k) {
+    if (k >= fNFixed && k < fNFixed + fNTheta) {
       const int t = k - fNFixed;
       const double h = Step(k, phi);
       if (phi[I(k)] - h < fLower[I(t)] || phi[I(k)] + h > fUpper[I(t)]) continue;
@@ -356,12 +485,12 @@ MCEngineStatus MCEngineLaplace::Optimise() {
 
 std::vector<double> MCEngineLaplace::LinearPredictor() const {
   std::vector<double> eta(U(fInput.GetNRecords()), 0.0);
-  Eigen::MatrixXd lambda;
-  if (!Factor(fPhi.tail(I(fNTheta)), lambda)) return eta;
+  std::vector<Eigen::MatrixXd> lambda;
+  if (!Factor(fPhi.segment(I(fNFixed), I(fNTheta)), lambda)) return eta;
   const int P = fInput.GetNColumns();
   const std::vector<double>& X = fInput.GetX();
   for (const Group& g : fvGroups) {
-    const Eigen::VectorXd random = g.fZ * (lambda * g.fMode);
+    const Eigen::VectorXd random = RandomEta(g, Design(g, lambda), g.fMode);
     for (int i = 0; i < static_cast<int>(g.fvRecords.size()); ++i) {
       const int r = g.fvRecords[U(i)];
       double value = fpStart->GetOffsets()[U(r)] + random[I(i)];
@@ -388,6 +517,7 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
   const bool havePD = llt.info() == Eigen::Success && llt.matrixLLT().diagonal().minCoeff() > 0.0;
   if (havePD) cov = 2.0 * llt.solve(Eigen::MatrixXd::Identity(H.rows(), H.cols()));
 
+  if (HasLogShape()) start.SetShape(Shape());
   status = start.FitWorkingAt(fitter, LinearPredictor());
   if (status.IsError()) return status;
   if (fitter.GetModel().GetNParams() != fNTheta) {
@@ -396,11 +526,11 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
   const int P = fInput.GetNColumns();
   Eigen::VectorXd beta = Eigen::VectorXd::Zero(I(P));
   Eigen::MatrixXd C = Eigen::MatrixXd::Zero(I(P), I(P));
-  Eigen::VectorXd theta = fPhi.tail(I(fNTheta));
+  Eigen::VectorXd theta = fPhi.segment(I(fNFixed), I(fNTheta));
   std::vector<bool> onBound(U(fNTheta), true);
   std::vector<int> freeTheta;  // positions in `free` of the free covariance parameters
   for (int a = 0; a < static_cast<int>(free.size()); ++a) {
-    if (free[U(a)] >= fNFixed) {
+    if (free[U(a)] >= fNFixed && free[U(a)] < fNFixed + fNTheta) {
       onBound[U(free[U(a)] - fNFixed)] = false;
       freeTheta.push_back(a);
     }
@@ -417,10 +547,14 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
       for (int b = 0; b < nf; ++b) asy(I(a), I(b)) = cov(I(freeTheta[U(a)]), I(freeTheta[U(b)]));
     }
   }
-  fitter.ReplaceEstimates(start.GetWorkingInput(), theta, onBound, asy, beta, C, m2ll);
+  fitter.ReplaceEstimates(start.GetWorkingInput(), theta, onBound, asy, beta, C, m2ll, fNExtra);
   MCEngineResult& result = fitter.MutableResult();
   result.SetIterations(fIterations);
   result.SetConverged(fbConverged);
+  if (HasLogShape() && havePD) {
+    // The delta method from the log shape, the scale it was fitted on.
+    result.SetShapeStdError(Shape() * std::sqrt(cov(cov.rows() - 1, cov.cols() - 1)));
+  }
   if (!havePD) {
     result.AddWarning(MCEngineStatus(MCEngineStatus::kFinalHessianNotPD, MCEngineStatus::kWarning));
   }

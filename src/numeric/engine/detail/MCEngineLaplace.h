@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Eigen/Dense>
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "numeric/engine/MCEngineSettings.h"
 #include "numeric/engine/MCEngineStatus.h"
 #include "numeric/engine/detail/MCCovStructure.h"
+#include "numeric/engine/detail/MCEngineFamily.h"
 
 namespace MCEngine_850 {
 
@@ -34,8 +36,9 @@ class MCEngineLaplace {
   ~MCEngineLaplace();
 
   // Whether the settings ask for a likelihood fit that the engine can make:
-  // a binomial or Poisson target with a suitable link, at most one random
-  // block, independent residuals, and for quadrature one random column.
+  // a binomial, Poisson or negative binomial target with a suitable link,
+  // independent residuals, the model-based covariance of the estimates, and
+  // for quadrature one random block with one column.
   static bool CanFit(const MCEngineInput& input, const MCEngineSettings& settings);
   // Whether the settings ask for a likelihood fit at all.
   static bool IsAsked(const MCEngineSettings& settings);
@@ -55,24 +58,52 @@ class MCEngineLaplace {
   bool IsConverged() const { return fbConverged; }
 
  private:
+  // Records whose random effects are tied: those sharing a subject of any
+  // block. Their random effects u (the slots of the blocks' subjects met in
+  // the group, one after another) are integrated jointly; groups are
+  // independent.
   struct Group {
     std::vector<int> fvRecords;
-    Eigen::MatrixXd fZ;  // the records' random columns
+    std::vector<Eigen::MatrixXd> fvZ;       // by block: the records' random columns
+    std::vector<std::vector<int>> fvFirst;  // by block and record: its slot's first element of u
+    int fNEffects = 0;
     Eigen::VectorXd fMode;
   };
+  // A group's design in u: by block, the rows Z Lambda of its records.
+  using GroupDesign = std::vector<Eigen::MatrixXd>;
   // The records, their groups and the start values from the
   // pseudo-likelihood fit; false when the design is not one we fit.
   bool Setup(const MCEngineFitterImpl& fitter, const MCEnginePseudoLikelihood& start);
-  // Lambda with Lambda Lambda' = G(theta); false when G is not positive
-  // semidefinite or theta is outside its bounds.
-  bool Factor(const Eigen::VectorXd& theta, Eigen::MatrixXd& lambda) const;
+  // The used records joined into groups through the subjects of every block.
+  bool SetupGroups(const MCEnginePseudoLikelihood& start);
+  static int SubjectOf(const MCEngineInput& input, int block, int r);
+  // Each used record's group, named by one of its records.
+  static std::vector<int> GroupRoots(const MCEngineInput& input, const std::vector<bool>& used);
+  // The most random effects of one group.
+  static int LargestJointEffects(const MCEngineInput& input, const std::vector<bool>& used);
+  // By block, Lambda with Lambda Lambda' = G(theta); false when a G is not
+  // positive semidefinite or theta is outside its bounds.
+  bool Factor(const Eigen::VectorXd& theta, std::vector<Eigen::MatrixXd>& lambda) const;
+  GroupDesign Design(const Group& g, const std::vector<Eigen::MatrixXd>& lambda) const;
+  // The group's random part of the linear predictor, A u.
+  Eigen::VectorXd RandomEta(const Group& g, const GroupDesign& A, const Eigen::VectorXd& u) const;
   // The group's penalised deviance at u (its conditional -2 log likelihood
   // plus u'u) and, when wanted, the lower triangle of the weighted
   // cross-product A'WA + I and the score A'W(y - mu)/(d mu / d eta) - u.
-  double PenalisedDeviance(const Group& g, const Eigen::VectorXd& fixedEta, const Eigen::MatrixXd& A,
-                           const Eigen::VectorXd& u, Eigen::MatrixXd* info, Eigen::VectorXd* score) const;
+  // W holds the expected weights, or with `observed` the records' observed
+  // curvature -d^2 log p(y | eta) / d eta^2.
+  double PenalisedDeviance(const Group& g, const Eigen::VectorXd& fixedEta, const GroupDesign& A,
+                           const Eigen::VectorXd& u, Eigen::MatrixXd* info, Eigen::VectorXd* score,
+                           bool observed = false) const;
+  // A record's observed curvature of its log likelihood in eta, per unit
+  // of its prior weight over the scale.
+  double ObservedWeight(double y, double eta) const;
+  // Whether the log determinant takes the observed curvature: for the
+  // families with a shape or scale, whose customary links are not
+  // canonical.
+  bool UsesObservedCurvature() const { return fNExtra > 0; }
   // The group's contribution to -2 log L at its mode, found from u.
-  bool GroupDeviance(const Group& g, const Eigen::VectorXd& fixedEta, const Eigen::MatrixXd& lambda,
+  bool GroupDeviance(const Group& g, const Eigen::VectorXd& fixedEta, const std::vector<Eigen::MatrixXd>& lambda,
                      Eigen::VectorXd& u, double& deviance) const;
   double Evaluate(const Eigen::VectorXd& phi, bool keepModes);
   // Gradient and Hessian by central differences over the free parameters.
@@ -87,11 +118,18 @@ class MCEngineLaplace {
   const MCEngineInput& fInput;
   MCEngineSettings fSettings;
   const MCEnginePseudoLikelihood* fpStart = nullptr;
-  std::unique_ptr<MCCovStructure> fpStructure;
+  std::vector<std::unique_ptr<MCCovStructure>> fvStructures;  // by block
+  std::vector<int> fvThetaStart;                              // by block: its first parameter
+  // The negative binomial's log shape, a free parameter after theta.
+  bool HasLogShape() const { return fNExtra > 0; }
+  double Shape() const { return std::exp(fPhi[fPhi.size() - 1]); }
+
   std::vector<int> fvKept;  // columns of X with an estimate
   int fNFixed = 0;
   int fNTheta = 0;
-  Eigen::VectorXd fPhi;     // beta over the kept columns, then theta
+  int fNExtra = 0;
+  MCEngineFamily fFamily;   // the start's, with the shape at the point evaluated
+  Eigen::VectorXd fPhi;     // beta over the kept columns, theta, then the log shape
   Eigen::VectorXd fLower;   // theta's bounds
   Eigen::VectorXd fUpper;
   std::vector<Group> fvGroups;

@@ -18,10 +18,8 @@ inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
 // A fitted probability this close to 0 or 1 marks a record the fixed
 // effects separate.
 constexpr double kSeparated = 1e-8;
-// The interval of the negative binomial's shape, and the width in log k at
-// which its search stops.
-constexpr double kMinShape = 1e-4;
-constexpr double kMaxShape = 1e8;
+// The width in log k at which the search for the negative binomial's shape
+// stops.
 constexpr double kShapeTolerance = 1e-12;
 
 double ValueOr(const std::vector<double>& v, int r, double fallback) {
@@ -124,7 +122,7 @@ void MCEnginePseudoLikelihood::EstimateShape() {
   // Golden-section search over log k: the likelihood is unimodal in k, and
   // a shape beyond the interval is a Poisson target or hardly a count.
   const double golden = 0.5 * (std::sqrt(5.0) - 1.0);
-  double a = std::log(kMinShape), b = std::log(kMaxShape);
+  double a = std::log(MCEngineFamily::kMinShape), b = std::log(MCEngineFamily::kMaxShape);
   double c = b - golden * (b - a), d = a + golden * (b - a);
   double fc = logLik(c), fd = logLik(d);
   while (b - a > kShapeTolerance) {

@@ -51,6 +51,8 @@ class MCEnginePseudoLikelihood {
   const std::vector<double>& GetOffsets() const { return fvOffset; }
   const MCEngineFamily& GetFamily() const { return fFamily; }
   const MCEngineLink& GetLink() const { return fLink; }
+  // Holds the negative binomial's shape where another fit estimated it.
+  void SetShape(double shape) { fFamily.SetShape(shape); }
   // Linearises about the given linear predictor (offset included) of every
   // used record and fits that working model as the final one.
   MCEngineStatus FitWorkingAt(MCEngineFitterImpl& fitter, const std::vector<double>& eta);
