@@ -49,13 +49,18 @@ control <- glmerControl(optimizer = "nloptwrap",
                                        xtol_rel = 1e-12, ftol_rel = 1e-14, maxeval = 100000),
                         tolPwrss = 1e-12, check.conv.grad = .makeCC("ignore", tol = 1e-3))
 
-describe <- function(fit, factors, nAGQ) {
+# The engine's names of a glmer fit's fixed columns.
+fixed_names <- function(fit, factors) {
   X <- getME(fit, "X")
   labels <- attr(terms(formula(fit, fixed.only = TRUE)), "term.labels")
   assign <- attr(X, "assign")
-  names <- vapply(seq_len(ncol(X)), function(j) {
+  vapply(seq_len(ncol(X)), function(j) {
     canonical_name(colnames(X)[j], if (assign[j] == 0) "" else labels[assign[j]], factors)
   }, "")
+}
+
+describe <- function(fit, factors, nAGQ) {
+  names <- fixed_names(fit, factors)
   # The deviance over (variance, beta): glmer's deviance function takes the
   # relative standard deviation theta and beta.
   dev <- update(fit, devFunOnly = TRUE)
@@ -84,12 +89,7 @@ bac_laplace <- glmer(y ~ trt + wk2 + (1 | ID), family = binomial, data = bac, co
 
 # Several random blocks: the variances by block name.
 several <- function(fit, factors, blocks) {
-  X <- getME(fit, "X")
-  labels <- attr(terms(formula(fit, fixed.only = TRUE)), "term.labels")
-  assign <- attr(X, "assign")
-  names <- vapply(seq_len(ncol(X)), function(j) {
-    canonical_name(colnames(X)[j], if (assign[j] == 0) "" else labels[assign[j]], factors)
-  }, "")
+  names <- fixed_names(fit, factors)
   vc <- VarCorr(fit)
   # I(): one-column designs stay arrays in the file.
   list(columns = I(names), minus2loglik = -2 * as.numeric(logLik(fit)), estimates = I(unname(fixef(fit))),
