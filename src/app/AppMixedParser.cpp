@@ -157,6 +157,7 @@ std::vector<double> AppMixedParser::ReadValues(AppCommandReader& reader, const s
 AppMixedCommand AppMixedParser::Parse(AppCommandReader& reader) {
   fCommand = AppMixedCommand();
   fvSaveNames.clear();
+  fvSaveAt.clear();
   fFitAt = 0;
   fbResidualGiven = false;
   reader.SetIndex(0);
@@ -173,6 +174,7 @@ AppMixedCommand AppMixedParser::Parse(AppCommandReader& reader) {
     if (sub.fName == "RESIDUAL") fbResidualGiven = true;
   }
   CheckFit(reader);
+  CheckSaves(reader);
 
   if (fCommand.fFileKind == AppMixedCommand::FILE_MODEL_HOST) fCommand.fModelFile = DefaultFile("model") + ".xml";
   if (fCommand.fStatXmlFile.empty()) fCommand.fStatXmlFile = DefaultFile("statxml") + ".xml";

@@ -78,6 +78,10 @@ class AppMixedParser {
                    std::size_t referenceAt);
   void ReadFit(AppCommandReader& reader);
   void CheckFit(AppCommandReader& reader);
+  // The values to save that the target has: no Pearson residual of a linear
+  // model, categories of binomial and multinomial targets only, and of a
+  // multinomial target no single mean.
+  void CheckSaves(AppCommandReader& reader);
   bool IsLinearTarget() const;
   bool HasOrderedTarget() const;
 
@@ -135,6 +139,7 @@ class AppMixedParser {
   int fCommandNumber;
   AppMixedCommand fCommand;
   std::vector<std::string> fvSaveNames;
+  std::vector<std::size_t> fvSaveAt;  // token index of each value to save
   std::size_t fFitAt = 0;  // token index of the FIT= value, 0 none
   bool fbResidualGiven = false;
 };

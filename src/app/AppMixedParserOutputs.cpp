@@ -13,6 +13,8 @@ namespace {
 
 // The longest name of a saved variable, in bytes.
 const std::size_t kMaxSaveName = MIXCommandLayout::SAVE_NAME_BYTES;
+// The most values one command saves: the slots of the parser's memory.
+const std::size_t kMaxSaves = MIXCommandLayout::SAVE_SLOTS;
 
 struct SaveKind {
   const char* fKeyword;
@@ -22,7 +24,8 @@ struct SaveKind {
 const SaveKind kSaveKinds[] = {{"FIXEDPREDICTED", 0, "FixedPredicted"},   {"PREDICTED", 1, "Predicted"},
                                {"RESIDUAL", 2, "Residual"},               {"FIXEDPREDICTEDSE", 3, "FixedPredictedSE"},
                                {"PREDICTEDSE", 4, "PredictedSE"},         {"FIXEDPREDICTEDDF", 5, "FixedPredictedDF"},
-                               {"PREDICTEDDF", 6, "PredictedDF"}};
+                               {"PREDICTEDDF", 6, "PredictedDF"},         {"LINEARPREDICTOR", 7, "LinearPredictor"},
+                               {"PEARSONRESIDUAL", 8, "PearsonResidual"}, {"PREDICTEDCATEGORY", 9, "PredictedCategory"}};
 
 }  // namespace
 
@@ -30,11 +33,16 @@ void AppMixedParser::ParseSave(AppCommandReader& reader) {
   std::vector<std::string> keywords;
   for (const SaveKind& k : kSaveKinds) keywords.push_back(k.fKeyword);
   const std::string expected = "a value to save (PREDICTED, PREDICTEDSE, PREDICTEDDF, FIXEDPREDICTED, "
-                               "FIXEDPREDICTEDSE, FIXEDPREDICTEDDF or RESIDUAL)";
+                               "FIXEDPREDICTEDSE, FIXEDPREDICTEDDF, RESIDUAL, LINEARPREDICTOR, PEARSONRESIDUAL or "
+                               "PREDICTEDCATEGORY)";
   if (reader.AtSubcommandEnd()) reader.Fail(reader.Peek(), expected);
-  std::vector<const AppToken*> unnamed;
   while (!reader.AtSubcommandEnd()) {
     const AppToken& t = reader.Peek();
+    if (fCommand.fvSaves.size() == kMaxSaves) {
+      reader.FailAt(t, "expected at most " + std::to_string(kMaxSaves) + " values to save in one command, found " +
+                           t.fText + " beyond them");
+    }
+    fvSaveAt.push_back(reader.GetIndex());
     int which = ReadChoice(reader, keywords, expected);
     for (const AppMixedCommand::SaveData& earlier : fCommand.fvSaves) {
       if (earlier.fKind == kSaveKinds[which].fKind) {

@@ -5,6 +5,7 @@
 #include "app/AppCommandReader.h"
 #include "host/data/ZORV_Dataset.h"
 #include "numeric/glmm/GLMMConst.h"
+#include "specs/MIXValidSpecs.h"
 
 // The generalized model (our extension): /TARGET, the FIT= and COVB=
 // settings of /ESTIMATION, and the checks between them and the model.
@@ -203,5 +204,29 @@ void AppMixedParser::CheckFit(AppCommandReader& reader) {
   if (!scalar) {
     reader.FailAt(at, "expected FIT=QUADRATURE only with one /RANDOM block of one effect per subject (INTERCEPT or "
                       "a covariate, with SUBJECTS=), found another random part; use FIT=LAPLACE or FIT=PL");
+  }
+}
+
+void AppMixedParser::CheckSaves(AppCommandReader& reader) {
+  const bool multinomial = fCommand.fDistribution == G::DIST_MULTINOMIAL;
+  const bool categorical = multinomial || fCommand.fDistribution == G::DIST_BINOMIAL;
+  const std::string distribution = kDistributions[static_cast<std::size_t>(fCommand.fDistribution)];
+  for (std::size_t i = 0; i < fCommand.fvSaves.size() && i < fvSaveAt.size(); ++i) {
+    const int kind = fCommand.fvSaves[i].fKind;
+    const AppToken& at = reader.GetCommand().fvTokens[fvSaveAt[i]];
+    const std::string keyword = AppCommandReader::Upper(at.fText);
+    if (kind == MIXValidSpecs::SAVE_PEARSON_RESIDUAL && IsLinearTarget()) {
+      reader.FailAt(at, "expected PEARSONRESIDUAL only with a generalized target (/TARGET with a distribution other "
+                        "than NORMAL or a link other than IDENTITY), found it with the linear model, whose residual "
+                        "is RESIDUAL");
+    }
+    if (kind == MIXValidSpecs::SAVE_PREDICTED_CATEGORY && !categorical) {
+      reader.FailAt(at, "expected PREDICTEDCATEGORY only with a BINOMIAL or MULTINOMIAL target, found it with the "
+                        "distribution " + distribution);
+    }
+    if (multinomial && kind != MIXValidSpecs::SAVE_LINEAR_PREDICTOR && kind != MIXValidSpecs::SAVE_PREDICTED_CATEGORY) {
+      reader.FailAt(at, "expected LINEARPREDICTOR or PREDICTEDCATEGORY with a MULTINOMIAL target, which has no "
+                        "single mean, found " + keyword);
+    }
   }
 }

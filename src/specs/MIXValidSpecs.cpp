@@ -227,15 +227,20 @@ GLMMConst_850::ScoreType MIXValidSpecs::GetScoreType(SaveTypes type) {
     case SAVE_PREDICTED_SE: return GLMMConst_850::SCORE_PREDICTED_SE;
     case SAVE_FIXED_PREDICTED_DF: return GLMMConst_850::SCORE_FIXED_PREDICTED_DF;
     case SAVE_PREDICTED_DF: return GLMMConst_850::SCORE_PREDICTED_DF;
+    case SAVE_LINEAR_PREDICTOR: return GLMMConst_850::SCORE_LINEAR_PREDICTOR;
+    case SAVE_PEARSON_RESIDUAL: return GLMMConst_850::SCORE_PEARSON_RESIDUAL;
+    case SAVE_PREDICTED_CATEGORY: return GLMMConst_850::SCORE_PREDICTED_CATEGORY;
   }
   return GLMMConst_850::SCORE_INVALID;
 }
 
 ZORV_Format MIXValidSpecs::GetSaveFormat(SaveTypes type) const {
   const ZORV_Format plain(ZORV_Format::F, 8, 2);
-  if (type < SAVE_FIXED_PREDICTED || type > SAVE_PREDICTED_SE) return plain;
   const ZORV_Variable* target = DataSource != nullptr ? DataSource->GetVariable(DependVar) : nullptr;
   const ZORV_Format base = target != nullptr ? target->GetFormat() : plain;
+  // A category is one of the target's values.
+  if (type == SAVE_PREDICTED_CATEGORY) return base;
+  if (type < SAVE_FIXED_PREDICTED || type > SAVE_PREDICTED_SE) return plain;
   const int width = std::min(static_cast<int>(base.fWidth) + 3, kMaxNumericWidth);
   const int decimals = std::min(static_cast<int>(base.fDecimals) + 2, kMaxDecimals);
   return ZORV_Format(base.fType, static_cast<std::uint16_t>(width), static_cast<std::uint8_t>(decimals));

@@ -67,8 +67,14 @@ class MIXValidSpecs final {
     SAVE_FIXED_PREDICTED_SE = 3,
     SAVE_PREDICTED_SE = 4,
     SAVE_FIXED_PREDICTED_DF = 5,
-    SAVE_PREDICTED_DF = 6
+    SAVE_PREDICTED_DF = 6,
+    // Of generalized targets (our extension).
+    SAVE_LINEAR_PREDICTOR = 7,
+    SAVE_PEARSON_RESIDUAL = 8,
+    SAVE_PREDICTED_CATEGORY = 9
   };
+  // The number of kinds above.
+  static constexpr int kNSaveKinds = 10;
 
   // How the reference category of a marginal means request is given.
   enum RefCatTypes : int {

@@ -32,7 +32,8 @@ const std::size_t kSavedNameLength = L::SAVE_NAME_BYTES;
 const std::size_t kMessageLength = 256;
 
 // Host messages that label the saved variables, by SaveTypes.
-const long kSaveLabelMessages[kMaxSavedVars] = {15904, 15903, 15902, 15905, 15906, 15907, 15908};
+const long kSaveLabelMessages[MIXValidSpecs::kNSaveKinds] = {15904, 15903, 15902, 15905, 15906,
+                                                              15907, 15908, 15909, 15910, 15911};
 
 std::string UpperCase(const std::string& text) { return GetUpperString(text); }
 
@@ -346,7 +347,7 @@ void MIXValidSpecs::ReadSavedVars() {
     name[kSavedNameLength] = '\0';
 
     std::string label;
-    if (type >= 0 && type < kMaxSavedVars) {
+    if (type >= 0 && type < kNSaveKinds) {
       char buffer[kMessageLength];
       const long zero = 0;
       const long length = static_cast<long>(kMessageLength);

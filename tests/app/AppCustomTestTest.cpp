@@ -300,3 +300,31 @@ TEST_F(AppCustomTestTest, OnASplitFileEachSplitHasItsTestsLayeredOrSeparate) {
   EXPECT_NE(tests[2].second.fpResults->dump().find("= Male"), std::string::npos);
   EXPECT_EQ(tests[2].second.fpResults->dump().find("Female"), std::string::npos);
 }
+
+// An ordinal target's tests stand on the linear predictor's scale: cold less
+// warm is clmm's coefficient of cold (warm the aliased level), with its
+// standard error, and F is t squared. A row that weighs the intercept, whose
+// place the thresholds take, has no estimate.
+TEST_F(AppCustomTestTest, TheWineRatingsTestTheTemperatureAsClmmEstimatesIt) {
+  const json report = RunCommands(
+      "wine.csv'.\nGLMIXFIT rating BY temp contact /FIXED temp contact /RANDOM INTERCEPT SUBJECTS=judge"
+      " /TARGET DISTRIBUTION=MULTINOMIAL /ESTIMATION FIT=QUADRATURE(10)"
+      " /CONTRAST 'Cold less warm' temp 1 -1 /CONTRAST 'Cold with the intercept' INTERCEPT 1 temp 1 0.\n");
+  EXPECT_EQ(fExitStatus, 0);
+  const auto tests = CustomTests(report);
+  ASSERT_EQ(tests.size(), 2u);
+  const json fit = ReadJson(fs::path(GLMIX_TEST_DATA_DIR) / "numeric" / "reference" / "ordinal.json")["fits"][1];
+  ASSERT_EQ(fit["nAGQ"].get<int>(), 10);
+  ASSERT_NE(tests[0].second.fpEstimates, nullptr);
+  const json& estimates = *tests[0].second.fpEstimates;
+  ExpectNear(Value(estimates, 0, kEstimate), fit["beta"][0].get<double>(), 1e-4, "estimate");
+  ExpectNear(Value(estimates, 0, kStdError), fit["beta_se"][0].get<double>(), 1e-4, "standard error");
+  const double t = Value(estimates, 0, kT);
+  EXPECT_NEAR(t, Value(estimates, 0, kEstimate) / Value(estimates, 0, kStdError), 1e-9 * std::fabs(t));
+  ASSERT_NE(tests[0].second.fpResults, nullptr);
+  EXPECT_NEAR(Value(*tests[0].second.fpResults, 0, 2), t * t, 1e-9 * t * t);
+
+  ASSERT_NE(tests[1].second.fpEstimates, nullptr);
+  EXPECT_TRUE(std::isnan(Value(*tests[1].second.fpEstimates, 0, kEstimate)));
+  EXPECT_NE(report.dump().find("This row is not estimable"), std::string::npos);
+}

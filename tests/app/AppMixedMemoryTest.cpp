@@ -416,6 +416,22 @@ TEST(AppMixedMemory, SevenSavedVariablesFillEverySlot) {
   }
 }
 
+// The values of generalized targets take kinds beyond the first seven, in
+// the same slots.
+TEST(AppMixedMemory, GeneralizedScoresAreKindsOfTheSameSlots) {
+  ParserMemory memory;
+  Lay("GLMIXFIT y /TARGET DISTRIBUTION=BINOMIAL /SAVE PREDICTEDCATEGORY LINEARPREDICTOR(eta) PEARSONRESIDUAL",
+      memory);
+  ASSERT_EQ(N(memory, L::N_SAVES), 3);
+  const std::vector<INTEGER> kinds = {10, 8, 9};
+  const std::vector<std::string> names = {"PredictedCategory", "eta", "PearsonResidual"};
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(N(memory, L::SAVE_KINDS.At(i)), kinds[static_cast<std::size_t>(i)]) << i;
+    std::string name = names[static_cast<std::size_t>(i)];
+    EXPECT_EQ(Chars(memory, N(memory, L::SAVE_NAMES.At(i)), 64), name + std::string(64 - name.size(), ' ')) << i;
+  }
+}
+
 TEST(AppMixedMemory, DefaultSaveNamesStayClearOfTheData) {
   ZORV_Dataset data;
   data.AddVariable("y", 0);

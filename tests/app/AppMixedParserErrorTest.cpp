@@ -328,7 +328,7 @@ TEST(AppMixedParserErrors, Means) {
 TEST(AppMixedParserErrors, SaveExportScaleWeight) {
   const char* saves =
       "expected a value to save (PREDICTED, PREDICTEDSE, PREDICTEDDF, FIXEDPREDICTED, FIXEDPREDICTEDSE, "
-      "FIXEDPREDICTEDDF or RESIDUAL)";
+      "FIXEDPREDICTEDDF, RESIDUAL, LINEARPREDICTOR, PEARSONRESIDUAL or PREDICTEDCATEGORY)";
   std::string savesEnd = std::string(saves) + ", found the end of the command";
   std::string savesFit = std::string(saves) + ", found 'FIT'";
   std::string longName(65, 'n');
@@ -433,6 +433,31 @@ TEST(AppMixedParserErrors, AnUnstructuredMatrixTooLargeToFitIsRefusedWithItsSize
   for (long row = 0; row < 600; ++row) data.SetNum(row, t, static_cast<double>(row % 50));
   text = "GLMIXFIT y /RESIDUAL INDEX=t SUBJECTS=s STRUCTURE=UN";
   EXPECT_EQ(ParseMixed(data, text, command), "");
+}
+
+// The values a target has to save: a linear model has no Pearson residual,
+// only binomial and multinomial targets have categories, and a multinomial
+// target has no single mean; seven values at most, the slots of the memory.
+TEST(AppMixedParserErrors, SavesOfTheTarget) {
+  Check({
+            {"/SAVE PEARSONRESIDUAL", "PEARSONRESIDUAL", 1,
+             "expected PEARSONRESIDUAL only with a generalized target (/TARGET with a distribution other than "
+             "NORMAL or a link other than IDENTITY), found it with the linear model, whose residual is RESIDUAL"},
+            {"/SAVE PredictedCategory /TARGET DISTRIBUTION=POISSON", "PredictedCategory", 1,
+             "expected PREDICTEDCATEGORY only with a BINOMIAL or MULTINOMIAL target, found it with the distribution "
+             "POISSON"},
+            {"/SAVE PREDICTEDCATEGORY", "PREDICTEDCATEGORY", 1,
+             "expected PREDICTEDCATEGORY only with a BINOMIAL or MULTINOMIAL target, found it with the distribution "
+             "NORMAL"},
+            {"/TARGET DISTRIBUTION=MULTINOMIAL /SAVE PREDICTEDCATEGORY residual", "residual", 1,
+             "expected LINEARPREDICTOR or PREDICTEDCATEGORY with a MULTINOMIAL target, which has no single mean, "
+             "found RESIDUAL"},
+            {"/SAVE PREDICTED PREDICTEDSE PREDICTEDDF FIXEDPREDICTED FIXEDPREDICTEDSE FIXEDPREDICTEDDF RESIDUAL "
+             "LINEARPREDICTOR",
+             "LINEARPREDICTOR", 1,
+             "expected at most 7 values to save in one command, found LINEARPREDICTOR beyond them"},
+        },
+        true);
 }
 
 TEST(AppMixedParserErrors, Target) {

@@ -153,9 +153,25 @@ void CheckFixedParameters(const Stats& model, const GLMMOutputStats& engine) {
   }
   ASSERT_EQ(collect->fvFixedParamEstim.size(), 1u);
   const std::vector<Stats::ParamStatsData>& read = collect->fvFixedParamEstim[0].fvParamStats;
-  ASSERT_EQ(read.size(), beta.size());
+  // An ordinal target's thresholds come first, in the intercept's place.
+  const std::vector<MCMath_850::BetaParamStat>& thresholds = engine.GetThresholdStats();
+  const bool ordinal = !thresholds.empty();
+  ASSERT_EQ(read.size(), beta.size() + thresholds.size() - (ordinal ? 1u : 0u));
+  std::size_t k = 0;
+  for (std::size_t j = 0; j < thresholds.size(); ++j) {
+    const Stats::ParamStatsData& p = read[k++];
+    EXPECT_EQ(p.fParamName, "T" + std::to_string(j));
+    EXPECT_FALSE(p.fRegrParam.fIsIntercept);
+    EXPECT_EQ(p.fStatisticValue, -1);
+    ASSERT_EQ(p.fRegrParam.fvFactors.size(), 1u);
+    EXPECT_EQ(std::stod(p.fRegrParam.fvFactors[0].fValue.GetStringValue()), engine.GetTargetCategories()[j]);
+    EXPECT_SAME(p.fEstimate, thresholds[j].GetEstimate());
+    EXPECT_SAME(p.fStdError, thresholds[j].GetStdError());
+    EXPECT_SAME(p.fSig, thresholds[j].GetSig());
+  }
   for (std::size_t i = 0; i < beta.size(); ++i) {
-    const Stats::ParamStatsData& p = read[i];
+    if (ordinal && beta[i].IsIntercept()) continue;
+    const Stats::ParamStatsData& p = read[k++];
     const MCMath_850::BetaParamStat& st = betaStats[i];
     EXPECT_EQ(p.fParamName, "B" + std::to_string(i));
     EXPECT_EQ(p.fRegrParam.fIsIntercept, beta[i].IsIntercept());

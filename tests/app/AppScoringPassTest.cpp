@@ -152,3 +152,65 @@ TEST_F(AppScoringPassTest, TheDyestuffExampleSavesPredictionsAndResiduals) {
   EXPECT_DOUBLE_EQ(Num(0, "Predicted"), Num(4, "Predicted"));
   EXPECT_NE(Num(0, "Predicted"), Num(5, "Predicted"));
 }
+
+// A binomial target fitted by Laplace: the linear predictor is glmer's, and
+// the data-scale scores follow from it by hand (the inverse logit, the
+// proportion less its probability, the Pearson residual of the trials and
+// the event where the probability exceeds one half).
+TEST_F(AppScoringPassTest, CbppLaplaceScoresFollowGlmersLinearPredictor) {
+  Run("LOAD '" + Example("cbpp.csv") + "'.\nGLMIXFIT incidence BY period /FIXED period"
+      " /RANDOM INTERCEPT SUBJECTS=herd /TARGET DISTRIBUTION=BINOMIAL TRIALS=size /ESTIMATION FIT=LAPLACE"
+      " /SAVE LINEARPREDICTOR PREDICTED RESIDUAL PEARSONRESIDUAL PREDICTEDCATEGORY PREDICTEDSE.");
+  ASSERT_EQ(fpSession->ExitStatus(), 0);
+  EXPECT_EQ(Created(1), (std::vector<std::string>{"LinearPredictor", "Predicted", "Residual", "PearsonResidual",
+                                                  "PredictedCategory", "PredictedSE"}));
+  const nlohmann::json& eta = Reference("laplace")["cbpp_laplace"]["linear_predictor"];
+  ASSERT_EQ(static_cast<long>(eta.size()), Data().GetCaseCount());
+  int events = 0;
+  for (long row = 0; row < Data().GetCaseCount(); ++row) {
+    SCOPED_TRACE("case " + std::to_string(row));
+    const double reference = eta[static_cast<std::size_t>(row)].get<double>();
+    EXPECT_TRUE(Near(Num(row, "LinearPredictor"), reference, 1e-4, 1e-4));
+    const double p = 1.0 / (1.0 + std::exp(-Num(row, "LinearPredictor")));
+    const double y = Num(row, "incidence") / Num(row, "size");
+    EXPECT_NEAR(Num(row, "Predicted"), p, 1e-12);
+    EXPECT_NEAR(Num(row, "Residual"), y - p, 1e-12);
+    EXPECT_NEAR(Num(row, "PearsonResidual"), (y - p) * std::sqrt(Num(row, "size") / (p * (1.0 - p))), 1e-10);
+    EXPECT_EQ(Num(row, "PredictedCategory"), p > 0.5 ? 1.0 : 0.0);
+    // The delta method keeps the error below that of the linear predictor.
+    EXPECT_GT(Num(row, "PredictedSE"), 0.0);
+    EXPECT_LT(Num(row, "PredictedSE"), p * (1.0 - p) * 2.0);
+    events += Num(row, "PredictedCategory") == 1.0;
+  }
+  // Incidences are rare: no record predicts the event.
+  EXPECT_EQ(events, 0);
+}
+
+// The Pearson residuals of a pseudo-likelihood fit, squared and summed,
+// are the Pearson statistic of the R reference of the same linearisation.
+TEST_F(AppScoringPassTest, CbppPearsonResidualsMakeTheReferencesStatistic) {
+  Run("LOAD '" + Example("cbpp.csv") + "'.\nGLMIXFIT incidence BY period /FIXED period"
+      " /RANDOM INTERCEPT SUBJECTS=herd /TARGET DISTRIBUTION=BINOMIAL TRIALS=size /SAVE PEARSONRESIDUAL.");
+  ASSERT_EQ(fpSession->ExitStatus(), 0);
+  double sum = 0.0;
+  for (long row = 0; row < Data().GetCaseCount(); ++row) sum += Num(row, "PearsonResidual") * Num(row, "PearsonResidual");
+  EXPECT_TRUE(Near(sum, Reference("pseudo_likelihood")["cbpp_reml"]["pearson"].get<double>(), 1e-4, 0.0)) << sum;
+}
+
+// An ordinal target: each record's linear predictor x'beta + u and its most
+// probable rating are those of clmm with the same quadrature.
+TEST_F(AppScoringPassTest, WineRatingsPredictTheCategoriesOfClmm) {
+  Run("LOAD '" + Example("wine.csv") + "'.\nGLMIXFIT rating BY temp contact /FIXED temp contact"
+      " /RANDOM INTERCEPT SUBJECTS=judge /TARGET DISTRIBUTION=MULTINOMIAL /ESTIMATION FIT=QUADRATURE(10)"
+      " /SAVE PREDICTEDCATEGORY LINEARPREDICTOR(eta).");
+  ASSERT_EQ(fpSession->ExitStatus(), 0);
+  const nlohmann::json& fit = Reference("ordinal")["fits"][1];
+  ASSERT_EQ(fit["nAGQ"].get<int>(), 10);
+  ASSERT_EQ(static_cast<long>(fit["predicted_category"].size()), Data().GetCaseCount());
+  for (long row = 0; row < Data().GetCaseCount(); ++row) {
+    SCOPED_TRACE("case " + std::to_string(row));
+    const std::size_t r = static_cast<std::size_t>(row);
+    EXPECT_TRUE(Near(Num(row, "eta"), fit["linear_predictor"][r].get<double>(), 1e-3, 1e-3));
+    EXPECT_EQ(Num(row, "PredictedCategory"), fit["predicted_category"][r].get<double>());
+  }
+}

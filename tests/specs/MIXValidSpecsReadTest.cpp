@@ -243,6 +243,31 @@ TEST_F(SpecsReading, SevenSavedItemsFillEverySlot) {
   EXPECT_EQ(specs.GetSaveVarFormats(), (std::vector<ZORV_Format>{grown, grown, grown, grown, grown, plain, plain}));
 }
 
+// The kinds of generalized targets share the slots: their labels, their
+// score types, and the target's own format for a category.
+TEST_F(SpecsReading, GeneralizedSavedItemsTakeTheirKinds) {
+  fMemory.SetNumericInteger(L::N_SAVES, 3);
+  const char* names[] = {"ETA", "PEARSON", "CATEGORY"};
+  for (int slot = 0; slot < 3; ++slot) {
+    fMemory.SetNumericInteger(L::SAVE_KINDS.At(slot), slot + 8);
+    fMemory.SetNumericInteger(L::SAVE_NAMES.At(slot), fMemory.AddText(names[slot], L::SAVE_NAME_BYTES));
+  }
+  MIXValidSpecs& specs = Read();
+  EXPECT_EQ(specs.GetSaveVarTypes(),
+            (std::vector<MIXValidSpecs::SaveTypes>{MIXValidSpecs::SAVE_LINEAR_PREDICTOR,
+                                                   MIXValidSpecs::SAVE_PEARSON_RESIDUAL,
+                                                   MIXValidSpecs::SAVE_PREDICTED_CATEGORY}));
+  EXPECT_EQ(specs.GetSaveScoreTypes(),
+            (std::vector<GLMMConst_850::ScoreType>{GLMMConst_850::SCORE_LINEAR_PREDICTOR,
+                                                   GLMMConst_850::SCORE_PEARSON_RESIDUAL,
+                                                   GLMMConst_850::SCORE_PREDICTED_CATEGORY}));
+  EXPECT_EQ(specs.GetSaveVarLabels(),
+            (std::vector<std::string>{"Linear Predictor", "Pearson Residual", "Predicted Category"}));
+  const ZORV_Format plain(ZORV_Format::F, 8, 2);
+  EXPECT_EQ(specs.GetSaveVarFormats()[0], plain);
+  EXPECT_EQ(specs.GetSaveVarFormats()[1], plain);
+}
+
 TEST_F(SpecsReading, SavedNameTakesSixtyFourBytes) {
   const std::string longName(64, 'n');
   fMemory.SetNumericInteger(L::N_SAVES, 1);

@@ -72,7 +72,12 @@ MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>
   MCEngineTest test;
   test.SetL(L);
   if (!hyp || K.size() != L.size()) return test;
-  const int P = fpImpl->GetNColumns();
+  if (fpOrdinal) {
+    for (const std::vector<double>& row : L) {
+      if (fpOrdinal->WeighsIntercept(row)) return test;
+    }
+  }
+  const int P = fpOrdinal ? fpOrdinal->GetNColumns() : fpImpl->GetNColumns();
   Eigen::MatrixXd M(static_cast<Eigen::Index>(L.size()), P);
   for (std::size_t i = 0; i < L.size(); ++i) {
     if (static_cast<int>(L[i].size()) != P) return test;
@@ -124,8 +129,9 @@ bool MCEngineFitter::EvaluateAt(const std::vector<double>& theta, double& minus2
 
 bool MCEngineFitter::IsEstimable(const std::vector<double>& l) const {
   const MCEngineHypothesis* hyp = fpOrdinal ? fpOrdinal->GetHypothesis() : fpImpl->GetHypothesis();
-  const int P = fpImpl->GetNColumns();
+  const int P = fpOrdinal ? fpOrdinal->GetNColumns() : fpImpl->GetNColumns();
   if (!hyp || static_cast<int>(l.size()) != P) return false;
+  if (fpOrdinal && fpOrdinal->WeighsIntercept(l)) return false;
   Eigen::RowVectorXd row(P);
   for (int j = 0; j < P; ++j) row[j] = l[static_cast<std::size_t>(j)];
   return hyp->IsEstimable(row);

@@ -315,6 +315,7 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
   for (const GLMMRandomSpec& spec : fpSettings->GetRandomSpecs()) wantEBLUPs = wantEBLUPs || spec.GetComputeEBLUPs();
   if (wantEBLUPs || !fvScoreTypes.empty()) {
     fpPredictor = std::make_unique<GLMMPredictor>(*fpSettings, *fpVarList);
+    fpPredictor->SetTarget(EngineTarget(*fpSettings));
     if (fpPredictor->Setup(builder, fitter, pRecords)) out.SetEBLUPStats(fpPredictor->ComputeEBLUPs());
   }
   SetCustomTests(*fpSettings, *fpVarList, builder, fitter, pRecords, fpPredictor.get(), out);

@@ -109,6 +109,9 @@ const char* GetName(ScoreType value) {
     case SCORE_FIXED_PREDICTED: return "fixed predicted value";
     case SCORE_FIXED_PREDICTED_SE: return "standard error of the fixed predicted value";
     case SCORE_FIXED_PREDICTED_DF: return "degrees of freedom of the fixed predicted value";
+    case SCORE_LINEAR_PREDICTOR: return "linear predictor";
+    case SCORE_PEARSON_RESIDUAL: return "Pearson residual";
+    case SCORE_PREDICTED_CATEGORY: return "predicted category";
   }
   return "unknown";
 }

@@ -50,7 +50,13 @@ enum ScoreType {
   SCORE_PREDICTED_DF = 9,
   SCORE_FIXED_PREDICTED = 10,
   SCORE_FIXED_PREDICTED_SE = 11,
-  SCORE_FIXED_PREDICTED_DF = 19
+  SCORE_FIXED_PREDICTED_DF = 19,
+  // Of generalized targets (our extension): the linear predictor with the
+  // random effects and the offset, the Pearson residual and the most
+  // probable category.
+  SCORE_LINEAR_PREDICTOR = 20,
+  SCORE_PEARSON_RESIDUAL = 21,
+  SCORE_PREDICTED_CATEGORY = 22
 };
 
 // Form of a row of the L matrix of a custom test.

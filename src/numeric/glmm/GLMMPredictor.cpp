@@ -8,7 +8,9 @@
 #include "numeric/common/MCMV.h"
 #include "numeric/common/MCStatusCode.h"
 #include "numeric/common/RecordIterator.h"
+#include "numeric/engine/MCEngineFitter.h"
 #include "numeric/engine/MCEngineProbability.h"
+#include "numeric/engine/MCEngineResult.h"
 #include "numeric/glmm/GLMMDesignBuilder.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/xml/IMCVariable.h"
@@ -100,7 +102,22 @@ bool GLMMPredictor::Setup(const GLMMDesignBuilder& builder, const MCEngine_850::
   fNFixedColumns = input.GetNColumns();
   fvFittedCells = builder.GetPresentCells();
   fPredictor.SetResidualDF(fpSettings->GetDegreesFreedomType() == GLMMConst_850::DF_RESIDUAL);
-  if (!fPredictor.Setup(fitter, input)) return false;
+  const MCEngine_850::MCEngineResult& result = fitter.GetResult();
+  fResponse = MCEngine_850::MCEngineResponse(fTarget, result);
+  fvOrdinalBeta.clear();
+  fvOrdinalModes.clear();
+  if (fResponse.IsOrdinal()) {
+    // The thresholds have no place in the linear model's mixed-model
+    // equations: an ordinal fit is predicted from its own estimates.
+    for (const MCEngine_850::MCEngineBetaStat& b : result.GetBeta()) {
+      fvOrdinalBeta.push_back(b.IsRedundant() || MCEngine_850::MCEngineMissing::Is(b.GetEstimate()) ? 0.0
+                                                                                                 : b.GetEstimate());
+    }
+    fvOrdinalModes = result.GetConditionalModes();
+    if (static_cast<int>(fvOrdinalBeta.size()) != fNFixedColumns) return false;
+  } else if (!fPredictor.Setup(fitter, input)) {
+    return false;
+  }
 
   // The fit numbers each block's subjects; the records give their values.
   const int nBlocks = fpSettings->GetNRandomSpecs();
@@ -142,6 +159,46 @@ int GLMMPredictor::GetSubjectNumber(int block, int k) const {
   return std::next(fvSubjects[U(block)].begin(), k)->second;
 }
 
+MCEnginePrediction GLMMPredictor::PredictOrdinal(const std::vector<double>& x,
+                                                 const std::vector<MCEngineRandomEntry>& z) const {
+  MCEnginePrediction prediction;
+  if (x.size() != fvOrdinalBeta.size()) return prediction;
+  double eta = 0.0;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    if (x[i] != 0.0) eta += x[i] * fvOrdinalBeta[i];
+  }
+  for (const MCEngineRandomEntry& entry : z) {
+    // A subject the fit did not see has the random effect 0.
+    const int subject = entry.GetSubject();
+    if (entry.GetBlock() != 0 || entry.GetColumn() != 0) return prediction;
+    if (subject >= 0 && U(subject) < fvOrdinalModes.size()) eta += entry.GetValue() * fvOrdinalModes[U(subject)];
+  }
+  prediction.SetEstimate(eta);
+  return prediction;
+}
+
+MCEnginePrediction GLMMPredictor::PredictFitted(const std::vector<double>& x,
+                                                const std::vector<MCEngineRandomEntry>& z) const {
+  return fResponse.IsOrdinal() ? PredictOrdinal(x, z) : fPredictor.Predict(x, z);
+}
+
+bool GLMMPredictor::HasSubject(int block, int subject) const {
+  if (!fResponse.IsOrdinal()) return fPredictor.HasSubject(block, subject);
+  return block == 0 && subject >= 0 && U(subject) < fvOrdinalModes.size();
+}
+
+double GLMMPredictor::Trials(const double* record) const {
+  const GLMMTargetSpec& target = fpSettings->GetTargetSpec();
+  if (target.GetDistribution() != GLMMConst_850::DIST_BINOMIAL) return 1.0;
+  if (target.GetTrialsType() == GLMMConst_850::TRIALS_VARIABLE) return Value(record, target.GetTrialsVariable());
+  if (target.GetTrialsType() == GLMMConst_850::TRIALS_VALUE) return target.GetTrialsValue();
+  return 1.0;
+}
+
+double GLMMPredictor::ScaleWeight(const double* record) const {
+  return fpSettings->GetRegrWeightVar() >= 0 ? Value(record, fpSettings->GetRegrWeightVar()) : 1.0;
+}
+
 std::vector<GLMMEBLUPStat> GLMMPredictor::ComputeEBLUPs() const {
   std::vector<GLMMEBLUPStat> stats;
   if (!IsReady()) return stats;
@@ -152,9 +209,9 @@ std::vector<GLMMEBLUPStat> GLMMPredictor::ComputeEBLUPs() const {
     if (!specs[U(b)].GetComputeEBLUPs()) continue;
     const int nColumns = fvBlockColumns[U(b)];
     for (const auto& subject : fvSubjects[U(b)]) {
-      if (!fPredictor.HasSubject(b, subject.second)) continue;
+      if (!HasSubject(b, subject.second)) continue;
       for (int col = 0; col < nColumns; ++col) {
-        const MCEnginePrediction pred = fPredictor.Predict(x, {MCEngineRandomEntry(b, subject.second, col, 1.0)});
+        const MCEnginePrediction pred = PredictFitted(x, {MCEngineRandomEntry(b, subject.second, col, 1.0)});
         GLMMEBLUPStat stat;
         stat.SetBlock(b);
         stat.SetSubjectValues(subject.first);
@@ -227,36 +284,49 @@ MCStatus GLMMPredictor::ScoreRecord(const double* record, const std::vector<GLMM
     }
   }
 
-  const MCEnginePrediction fixed = fPredictor.Predict(x, {});
+  const MCEnginePrediction fixed = PredictFitted(x, {});
   MCEnginePrediction conditional;
-  if (randomOK) conditional = fPredictor.Predict(x, z);
-  const double y = Value(record, s.GetDependent());
-  auto shifted = [offset](double v) { return MCEngine_850::MCEngineMissing::Is(v) ? MCMV::Missing() : v + offset; };
+  if (randomOK) conditional = PredictFitted(x, z);
+  auto shifted = [offset](double v) { return MCEngine_850::MCEngineMissing::Is(v) ? v : v + offset; };
+  const double fixedEta = shifted(fixed.GetEstimate());
+  const double eta = shifted(conditional.GetEstimate());
+  const double mean = fResponse.Mean(eta);
+  // The response on the scale of the mean: a binomial target's proportion.
+  const double trials = Trials(record);
+  const double y = Value(record, s.GetDependent()) / trials;
+  const double weight = trials * ScaleWeight(record);
   for (std::size_t i = 0; i < types.size(); ++i) {
     double& score = scores[i];
     switch (types[i]) {
       case GLMMConst_850::SCORE_FIXED_PREDICTED:
-        score = shifted(fixed.GetEstimate());
+        score = FromEngine(fResponse.Mean(fixedEta));
         break;
       case GLMMConst_850::SCORE_FIXED_PREDICTED_SE:
-        score = FromEngine(fixed.GetStdError());
+        score = FromEngine(fResponse.MeanStdError(fixedEta, fixed.GetStdError()));
         break;
       case GLMMConst_850::SCORE_FIXED_PREDICTED_DF:
         score = FromEngine(fixed.GetDF());
         break;
       case GLMMConst_850::SCORE_PREDICTED:
-        score = shifted(conditional.GetEstimate());
+        score = FromEngine(mean);
         break;
       case GLMMConst_850::SCORE_PREDICTED_SE:
-        score = FromEngine(conditional.GetStdError());
+        score = FromEngine(fResponse.MeanStdError(eta, conditional.GetStdError()));
         break;
       case GLMMConst_850::SCORE_PREDICTED_DF:
         score = FromEngine(conditional.GetDF());
         break;
       case GLMMConst_850::SCORE_RESIDUAL:
-        if (!std::isnan(y) && !MCEngine_850::MCEngineMissing::Is(conditional.GetEstimate())) {
-          score = y - (conditional.GetEstimate() + offset);
-        }
+        if (!std::isnan(y) && !MCEngine_850::MCEngineMissing::Is(mean)) score = y - mean;
+        break;
+      case GLMMConst_850::SCORE_LINEAR_PREDICTOR:
+        score = FromEngine(eta);
+        break;
+      case GLMMConst_850::SCORE_PEARSON_RESIDUAL:
+        if (!std::isnan(y) && !fResponse.IsLinear()) score = FromEngine(fResponse.PearsonResidual(y, mean, weight));
+        break;
+      case GLMMConst_850::SCORE_PREDICTED_CATEGORY:
+        score = FromEngine(fResponse.PredictedCategory(eta));
         break;
       case GLMMConst_850::SCORE_INVALID:
         break;

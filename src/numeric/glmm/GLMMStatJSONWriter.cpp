@@ -129,9 +129,32 @@ Json CustomTests(const std::vector<GLMMCustomTestStat>& tests) {
   return list;
 }
 
-// Our extension: a generalized model's target (distribution, link, trials)
-// and its classification table, rows observed and columns predicted.
-Json Target(const GLMMSettings& s, const MCXML_850::MCVarList& varList, const GLMMClassification& table) {
+// An ordinal target's thresholds, each under the highest category it closes.
+Json Thresholds(const GLMMSettings& s, const MCXML_850::MCVarList& varList, const GLMMOutputStats& stats) {
+  const std::vector<MCMath_850::BetaParamStat>& thresholds = stats.GetThresholdStats();
+  const std::vector<double>& categories = stats.GetTargetCategories();
+  Json list = Json::array();
+  for (std::size_t j = 0; j < thresholds.size() && j < categories.size(); ++j) {
+    const MCMath_850::BetaParamStat& st = thresholds[j];
+    Json item;
+    item["category"] = GLMMStatJSONWriter::ValueText(varList, s.GetDependent(), categories[j]);
+    item["estimate"] = Number(st.GetEstimate());
+    item["stdError"] = Number(st.GetStdError());
+    item["df"] = Number(st.GetDF());
+    item["t"] = Number(st.GetTStat());
+    item["sig"] = Number(st.GetSig());
+    item["lower"] = Number(st.GetLowerBound());
+    item["upper"] = Number(st.GetUpperBound());
+    list.push_back(std::move(item));
+  }
+  return list;
+}
+
+// Our extension: a generalized model's target (distribution, link, trials),
+// an ordinal target's thresholds and the classification table, rows
+// observed and columns predicted.
+Json Target(const GLMMSettings& s, const MCXML_850::MCVarList& varList, const GLMMOutputStats& stats) {
+  const GLMMClassification& table = stats.GetClassification();
   const GLMMTargetSpec& spec = s.GetTargetSpec();
   Json target;
   target["field"] = VarName(varList, s.GetDependent());
@@ -143,6 +166,7 @@ Json Target(const GLMMSettings& s, const MCXML_850::MCVarList& varList, const GL
   } else if (spec.GetTrialsType() == GLMMConst_850::TRIALS_VALUE) {
     target["trialsValue"] = spec.GetTrialsValue();
   }
+  if (!stats.GetThresholdStats().empty()) target["thresholds"] = Thresholds(s, varList, stats);
   if (table.IsEmpty()) return target;
   Json classification;
   Json categories = Json::array();
@@ -342,7 +366,7 @@ MCStatus GLMMStatJSONWriter::Write(std::ostream& os) const {
   Json document;
   document["glmm"]["RandomEffectsParameters"]["tables"] = std::move(tables);
   if (!fpStats->GetCustomTestStats().empty()) document["glmm"]["CustomTests"] = CustomTests(fpStats->GetCustomTestStats());
-  if (!s.GetTargetSpec().IsLinear()) document["glmm"]["Target"] = Target(s, varList, fpStats->GetClassification());
+  if (!s.GetTargetSpec().IsLinear()) document["glmm"]["Target"] = Target(s, varList, *fpStats);
   os << document.dump(1) << '\n';
   if (!os) return MCStatus(MCCommon_850::MC_OUTPUT_FILE_ERROR, false);
   return MCStatus();

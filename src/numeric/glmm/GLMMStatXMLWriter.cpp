@@ -134,6 +134,45 @@ void ParamAttributes(GLMMXMLWriter& xml, const std::string& name, const std::str
   xml.Attribute("isRedundant", n.fbRedundant);
 }
 
+ParamNumbers FixedNumbers(const MCMath_850::BetaParamStat& st) {
+  ParamNumbers n;
+  n.fEstimate = st.GetEstimate();
+  n.fStdError = st.GetStdError();
+  n.fDf = st.GetDF();
+  n.fLower = st.GetLowerBound();
+  n.fUpper = st.GetUpperBound();
+  n.fTTest = st.GetTStat();
+  n.fSig = st.GetSig();
+  n.fbRedundant = st.GetRedundant();
+  return n;
+}
+
+// The thresholds of an ordinal target, where a reader looks for them: the
+// parameters of no effect, each with the target as its one factor at the
+// highest category the threshold closes (P(Y <= that category)).
+void Thresholds(GLMMXMLWriter& xml, const GLMMSettings& s, const MCXML_850::MCVarList& varList,
+                const GLMMOutputStats& stats) {
+  const std::vector<MCMath_850::BetaParamStat>& thresholds = stats.GetThresholdStats();
+  const std::vector<double>& categories = stats.GetTargetCategories();
+  const std::string target = Labels::VarName(varList, s.GetDependent());
+  for (std::size_t j = 0; j < thresholds.size() && j < categories.size(); ++j) {
+    const std::string key = "T" + std::to_string(j);
+    const std::string value = GLMMXMLWriter::NumberText(categories[j]);
+    xml.Open("ParameterStats");
+    ParamAttributes(xml, key, "Threshold [" + target + "=" + value + "]", FixedNumbers(thresholds[j]));
+    xml.Open("RegressionParameter");
+    xml.Attribute("isIntercept", false);
+    xml.Attribute("name", key);
+    xml.Open("Factor");
+    xml.Attribute("field", target);
+    xml.Attribute("value", value);
+    xml.Attribute("nest", false);
+    xml.Close();
+    xml.Close();
+    xml.Close();
+  }
+}
+
 const char* ContrastToken(MCContrastType type) {
   using namespace MCMath_850::MCConst;
   static const std::pair<MCContrastType, const char*> kTokens[] = {
@@ -416,19 +455,12 @@ void GLMMStatXMLWriter::WriteTrainingSummary(GLMMXMLWriter& xml) const {
   if (!beta.empty()) {
     xml.Open("ParameterEstimates");
     xml.Attribute("parameterType", "fixed");
+    // An ordinal target's thresholds take the intercept's place.
+    Thresholds(xml, s, varList, stats);
+    const bool ordinal = !stats.GetThresholdStats().empty();
     for (std::size_t i = 0; i < beta.size(); ++i) {
-      ParamNumbers n;
-      if (i < betaStats.size()) {
-        const MCMath_850::BetaParamStat& st = betaStats[i];
-        n.fEstimate = st.GetEstimate();
-        n.fStdError = st.GetStdError();
-        n.fDf = st.GetDF();
-        n.fLower = st.GetLowerBound();
-        n.fUpper = st.GetUpperBound();
-        n.fTTest = st.GetTStat();
-        n.fSig = st.GetSig();
-        n.fbRedundant = st.GetRedundant();
-      }
+      if (ordinal && beta[i].IsIntercept()) continue;
+      const ParamNumbers n = i < betaStats.size() ? FixedNumbers(betaStats[i]) : ParamNumbers();
       xml.Open("ParameterStats");
       ParamAttributes(xml, Parts::FixedKey(i), Labels::ParameterLabel(beta[i], varList), n);
       RegressionParameter(xml, beta[i], Parts::FixedKey(i), varList);

@@ -76,7 +76,7 @@ TEST(errtxn_, CutsToTheBufferAndGivesTheNumberWhenUnknown) {
 TEST(errtxn_, EveryLabelOfASavedVariableHasAText) {
   char buffer[256];
   long zero = 0;
-  for (long number = 15902; number <= 15908; ++number) {
+  for (long number = 15902; number <= 15911; ++number) {
     errtxn_(number, buffer, 256, zero, zero, zero);
     std::string text(buffer);
     text.erase(text.find_last_not_of(' ') + 1);

@@ -43,8 +43,19 @@ d$judge <- factor(d$judge)
 d$temp <- relevel(factor(d$temp), "warm")
 d$contact <- relevel(factor(d$contact), "yes")
 
+# Each record's category of the highest probability given its judge's
+# conditional mode: P(Y = j) = F(theta_j - eta) - F(theta_(j-1) - eta).
+predicted_category <- function(alpha, eta, cdf) {
+  cum <- sapply(c(alpha, Inf), function(a) cdf(a - eta))
+  p <- cum - cbind(0, cum[, -ncol(cum), drop = FALSE])
+  as.integer(levels(d$rating))[max.col(p, ties.method = "first")]
+}
+
 fit <- function(link, nAGQ) {
   m <- clmm(rating ~ temp + contact + (1 | judge), data = d, link = link, nAGQ = nAGQ)
+  cdf <- if (link == "logit") plogis else pnorm
+  # eta = x'beta + u of each record, the judge's conditional mode as u.
+  eta <- drop(cbind(d$temp == "cold", d$contact == "no") %*% m$beta) + ranef(m)$judge[as.integer(d$judge), 1]
   se <- sqrt(diag(vcov(m)))
   nt <- length(m$alpha)
   nb <- length(m$beta)
@@ -56,7 +67,8 @@ fit <- function(link, nAGQ) {
        # variance's follows by the delta method, d sigma^2 / d log sigma = 2 sigma^2.
        variance = sd^2, variance_se = unname(2 * sd^2 * se[nt + nb + 1]),
        loglik = as.numeric(logLik(m)), modes = unname(ranef(m)$judge[, 1]),
-       max_gradient = max(abs(m$gradient)))
+       max_gradient = max(abs(m$gradient)),
+       linear_predictor = eta, predicted_category = predicted_category(m$alpha, eta, cdf))
 }
 fits <- list(fit("logit", 1), fit("logit", 10), fit("probit", 1))
 

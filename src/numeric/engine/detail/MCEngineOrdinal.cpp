@@ -49,6 +49,18 @@ bool MCEngineOrdinal::Applies(const MCEngineSettings& settings) {
   return target.GetDistribution() == GLMMConst_850::DIST_MULTINOMIAL && target.GetOrdered();
 }
 
+int MCEngineOrdinal::GetNColumns() const { return fInput.GetNColumns(); }
+
+bool MCEngineOrdinal::WeighsIntercept(const std::vector<double>& l) const {
+  for (const MCEngineTerm& term : fInput.GetTerms()) {
+    if (!term.IsIntercept()) continue;
+    for (int c = term.GetFirstColumn(); c < term.GetFirstColumn() + term.GetNColumns(); ++c) {
+      if (c >= 0 && U(c) < l.size() && l[U(c)] != 0.0) return true;
+    }
+  }
+  return false;
+}
+
 bool MCEngineOrdinal::CanFit(const MCEngineInput& input, const MCEngineSettings& settings) {
   if (!Applies(settings) || !MCEngineLatentDistribution::Takes(settings.GetTarget().GetLink())) return false;
   if (InterceptColumn(input) < 0) return false;

@@ -41,6 +41,10 @@ class MCEngineOrdinal {
   const MCEngineResult& GetResult() const { return fResult; }
   // The tests of the fixed effects after a fit; null before one.
   const MCEngineHypothesis* GetHypothesis() const { return fpHypothesis.get(); }
+  int GetNColumns() const;
+  // Whether a function of the fixed columns weighs the intercept's, whose
+  // place the thresholds take: such a function has no estimate.
+  bool WeighsIntercept(const std::vector<double>& l) const;
 
  private:
   MCEngineStatus ReadRecords();
