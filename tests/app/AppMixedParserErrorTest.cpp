@@ -449,15 +449,25 @@ TEST(AppMixedParserErrors, SavesOfTheTarget) {
             {"/SAVE PREDICTEDCATEGORY", "PREDICTEDCATEGORY", 1,
              "expected PREDICTEDCATEGORY only with a BINOMIAL or MULTINOMIAL target, found it with the distribution "
              "NORMAL"},
-            {"/TARGET DISTRIBUTION=MULTINOMIAL /SAVE PREDICTEDCATEGORY residual", "residual", 1,
-             "expected LINEARPREDICTOR or PREDICTEDCATEGORY with a MULTINOMIAL target, which has no single mean, "
-             "found RESIDUAL"},
             {"/SAVE PREDICTED PREDICTEDSE PREDICTEDDF FIXEDPREDICTED FIXEDPREDICTEDSE FIXEDPREDICTEDDF RESIDUAL "
              "LINEARPREDICTOR",
              "LINEARPREDICTOR", 1,
              "expected at most 7 values to save in one command, found LINEARPREDICTOR beyond them"},
         },
         true);
+}
+
+TEST(AppMixedParserErrors, AnOrdinalTargetSavesItsLinearPredictorAndCategoryOnly) {
+  std::unique_ptr<ZORV_Dataset> data = LoadTrial();
+  data->GetVariable(0)->SetMeasurementLevel(ZORV_Variable::ORDINAL);
+  AppMixedCommand command;
+  std::string text = "GLMIXFIT y /TARGET DISTRIBUTION=MULTINOMIAL /SAVE PREDICTEDCATEGORY residual";
+  EXPECT_EQ(ParseMixed(*data, text, command),
+            Where(text, "residual") +
+                "expected LINEARPREDICTOR or PREDICTEDCATEGORY with a MULTINOMIAL target, which has no single mean, "
+                "found RESIDUAL.");
+  text = "GLMIXFIT y /TARGET DISTRIBUTION=MULTINOMIAL /SAVE PREDICTEDCATEGORY LINEARPREDICTOR";
+  EXPECT_EQ(ParseMixed(*data, text, command), "");
 }
 
 TEST(AppMixedParserErrors, Target) {

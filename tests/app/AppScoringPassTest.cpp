@@ -164,7 +164,8 @@ TEST_F(AppScoringPassTest, CbppLaplaceScoresFollowGlmersLinearPredictor) {
   ASSERT_EQ(fpSession->ExitStatus(), 0);
   EXPECT_EQ(Created(1), (std::vector<std::string>{"LinearPredictor", "Predicted", "Residual", "PearsonResidual",
                                                   "PredictedCategory", "PredictedSE"}));
-  const nlohmann::json& eta = Reference("laplace")["cbpp_laplace"]["linear_predictor"];
+  const nlohmann::json laplace = Reference("laplace");
+  const nlohmann::json& eta = laplace["cbpp_laplace"]["linear_predictor"];
   ASSERT_EQ(static_cast<long>(eta.size()), Data().GetCaseCount());
   int events = 0;
   for (long row = 0; row < Data().GetCaseCount(); ++row) {
@@ -204,7 +205,8 @@ TEST_F(AppScoringPassTest, WineRatingsPredictTheCategoriesOfClmm) {
       " /RANDOM INTERCEPT SUBJECTS=judge /TARGET DISTRIBUTION=MULTINOMIAL /ESTIMATION FIT=QUADRATURE(10)"
       " /SAVE PREDICTEDCATEGORY LINEARPREDICTOR(eta).");
   ASSERT_EQ(fpSession->ExitStatus(), 0);
-  const nlohmann::json& fit = Reference("ordinal")["fits"][1];
+  const nlohmann::json ordinal = Reference("ordinal");
+  const nlohmann::json& fit = ordinal["fits"][1];
   ASSERT_EQ(fit["nAGQ"].get<int>(), 10);
   ASSERT_EQ(static_cast<long>(fit["predicted_category"].size()), Data().GetCaseCount());
   for (long row = 0; row < Data().GetCaseCount(); ++row) {
