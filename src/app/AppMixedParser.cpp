@@ -159,6 +159,7 @@ AppMixedCommand AppMixedParser::Parse(AppCommandReader& reader) {
   fvSaveNames.clear();
   fvSaveAt.clear();
   fFitAt = 0;
+  fRandomParameters = 0;
   fbResidualGiven = false;
   reader.SetIndex(0);
   reader.ExpectKeyword("GLMIXFIT", "GLMIXFIT");
@@ -248,6 +249,8 @@ std::vector<int> AppMixedParser::ParseVariableList(AppCommandReader& reader, con
 
 std::vector<AppMixedParser::Subcommand> AppMixedParser::FindSubcommands(AppCommandReader& reader) {
   std::vector<Subcommand> subs;
+  long randomBlocks = 0;
+  const AppToken* firstPastLimit = nullptr;
   while (!reader.AtEnd()) {
     reader.ExpectSymbol('/', "'/' and a subcommand, or the end of the command");
     const AppToken& nameToken = reader.Peek();
@@ -263,6 +266,7 @@ std::vector<AppMixedParser::Subcommand> AppMixedParser::FindSubcommands(AppComma
         if (earlier.fName == name) reader.FailAt(nameToken, "expected /" + name + " only once, found it again");
       }
     }
+    if (name == "RANDOM" && ++randomBlocks == kMaxRandomParameters + 1) firstPastLimit = &nameToken;
     Subcommand sub;
     sub.fName = name;
     sub.fNameIndex = reader.GetIndex();
@@ -270,6 +274,9 @@ std::vector<AppMixedParser::Subcommand> AppMixedParser::FindSubcommands(AppComma
     while (!reader.AtSubcommandEnd()) reader.Next();
     subs.push_back(sub);
   }
+  // Every block has a parameter at least: too many blocks are refused before
+  // any is read.
+  if (firstPastLimit != nullptr) RefuseRandomParameters(reader, *firstPastLimit, randomBlocks);
   return subs;
 }
 

@@ -115,6 +115,13 @@ class AppMixedParser {
   // the most levels counted for one.
   static constexpr double kMaxStructureBytes = 2.0 * 1024.0 * 1024.0 * 1024.0;
   static constexpr long kMaxStructureLevels = 100000;
+  // The most covariance parameters the random blocks may have: the fit keeps
+  // matrices over every pair of the parameters and decomposes one at an
+  // iteration.
+  static constexpr long kMaxRandomParameters = 2000;
+  // Refuses, at `at`, random blocks with at least `parameters` covariance
+  // parameters.
+  [[noreturn]] static void RefuseRandomParameters(AppCommandReader& reader, const AppToken& at, long parameters);
   // The combinations of values of `columns` present in the data, cases with
   // a missing value left out.
   long DistinctCombinations(const std::vector<int>& columns) const;
@@ -140,6 +147,7 @@ class AppMixedParser {
   AppMixedCommand fCommand;
   std::vector<std::string> fvSaveNames;
   std::vector<std::size_t> fvSaveAt;  // token index of each value to save
+  long fRandomParameters = 0;  // of the random blocks read, at least
   std::size_t fFitAt = 0;  // token index of the FIT= value, 0 none
   bool fbResidualGiven = false;
 };

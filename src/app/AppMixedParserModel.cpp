@@ -22,6 +22,7 @@ const Structure kStructures[] = {
     {"UNR", 16},       {"VC", 17},          {"POWER", 20},     {"EXPONENTIAL", 21}, {"GAUSSIAN", 22},
     {"LINEAR", 23},    {"LINEARLOG", 24},   {"SPHERICAL", 25}};
 const int kFirstSpatial = 20;
+const int kVarianceComponents = 17;
 
 }  // namespace
 
@@ -154,6 +155,7 @@ void AppMixedParser::ParseFixed(AppCommandReader& reader) {
 
 void AppMixedParser::ParseRandom(AppCommandReader& reader) {
   AppMixedCommand::RandomBlockData block;
+  const AppToken& blockStart = reader.Peek();
   const AppToken* structureToken = nullptr;
   while (IsTermStart(reader)) {
     const AppToken& at = reader.Peek();
@@ -191,6 +193,11 @@ void AppMixedParser::ParseRandom(AppCommandReader& reader) {
   if (structureToken != nullptr) {
     CheckStructureSize(reader, *structureToken, block.fCovariance, RandomBlockLevels(block), "the random effects");
   }
+  // Variance components give each term a variance; the other structures
+  // have at least one parameter.
+  const bool components = block.fCovariance == 0 || block.fCovariance == kVarianceComponents;
+  fRandomParameters += components ? static_cast<long>(block.fvTerms.size()) : 1L;
+  if (fRandomParameters > kMaxRandomParameters) RefuseRandomParameters(reader, blockStart, fRandomParameters);
   fCommand.fvRandomBlocks.push_back(block);
 }
 

@@ -84,3 +84,10 @@ void AppMixedParser::CheckStructureSize(AppCommandReader& reader, const AppToken
                         " GB of memory to fit, more than the " + Gigabytes(kMaxStructureBytes) +
                         " GB a covariance structure may use; use fewer levels or a structure with fewer parameters");
 }
+
+void AppMixedParser::RefuseRandomParameters(AppCommandReader& reader, const AppToken& at, long parameters) {
+  reader.FailAt(at, "the random blocks have at least " + std::to_string(parameters) +
+                        " covariance parameters, more than the " + std::to_string(kMaxRandomParameters) +
+                        " a model may have: the fit's memory grows with the square of their number and its work "
+                        "with the cube; put effects of the same subjects in one block, or leave some out");
+}

@@ -579,3 +579,45 @@ TEST(AppMixedParserErrors, FittingMethods) {
         },
         true);
 }
+
+// Every random block has one covariance parameter at least, and the fit's
+// memory grows with the square of the parameters: past 2000 the model is
+// refused, with their count, before any block is read; variance components
+// give each term a parameter of its own.
+TEST(AppMixedParserErrors, RandomBlocksWithTooManyParametersAreRefusedWithTheirCount) {
+  ZORV_Dataset data;
+  const int y = data.AddVariable("y", 0);
+  const int s = data.AddVariable("s", 0);
+  const int a = data.AddVariable("a", 0);
+  const int b = data.AddVariable("b", 0);
+  data.AppendCases(8);
+  for (long row = 0; row < 8; ++row) {
+    data.SetNum(row, y, static_cast<double>(row % 3));
+    data.SetNum(row, s, static_cast<double>(row / 2));
+    data.SetNum(row, a, static_cast<double>(row));
+    data.SetNum(row, b, static_cast<double>(row * row));
+  }
+  AppMixedCommand command;
+  auto repeated = [](std::string text, const std::string& block, int times) {
+    for (int i = 0; i < times; ++i) text += " /RANDOM " + block;
+    return text;
+  };
+  std::string text = repeated("GLMIXFIT y", "INTERCEPT SUBJECTS=s", 10000);
+  EXPECT_EQ(ParseMixed(data, text, command),
+            Where(text, "RANDOM", 2001) +
+                "the random blocks have at least 10000 covariance parameters, more than the 2000 a model may have: "
+                "the fit's memory grows with the square of their number and its work with the cube; put effects of "
+                "the same subjects in one block, or leave some out.");
+  text = repeated("GLMIXFIT y", "INTERCEPT SUBJECTS=s", 2000);
+  EXPECT_EQ(ParseMixed(data, text, command), "");
+  EXPECT_EQ(command.fvRandomBlocks.size(), 2000u);
+
+  // 1001 blocks of two covariates have 2002 variances, the last block
+  // passing the limit; the same blocks with one common variance each pass.
+  text = repeated("GLMIXFIT y WITH a b", "a b SUBJECTS=s", 1001);
+  const std::string message = ParseMixed(data, text, command);
+  const std::string prefix = Where(text, "a b SUBJECTS", 1001) + "the random blocks have at least 2002 covariance ";
+  EXPECT_EQ(message.substr(0, prefix.size()), prefix);
+  text = repeated("GLMIXFIT y WITH a b", "a b SUBJECTS=s STRUCTURE=ID", 1001);
+  EXPECT_EQ(ParseMixed(data, text, command), "");
+}

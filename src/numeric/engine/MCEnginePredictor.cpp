@@ -24,6 +24,10 @@ bool MCEnginePredictor::GetResidualDF() const { return fpImpl->GetResidualDF(); 
 
 void MCEnginePredictor::SetMaxGroupRecords(int records) { fpImpl->SetMaxGroupRecords(records); }
 
+void MCEnginePredictor::SetSetupSpace(SetupSpace space) { fpImpl->SetSetupSpace(space); }
+
+double MCEnginePredictor::GetSetupWork() const { return fpImpl->GetSetupWork(); }
+
 bool MCEnginePredictor::HasSubject(int block, int subject) const { return fpImpl->HasSubject(block, subject); }
 
 MCEnginePrediction MCEnginePredictor::Predict(const std::vector<double>& x,

@@ -38,6 +38,12 @@ class MCEnginePredictor {
   // with the cube of a group's records); Setup fails on a fit with a larger
   // one. No limit by default.
   void SetMaxGroupRecords(int records);
+  // How a group of records is set up: over its records or over its random
+  // columns, whichever is fewer, unless one is named (the tests compare
+  // them). The work counts the multiplications of the set-up's dense steps.
+  enum SetupSpace { kAutomaticSpace, kRecordSpace, kColumnSpace };
+  void SetSetupSpace(SetupSpace space);
+  double GetSetupWork() const;
 
   // Whether any record of the fit belongs to that subject of the input's
   // random block.

@@ -5,10 +5,12 @@
 // equations.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <vector>
 
 #include "numeric/engine/MCEngineDerivativeCheck.h"
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestDraws.h"
 #include "numeric/engine/MCEngineTestFixture.h"
@@ -114,6 +116,57 @@ MCEngineInput SharedGroups() {
   return in;
 }
 
+// More random columns than records in every group: `blocks` one-column
+// blocks of covariates drawn per record, all by the same subjects of 3
+// records, under an AR1 residual within subject:
+// y = 1 + 0.5 x + sum_b z_b u_(b, s) + e.
+constexpr int kRecordsPerSubject = 3;
+
+MCEngineInput BlocksOnTheSameSubjects(int blocks, int subjects) {
+  const int records = subjects * kRecordsPerSubject;
+  MCEngineTestDraws draws(2719u);
+  std::vector<std::vector<double>> z(U(blocks), std::vector<double>(U(records)));
+  std::vector<double> y, X;
+  std::vector<int> s, position;
+  for (int r = 0; r < records; ++r) {
+    const double x = draws.Uniform() * 4.0;
+    double v = 1.0 + 0.5 * x + draws.Normal();
+    for (int b = 0; b < blocks; ++b) {
+      z[U(b)][U(r)] = draws.Uniform() * 2.0 - 1.0;
+      v += 0.5 * z[U(b)][U(r)] * draws.Normal();
+    }
+    y.push_back(v);
+    X.insert(X.end(), {1.0, x});
+    s.push_back(r / kRecordsPerSubject);
+    position.push_back(r % kRecordsPerSubject);
+  }
+  MCEngineInput in;
+  in.SetY(y);
+  in.SetX(2, X);
+  in.AddTerm(MCEngineTerm::Intercept(0));
+  in.AddTerm(MCEngineTerm(1, 1, {}, {0}));
+  for (int b = 0; b < blocks; ++b) {
+    MCEngineRandomBlock block;
+    block.SetCovType(MCEngineCovType::VC);
+    block.SetDenseColumns(1, z[U(b)]);
+    block.SetSubjects(s);
+    in.AddRandomBlock(block);
+  }
+  MCEngineResidualBlock residual;
+  residual.SetCovType(MCEngineCovType::AR1);
+  residual.SetSubjects(s);
+  residual.SetPositions(position);
+  residual.SetDimension(kRecordsPerSubject);
+  in.SetResidualBlock(residual);
+  return in;
+}
+
+void ExpectSamePrediction(const MCEnginePrediction& a, const MCEnginePrediction& b) {
+  EXPECT_NEAR(a.GetEstimate(), b.GetEstimate(), 1e-8 * std::max(1.0, std::fabs(b.GetEstimate())));
+  EXPECT_NEAR(a.GetStdError(), b.GetStdError(), 1e-8 * std::max(1.0, std::fabs(b.GetStdError())));
+  EXPECT_NEAR(a.GetDF(), b.GetDF(), 1e-6 * std::max(1.0, std::fabs(b.GetDF())));
+}
+
 }  // namespace
 
 TEST(MCEngineManyBlocks, OnlyPairsThatShareAGroupKeepAProduct) {
@@ -163,6 +216,55 @@ TEST(MCEngineManyBlocks, BlocksSharingGroupsUnderACoupledResidualHaveTheDerivati
       }
       MCEngineDerivativeCheck::ExpectFiniteDifferences(fitter, theta);
       MCEngineDerivativeCheck::ExpectSameEvaluation(fitter, theta, expected);
+    }
+  }
+}
+
+TEST(MCEngineManyBlocksPredictor, GroupsOfFewRecordsAreSetUpOverTheirRecords) {
+  constexpr int kBlocks = 12, kSubjects = 6;
+  const MCEngineInput in = BlocksOnTheSameSubjects(kBlocks, kSubjects);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
+  MCEnginePredictor automatic, records, columns;
+  records.SetSetupSpace(MCEnginePredictor::kRecordSpace);
+  columns.SetSetupSpace(MCEnginePredictor::kColumnSpace);
+  ASSERT_TRUE(automatic.Setup(fitter, in));
+  ASSERT_TRUE(records.Setup(fitter, in));
+  ASSERT_TRUE(columns.Setup(fitter, in));
+  // Each group: m = 3 records, q = 12 random columns, W = [Z X y] of
+  // nw = 15 columns. Over the records m^3 + m^2 nw + m nw^2 = 27 + 135 +
+  // 675 = 837; over the columns q^3 + q nw^2 = 1728 + 2700 = 4428, what
+  // every group cost before (the cube of the blocks).
+  EXPECT_EQ(automatic.GetSetupWork(), kSubjects * 837.0);
+  EXPECT_EQ(records.GetSetupWork(), kSubjects * 837.0);
+  EXPECT_EQ(columns.GetSetupWork(), kSubjects * 4428.0);
+}
+
+TEST(MCEngineManyBlocksPredictor, BothFormsOfTheSetUpGiveTheSamePredictions) {
+  // Four blocks on subjects of three records, enough subjects to estimate
+  // each variance well.
+  constexpr int kBlocks = 4, kSubjects = 40;
+  const MCEngineInput in = BlocksOnTheSameSubjects(kBlocks, kSubjects);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
+  MCEnginePredictor records, columns;
+  records.SetSetupSpace(MCEnginePredictor::kRecordSpace);
+  columns.SetSetupSpace(MCEnginePredictor::kColumnSpace);
+  ASSERT_TRUE(records.Setup(fitter, in));
+  ASSERT_TRUE(columns.Setup(fitter, in));
+  // A record's prediction with all its blocks, and each random effect alone.
+  for (int r = 0; r < in.GetNRecords(); ++r) {
+    const std::vector<double> x(in.GetX().begin() + 2 * r, in.GetX().begin() + 2 * r + 2);
+    std::vector<MCEngineRandomEntry> z;
+    for (int b = 0; b < kBlocks; ++b) {
+      z.emplace_back(b, r / kRecordsPerSubject, 0, in.GetRandomBlocks()[U(b)].GetValues()[U(r)]);
+    }
+    ExpectSamePrediction(records.Predict(x, z), columns.Predict(x, z));
+  }
+  for (int b = 0; b < kBlocks; ++b) {
+    for (int subject = 0; subject < kSubjects; ++subject) {
+      const std::vector<MCEngineRandomEntry> z{MCEngineRandomEntry(b, subject, 0, 1.0)};
+      ExpectSamePrediction(records.Predict({0.0, 0.0}, z), columns.Predict({0.0, 0.0}, z));
     }
   }
 }

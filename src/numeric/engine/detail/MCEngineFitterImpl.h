@@ -28,6 +28,7 @@ class MCEngineFitterImpl {
   int GetNColumns() const { return fData.fNColumns; }
   const MCEngineData& GetData() const { return fData; }
   const MCEngineModel& GetModel() const { return fModel; }
+  const MCCommon_850::MCQueryCancel* GetCancel() const { return fSettings.GetCancel(); }
   void UnscaleTest(MCEngineTest& test) const;
   bool EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
                   std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;

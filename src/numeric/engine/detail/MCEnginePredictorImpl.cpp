@@ -47,9 +47,11 @@ void AddAt(Eigen::MatrixXd& T, const std::vector<int>& index, const Eigen::Matri
 bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngineInput& input) {
   const bool residualDF = fbResidualDF;
   const int maxGroupRecords = fMaxGroupRecords;
+  const MCEnginePredictor::SetupSpace space = fSetupSpace;
   *this = MCEnginePredictorImpl();
   fbResidualDF = residualDF;
   fMaxGroupRecords = maxGroupRecords;
+  fSetupSpace = space;
   const MCEngineData& data = fitter.GetData();
   for (int comp = 0; comp < data.GetNComponents(); ++comp) {
     if (data.fvComponentStart[U(comp) + 1] - data.fvComponentStart[U(comp)] > fMaxGroupRecords) return false;
@@ -64,7 +66,9 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
   const int p = data.fRank;
   Eigen::MatrixXd XVX = Eigen::MatrixXd::Zero(p, p);
   Eigen::VectorXd XVy = Eigen::VectorXd::Zero(p);
+  const MCCommon_850::MCQueryCancel* pCancel = fitter.GetCancel();
   for (int comp = 0; comp < data.GetNComponents(); ++comp) {
+    if (pCancel != nullptr && pCancel->IsCancelled()) return false;
     if (!AddGroup(data, comp, SR, XVX, XVy)) return false;
   }
   // A model fitted by its likelihood keeps its own fixed estimates: the
@@ -216,15 +220,14 @@ bool MCEnginePredictorImpl::AddGroup(const MCEngineData& data, int comp, const E
   const double weight = data.fvComponentWeight[U(comp)];
   Group group;
   const int q = LayOutSegments(data, k0, m, static_cast<int>(fvGroups.size()), group);
-  Eigen::MatrixXd Q;
-  std::vector<Eigen::MatrixXd> Sk(U(nf));
-  if (!ResidualCrossProducts(data, SR, k0, m, q, Q, Sk)) return false;
-
-  // With K = G (I + Z'R^-1 Z G)^-1 Z'R^-1 W: W'V^-1 W = Q - Z'R^-1 W' K, and
-  // W'V^-1 R_k V^-1 W = S_k - K'S_k(Z, .) - S_k(., Z)K + K'S_k(Z, Z)K.
-  Eigen::MatrixXd K;
-  Eigen::MatrixXd N = Q;
-  if (q > 0) RemoveRandomEffects(group, Q, N, K);
+  // N = W'V^-1 W and, per residual parameter, W'V^-1 R_k V^-1 W.
+  Eigen::MatrixXd N;
+  std::vector<Eigen::MatrixXd> T(U(nf));
+  if (UseRecordSpace(m, q)) {
+    if (!RecordSpaceProducts(data, SR, k0, m, group, N, T)) return false;
+  } else if (!ColumnSpaceProducts(data, SR, k0, m, group, N, T)) {
+    return false;
+  }
   XVX += weight * N.block(q, q, p, p);
   XVy += weight * N.block(q, q + p, p, 1);
   group.fZVZ = N.topLeftCorner(q, q);
@@ -237,26 +240,117 @@ bool MCEnginePredictorImpl::AddGroup(const MCEngineData& data, int comp, const E
     if (e >= 0) {
       // A_k = X'V^-1 Z G_k Z'V^-1 X; the random parameters' other terms
       // come from Z'V^-1 Z when predicting.
-      for (const Segment& sg : group.fvSegments) {
-        if (sg.fBlock != e) continue;
+      for (const Segment& sg : SegmentsOf(group, e)) {
         const int n = static_cast<int>(sg.fvColumns.size());
         const Eigen::MatrixXd ZVXs = group.fZVX.middleRows(sg.fOffset, n);
         fvA[U(a)].noalias() += weight * (ZVXs.transpose() * Restrict(fvFreeDG[U(a)], sg.fvColumns) * ZVXs);
       }
     } else {
-      Eigen::MatrixXd T = Sk[U(a)];
-      if (q > 0) {
-        const Eigen::MatrixXd KtSZ = K.transpose() * Sk[U(a)].topRows(q);
-        T -= KtSZ + KtSZ.transpose();
-        T.noalias() += K.transpose() * Sk[U(a)].topLeftCorner(q, q) * K;
-      }
-      group.fvZVkZ[U(a)] = T.topLeftCorner(q, q);
-      group.fvZVkX[U(a)] = T.block(0, q, q, p);
-      fvA[U(a)] += weight * T.block(q, q, p, p);
+      group.fvZVkZ[U(a)] = T[U(a)].topLeftCorner(q, q);
+      group.fvZVkX[U(a)] = T[U(a)].block(0, q, q, p);
+      fvA[U(a)] += weight * T[U(a)].block(q, q, p, p);
     }
   }
   if (q > 0) fvGroups.push_back(std::move(group));
   return true;
+}
+
+MCEnginePredictorImpl::SegmentRange MCEnginePredictorImpl::SegmentsOf(const Group& group, int block) {
+  const auto range = std::equal_range(group.fvSegments.begin(), group.fvSegments.end(), block, BlockOrder());
+  return SegmentRange{range.first, range.second};
+}
+
+bool MCEnginePredictorImpl::UseRecordSpace(int m, int q) const {
+  if (fSetupSpace != MCEnginePredictor::kAutomaticSpace) return fSetupSpace == MCEnginePredictor::kRecordSpace;
+  return m < q;
+}
+
+// With K = G (I + Z'R^-1 Z G)^-1 Z'R^-1 W: W'V^-1 W = Q - Z'R^-1 W' K, and
+// W'V^-1 R_k V^-1 W = S_k - K'S_k(Z, .) - S_k(., Z)K + K'S_k(Z, Z)K.
+bool MCEnginePredictorImpl::ColumnSpaceProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m,
+                                                const Group& group, Eigen::MatrixXd& N,
+                                                std::vector<Eigen::MatrixXd>& T) {
+  const int q = group.fNColumns;
+  const int nw = q + data.fRank + 1;
+  Eigen::MatrixXd Q;
+  if (!ResidualCrossProducts(data, SR, k0, m, q, Q, T)) return false;
+  fSetupWork += static_cast<double>(q) * q * q + static_cast<double>(q) * nw * nw;
+  Eigen::MatrixXd K;
+  N = Q;
+  if (q > 0) RemoveRandomEffects(group, Q, N, K);
+  for (std::size_t a = 0; a < T.size(); ++a) {
+    if (fvFreeBlock[a] >= 0 || q == 0) continue;
+    const Eigen::MatrixXd KtSZ = K.transpose() * T[a].topRows(q);
+    const Eigen::MatrixXd SZZ = T[a].topLeftCorner(q, q);
+    T[a] -= KtSZ + KtSZ.transpose();
+    T[a].noalias() += K.transpose() * SZZ * K;
+  }
+  return true;
+}
+
+// A group of fewer records than random columns (many blocks on the same
+// subjects) solves with V = R + Z G Z' over its records: the work is then
+// m^2 q + m (q + p)^2 instead of the cube of its random columns.
+bool MCEnginePredictorImpl::RecordSpaceProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m,
+                                                const Group& group, Eigen::MatrixXd& N,
+                                                std::vector<Eigen::MatrixXd>& T) {
+  const int q = group.fNColumns;
+  const int p = data.fRank;
+  const int nw = q + p + 1;
+  Eigen::MatrixXd Wm = Eigen::MatrixXd::Zero(m, nw);
+  std::vector<int> rows(U(m));
+  for (int i = 0; i < m; ++i) rows[U(i)] = k0 + i;
+  RecordDesign(data, rows, q, Wm);
+  Eigen::MatrixXd V = Eigen::MatrixXd::Zero(m, m);
+  const std::vector<std::vector<int>> blocks = ResidualBlocks(data, k0, m);
+  auto addResidual = [&](const Eigen::MatrixXd& S, Eigen::MatrixXd& out) {
+    for (const std::vector<int>& b : blocks) {
+      for (int i : b) {
+        for (int j : b) out(i - k0, j - k0) += ResidualEntry(data, S, i, j);
+      }
+    }
+  };
+  addResidual(SR, V);
+  for (const Segment& sg : group.fvSegments) {
+    const int n = static_cast<int>(sg.fvColumns.size());
+    const auto Zs = Wm.middleCols(sg.fOffset, n);
+    V.noalias() += Zs * Restrict(fvG[U(sg.fBlock)], sg.fvColumns) * Zs.transpose();
+  }
+  const Eigen::LLT<Eigen::MatrixXd> llt(V);
+  if (llt.info() != Eigen::Success) return false;
+  const Eigen::MatrixXd Y = llt.solve(Wm);
+  N.noalias() = Wm.transpose() * Y;
+  fSetupWork += static_cast<double>(m) * m * m + static_cast<double>(m) * m * nw + static_cast<double>(m) * nw * nw;
+  for (std::size_t a = 0; a < T.size(); ++a) {
+    if (fvFreeBlock[a] >= 0) continue;
+    Eigen::MatrixXd dR = Eigen::MatrixXd::Zero(m, m);
+    addResidual(fvFreeDG[a], dR);
+    T[a].noalias() = Y.transpose() * dR * Y;
+  }
+  return true;
+}
+
+void MCEnginePredictorImpl::RecordDesign(const MCEngineData& data, const std::vector<int>& rows, int q,
+                                         Eigen::MatrixXd& Wm) const {
+  const int p = data.fRank;
+  const int nb = static_cast<int>(data.fvBlocks.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const int k = rows[i];
+    const Eigen::Index r = static_cast<Eigen::Index>(i);
+    for (int e = 0; e < nb; ++e) {
+      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+      for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
+        if (bd.fvValues[U(j)] == 0.0) continue;
+        Wm(r, LocalColumn(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)])) += bd.fvValues[U(j)];
+      }
+    }
+    for (int j = 0; j < p; ++j) Wm(r, q + j) = data.fvXr[U(k) * U(p) + U(j)];
+    Wm(r, q + p) = data.fvY[U(k)];
+  }
+}
+
+int MCEnginePredictorImpl::LocalColumn(int block, int subject, int column) const {
+  return fmLocal.find(std::make_tuple(block, subject, column))->second.second;
 }
 
 int MCEnginePredictorImpl::LayOutSegments(const MCEngineData& data, int k0, int m, int groupIndex, Group& group) {
@@ -348,7 +442,7 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
       const MCEngineBlockData& bd = data.fvBlocks[U(e)];
       for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
         if (bd.fvValues[U(j)] == 0.0) continue;
-        index.push_back(fmLocal.find(std::make_tuple(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]))->second.second);
+        index.push_back(LocalColumn(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]));
       }
     }
   }
@@ -376,7 +470,7 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
       const MCEngineBlockData& bd = data.fvBlocks[U(e)];
       for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
         if (bd.fvValues[U(j)] == 0.0) continue;
-        const int col = fmLocal.find(std::make_tuple(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]))->second.second;
+        const int col = LocalColumn(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]);
         const int at = static_cast<int>(std::lower_bound(index.begin(), index.begin() + nz, col) - index.begin());
         Wr(i, at) += bd.fvValues[U(j)];
       }
@@ -534,8 +628,11 @@ MCEnginePrediction MCEnginePredictorImpl::Predict(const std::vector<double>& x,
     for (int a = 0; a < nf; ++a) {
       const int e = fvFreeBlock[U(a)];
       if (e >= 0) {
-        for (const Segment* pSg : reached) {
-          if (pSg->fBlock != e) continue;
+        // The reached segments keep the group's order, block after block.
+        const auto first = std::lower_bound(reached.begin(), reached.end(), e,
+                                            [](const Segment* pSg, int b) { return pSg->fBlock < b; });
+        for (auto it = first; it != reached.end() && (*it)->fBlock == e; ++it) {
+          const Segment* pSg = *it;
           const int n = static_cast<int>(pSg->fvColumns.size());
           MultiplyRestricted(fvFreeDG[U(a)], *pSg, zg, pSg->fOffset, gs);
           zGkz[U(a)] += zg.segment(pSg->fOffset, n).dot(gs);
@@ -543,8 +640,7 @@ MCEnginePrediction MCEnginePredictorImpl::Predict(const std::vector<double>& x,
           XVmk[U(a)].noalias() += group.fZVX.middleRows(pSg->fOffset, n).transpose() * gs;
         }
         // m'V^-1 V_k V^-1 m = (Z'V^-1 m)' G_k (Z'V^-1 m) over the block's segments.
-        for (const Segment& sg : group.fvSegments) {
-          if (sg.fBlock != e) continue;
+        for (const Segment& sg : SegmentsOf(group, e)) {
           const int n = static_cast<int>(sg.fvColumns.size());
           MultiplyRestricted(fvFreeDG[U(a)], sg, ZVZgz, sg.fOffset, w);
           mVkVm[U(a)] += ZVZgz.segment(sg.fOffset, n).dot(w);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "numeric/engine/MCEnginePrediction.h"
+#include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/engine/MCEngineRandomEntry.h"
 
 namespace MCEngine_850 {
@@ -44,6 +45,8 @@ class MCEnginePredictorImpl {
   void SetResidualDF(bool residual) { fbResidualDF = residual; }
   bool GetResidualDF() const { return fbResidualDF; }
   void SetMaxGroupRecords(int records) { fMaxGroupRecords = records; }
+  void SetSetupSpace(MCEnginePredictor::SetupSpace space) { fSetupSpace = space; }
+  double GetSetupWork() const { return fSetupWork; }
   bool HasSubject(int block, int subject) const;
   MCEnginePrediction Predict(const std::vector<double>& x, const std::vector<MCEngineRandomEntry>& z) const;
 
@@ -54,8 +57,13 @@ class MCEnginePredictorImpl {
     int fOffset = 0;
     std::vector<int> fvColumns;
   };
+  // Segments compared by their block, for a search by block.
+  struct BlockOrder {
+    bool operator()(const Segment& s, int block) const { return s.fBlock < block; }
+    bool operator()(int block, const Segment& s) const { return block < s.fBlock; }
+  };
   // What a group of records contributes; only groups with random columns
-  // are kept.
+  // are kept. Its segments come block after block.
   struct Group {
     std::vector<Segment> fvSegments;
     int fNColumns = 0;
@@ -104,6 +112,29 @@ class MCEnginePredictorImpl {
   // The group's random columns: a segment per engine block and subject.
   // Returns their number.
   int LayOutSegments(const MCEngineData& data, int k0, int m, int groupIndex, Group& group);
+  // A group's segments of one block, found by search rather than by a pass
+  // over all of them: with many blocks, a pass per parameter would grow
+  // with their square.
+  struct SegmentRange {
+    std::vector<Segment>::const_iterator fBegin, fEnd;
+    std::vector<Segment>::const_iterator begin() const { return fBegin; }
+    std::vector<Segment>::const_iterator end() const { return fEnd; }
+  };
+  static SegmentRange SegmentsOf(const Group& group, int block);
+  // Which of the two forms below sets a group up: the smaller of its records
+  // and its random columns, unless the tests name one.
+  bool UseRecordSpace(int m, int q) const;
+  // N = W'V^-1 W and, per residual parameter, T_k = W'V^-1 R_k V^-1 W, from
+  // R's blocks and (I + Z'R^-1 Z G) over the group's random columns ...
+  bool ColumnSpaceProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, const Group& group,
+                           Eigen::MatrixXd& N, std::vector<Eigen::MatrixXd>& T);
+  // ... or from V over the group's records.
+  bool RecordSpaceProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, const Group& group,
+                           Eigen::MatrixXd& N, std::vector<Eigen::MatrixXd>& T);
+  // The rows of W = [Z X y] of those records over all of the group's columns.
+  void RecordDesign(const MCEngineData& data, const std::vector<int>& rows, int q, Eigen::MatrixXd& Wm) const;
+  // The group's column of a block's subject's column.
+  int LocalColumn(int block, int subject, int column) const;
   // Q = W'R^-1 W and, per residual parameter, S_k = W'R^-1 R_k R^-1 W for
   // W = [Z X y], summed over the residual's blocks of records, each with only
   // the random columns its records reach. False when an R is not positive
@@ -128,6 +159,10 @@ class MCEnginePredictorImpl {
 
   bool fbReady = false;
   bool fbResidualDF = false;
+  MCEnginePredictor::SetupSpace fSetupSpace = MCEnginePredictor::kAutomaticSpace;
+  // The set-up's multiplications, counted as the cubes and products of the
+  // sizes its dense steps take.
+  double fSetupWork = 0.0;
   int fMaxGroupRecords = std::numeric_limits<int>::max();
   double fResidualDF = 0.0;
   double fYScale = 1.0;

@@ -186,7 +186,7 @@ void MCEngineSubjectEvaluator::AddResidual(const Component& c, const Eigen::Matr
   }
 }
 
-void MCEngineSubjectEvaluator::FormLowRank(const Component& c, const Eigen::MatrixXd& W, const Eigen::MatrixXd& Xb,
+bool MCEngineSubjectEvaluator::FormLowRank(const Component& c, const Eigen::MatrixXd& W, const Eigen::MatrixXd& Xb,
                                            LowRank& lr) const {
   const int nb = fModel.GetNBlocks();
   lr.fvPos.assign(U(nb), 0);
@@ -218,18 +218,27 @@ void MCEngineSubjectEvaluator::FormLowRank(const Component& c, const Eigen::Matr
     }
     at += rg.fNCols;
   }
-  lr.fM.resize(Q, Q);
+  // M = Z'(W Z), symmetric: column j of M sums the records' rows of W Z,
+  // read as contiguous columns of its transpose, so that a record in many
+  // blocks costs one pass over Q numbers per block.
+  const Eigen::MatrixXd ZWt = lr.fZW.transpose();
+  lr.fM.setZero(Q, Q);
   at = 0;
   for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+    if (Cancelled()) return false;
     const RandomGroup& rg = fvGroups[U(g)];
     Eigen::Map<const Eigen::MatrixXd> Z(&fvZ[U(rg.fZOffset)], rg.fNRows, rg.fNCols);
     const int* rows = &fvRows[U(rg.fRowOffset)];
-    Eigen::MatrixXd ZWrows(rg.fNRows, Q);
-    for (int a = 0; a < rg.fNRows; ++a) ZWrows.row(a) = lr.fZW.row(rows[a]);
-    lr.fM.middleRows(at, rg.fNCols).noalias() = Z.transpose() * ZWrows;
+    for (int j = 0; j < rg.fNCols; ++j) {
+      for (int a = 0; a < rg.fNRows; ++a) {
+        const double z = Z(a, j);
+        if (z != 0.0) lr.fM.col(at + j) += z * ZWt.col(rows[a]);
+      }
+    }
     at += rg.fNCols;
   }
   lr.fU.noalias() = lr.fZW.transpose() * Xb;
+  return true;
 }
 
 void MCEngineSubjectEvaluator::AddRandomPair(int k, int l, const LowRank& lr, const std::vector<Eigen::MatrixXd>& Dk,
@@ -408,7 +417,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     WX.noalias() = W * Xb;
     AddAt(Mbar, idx, f, Xb.transpose() * WX);
 
-    FormLowRank(c, W, Xb, lr);
+    if (!FormLowRank(c, W, Xb, lr)) return false;
     relevant.clear();
     for (int k = 0; k < K; ++k) {
       const int b = fModel.GetBlockOf(k);

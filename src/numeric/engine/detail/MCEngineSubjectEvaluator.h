@@ -71,7 +71,8 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
   };
 
   void BuildGroups();
-  void FormLowRank(const Component& c, const Eigen::MatrixXd& W, const Eigen::MatrixXd& Xb, LowRank& lr) const;
+  // False when stopped.
+  bool FormLowRank(const Component& c, const Eigen::MatrixXd& W, const Eigen::MatrixXd& Xb, LowRank& lr) const;
   // The products of random parameters k <= l over a group, with Dk and
   // Lk = Dk U of each: tr(W Vk W Vl) = sum((Dk Mkl) .* (Mkl Dl)) into
   // trWW(k, l) and X~'W Vk W Vl W X~ = Lk' Mkl Ll into B, Mkl the rows of
