@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace MCEngine_850 {
 
@@ -140,35 +139,21 @@ void MCEngineModel::ToWorkingDerivatives(const Eigen::VectorXd& psi, double scal
     return;
   }
   // Coordinates (psi, s): column nw is s. A parameter of scale power a is
-  // theta = psi s^a. The Jacobian J has in working column w the one entry
-  // d_w at its natural parameter and a last column c, so J'HJ is formed
-  // entry by entry, the square of the parameters and not their cube.
-  std::vector<int> natural(static_cast<std::size_t>(nw));
-  Eigen::VectorXd d(nw);
-  Eigen::VectorXd c = Eigen::VectorXd::Zero(fNParams);
+  // theta = psi s^a.
+  Eigen::MatrixXd J = Eigen::MatrixXd::Zero(fNParams, nw + 1);
   for (int w = 0; w < nw; ++w) {
     const int k = fvWorkingToNatural[static_cast<std::size_t>(w)];
     const double a = GetScalePower(k);
-    natural[static_cast<std::size_t>(w)] = k;
     if (a != 0.0) {
-      d[w] = std::pow(scale, a);
-      c[k] = a * psi[w] * std::pow(scale, a - 1.0);
+      J(k, w) = std::pow(scale, a);
+      J(k, nw) = a * psi[w] * std::pow(scale, a - 1.0);
     } else {
-      d[w] = 1.0;
+      J(k, w) = 1.0;
     }
   }
-  c[fScaleIndex] = 1.0;
-  const Eigen::VectorXd Hc = H * c;
-  Eigen::VectorXd gt(nw + 1);
-  Eigen::MatrixXd Ht(nw + 1, nw + 1);
-  for (int w2 = 0; w2 < nw; ++w2) {
-    const int k2 = natural[static_cast<std::size_t>(w2)];
-    gt[w2] = d[w2] * g[k2];
-    for (int w1 = 0; w1 < nw; ++w1) Ht(w1, w2) = d[w1] * H(natural[static_cast<std::size_t>(w1)], k2) * d[w2];
-    Ht(w2, nw) = Ht(nw, w2) = d[w2] * Hc[k2];
-  }
-  gt[nw] = c.dot(g);
-  Ht(nw, nw) = c.dot(Hc);
+  J(fScaleIndex, nw) = 1.0;
+  const Eigen::VectorXd gt = J.transpose() * g;
+  Eigen::MatrixXd Ht = J.transpose() * H * J;
   if (observed) {
     for (int w = 0; w < nw; ++w) {
       const int k = fvWorkingToNatural[static_cast<std::size_t>(w)];
