@@ -368,7 +368,11 @@ TEST(MIXValidSpecsCodes, ScoreTypesOfTheSavedItems) {
   EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(4)), 1);
   EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(5)), 19);
   EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(6)), 9);
-  EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(7)), -1);
+  // The generalized target's items.
+  EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(7)), 20);
+  EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(8)), 21);
+  EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(9)), 22);
+  EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(10)), -1);
   EXPECT_EQ(MIXValidSpecs::GetScoreType(MIXValidSpecs::SaveTypes(-1)), -1);
 }
 
