@@ -756,6 +756,29 @@ TEST_F(AppExpectationsTest, WineFitsAnOrdinalTargetWithItsThresholds) {
   const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
   ASSERT_EQ(criteria.size(), 1u);
   ExpectRelative(Value(criteria[0], {0}), -2.0 * reference["loglik"].get<double>(), 1e-6, "-2 log likelihood");
+
+  // The classification table: each rating against the category clmm's fit
+  // finds most probable for its record.
+  const std::vector<json> classification = Tables(commands[0], "Classification");
+  ASSERT_EQ(classification.size(), 1u);
+  std::vector<std::vector<double>> counts(5, std::vector<double>(5, 0.0));
+  std::ifstream data(fs::path(GLMIX_SOURCE_DIR) / "examples" / "data" / "wine.csv");
+  std::string line;
+  std::getline(data, line);
+  for (std::size_t r = 0; std::getline(data, line); ++r) {
+    std::vector<std::string> fields;
+    std::stringstream cells(line);
+    for (std::string field; std::getline(cells, field, ',');) fields.push_back(field);
+    ASSERT_EQ(fields.size(), 6u);
+    const int observed = std::stoi(fields[4]), predicted = reference["predicted_category"][r].get<int>();
+    counts[static_cast<std::size_t>(observed - 1)][static_cast<std::size_t>(predicted - 1)] += 1.0;
+  }
+  for (int i = 0; i < 5; ++i) {
+    for (int j = 0; j < 5; ++j) {
+      EXPECT_EQ(Value(classification[0], {i, 0, j}), counts[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)])
+          << "observed " << i + 1 << ", predicted " << j + 1;
+    }
+  }
 }
 
 // No valid case on the whole file: an error, which ends the command. A split

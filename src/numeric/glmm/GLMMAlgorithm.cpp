@@ -307,7 +307,7 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
   SetThetaStatistics(result, out);
   if (fpSettings->GetModelEffects().size() > 1) SetCorrectedModelTest(fitter, builder.GetInput(), out);
   if (pRecords != nullptr) GLMMDataSummary::Fill(*fpSettings, *fpVarList, builder, fitter, pRecords, out);
-  out.SetClassification(GLMMClassification::Compute(*fpSettings, builder.GetInput(), result));
+  out.SetClassification(GLMMClassification::Compute(*fpSettings, builder.GetInput(), result, EngineTarget(*fpSettings)));
   GLMMEmmeansBuilder means(*fpSettings, *fpVarList);
   means.SetTarget(EngineTarget(*fpSettings));
   means.Build(fitter, builder.GetInput(), builder.GetBetaParameters(), pRecords, out, fvWarnings);

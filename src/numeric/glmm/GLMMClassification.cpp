@@ -5,6 +5,7 @@
 #include "numeric/common/MCMV.h"
 #include "numeric/engine/MCEngineInput.h"
 #include "numeric/engine/MCEngineMissing.h"
+#include "numeric/engine/MCEngineResponse.h"
 #include "numeric/engine/MCEngineResult.h"
 #include "numeric/glmm/GLMMSettings.h"
 
@@ -18,11 +19,44 @@ bool Usable(const std::vector<double>& weights, std::size_t r) {
   return weights.empty() || (std::isfinite(weights[r]) && weights[r] > 0.0);
 }
 
+int IndexOf(const std::vector<double>& categories, double value) {
+  for (std::size_t j = 0; j < categories.size(); ++j) {
+    if (categories[j] == value) return static_cast<int>(j);
+  }
+  return -1;
+}
+
 }  // namespace
 
-GLMMClassification GLMMClassification::Compute(const GLMMSettings& settings, const MCEngine_850::MCEngineInput& input,
-                                               const MCEngine_850::MCEngineResult& result) {
+GLMMClassification GLMMClassification::Ordinal(const MCEngine_850::MCEngineInput& input,
+                                               const MCEngine_850::MCEngineResult& result,
+                                               const MCEngine_850::MCEngineTarget& target) {
   GLMMClassification table;
+  const std::vector<double>& y = input.GetY();
+  const std::vector<double>& eta = result.GetLinearPredictor();
+  const std::vector<double>& categories = result.GetTargetCategories();
+  const std::vector<double>& frequency = input.GetFrequencyWeights();
+  if (eta.size() != y.size() || categories.size() < 2) return table;
+  const MCEngine_850::MCEngineResponse response(target, result);
+  const std::size_t k = categories.size();
+  std::vector<double> counts(k * k, 0.0);
+  for (std::size_t r = 0; r < y.size(); ++r) {
+    if (!Usable(frequency, r) || !Usable(input.GetScaleWeights(), r)) continue;
+    const int observed = IndexOf(categories, y[r]);
+    const int predicted = IndexOf(categories, response.PredictedCategory(eta[r]));
+    if (observed < 0 || predicted < 0) continue;
+    counts[U(observed) * k + U(predicted)] += frequency.empty() ? 1.0 : frequency[r];
+  }
+  table.fvCategories = categories;
+  table.fvCounts = counts;
+  return table;
+}
+
+GLMMClassification GLMMClassification::Compute(const GLMMSettings& settings, const MCEngine_850::MCEngineInput& input,
+                                               const MCEngine_850::MCEngineResult& result,
+                                               const MCEngine_850::MCEngineTarget& target) {
+  GLMMClassification table;
+  if (!result.GetThresholds().empty()) return Ordinal(input, result, target);
   if (settings.GetTargetSpec().GetDistribution() != GLMMConst_850::DIST_BINOMIAL) return table;
   const std::vector<double>& y = input.GetY();
   const std::vector<double>& mu = result.GetFittedMean();

@@ -5,6 +5,7 @@
 namespace MCEngine_850 {
 class MCEngineInput;
 class MCEngineResult;
+class MCEngineTarget;
 }  // namespace MCEngine_850
 
 namespace MCGLMM_850 {
@@ -21,13 +22,16 @@ class GLMMSettings;
 // categories the target's values 0 and 1. An events/trials target
 // classifies its trials: each record's events and non-events go to the
 // column its probability predicts, the categories non-event and event.
-// Other targets, and a binomial target without trials that holds other
-// values than 0 and 1, have no table.
+// An ordinal target classifies its records under its categories, each
+// record predicted as its most probable category given its linear
+// predictor. Other targets, and a binomial target without trials that holds
+// other values than 0 and 1, have no table.
 class GLMMClassification {
  public:
   // Empty when the fit has no table.
   static GLMMClassification Compute(const GLMMSettings& settings, const MCEngine_850::MCEngineInput& input,
-                                    const MCEngine_850::MCEngineResult& result);
+                                    const MCEngine_850::MCEngineResult& result,
+                                    const MCEngine_850::MCEngineTarget& target);
 
   bool IsEmpty() const { return fvCategories.empty(); }
   int GetNCategories() const { return static_cast<int>(fvCategories.size()); }
@@ -41,6 +45,9 @@ class GLMMClassification {
   double GetAccuracy() const;
 
  private:
+  static GLMMClassification Ordinal(const MCEngine_850::MCEngineInput& input, const MCEngine_850::MCEngineResult& result,
+                                    const MCEngine_850::MCEngineTarget& target);
+
   std::vector<double> fvCategories;
   std::vector<double> fvCounts;
   bool fbTrials = false;
