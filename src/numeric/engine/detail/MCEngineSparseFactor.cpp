@@ -1,5 +1,7 @@
 #include "numeric/engine/detail/MCEngineSparseFactor.h"
 
+#include "numeric/engine/detail/MCEngineTriangular.h"
+
 #include <cholmod.h>
 
 #include <Eigen/Dense>
@@ -12,6 +14,17 @@ namespace MCEngine_850 {
 namespace {
 
 inline std::size_t U(long i) { return static_cast<std::size_t>(i); }
+
+// The first position in the ascending [at, last) not below target.
+const int* GallopTo(const int* at, const int* last, int target) {
+  const int* from = at;
+  long step = 1;
+  while (from + step < last && from[step] < target) {
+    at = from + step;
+    step *= 2;
+  }
+  return std::lower_bound(at, from + step < last ? from + step + 1 : last, target);
+}
 
 }  // namespace
 
@@ -152,8 +165,11 @@ void MCEngineSparseFactor::SolveLt(double* b, int nrhs) const { SolveOp(kSolveLt
 bool MCEngineSparseFactor::SelectInverse() {
   // Supernode by supernode from the last: with J the supernode's columns, S
   // the rows below them, D = L(J, J) and B = L(S, J),
-  //   Z(S, J) = -Z(S, S) B D^-1,   Z(J, J) = D^-T (D^-1 - B'Z(S, J)),
+  //   Z(S, J) = -Z(S, S) B D^-1,   Z(J, J) = D^-T D^-1 - D^-T B'Z(S, J),
   // where every entry of Z(S, S) lies on the pattern of a later column.
+  // D^-1 is formed once and D^-T D^-1 from its triangle: the last supernode
+  // is often a large dense block, where two solves against the identity
+  // would take three times the work.
   const cholmod_factor& L = *fpLib->fpL;
   const double* x = static_cast<const double*>(L.x);
   const int* s = static_cast<const int*>(L.s);
@@ -161,62 +177,55 @@ bool MCEngineSparseFactor::SelectInverse() {
   const int* pi = static_cast<const int*>(L.pi);
   const int* px = static_cast<const int*>(L.px);
   fvInverse.assign(L.xsize, 0.0);
-  std::vector<long> mark(U(fN), -1);
-  std::vector<int> where(U(fN), 0);
-  Eigen::MatrixXd zss, zsj, zjj;
+  Eigen::MatrixXd zss, zsj, dinv, w;
   for (long k = static_cast<long>(L.nsuper) - 1; k >= 0; --k) {
     const int nj = super[k + 1] - super[k];
     const int nrow = pi[k + 1] - pi[k];
     const int ns = nrow - nj;
     const Eigen::Map<const Eigen::MatrixXd> block(x + px[k], nrow, nj);
-    const auto D = block.topRows(nj).triangularView<Eigen::Lower>();
     const int* rows = s + pi[k] + nj;
-    if (!GatherInverse(rows, ns, k, mark, where, zss)) return false;
-    zjj = Eigen::MatrixXd::Identity(nj, nj);
-    D.solveInPlace(zjj);
-    // The last supernode has no rows below its columns.
+    if (!GatherInverse(rows, ns, zss)) return false;
+    dinv = block.topRows(nj);
+    MCEngineTriangular::InvertLower(dinv.data(), nj, nj);
+    // w = D^-T B'Z(S, J). The last supernode has no rows below its columns.
     if (ns > 0) {
-      zsj = -(zss * block.bottomRows(ns));
-      D.solveInPlace<Eigen::OnTheRight>(zsj);
-      zjj.noalias() -= block.bottomRows(ns).transpose() * zsj;
+      zsj = -(zss.selfadjointView<Eigen::Lower>() * block.bottomRows(ns));
+      zsj = zsj * dinv.triangularView<Eigen::Lower>();
+      const Eigen::MatrixXd bz = block.bottomRows(ns).transpose() * zsj;
+      w = dinv.triangularView<Eigen::Lower>().transpose() * bz;
     } else {
       zsj.resize(0, nj);
+      w.setZero(nj, nj);
     }
-    D.transpose().solveInPlace(zjj);
+    MCEngineTriangular::LowerGram(dinv.data(), nj, nj);
     Eigen::Map<Eigen::MatrixXd> out(&fvInverse[U(px[k])], nrow, nj);
     for (int c = 0; c < nj; ++c) {
-      for (int r = c; r < nj; ++r) out(r, c) = 0.5 * (zjj(r, c) + zjj(c, r));
+      for (int r = c; r < nj; ++r) out(r, c) = dinv(r, c) - 0.5 * (w(r, c) + w(c, r));
     }
     out.bottomRows(ns) = zsj;
   }
   return true;
 }
 
-bool MCEngineSparseFactor::GatherInverse(const int* rows, int ns, long tag, std::vector<long>& mark,
-                                         std::vector<int>& where, Eigen::MatrixXd& zss) const {
+bool MCEngineSparseFactor::GatherInverse(const int* rows, int ns, Eigen::MatrixXd& zss) const {
+  // Column rows[b]'s pattern holds every later row of S (the rows below a
+  // supernode lie on the pattern of each of them), and both lists ascend:
+  // a galloping search finds each in turn without reading the whole column.
   const int* s = static_cast<const int*>(fpLib->fpL->s);
-  for (int t = 0; t < ns; ++t) {
-    mark[U(rows[t])] = tag;
-    where[U(rows[t])] = t;
-  }
   zss.resize(ns, ns);
-  long matched = 0;
   for (int b = 0; b < ns; ++b) {
     const int col = rows[b];
     const long vk = fvColValue[U(col)];
-    const long rk = fvColRow[U(col)];
-    const int ck = fvColCount[U(col)];
-    for (int e = 0; e < ck; ++e) {
-      const int i = s[rk + e];
-      if (mark[U(i)] != tag) continue;
-      const int u = where[U(i)];
-      const double z = fvInverse[U(vk + e)];
-      zss(u, b) = z;
-      zss(b, u) = z;
-      ++matched;
+    const int* first = s + fvColRow[U(col)];
+    const int* last = first + fvColCount[U(col)];
+    const int* at = first;
+    for (int t = b; t < ns; ++t) {
+      at = GallopTo(at, last, rows[t]);
+      if (at == last || *at != rows[t]) return false;
+      zss(t, b) = fvInverse[U(vk + (at - first))];
     }
   }
-  return matched == static_cast<long>(ns) * (ns + 1) / 2;
+  return true;
 }
 
 long MCEngineSparseFactor::InversePosition(int i, int j) const {

@@ -58,10 +58,9 @@ class MCEngineSparseFactor {
   // lies in the values and its rows in the row list, and how many entries
   // it has from the diagonal down.
   void ColumnLayout();
-  // Z(S, S) from the selected inverse so far, for the rows S of a supernode
-  // (tag marks them in `mark`); false when an entry is not on the pattern.
-  bool GatherInverse(const int* rows, int ns, long tag, std::vector<long>& mark, std::vector<int>& where,
-                     Eigen::MatrixXd& zss) const;
+  // The lower triangle of Z(S, S) from the selected inverse so far, for the
+  // rows S of a supernode; false when an entry is not on the pattern.
+  bool GatherInverse(const int* rows, int ns, Eigen::MatrixXd& zss) const;
 
   std::unique_ptr<Library> fpLib;
   int fN = 0;

@@ -1,0 +1,18 @@
+#pragma once
+
+namespace MCEngine_850 {
+
+// Dense kernels on a lower triangular matrix of order n held column by
+// column in the lower triangle of a block with leading dimension ld (its
+// upper triangle is neither read nor written). Both split the block in
+// halves and recurse, so that each takes n^3/3 operations, in matrix
+// products, where solving against the identity would take n^3.
+class MCEngineTriangular {
+ public:
+  // X becomes X^-1.
+  static void InvertLower(double* x, int n, int ld);
+  // X becomes the lower triangle of X'X.
+  static void LowerGram(double* x, int n, int ld);
+};
+
+}  // namespace MCEngine_850
