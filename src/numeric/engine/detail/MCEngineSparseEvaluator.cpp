@@ -70,8 +70,7 @@ bool MCEngineSparseEvaluator::Compute(const Eigen::VectorXd& theta, Level level,
   out.fbOK = true;
   if (!derivs) return true;
   const Work& w = fLast;
-  if (!fbInverseCurrent && !fFactor.SelectInverse()) return false;
-  fbInverseCurrent = true;
+  if (!fFactor.SelectInverse()) return false;
   const Shared sh = SharedPieces(w);
   const int K = fModel.GetNParams();
   out.fGrad.resize(K);
@@ -105,7 +104,6 @@ bool MCEngineSparseEvaluator::Solved(const Eigen::VectorXd& theta, bool reml, bo
     return true;
   }
   fbHaveLast = false;
-  fbInverseCurrent = false;
   fLast = Work();
   fLast.fbDerivs = derivs;
   fLast.fbReml = reml;

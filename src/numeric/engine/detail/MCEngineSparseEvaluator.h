@@ -144,7 +144,6 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   Eigen::VectorXd fLastTheta;
   bool fbLastReml = false;
   bool fbHaveLast = false;
-  bool fbInverseCurrent = false;  // the selected inverse is the last factor's
   MCEngineEvaluation fLastValue;
 };
 

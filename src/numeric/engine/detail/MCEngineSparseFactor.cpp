@@ -15,6 +15,11 @@ namespace {
 
 inline std::size_t U(long i) { return static_cast<std::size_t>(i); }
 
+// Values this close to the factored ones are the same matrix reached by
+// another rounding: a profiled fit asks for the same equations at a point
+// and at its rescaled copy, whose factors differ by rounding only.
+constexpr double kRounding = 1e-13;
+
 // The first position in the ascending [at, last) not below target.
 const int* GallopTo(const int* at, const int* last, int target) {
   const int* from = at;
@@ -59,6 +64,8 @@ bool MCEngineSparseFactor::Analyze(int n, const std::vector<int>& colStart, cons
   if (lib.fpL != nullptr) cholmod_free_factor(&lib.fpL, &lib.fCommon);
   if (lib.fpA != nullptr) cholmod_free_sparse(&lib.fpA, &lib.fCommon);
   fN = 0;
+  fbFactored = false;
+  fbInverse = false;
   if (n <= 0 || static_cast<int>(colStart.size()) != n + 1) return false;
   const std::size_t nnz = rowIndex.size();
   lib.fpA = cholmod_allocate_sparse(U(n), U(n), nnz, 1, 1, -1, CHOLMOD_REAL, &lib.fCommon);
@@ -101,13 +108,26 @@ void MCEngineSparseFactor::ColumnLayout() {
 bool MCEngineSparseFactor::Factorize(const std::vector<double>& values) {
   Library& lib = *fpLib;
   if (fN == 0 || values.size() != lib.fpA->nzmax) return false;
+  if (fbFactored && SameUpToRounding(values)) return true;
+  fbFactored = false;
+  fbInverse = false;
   std::copy(values.begin(), values.end(), static_cast<double*>(lib.fpA->x));
+  ++fFactorizations;
   if (!cholmod_factorize(lib.fpA, lib.fpL, &lib.fCommon)) return false;
   if (lib.fCommon.status != CHOLMOD_OK || lib.fpL->minor < U(fN) || !lib.fpL->is_super) return false;
   const double* x = static_cast<const double*>(lib.fpL->x);
   for (int j = 0; j < fN; ++j) {
     const double d = x[fvColValue[U(j)]];
     if (!(d > 0.0) || !std::isfinite(d)) return false;
+  }
+  fbFactored = true;
+  return true;
+}
+
+bool MCEngineSparseFactor::SameUpToRounding(const std::vector<double>& values) const {
+  const double* last = static_cast<const double*>(fpLib->fpA->x);
+  for (std::size_t k = 0; k < values.size(); ++k) {
+    if (!(std::fabs(values[k] - last[k]) <= kRounding * std::max(1.0, std::fabs(last[k])))) return false;
   }
   return true;
 }
@@ -163,6 +183,8 @@ void MCEngineSparseFactor::SolveL(double* b, int nrhs) const { SolveOp(kSolveL, 
 void MCEngineSparseFactor::SolveLt(double* b, int nrhs) const { SolveOp(kSolveLt, b, nrhs); }
 
 bool MCEngineSparseFactor::SelectInverse() {
+  if (fbInverse) return true;
+  if (!fbFactored) return false;
   // Supernode by supernode from the last: with J the supernode's columns, S
   // the rows below them, D = L(J, J) and B = L(S, J),
   //   Z(S, J) = -Z(S, S) B D^-1,   Z(J, J) = D^-T D^-1 - D^-T B'Z(S, J),
@@ -177,7 +199,8 @@ bool MCEngineSparseFactor::SelectInverse() {
   const int* pi = static_cast<const int*>(L.pi);
   const int* px = static_cast<const int*>(L.px);
   fvInverse.assign(L.xsize, 0.0);
-  Eigen::MatrixXd zss, zsj, dinv, w;
+  std::vector<double> zss;
+  Eigen::MatrixXd zsj, dinv, w;
   for (long k = static_cast<long>(L.nsuper) - 1; k >= 0; --k) {
     const int nj = super[k + 1] - super[k];
     const int nrow = pi[k + 1] - pi[k];
@@ -189,7 +212,8 @@ bool MCEngineSparseFactor::SelectInverse() {
     MCEngineTriangular::InvertLower(dinv.data(), nj, nj);
     // w = D^-T B'Z(S, J). The last supernode has no rows below its columns.
     if (ns > 0) {
-      zsj = -(zss.selfadjointView<Eigen::Lower>() * block.bottomRows(ns));
+      const Eigen::Map<const Eigen::MatrixXd> below(zss.data(), ns, ns);
+      zsj = -(below.selfadjointView<Eigen::Lower>() * block.bottomRows(ns));
       zsj = zsj * dinv.triangularView<Eigen::Lower>();
       const Eigen::MatrixXd bz = block.bottomRows(ns).transpose() * zsj;
       w = dinv.triangularView<Eigen::Lower>().transpose() * bz;
@@ -204,15 +228,16 @@ bool MCEngineSparseFactor::SelectInverse() {
     }
     out.bottomRows(ns) = zsj;
   }
+  fbInverse = true;
   return true;
 }
 
-bool MCEngineSparseFactor::GatherInverse(const int* rows, int ns, Eigen::MatrixXd& zss) const {
+bool MCEngineSparseFactor::GatherInverse(const int* rows, int ns, std::vector<double>& zss) const {
   // Column rows[b]'s pattern holds every later row of S (the rows below a
   // supernode lie on the pattern of each of them), and both lists ascend:
   // a galloping search finds each in turn without reading the whole column.
   const int* s = static_cast<const int*>(fpLib->fpL->s);
-  zss.resize(ns, ns);
+  zss.resize(U(ns) * U(ns));
   for (int b = 0; b < ns; ++b) {
     const int col = rows[b];
     const long vk = fvColValue[U(col)];
@@ -222,7 +247,7 @@ bool MCEngineSparseFactor::GatherInverse(const int* rows, int ns, Eigen::MatrixX
     for (int t = b; t < ns; ++t) {
       at = GallopTo(at, last, rows[t]);
       if (at == last || *at != rows[t]) return false;
-      zss(t, b) = fvInverse[U(vk + (at - first))];
+      zss[U(b) * U(ns) + U(t)] = fvInverse[U(vk + (at - first))];
     }
   }
   return true;

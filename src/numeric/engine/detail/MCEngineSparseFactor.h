@@ -1,7 +1,5 @@
 #pragma once
 
-// Private to the engine's implementation files: includes Eigen.
-#include <Eigen/Dense>
 #include <memory>
 #include <vector>
 
@@ -31,8 +29,11 @@ class MCEngineSparseFactor {
   double GetFactorEntries() const { return fEntries; }
 
   // Values in the order of the analysed pattern. False when A is not
-  // positive definite.
+  // positive definite. Values equal to the last factored ones up to
+  // rounding keep that factor and its selected inverse.
   bool Factorize(const std::vector<double>& values);
+  // The numeric factorisations done since construction.
+  long GetFactorizations() const { return fFactorizations; }
   double LogDet() const;
 
   // In place, for nrhs columns of length n stored one after the other:
@@ -41,9 +42,9 @@ class MCEngineSparseFactor {
   void SolveL(double* b, int nrhs) const;
   void SolveLt(double* b, int nrhs) const;
 
-  // Computes the selected inverse of the last factorisation. False when the
-  // factor's pattern lacks an entry the recursion needs (never for the
-  // library's supernodal patterns).
+  // Computes the selected inverse of the last factorisation, once per
+  // factor. False when there is no factor or its pattern lacks an entry the
+  // recursion needs (never for the library's supernodal patterns).
   bool SelectInverse();
   // Where entry (i, j) of A^-1 lies in the selected inverse; -1 when it is
   // not on the factor's pattern. Fixed once the pattern is analysed.
@@ -58,14 +59,19 @@ class MCEngineSparseFactor {
   // lies in the values and its rows in the row list, and how many entries
   // it has from the diagonal down.
   void ColumnLayout();
-  // The lower triangle of Z(S, S) from the selected inverse so far, for the
-  // rows S of a supernode; false when an entry is not on the pattern.
-  bool GatherInverse(const int* rows, int ns, Eigen::MatrixXd& zss) const;
+  // The lower triangle of Z(S, S) (column-major, ns x ns) from the selected
+  // inverse so far, for the rows S of a supernode; false when an entry is
+  // not on the pattern.
+  bool GatherInverse(const int* rows, int ns, std::vector<double>& zss) const;
+  bool SameUpToRounding(const std::vector<double>& values) const;
 
   std::unique_ptr<Library> fpLib;
   int fN = 0;
   double fFlops = 0.0;
   double fEntries = 0.0;
+  long fFactorizations = 0;
+  bool fbFactored = false;  // the factor is of the values in the library's A
+  bool fbInverse = false;   // the selected inverse is the factor's
   std::vector<int> fvPerm;     // factor order -> A's order
   std::vector<int> fvInvPerm;  // A's order -> factor order
   std::vector<long> fvColValue;
