@@ -731,7 +731,7 @@ TEST_F(AppExpectationsTest, EpilepsyFitsAPoissonTarget) {
 
 // An ordinal target: the wine ratings by cumulative logit with ten-point
 // quadrature agree with ordinal::clmm, whose values the engine's tests hold;
-// the thresholds stand in the intercept's place.
+// the thresholds stand in the intercept's place and the means are latent.
 TEST_F(AppExpectationsTest, WineFitsAnOrdinalTargetWithItsThresholds) {
   std::vector<json> commands;
   ASSERT_NO_FATAL_FAILURE(RunFits("wine", 0, 1, commands));
@@ -756,6 +756,21 @@ TEST_F(AppExpectationsTest, WineFitsAnOrdinalTargetWithItsThresholds) {
   const std::vector<json> criteria = Tables(commands[0], "Information Criteria");
   ASSERT_EQ(criteria.size(), 1u);
   ExpectRelative(Value(criteria[0], {0}), -2.0 * reference["loglik"].get<double>(), 1e-6, "-2 log likelihood");
+
+  // The means of the temperatures on the latent scale, as emmeans gives them
+  // for clmm's fit with mode = "latent".
+  const std::vector<json> means = Tables(commands[0], "Estimates");
+  ASSERT_EQ(means.size(), 2u);
+  const json& latent = reference["latent_temp"];
+  const std::vector<std::string> levels = Labels(means[0], 0);
+  ASSERT_EQ(levels.size(), 2u);
+  for (std::size_t k = 0; k < 2; ++k) {
+    const std::string level = latent["levels"]["temp"][k].get<std::string>();
+    const int row = static_cast<int>(std::find(levels.begin(), levels.end(), level) - levels.begin());
+    ASSERT_LT(row, 2) << level;
+    ExpectRelative(Value(means[0], {row, 0}), latent["emmean"][k].get<double>(), 1e-4, level + " mean");
+    ExpectRelative(Value(means[0], {row, 1}), latent["se"][k].get<double>(), 1e-4, level + " error");
+  }
 
   // The classification table: each rating against the category clmm's fit
   // finds most probable for its record.

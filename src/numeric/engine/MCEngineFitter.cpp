@@ -97,8 +97,10 @@ MCEngineTest MCEngineFitter::TestContrast(const std::vector<std::vector<double>>
 }
 
 std::vector<MCEngineTest> MCEngineFitter::TestContrastRows(const std::vector<std::vector<double>>& rows) const {
-  const MCEngineHypothesis* hyp = fpOrdinal ? fpOrdinal->GetHypothesis() : fpImpl->GetHypothesis();
-  const int P = fpImpl->GetNColumns();
+  // The rows of marginal means: an ordinal fit's means are on the latent
+  // scale, centred on the thresholds' mean, which takes the intercept's place.
+  const MCEngineHypothesis* hyp = fpOrdinal ? fpOrdinal->GetLatentHypothesis() : fpImpl->GetHypothesis();
+  const int P = fpOrdinal ? fpOrdinal->GetNColumns() : fpImpl->GetNColumns();
   bool usable = hyp != nullptr;
   for (const std::vector<double>& l : rows) usable = usable && static_cast<int>(l.size()) == P;
   if (!usable) {

@@ -40,7 +40,10 @@ class MCEngineFitter {
   // Tests L beta = K, one K value per row, in the response's units.
   MCEngineTest TestContrast(const std::vector<std::vector<double>>& L, const std::vector<double>& K) const;
   // Tests l beta = 0 for each row l on its own, the same as TestContrast({l})
-  // row by row, with the products over all rows formed together.
+  // row by row, with the products over all rows formed together. These are
+  // the rows of marginal means: for an ordinal fit a row that weighs the
+  // intercept is estimated on the latent scale, the intercept standing for
+  // minus the thresholds' mean.
   std::vector<MCEngineTest> TestContrastRows(const std::vector<std::vector<double>>& rows) const;
   // How many times the tests after the fit formed their products with the
   // estimates' covariance (a work count for the tests; 0 before a fit).

@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "numeric/engine/MCEngineEmmeans.h"
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEngineProbability.h"
 #include "numeric/engine/MCEngineTestFixture.h"
 #include "numeric/engine/detail/MCEngineGaussHermite.h"
 #include "numeric/engine/detail/MCEngineLatentDistribution.h"
@@ -286,4 +288,126 @@ TEST(MCEngineOrdinalTest, TypeThreeTestsAreWaldTestsOfTheCoefficients) {
   EXPECT_TRUE(Near(result.GetTypeIIITests()[1].GetF(), cold.GetT() * cold.GetT(), 1e-8));
   EXPECT_EQ(result.GetTypeIIITests()[1].GetNumDF(), 1.0);
   EXPECT_EQ(result.GetTypeIIITests()[1].GetDenDF(), 72.0 - 4.0 - 2.0);
+}
+
+namespace {
+
+constexpr int kTemp = 1;
+constexpr int kContact = 2;
+
+// The means' columns of the wine design: the intercept, then each factor's
+// levels in their sorted order (cold, warm; no, yes).
+std::vector<MCEngineMeansColumn> WineColumns(MCEngineTestDesign& design) {
+  std::vector<MCEngineMeansColumn> columns;
+  for (const std::string& name : design.GetColumnNames()) {
+    const std::size_t eq = name.find('=');
+    if (eq == std::string::npos) {
+      columns.emplace_back();
+      continue;
+    }
+    const std::string factor = name.substr(0, eq);
+    const std::vector<std::string>& levels = design.GetLevels(factor);
+    const int level = static_cast<int>(std::find(levels.begin(), levels.end(), name.substr(eq + 1)) - levels.begin());
+    columns.emplace_back(std::vector<int>{factor == "temp" ? kTemp : kContact}, std::vector<int>{level},
+                         std::vector<int>{});
+  }
+  return columns;
+}
+
+// A cell's index in a table of the factors, the first varying slowest.
+int CellOf(MCEngineTestDesign& design, const nlohmann::json& levels, std::size_t i,
+           const std::vector<std::string>& factors) {
+  int index = 0;
+  for (const std::string& f : factors) {
+    const std::vector<std::string>& sorted = design.GetLevels(f);
+    const std::string level = levels[f][i].get<std::string>();
+    index = index * static_cast<int>(sorted.size()) +
+            static_cast<int>(std::find(sorted.begin(), sorted.end(), level) - sorted.begin());
+  }
+  return index;
+}
+
+// The means of a table and their pairwise differences against emmeans'
+// latent means of the same clmm fit.
+void ExpectLatentMeans(const MCEngineEmmeans& means, MCEngineTestDesign& design, const std::vector<int>& ids,
+                       const std::vector<std::string>& factors, const nlohmann::json& ref) {
+  MCEngineMeansRequest request;
+  request.SetFactors(ids);
+  const MCEngineMeansTable table = means.Compute(request);
+  ASSERT_EQ(table.GetCells().size(), ref["emmean"].size());
+  // Records less the thresholds and the free coefficients: 72 - 4 - 2.
+  const double df = 66.0;
+  for (std::size_t i = 0; i < ref["emmean"].size(); ++i) {
+    const MCEngineMeansCell& cell = table.GetCells()[static_cast<std::size_t>(CellOf(design, ref["levels"], i, factors))];
+    ASSERT_TRUE(cell.IsEstimable()) << i;
+    EXPECT_TRUE(Near(cell.GetEstimate(), ref["emmean"][i].get<double>(), 1e-4)) << i;
+    EXPECT_TRUE(Near(cell.GetStdError(), ref["se"][i].get<double>(), 1e-4)) << i;
+    EXPECT_EQ(cell.GetDF(), df);
+    const double q = MCEngineProbability::TQuantile(0.975, df);
+    EXPECT_NEAR(cell.GetLower(), cell.GetEstimate() - q * cell.GetStdError(), 1e-10);
+    // The latent scale has no inverse link to the categories.
+    EXPECT_FALSE(cell.HasDataScale());
+  }
+  // Each pair tested with the difference of its means (emmeans' pairs).
+  request.SetCompareFactor(ids.front());
+  request.SetContrast(MCEngineMeansRequest::kPairwise);
+  const MCEngineMeansTable compared = means.Compute(request);
+  for (const MCEngineMeansContrast& c : compared.GetContrasts()) {
+    std::vector<int> a = c.GetByLevels(), b = c.GetByLevels();
+    a.insert(a.begin(), c.GetLevel());
+    b.insert(b.begin(), c.GetReference());
+    const auto find = [&](const std::vector<int>& levels) {
+      for (const MCEngineMeansCell& cell : compared.GetCells()) {
+        if (cell.GetLevels() == levels) return cell.GetEstimate();
+      }
+      return std::nan("");
+    };
+    ASSERT_TRUE(c.IsEstimable());
+    EXPECT_NEAR(c.GetEstimate(), find(a) - find(b), 1e-10);
+    bool matched = false;
+    for (std::size_t k = 0; k < ref["pairs_estimate"].size(); ++k) {
+      if (!Near(std::fabs(c.GetEstimate()), std::fabs(ref["pairs_estimate"][k].get<double>()), 1e-4)) continue;
+      matched = true;
+      EXPECT_TRUE(Near(c.GetStdError(), ref["pairs_se"][k].get<double>(), 1e-4));
+    }
+    EXPECT_TRUE(matched) << c.GetEstimate();
+  }
+}
+
+// By hand from the estimates: the grand mean averages each factor's levels
+// (the aliased ones at 0) and subtracts the thresholds' mean. A custom test
+// that weighs the intercept stays not estimable: only the means are taken
+// to the latent scale.
+void ExpectGrandLatentMean(const MCEngineFitter& fitter, const MCEngineInput& input, MCEngineTestDesign& design) {
+  const MCEngineResult& result = fitter.GetResult();
+  double expected = 0.0;
+  for (const MCEngineBetaStat& t : result.GetThresholds()) expected -= t.GetEstimate() / 4.0;
+  for (const char* column : {"temp=cold", "contact=no"}) {
+    expected += 0.5 * result.GetBeta()[static_cast<std::size_t>(design.FindColumnName(column))].GetEstimate();
+  }
+  const MCEngineMeansTable grand = MCEngineEmmeans(fitter, input, WineColumns(design), 95.0).Compute({});
+  ASSERT_EQ(grand.GetCells().size(), 1u);
+  EXPECT_NEAR(grand.GetCells()[0].GetEstimate(), expected, 1e-10);
+  std::vector<double> intercept(static_cast<std::size_t>(input.GetNColumns()), 0.0);
+  intercept[static_cast<std::size_t>(design.FindColumnName("Intercept"))] = 1.0;
+  EXPECT_FALSE(fitter.IsEstimable(intercept));
+  EXPECT_FALSE(fitter.TestContrast({intercept}).IsValid());
+}
+
+}  // namespace
+
+TEST(MCEngineOrdinalTest, MarginalMeansAreOnTheLatentScaleAsEmmeansGivesThem) {
+  for (int points : {1, 10}) {
+    auto m = Wine();
+    const MCEngineInput input = m->fpDesign->Build();
+    MCEngineFitter fitter;
+    const GeneralizedFitMethod method = points == 1 ? FIT_LAPLACE : FIT_QUADRATURE;
+    ASSERT_FALSE(fitter.Fit(input, OrdinalSettings(LINK_LOGIT, method, points)).IsError());
+    MCEngineEmmeans means(fitter, input, WineColumns(*m->fpDesign), 95.0);
+    means.SetTarget(OrdinalSettings(LINK_LOGIT, method, points).GetTarget());
+    const nlohmann::json ref = ReadFit("LOGIT", points);
+    ExpectLatentMeans(means, *m->fpDesign, {kTemp}, {"temp"}, ref["latent_temp"]);
+    ExpectLatentMeans(means, *m->fpDesign, {kTemp, kContact}, {"temp", "contact"}, ref["latent_temp_contact"]);
+    ExpectGrandLatentMean(fitter, input, *m->fpDesign);
+  }
 }

@@ -21,11 +21,12 @@
 #
 #   Rscript tests/numeric/reference/make_ordinal_reference.R      (from the repository root)
 #
-# Checked with R 4.2, ordinal 2022.11.
+# Checked with R 4.2, ordinal 2022.11, emmeans 1.8.4.
 
 suppressPackageStartupMessages({
   library(jsonlite)
   library(ordinal)
+  library(emmeans)
 })
 
 out_dir <- if (length(commandArgs(trailingOnly = TRUE)) >= 1) commandArgs(trailingOnly = TRUE)[1] else
@@ -51,6 +52,17 @@ predicted_category <- function(alpha, eta, cdf) {
   as.integer(levels(d$rating))[max.col(p, ties.method = "first")]
 }
 
+# Marginal means on the latent scale, emmeans' mode = "latent": x'beta less
+# the thresholds' mean, standard errors from the covariance of thresholds
+# and beta (emmeans gives them df = Inf), and the pairwise differences.
+latent_means <- function(m, spec) {
+  e <- emmeans(m, spec, mode = "latent")
+  s <- as.data.frame(summary(e))
+  p <- as.data.frame(summary(pairs(e)))
+  list(levels = lapply(s[, all.vars(spec), drop = FALSE], as.character), emmean = s$emmean, se = s$SE,
+       pairs = I(as.character(p$contrast)), pairs_estimate = I(p$estimate), pairs_se = I(p$SE))
+}
+
 fit <- function(link, nAGQ) {
   m <- clmm(rating ~ temp + contact + (1 | judge), data = d, link = link, nAGQ = nAGQ)
   cdf <- if (link == "logit") plogis else pnorm
@@ -68,7 +80,8 @@ fit <- function(link, nAGQ) {
        variance = sd^2, variance_se = unname(2 * sd^2 * se[nt + nb + 1]),
        loglik = as.numeric(logLik(m)), modes = unname(ranef(m)$judge[, 1]),
        max_gradient = max(abs(m$gradient)),
-       linear_predictor = eta, predicted_category = predicted_category(m$alpha, eta, cdf))
+       linear_predictor = eta, predicted_category = predicted_category(m$alpha, eta, cdf),
+       latent_temp = latent_means(m, ~ temp), latent_temp_contact = latent_means(m, ~ temp:contact))
 }
 fits <- list(fit("logit", 1), fit("logit", 10), fit("probit", 1))
 

@@ -390,7 +390,9 @@ MCEngineMeansTable MCEngineEmmeans::Compute(const MCEngineMeansRequest& request)
     return l;
   };
 
-  // The means.
+  // The means. An ordinal fit's (a fit with thresholds) are on the latent
+  // scale, which has no inverse link to the data's.
+  const bool dataScale = !fTarget.IsLinear() && fpFitter->GetResult().GetThresholds().empty();
   std::vector<Row> rows(U(static_cast<int>(nCells)));
   std::vector<bool> estimable(rows.size(), false);
   for (long index = 0; index < nCells; ++index) rows[U(static_cast<int>(index))] = row(Decode(index, sizes));
@@ -398,7 +400,7 @@ MCEngineMeansTable MCEngineEmmeans::Compute(const MCEngineMeansRequest& request)
   for (long index = 0; index < nCells; ++index) {
     MCEngineMeansCell cell;
     cell.SetLevels(Decode(index, sizes));
-    cell.SetDataScale(!fTarget.IsLinear());
+    cell.SetDataScale(dataScale);
     const Row& l = rows[U(static_cast<int>(index))];
     if (Finite(l)) {
       const MCEngineTest& test = cellTests[U(static_cast<int>(index))];

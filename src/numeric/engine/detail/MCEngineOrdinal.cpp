@@ -137,6 +137,15 @@ void MCEngineOrdinal::FindColumns() {
   }
 }
 
+Eigen::MatrixXd MCEngineOrdinal::CrossProducts() const {
+  const int P = fInput.GetNColumns();
+  Eigen::MatrixXd xtx(P, P);
+  for (int i = 0; i < P; ++i) {
+    for (int j = 0; j < P; ++j) xtx(i, j) = fvXtX[U(i) * U(P) + U(j)];
+  }
+  return xtx;
+}
+
 Eigen::VectorXd MCEngineOrdinal::Natural(const Eigen::VectorXd& free) const {
   Eigen::VectorXd natural = free;
   for (int j = 1; j < fpLikelihood->GetNThresholds(); ++j) natural[j] = natural[j - 1] + std::exp(free[j]);
@@ -350,13 +359,10 @@ void MCEngineOrdinal::FillResult(const Eigen::VectorXd& natural, bool converged)
   }
   fResult.SetCovBeta(rowMajor);
   fResult.SetModelCovBeta(rowMajor);
-  Eigen::MatrixXd xtx(P, P);
-  for (int i = 0; i < P; ++i) {
-    for (int j = 0; j < P; ++j) xtx(i, j) = fvXtX[U(i) * U(P) + U(j)];
-  }
-  fpHypothesis = std::make_unique<MCEngineHypothesis>(xtx, fvAliased);
+  fpHypothesis = std::make_unique<MCEngineHypothesis>(CrossProducts(), fvAliased);
   fpHypothesis->SetEstimates(betaP, covP, {}, Eigen::MatrixXd());
   fpHypothesis->SetFixedDF(df);
+  FillLatentHypothesis(natural, cov, llt.info() == Eigen::Success, df);
   FillTests();
   FillVariance(natural, cov);
   FillCriteria(fpLikelihood->LogLik(natural));
@@ -382,6 +388,24 @@ void MCEngineOrdinal::FillTests() {
   }
   fResult.SetTypeITests(typeI);
   fResult.SetTypeIIITests(typeIII);
+}
+
+void MCEngineOrdinal::FillLatentHypothesis(const Eigen::VectorXd& natural, const Eigen::MatrixXd& cov, bool covOK,
+                                           double df) {
+  const int nt = fpLikelihood->GetNThresholds();
+  const int q = fpLikelihood->GetNBeta();
+  const int P = fInput.GetNColumns();
+  const int intercept = InterceptColumn(fInput);
+  // Each column as a function of the natural parameters: the intercept's
+  // minus the thresholds' mean, a free column its coefficient.
+  Eigen::MatrixXd J = Eigen::MatrixXd::Zero(P, natural.size());
+  for (int j = 0; j < nt; ++j) J(intercept, j) = -1.0 / nt;
+  for (int i = 0; i < q; ++i) J(fvFree[U(i)], nt + i) = 1.0;
+  const Eigen::VectorXd beta = J * natural;
+  const Eigen::MatrixXd covP = covOK ? Eigen::MatrixXd(J * cov * J.transpose()) : Eigen::MatrixXd::Zero(P, P);
+  fpLatentHypothesis = std::make_unique<MCEngineHypothesis>(CrossProducts(), fvAliased);
+  fpLatentHypothesis->SetEstimates(beta, covP, {}, Eigen::MatrixXd());
+  fpLatentHypothesis->SetFixedDF(df);
 }
 
 void MCEngineOrdinal::FillVariance(const Eigen::VectorXd& natural, const Eigen::MatrixXd& cov) {

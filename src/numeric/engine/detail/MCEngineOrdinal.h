@@ -41,6 +41,11 @@ class MCEngineOrdinal {
   const MCEngineResult& GetResult() const { return fResult; }
   // The tests of the fixed effects after a fit; null before one.
   const MCEngineHypothesis* GetHypothesis() const { return fpHypothesis.get(); }
+  // The same tests on the latent scale, where the intercept's column
+  // stands for minus the thresholds' mean: a marginal mean x'beta - mean(theta)
+  // with the covariance of thresholds and beta. Functions that do not weigh
+  // the intercept test as with GetHypothesis.
+  const MCEngineHypothesis* GetLatentHypothesis() const { return fpLatentHypothesis.get(); }
   int GetNColumns() const;
   // Whether a function of the fixed columns weighs the intercept's, whose
   // place the thresholds take: such a function has no estimate.
@@ -49,6 +54,8 @@ class MCEngineOrdinal {
  private:
   MCEngineStatus ReadRecords();
   void FindColumns();
+  // X'X over the used records, frequency-weighted.
+  Eigen::MatrixXd CrossProducts() const;
   // The likelihood's parameters from the optimiser's (ordered thresholds)
   // and back.
   Eigen::VectorXd Natural(const Eigen::VectorXd& free) const;
@@ -66,6 +73,7 @@ class MCEngineOrdinal {
   void FillVariance(const Eigen::VectorXd& natural, const Eigen::MatrixXd& cov);
   void FillCriteria(double logLik);
   void FillTests();
+  void FillLatentHypothesis(const Eigen::VectorXd& natural, const Eigen::MatrixXd& cov, bool covOK, double df);
   void FillPredictors(const Eigen::VectorXd& natural);
 
   const MCEngineInput& fInput;
@@ -73,6 +81,7 @@ class MCEngineOrdinal {
   MCEngineResult fResult;
   std::unique_ptr<MCEngineOrdinalLikelihood> fpLikelihood;
   std::unique_ptr<MCEngineHypothesis> fpHypothesis;
+  std::unique_ptr<MCEngineHypothesis> fpLatentHypothesis;
   std::vector<int> fvRecords;       // input records used, in order
   std::vector<int> fvCategory;      // per used record
   std::vector<int> fvSubject;       // per used record, 0 .. S - 1; empty without random effects
