@@ -4,11 +4,15 @@
 // engine computed, taken from the engine's own results.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <filesystem>
 #include <functional>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
 #include <unistd.h>
@@ -19,6 +23,7 @@
 #include "host/adapter/ACAInputAdapter.h"
 #include "host/cf/CFMetaData.h"
 #include "host/data/ProcedureDataSource.h"
+#include "host/documents/SDOMXMLWrapper.h"
 #include "host/strings/FacSTDictionary.h"
 #include "host/text/NumericText.h"
 #include "numeric/common/MCMV.h"
@@ -533,4 +538,143 @@ TEST_F(AppRoundTrip, TheTargetsDistributionAndLinkReadBack) {
   EXPECT_FALSE(read.fUseTrials);
   EXPECT_NE(gRoundTrips.fLastModelFile.find("linkFunction=\"power\" linkParameter=\"0.5\""), std::string::npos);
   EXPECT_TRUE(FacSTDictionary::GetMissingKeys().empty()) << *FacSTDictionary::GetMissingKeys().begin();
+}
+
+namespace {
+
+// The parameter matrix of a cumulative model file: the thresholds by
+// target category and each other parameter's coefficient.
+struct CumulativeModel {
+  std::map<std::string, double> fmThresholds;
+  std::map<std::string, double> fmCoefficients;
+  // Each parameter's factor categories, field to value.
+  std::map<std::string, std::map<std::string, std::string>> fmCells;
+
+  // theta_j + the coefficients of the parameters whose categories the
+  // record has.
+  double Predictor(const std::string& category, const std::map<std::string, std::string>& record) const {
+    double r = fmThresholds.at(category);
+    for (const auto& [parameter, beta] : fmCoefficients) {
+      const auto cells = fmCells.find(parameter);
+      bool applies = cells != fmCells.end();
+      for (const auto& [field, value] : applies ? cells->second : std::map<std::string, std::string>()) {
+        applies = applies && record.at(field) == value;
+      }
+      if (applies) r += beta;
+    }
+    return r;
+  }
+};
+
+std::string Attribute(const SDOMXMLWrapper* element, const std::string& name) {
+  std::string value;
+  element->GetAttribute(name, value);
+  return value;
+}
+
+CumulativeModel ReadCumulativeModel(SDOMXMLWrapper& document) {
+  CumulativeModel model;
+  SDOMXMLWrapper* matrix = nullptr;
+  if (document.GetFirstElement("GeneralRegressionModel/PPMatrix", &matrix)) {
+    for (SDOMXMLWrapper* cell : SDOMXMLWrapper::GetChildren(matrix, "PPCell")) {
+      model.fmCells[Attribute(cell, "parameterName")][Attribute(cell, "predictorName")] = Attribute(cell, "value");
+    }
+  }
+  if (document.GetFirstElement("GeneralRegressionModel/ParamMatrix", &matrix)) {
+    for (SDOMXMLWrapper* cell : SDOMXMLWrapper::GetChildren(matrix, "PCell")) {
+      const double beta = std::stod(Attribute(cell, "beta"));
+      if (cell->HasAttribute("targetCategory")) {
+        model.fmThresholds[Attribute(cell, "targetCategory")] = beta;
+      } else {
+        model.fmCoefficients[Attribute(cell, "parameterName")] = beta;
+      }
+    }
+  }
+  return model;
+}
+
+// The first records of the wine data, field to value, quotes removed.
+std::vector<std::map<std::string, std::string>> WineRecords(std::size_t n) {
+  std::ifstream in(std::string(GLMIX_SOURCE_DIR) + "/examples/data/wine.csv");
+  auto split = [](const std::string& line) {
+    std::vector<std::string> fields;
+    std::stringstream stream(line);
+    std::string field;
+    while (std::getline(stream, field, ',')) {
+      field.erase(std::remove(field.begin(), field.end(), '"'), field.end());
+      fields.push_back(field);
+    }
+    return fields;
+  };
+  std::string line;
+  std::getline(in, line);
+  const std::vector<std::string> names = split(line);
+  std::vector<std::map<std::string, std::string>> records;
+  while (records.size() < n && std::getline(in, line)) {
+    const std::vector<std::string> values = split(line);
+    std::map<std::string, std::string> record;
+    for (std::size_t i = 0; i < names.size() && i < values.size(); ++i) record[names[i]] = values[i];
+    records.push_back(record);
+  }
+  return records;
+}
+
+double Logistic(double x) { return 1.0 / (1.0 + std::exp(-x)); }
+
+// The probabilities of the five wine ratings from their cumulative ones,
+// P(Y <= j) for j = 1 .. 4.
+std::vector<double> CategoryProbabilities(const std::function<double(int)>& cumulative) {
+  std::vector<double> p;
+  double below = 0.0;
+  for (int j = 1; j <= 5; ++j) {
+    const double next = j == 5 ? 1.0 : cumulative(j);
+    p.push_back(next - below);
+    below = next;
+  }
+  return p;
+}
+
+}  // namespace
+
+// The model file of an ordinal fit holds its thresholds under the
+// intercept's parameter and scores in the standard cumulative form, giving
+// the records the probabilities of the same fit by clmm (its random effects
+// at 0, which the file does not hold).
+TEST_F(AppRoundTrip, AnOrdinalModelFileScoresWithTheFitsProbabilities) {
+  std::ifstream example(std::string(GLMIX_SOURCE_DIR) + "/examples/wine.gmx");
+  std::stringstream text;
+  text << example.rdbuf();
+  ASSERT_EQ(Run(text.str(), "wine"), 1);
+  SDOMXMLWrapper document;
+  ASSERT_TRUE(document.LoadFromString(gRoundTrips.fLastModelFile));
+  SDOMXMLWrapper* model = nullptr;
+  ASSERT_TRUE(document.GetFirstElement("GeneralRegressionModel", &model));
+  EXPECT_EQ(Attribute(model, "modelType"), "ordinalMultinomial");
+  EXPECT_EQ(Attribute(model, "functionName"), "classification");
+  EXPECT_EQ(Attribute(model, "cumulativeLink"), "logit");
+  const CumulativeModel read = ReadCumulativeModel(document);
+  ASSERT_EQ(read.fmThresholds.size(), 4u);
+
+  std::ifstream in(std::string(GLMIX_SOURCE_DIR) + "/tests/data/numeric/reference/ordinal.json");
+  ASSERT_TRUE(in.good());
+  const nlohmann::json fits = nlohmann::json::parse(in)["fits"];
+  nlohmann::json ref;
+  for (const nlohmann::json& fit : fits) {
+    if (fit["link"] == "LOGIT" && fit["nAGQ"] == 10) ref = fit;
+  }
+  ASSERT_FALSE(ref.is_null());
+  // Two judges' records: every combination of temperature and contact.
+  for (const std::map<std::string, std::string>& record : WineRecords(16)) {
+    const double eta = (record.at("temp") == "cold" ? ref["beta"][0].get<double>() : 0.0) +
+                       (record.at("contact") == "no" ? ref["beta"][1].get<double>() : 0.0);
+    const std::vector<double> byFile = CategoryProbabilities(
+        [&](int j) { return Logistic(read.Predictor(std::to_string(j), record)); });
+    const std::vector<double> byReference = CategoryProbabilities(
+        [&](int j) { return Logistic(ref["thresholds"][U(j - 1)].get<double>() - eta); });
+    for (std::size_t j = 0; j < byFile.size(); ++j) {
+      EXPECT_NEAR(byFile[j], byReference[j], 1e-4) << record.at("temp") << " " << record.at("contact") << " " << j;
+    }
+    EXPECT_EQ(std::max_element(byFile.begin(), byFile.end()) - byFile.begin(),
+              std::max_element(byReference.begin(), byReference.end()) - byReference.begin());
+  }
 }

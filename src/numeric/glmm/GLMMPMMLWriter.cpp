@@ -127,6 +127,44 @@ void WriteBlock(GLMMXMLWriter& xml, const MCXML_850::MCVarList& varList, const G
   xml.Close();
 }
 
+// One estimate of the parameter matrix, with its df when there is one;
+// `category` names the target category of a threshold.
+void PCell(GLMMXMLWriter& xml, const std::string& parameter, double estimate, double df, const std::string& category) {
+  if (GLMMXMLWriter::NumberText(estimate).empty()) return;
+  xml.Open("PCell");
+  if (!category.empty()) xml.Attribute("targetCategory", category);
+  xml.Attribute("parameterName", parameter);
+  xml.Attribute("beta", estimate);
+  if (!GLMMXMLWriter::NumberText(df).empty()) xml.Attribute("df", df);
+  xml.Close();
+}
+
+// The estimates. An ordinal target's model is the standard cumulative form
+// link(P(Y <= j)) = theta_j + sum of coefficient times predictor: the
+// intercept's parameter carries one threshold per category it closes, and
+// since the fit's predictor enters as theta_j - x'beta, the coefficients
+// are written with the opposite sign, so that scoring by the file gives the
+// fit's probabilities.
+void ParamMatrix(GLMMXMLWriter& xml, const GLMMOutputStats& stats, const std::vector<std::string>& categories) {
+  const std::vector<MCMath_850::MCRegrParameter>& params = stats.GetBetaParameters();
+  const std::vector<MCMath_850::BetaParamStat>& beta = stats.GetBetaParamStats();
+  const std::vector<MCMath_850::BetaParamStat>& thresholds = stats.GetThresholdStats();
+  const bool ordinal = !thresholds.empty();
+  xml.Open("ParamMatrix");
+  for (std::size_t i = 0; i < params.size() && i < beta.size(); ++i) {
+    if (ordinal && params[i].IsIntercept()) {
+      for (std::size_t j = 0; j < thresholds.size() && j < categories.size(); ++j) {
+        PCell(xml, ParameterName(i), thresholds[j].GetEstimate(), thresholds[j].GetDF(), categories[j]);
+      }
+      continue;
+    }
+    // 0 - b keeps a redundant 0 a plain 0.
+    const double estimate = ordinal ? 0.0 - beta[i].GetEstimate() : beta[i].GetEstimate();
+    PCell(xml, ParameterName(i), estimate, beta[i].GetDF(), std::string());
+  }
+  xml.Close();
+}
+
 }  // namespace
 
 GLMMPMMLWriter::GLMMPMMLWriter(const GLMMSettings& settings, const MCXML_850::MCVarList& varList,
@@ -183,12 +221,14 @@ MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4X
     }
     xml.Close();
 
+    const GLMMTargetSpec& target = s.GetTargetSpec();
+    const bool ordinal = !stats.GetThresholdStats().empty();
     xml.Open("GeneralRegressionModel");
     xml.Attribute("targetVariableName", GLMMDocumentLabels::VarName(varList, s.GetDependent()));
-    xml.Attribute("modelType", "generalLinear");
-    xml.Attribute("functionName", "regression");
+    xml.Attribute("modelType", ordinal ? "ordinalMultinomial" : "generalLinear");
+    xml.Attribute("functionName", ordinal ? "classification" : "regression");
     xml.Attribute("algorithmName", "GLMM");
-    const GLMMTargetSpec& target = s.GetTargetSpec();
+    if (ordinal) xml.Attribute("cumulativeLink", GLMMDocumentLabels::ModelLinkToken(target));
     xml.Attribute("distribution", GLMMDocumentLabels::ModelDistributionToken(target));
     xml.Attribute("linkFunction", GLMMDocumentLabels::ModelLinkToken(target));
     if (target.GetLink() == GLMMConst_850::LINK_POWER) {
@@ -225,7 +265,6 @@ MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4X
     xml.Close();
 
     const std::vector<MCMath_850::MCRegrParameter>& params = stats.GetBetaParameters();
-    const std::vector<MCMath_850::BetaParamStat>& beta = stats.GetBetaParamStats();
     xml.Open("ParameterList");
     for (std::size_t i = 0; i < params.size(); ++i) {
       xml.Open("Parameter");
@@ -270,16 +309,9 @@ MCStatus GLMMPMMLWriter::Write(std::ostream& os, const MCXML_850::MCApplicInfo4X
       xml.Close();
     }
 
-    xml.Open("ParamMatrix");
-    for (std::size_t i = 0; i < params.size() && i < beta.size(); ++i) {
-      if (GLMMXMLWriter::NumberText(beta[i].GetEstimate()).empty()) continue;
-      xml.Open("PCell");
-      xml.Attribute("parameterName", ParameterName(i));
-      xml.Attribute("beta", beta[i].GetEstimate());
-      if (!GLMMXMLWriter::NumberText(beta[i].GetDF()).empty()) xml.Attribute("df", beta[i].GetDF());
-      xml.Close();
-    }
-    xml.Close();
+    std::vector<std::string> categories;
+    for (double value : stats.GetTargetCategories()) categories.push_back(GLMMXMLWriter::NumberText(value));
+    ParamMatrix(xml, stats, categories);
     xml.Finish();
     os.flush();
   } catch (const std::ios_base::failure&) {
