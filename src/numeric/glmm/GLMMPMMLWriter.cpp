@@ -139,7 +139,7 @@ void PCell(GLMMXMLWriter& xml, const std::string& parameter, double estimate, do
   xml.Close();
 }
 
-// The estimates. An ordinal target's model is the standard cumulative form
+// The estimates. An ordinal target's model is PMML's cumulative form
 // link(P(Y <= j)) = theta_j + sum of coefficient times predictor: the
 // intercept's parameter carries one threshold per category it closes, and
 // since the fit's predictor enters as theta_j - x'beta, the coefficients
@@ -158,8 +158,9 @@ void ParamMatrix(GLMMXMLWriter& xml, const GLMMOutputStats& stats, const std::ve
       }
       continue;
     }
-    // 0 - b keeps a redundant 0 a plain 0.
-    const double estimate = ordinal ? 0.0 - beta[i].GetEstimate() : beta[i].GetEstimate();
+    // 0 - b keeps a redundant 0 a plain 0; a missing estimate stays missing.
+    double estimate = beta[i].GetEstimate();
+    if (ordinal && !GLMMXMLWriter::NumberText(estimate).empty()) estimate = 0.0 - estimate;
     PCell(xml, ParameterName(i), estimate, beta[i].GetDF(), std::string());
   }
   xml.Close();
