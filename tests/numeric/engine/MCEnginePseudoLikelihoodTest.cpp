@@ -89,14 +89,8 @@ TEST(MCEnginePseudoLikelihoodTest, TargetsItCannotFitAreRefusedNotFittedAsNormal
   ReadCbpp(c);
   std::vector<MCEngineSettings> refused;
   refused.push_back(GeneralizedSettings(DIST_MULTINOMIAL, true));  // the thresholds are not estimated yet
-  // Laplace is fitted for binomial, Poisson and negative binomial targets only.
-  MCEngineSettings laplace = GeneralizedSettings(DIST_GAMMA, true);
-  MCEngineTarget target = laplace.GetTarget();
-  target.SetFitMethod(FIT_LAPLACE);
-  laplace.SetTarget(target);
-  refused.push_back(laplace);
   MCEngineSettings poissonLogit = GeneralizedSettings(DIST_POISSON, true);
-  target = poissonLogit.GetTarget();
+  MCEngineTarget target = poissonLogit.GetTarget();
   target.SetLink(LINK_LOGIT);
   poissonLogit.SetTarget(target);
   refused.push_back(poissonLogit);

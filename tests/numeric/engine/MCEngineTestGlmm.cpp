@@ -77,4 +77,32 @@ bool HasWarning(const MCEngineResult& result, long code) {
   return false;
 }
 
+MCEngineSettings LikelihoodSettings(TargetDistType dist, GeneralizedFitMethod method, int points) {
+  MCEngineSettings settings = GeneralizedSettings(dist, true);
+  MCEngineTarget target = settings.GetTarget();
+  target.SetFitMethod(method);
+  target.SetQuadraturePoints(points);
+  settings.SetTarget(target);
+  return settings;
+}
+
+void CompareFixedWithReference(const nlohmann::json& ref, const MCEngineTestDesign& design,
+                               const MCEngineResult& result, double constant) {
+  ASSERT_FALSE(ref.is_null());
+  EXPECT_TRUE(Near(result.GetMinus2LogLik() - constant, ref["minus2loglik"].get<double>(), 1e-6));
+  for (std::size_t i = 0; i < ref["columns"].size(); ++i) {
+    const std::string name = ref["columns"][i].get<std::string>();
+    const int col = design.FindColumnName(name);
+    ASSERT_GE(col, 0) << name;
+    const MCEngineBetaStat& b = result.GetBeta()[static_cast<std::size_t>(col)];
+    EXPECT_TRUE(Near(b.GetEstimate(), ref["estimates"][i].get<double>(), kLikelihoodTolerance)) << name;
+    EXPECT_TRUE(Near(b.GetStdError(), ref["std_errors"][i].get<double>(), kLikelihoodTolerance)) << name;
+  }
+  const std::vector<double>& eta = result.GetLinearPredictor();
+  ASSERT_EQ(eta.size(), ref["linear_predictor"].size());
+  for (std::size_t r = 0; r < eta.size(); ++r) {
+    EXPECT_TRUE(Near(eta[r], ref["linear_predictor"][r].get<double>(), kLikelihoodTolerance)) << "record " << r;
+  }
+}
+
 }  // namespace MCEngine_850

@@ -42,4 +42,16 @@ void ReadEpil(MCEngineTestGlmm& c, const std::vector<std::string>& terms);
 nlohmann::json ReadGlmmReference(const std::string& fixture, const std::string& fit);
 bool HasWarning(const MCEngineResult& result, long code);
 
+// Likelihood fits agree with their R references to this relative tolerance
+// in estimates and standard errors; the difference derivatives limit it.
+constexpr double kLikelihoodTolerance = 1e-4;
+// Settings of a generalized target with its default link, fitted by its
+// likelihood.
+MCEngineSettings LikelihoodSettings(GLMMConst_850::TargetDistType dist, GLMMConst_850::GeneralizedFitMethod method,
+                                    int points = 1);
+// -2 log likelihood (less `constant`), the fixed estimates and standard
+// errors by column name, and each record's linear predictor.
+void CompareFixedWithReference(const nlohmann::json& ref, const MCEngineTestDesign& design,
+                               const MCEngineResult& result, double constant = 0.0);
+
 }  // namespace MCEngine_850

@@ -17,6 +17,12 @@
 #             binomial (Var = mu + mu^2 / k, k estimated), by glmmTMB's
 #             nbinom2, with k and its standard error (the delta method from
 #             glmmTMB's log k)
+#   sleepstudy: Reaction ~ Days + (1 | Subject) and + (Days | Subject),
+#             gamma with a log link by glmmTMB (Var = phi mu^2, phi the
+#             dispersion, 1 / glmmTMB's shape); and (1 | Subject) inverse
+#             Gaussian with a log link (Var = phi mu^3), which glmmTMB does
+#             not fit, by a direct Laplace approximation written here and
+#             checked against glmmTMB's gamma fit first
 # on the data the pseudo-likelihood reference uses. For every fit: -2 log
 # likelihood, the fixed estimates and their standard errors (glmer's vcov,
 # from the Hessian of the deviance in the covariance and fixed parameters
@@ -132,6 +138,115 @@ epil_negbin <- list(
   shape = nb_shape, shape_se = nb_shape * nb_fixed[rownames(nb_fixed) == "betad", 2],
   linear_predictor = unname(predict(epil_nb, type = "link")))
 
+# Distributions with a scale of their own: gamma (Var = phi mu^2, glmmTMB's
+# Gamma with shape 1 / phi) and inverse Gaussian (Var = phi mu^3), both with
+# a log link, on sleepstudy's reaction times.
+sleep <- read_data("sleepstudy.csv", "Subject", dir = data_dir)
+gamma_tmb <- glmmTMB(Reaction ~ Days + (1 | Subject), family = Gamma(link = "log"), data = sleep,
+                     control = tmb_control)
+gamma_slope_tmb <- glmmTMB(Reaction ~ Days + (Days | Subject), family = Gamma(link = "log"), data = sleep,
+                           control = tmb_control)
+
+# glmmTMB's fit in the engine's terms: the dispersion phi = 1 / shape is
+# sigma^2, its standard error phi times that of glmmTMB's log shape.
+describe_scaled_tmb <- function(fit, factors) {
+  fixed <- summary(fit$sdr, "fixed")
+  vc <- VarCorr(fit)$cond[[1]]
+  phi <- sigma(fit)^2
+  X <- getME(fit, "X")
+  labels <- attr(terms(formula(fit, fixed.only = TRUE)), "term.labels")
+  assign <- attr(X, "assign")
+  # A random slope's block has no single variance's standard error here.
+  Filter(Negate(is.null), list(columns = I(vapply(seq_len(ncol(X)), function(j) {
+         canonical_name(colnames(X)[j], if (assign[j] == 0) "" else labels[assign[j]], factors)
+       }, "")),
+       minus2loglik = -2 * as.numeric(logLik(fit)), estimates = I(unname(fixef(fit)$cond)),
+       std_errors = I(unname(sqrt(diag(vcov(fit)$cond)))),
+       random_covariance = if (nrow(vc) == 1) vc[1, 1] else c(vc[1, 1], vc[2, 1], vc[2, 2]),
+       random_variance_se = if (nrow(vc) == 1) 2 * vc[1, 1] * fixed[rownames(fixed) == "theta", 2] else NULL,
+       dispersion = phi, dispersion_se = phi * fixed[rownames(fixed) == "betad", 2],
+       linear_predictor = unname(predict(fit, type = "link"))))
+}
+
+# An independent Laplace approximation for one random intercept per subject
+# and a log link: each subject's mode of u (b = sigma u) by Newton steps on
+# g(u) = -log p(y | u) + u^2 / 2, and -2 log L = sum over subjects of
+# 2 g(u) + log g''(u) at the mode, with the family's analytic score and
+# curvature in eta. Optimised over (beta, log sigma, log phi) by nlminb.
+scaled_families <- list(
+  gamma = list(
+    logp = function(y, mu, phi) dgamma(y, shape = 1 / phi, scale = mu * phi, log = TRUE),
+    d1 = function(y, mu, phi) (y / mu - 1) / phi,
+    d2 = function(y, mu, phi) -y / (mu * phi)),
+  igauss = list(
+    logp = function(y, mu, phi) -0.5 * (log(2 * pi * phi * y^3) + (y - mu)^2 / (phi * mu^2 * y)),
+    d1 = function(y, mu, phi) (y - mu) / (phi * mu^2),
+    d2 = function(y, mu, phi) (mu - 2 * y) / (phi * mu^2)))
+
+laplace_deviance <- function(fam, y, X, subject, beta, sigma, phi, modes = FALSE) {
+  fixed <- drop(X %*% beta)
+  total <- 0
+  u_all <- numeric(0)
+  for (s in split(seq_along(y), subject)) {
+    u <- 0
+    for (it in 1:100) {
+      mu <- exp(fixed[s] + sigma * u)
+      grad <- -sigma * sum(fam$d1(y[s], mu, phi)) + u
+      curv <- -sigma^2 * sum(fam$d2(y[s], mu, phi)) + 1
+      step <- grad / curv
+      u <- u - step
+      if (abs(step) < 1e-13) break
+    }
+    mu <- exp(fixed[s] + sigma * u)
+    curv <- -sigma^2 * sum(fam$d2(y[s], mu, phi)) + 1
+    total <- total - 2 * sum(fam$logp(y[s], mu, phi)) + u^2 + log(curv)
+    u_all <- c(u_all, rep(sigma * u, length(s)))
+  }
+  if (modes) return(u_all)
+  total
+}
+
+# The fit: estimates, -2 log L, and the standard errors from the Hessian
+# over (beta, sigma^2, phi), the scales the engine reports on.
+laplace_fit <- function(fam, y, X, subject, start) {
+  dev <- function(p) laplace_deviance(fam, y, X, subject, p[seq_len(ncol(X))], exp(p[ncol(X) + 1]),
+                                      exp(p[ncol(X) + 2]))
+  opt <- nlminb(start, dev, control = list(rel.tol = 1e-14, x.tol = 1e-14, iter.max = 10000, eval.max = 10000))
+  # Restarted once from there: at this tolerance nlminb may stop with a
+  # singular convergence short of the optimum.
+  opt <- nlminb(opt$par, dev, control = list(rel.tol = 1e-14, x.tol = 1e-14, iter.max = 10000, eval.max = 10000))
+  p <- opt$par
+  k <- ncol(X)
+  natural <- c(p[seq_len(k)], exp(2 * p[k + 1]), exp(p[k + 2]))
+  H <- hessian(function(q) laplace_deviance(fam, y, X, subject, q[seq_len(k)], sqrt(q[k + 1]), q[k + 2]), natural,
+               method.args = list(eps = 1e-4, d = 0.01, zero.tol = 1e-12, r = 4, v = 2))
+  se <- sqrt(diag(2 * solve(H)))
+  order <- unlist(split(seq_along(y), subject))
+  eta <- numeric(length(y))
+  eta[order] <- drop(X %*% p[seq_len(k)])[order] +
+    laplace_deviance(fam, y, X, subject, p[seq_len(k)], exp(p[k + 1]), exp(p[k + 2]), modes = TRUE)
+  list(minus2loglik = opt$objective, estimates = I(p[seq_len(k)]), std_errors = I(se[seq_len(k)]),
+       random_covariance = natural[k + 1], random_variance_se = se[k + 1],
+       dispersion = natural[k + 2], dispersion_se = se[k + 2], linear_predictor = eta)
+}
+
+sleep_X <- cbind(1, sleep$Days)
+sleep_gamma <- describe_scaled_tmb(gamma_tmb, "Subject")
+sleep_gamma_direct <- laplace_fit(scaled_families$gamma, sleep$Reaction, sleep_X, sleep$Subject,
+                                  c(5.5, 0, log(0.1), log(0.01)))
+# The direct approximation is checked on the gamma fit glmmTMB makes.
+for (name in c("minus2loglik", "estimates", "std_errors", "random_covariance", "random_variance_se",
+               "dispersion", "dispersion_se", "linear_predictor")) {
+  stopifnot(isTRUE(all.equal(as.numeric(sleep_gamma[[name]]), as.numeric(sleep_gamma_direct[[name]]),
+                             tolerance = 1e-5)))
+}
+sleep_igauss <- c(list(columns = I(c("Intercept", "Days"))),
+                  laplace_fit(scaled_families$igauss, sleep$Reaction, sleep_X, sleep$Subject,
+                              # From the gamma fit: Var = phi mu^2 is
+                              # (phi / mu) mu^3 at the mean reaction time.
+                              c(sleep_gamma$estimates, log(sleep_gamma$random_covariance) / 2,
+                                log(sleep_gamma$dispersion / mean(sleep$Reaction)))))
+
 # With more than one quadrature point glmer's deviance leaves out the
 # saturated model's log likelihood (it sums deviance residuals); adding it
 # back gives -2 log likelihood with all its constants, as the Laplace fit
@@ -150,7 +265,10 @@ out <- list(
                             random_covariance = c(S[1, 1], S[2, 1], S[2, 2])),
   grouseticks_laplace = several(grouse_fit, c("BROOD", "LOCATION", "YEAR"), c("BROOD", "LOCATION")),
   cbpp_crossed_laplace = several(cbpp_crossed, c("herd", "period"), c("herd", "period")),
-  epil_negbin_laplace = epil_negbin)
+  epil_negbin_laplace = epil_negbin,
+  sleepstudy_gamma_laplace = sleep_gamma,
+  sleepstudy_gamma_slope_laplace = describe_scaled_tmb(gamma_slope_tmb, "Subject"),
+  sleepstudy_igauss_laplace = sleep_igauss)
 # The standard errors of the fixed estimates do not depend on how the
 # covariance parameter is written.
 for (fit in out[1:4]) stopifnot(isTRUE(all.equal(fit$std_errors, fit$std_errors_from_variance_hessian, tolerance = 1e-4)))

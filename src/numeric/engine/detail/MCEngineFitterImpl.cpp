@@ -626,8 +626,10 @@ void MCEngineFitterImpl::ReplaceEstimates(const MCEngineInput& input, const Eige
   Eigen::VectorXd scaledTheta = theta;
   for (int k = 0; k < K; ++k) scaledTheta[k] /= std::pow(c2, fModel.GetScalePower(k));
   Eigen::MatrixXd scaledAsy = asy;
-  for (int a = 0; a < static_cast<int>(freeSet.size()); ++a) {
-    for (int b = 0; b < static_cast<int>(freeSet.size()); ++b) {
+  // Without a positive definite Hessian there is no asymptotic covariance.
+  const int nAsy = asy.rows() == static_cast<Eigen::Index>(freeSet.size()) ? static_cast<int>(freeSet.size()) : 0;
+  for (int a = 0; a < nAsy; ++a) {
+    for (int b = 0; b < nAsy; ++b) {
       scaledAsy(a, b) /= std::pow(c2, fModel.GetScalePower(freeSet[U(a)]) + fModel.GetScalePower(freeSet[U(b)]));
     }
   }

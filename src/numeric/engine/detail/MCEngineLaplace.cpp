@@ -29,9 +29,15 @@ constexpr double kDecreaseTolerance = 1e-9;
 constexpr int kMaxIterations = 100;
 // The difference step of a parameter, relative to its size beyond 1.
 constexpr double kRelativeStep = 1e-3;
+// A covariance parameter this close to its bound, relative to its size
+// beyond 1, is on the bound.
+constexpr double kOnBound = 1e-8;
 // The most random effects integrated jointly (in one group of records tied
 // by their subjects).
 constexpr int kMaxJointEffects = 1000;
+// The interval a distribution's own scale is estimated in.
+constexpr double kMinScale = 1e-12;
+constexpr double kMaxScale = 1e12;
 
 // Nodes and weights of n-point Gauss-Hermite quadrature against the
 // standard normal density: the eigenvalues of the Jacobi matrix of the
@@ -69,7 +75,14 @@ bool MCEngineLaplace::CanFit(const MCEngineInput& input, const MCEngineSettings&
   // start, can fit.
   if (!MCEnginePseudoLikelihood::CanFit(input, StartSettings(settings))) return false;
   const TargetDistType dist = target.GetDistribution();
-  if (dist != DIST_BINOMIAL && dist != DIST_POISSON && dist != DIST_NEGBIN) return false;
+  if (dist != DIST_BINOMIAL && dist != DIST_POISSON && dist != DIST_NEGBIN && dist != DIST_GAMMA &&
+      dist != DIST_IGAUSS) {
+    return false;
+  }
+  // A scale of the distribution's own is one residual variance, not a
+  // residual structure.
+  const MCEngineCovType residual = input.GetResidualBlock().GetCovType();
+  if (residual != MCEngineCovType::ID && residual != MCEngineCovType::VC) return false;
   // No sandwich is defined for the likelihood fit yet; the model-based
   // covariance is not given in its place.
   if (settings.GetRobustCovariance()) return false;
@@ -112,11 +125,23 @@ bool MCEngineLaplace::Setup(const MCEngineFitterImpl& fitter, const MCEnginePseu
     fvThetaStart.push_back(fNTheta);
     fNTheta += fvStructures.back()->GetNParams();
   }
-  if (fNTheta != fitter.GetModel().GetNParams() || fNTheta != result.GetNCovParams()) return false;
   fFamily = start.GetFamily();
-  fNExtra = fFamily.GetType() == GLMMConst_850::DIST_NEGBIN ? 1 : 0;
+  fbScaleEstimated = !fFamily.IsScaleFixed();
+  // The working model's residual variance is the scale where the
+  // distribution has one: its last covariance parameter.
+  const int nModel = fNTheta + (fbScaleEstimated ? 1 : 0);
+  if (nModel != fitter.GetModel().GetNParams() || nModel != result.GetNCovParams()) return false;
+  if (fbScaleEstimated && result.GetCovParams().back().GetBlock() >= 0) return false;
+  fNExtra = fFamily.GetType() == GLMMConst_850::DIST_NEGBIN || fbScaleEstimated ? 1 : 0;
   fPhi.resize(I(fNFixed + fNTheta + fNExtra));
-  if (HasLogShape()) fPhi[fPhi.size() - 1] = std::log(fFamily.GetShape());
+  fScale = 1.0;
+  if (fbScaleEstimated) {
+    fScale = result.GetCovParams().back().GetEstimate();
+    if (!(fScale > 0.0) || !std::isfinite(fScale)) return false;
+    fPhi[fPhi.size() - 1] = std::log(fScale);
+  } else if (HasLogShape()) {
+    fPhi[fPhi.size() - 1] = std::log(fFamily.GetShape());
+  }
   fLower.resize(I(fNTheta));
   fUpper.resize(I(fNTheta));
   for (int i = 0; i < fNFixed; ++i) fPhi[I(i)] = result.GetBeta()[U(fvKept[U(i)])].GetEstimate();
@@ -127,7 +152,28 @@ bool MCEngineLaplace::Setup(const MCEngineFitterImpl& fitter, const MCEnginePseu
       fvStructures[U(b)]->GetBounds(k, fLower[I(t)], fUpper[I(t)]);
     }
   }
+  SetupStepSizes();
   return SetupGroups(start);
+}
+
+void MCEngineLaplace::SetupStepSizes() {
+  fvStepSize.assign(U(fNFixed + fNTheta + fNExtra), 1.0);
+  for (int b = 0; b < static_cast<int>(fvStructures.size()); ++b) {
+    const MCCovStructure& s = *fvStructures[U(b)];
+    double largest = 0.0;
+    for (int k = 0; k < s.GetNParams(); ++k) {
+      if (s.GetParamKind(k) == MCEngineCovParam::kVariance) {
+        largest = std::max(largest, fPhi[I(fNFixed + fvThetaStart[U(b)] + k)]);
+      }
+    }
+    if (!(largest > 0.0)) continue;
+    for (int k = 0; k < s.GetNParams(); ++k) {
+      const MCEngineCovParam::Kind kind = s.GetParamKind(k);
+      if (kind == MCEngineCovParam::kVariance || kind == MCEngineCovParam::kCovariance) {
+        fvStepSize[U(fNFixed + fvThetaStart[U(b)] + k)] = std::min(largest, 1.0);
+      }
+    }
+  }
 }
 
 int MCEngineLaplace::SubjectOf(const MCEngineInput& input, int block, int r) {
@@ -264,12 +310,13 @@ double MCEngineLaplace::PenalisedDeviance(const Group& g, const Eigen::VectorXd&
     const int r = g.fvRecords[U(i)];
     const double freq = freqs.empty() ? 1.0 : freqs[U(r)];
     const double mu = link.Mu(eta[I(i)]);
-    deviance -= 2.0 * freq * family.LogLikelihood(y[U(r)], mu, prior[U(r)], 1.0);
+    deviance -= 2.0 * freq * family.LogLikelihood(y[U(r)], mu, prior[U(r)], fScale);
     if (!info || u.size() == 0) continue;
     const double d = link.DMuDEta(eta[I(i)]);
     const double v = family.Variance(mu);
-    const double w = freq * prior[U(r)] * (observed ? ObservedWeight(y[U(r)], eta[I(i)]) : d * d / v);
-    const double s = freq * prior[U(r)] * (y[U(r)] - mu) * d / v;
+    const double weight = freq * prior[U(r)] / fScale;
+    const double w = weight * (observed ? ObservedWeight(y[U(r)], eta[I(i)]) : d * d / v);
+    const double s = weight * (y[U(r)] - mu) * d / v;
     for (std::size_t b = 0; b < A.size(); ++b) {
       const Eigen::Index fb = I(g.fvFirst[b][U(i)]);
       const auto ab = A[b].row(I(i)).transpose();
@@ -357,7 +404,10 @@ double MCEngineLaplace::ObservedWeight(double y, double eta) const {
 double MCEngineLaplace::Evaluate(const Eigen::VectorXd& phi, bool keepModes) {
   std::vector<Eigen::MatrixXd> lambda;
   if (!Factor(phi.segment(I(fNFixed), I(fNTheta)), lambda)) return kInfinity;
-  if (HasLogShape()) {
+  if (fbScaleEstimated) {
+    fScale = std::exp(phi[phi.size() - 1]);
+    if (!(fScale >= kMinScale && fScale <= kMaxScale)) return kInfinity;
+  } else if (HasLogShape()) {
     const double shape = std::exp(phi[phi.size() - 1]);
     if (!(shape >= MCEngineFamily::kMinShape && shape <= MCEngineFamily::kMaxShape)) return kInfinity;
     fFamily.SetShape(shape);
@@ -390,17 +440,24 @@ double MCEngineLaplace::Evaluate(const Eigen::VectorXd& phi, bool keepModes) {
 double MCEngineLaplace::Deviance(const Eigen::VectorXd& phi) { return Evaluate(phi, false); }
 
 double MCEngineLaplace::Step(int k, const Eigen::VectorXd& phi) const {
-  return kRelativeStep * std::max(std::fabs(phi[I(k)]), 1.0);
+  const double h = kRelativeStep * std::max(std::fabs(phi[I(k)]), fvStepSize[U(k)]);
+  // A covariance parameter closer to its bound than that (a small
+  // variance) takes a step relative to its distance from the bound, so that
+  // the differences stay inside the bounds and resolve it.
+  const double distance = DistanceToBound(k, phi);
+  return distance < h ? kRelativeStep * distance : h;
+}
+
+double MCEngineLaplace::DistanceToBound(int k, const Eigen::VectorXd& phi) const {
+  if (k < fNFixed || k >= fNFixed + fNTheta) return kInfinity;
+  const int t = k - fNFixed;
+  return std::min(phi[I(k)] - fLower[I(t)], fUpper[I(t)] - phi[I(k)]);
 }
 
 std::vector<int> MCEngineLaplace::FreeParameters(const Eigen::VectorXd& phi) const {
   std::vector<int> free;
   for (int k = 0; k < fNFixed + fNTheta + fNExtra; ++k) {
-    if (k >= fNFixed && k < fNFixed + fNTheta) {
-      const int t = k - fNFixed;
-      const double h = Step(k, phi);
-      if (phi[I(k)] - h < fLower[I(t)] || phi[I(k)] + h > fUpper[I(t)]) continue;
-    }
+    if (DistanceToBound(k, phi) <= kOnBound * std::max(std::fabs(phi[I(k)]), 1.0)) continue;
     free.push_back(k);
   }
   return free;
@@ -437,7 +494,7 @@ MCEngineStatus MCEngineLaplace::Optimise() {
   fbConverged = false;
   for (fIterations = 1; fIterations <= kMaxIterations; ++fIterations) {
     const std::vector<int> free = FreeParameters(fPhi);
-    // A covariance parameter within a step of its bound is held at it.
+    // A covariance parameter on its bound is held there.
     for (int k = fNFixed; k < fNFixed + fNTheta; ++k) {
       if (std::find(free.begin(), free.end(), k) != free.end()) continue;
       const int t = k - fNFixed;
@@ -520,20 +577,28 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
   if (HasLogShape()) start.SetShape(Shape());
   status = start.FitWorkingAt(fitter, LinearPredictor());
   if (status.IsError()) return status;
-  if (fitter.GetModel().GetNParams() != fNTheta) {
+  // The working model's covariance parameters: theta, then the scale
+  // where the distribution has one (its residual variance).
+  const int nModel = fNTheta + (fbScaleEstimated ? 1 : 0);
+  if (fitter.GetModel().GetNParams() != nModel) {
     return MCEngineStatus(MCEngineStatus::kPostEstimationFailed, MCEngineStatus::kError);
   }
   const int P = fInput.GetNColumns();
   Eigen::VectorXd beta = Eigen::VectorXd::Zero(I(P));
   Eigen::MatrixXd C = Eigen::MatrixXd::Zero(I(P), I(P));
-  Eigen::VectorXd theta = fPhi.segment(I(fNFixed), I(fNTheta));
-  std::vector<bool> onBound(U(fNTheta), true);
+  Eigen::VectorXd theta(I(nModel));
+  theta.head(I(fNTheta)) = fPhi.segment(I(fNFixed), I(fNTheta));
+  if (fbScaleEstimated) theta[I(fNTheta)] = fScale;
+  std::vector<bool> onBound(U(nModel), true);
   std::vector<int> freeTheta;  // positions in `free` of the free covariance parameters
+  std::vector<double> jacobian;  // d parameter / d what was fitted, by free parameter
   for (int a = 0; a < static_cast<int>(free.size()); ++a) {
-    if (free[U(a)] >= fNFixed && free[U(a)] < fNFixed + fNTheta) {
-      onBound[U(free[U(a)] - fNFixed)] = false;
-      freeTheta.push_back(a);
-    }
+    const int k = free[U(a)] - fNFixed;
+    if (k < 0 || k >= nModel) continue;
+    onBound[U(k)] = false;
+    freeTheta.push_back(a);
+    // The scale was fitted on the log scale: the delta method.
+    jacobian.push_back(k < fNTheta ? 1.0 : fScale);
   }
   for (int j = 0; j < fNFixed; ++j) beta[I(fvKept[U(j)])] = fPhi[I(j)];
   Eigen::MatrixXd asy;
@@ -544,10 +609,12 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
     const int nf = static_cast<int>(freeTheta.size());
     asy.resize(I(nf), I(nf));
     for (int a = 0; a < nf; ++a) {
-      for (int b = 0; b < nf; ++b) asy(I(a), I(b)) = cov(I(freeTheta[U(a)]), I(freeTheta[U(b)]));
+      for (int b = 0; b < nf; ++b) {
+        asy(I(a), I(b)) = jacobian[U(a)] * jacobian[U(b)] * cov(I(freeTheta[U(a)]), I(freeTheta[U(b)]));
+      }
     }
   }
-  fitter.ReplaceEstimates(start.GetWorkingInput(), theta, onBound, asy, beta, C, m2ll, fNExtra);
+  fitter.ReplaceEstimates(start.GetWorkingInput(), theta, onBound, asy, beta, C, m2ll, HasLogShape() ? 1 : 0);
   MCEngineResult& result = fitter.MutableResult();
   result.SetIterations(fIterations);
   result.SetConverged(fbConverged);

@@ -36,8 +36,8 @@ class MCEngineLaplace {
   ~MCEngineLaplace();
 
   // Whether the settings ask for a likelihood fit that the engine can make:
-  // a binomial, Poisson or negative binomial target with a suitable link,
-  // independent residuals, the model-based covariance of the estimates, and
+  // a binomial, Poisson, negative binomial, gamma or inverse Gaussian target
+  // with a suitable link, independent residuals, the model-based covariance of the estimates, and
   // for quadrature one random block with one column.
   static bool CanFit(const MCEngineInput& input, const MCEngineSettings& settings);
   // Whether the settings ask for a likelihood fit at all.
@@ -112,6 +112,14 @@ class MCEngineLaplace {
   std::vector<int> FreeParameters(const Eigen::VectorXd& phi) const;
   MCEngineStatus Optimise();
   double Step(int k, const Eigen::VectorXd& phi) const;
+  // The size below which a parameter's difference step stops shrinking
+  // with it: 1, or for the variances and covariances of a random block
+  // whose variances start below 1 (a log link's small variances), the
+  // largest of them.
+  void SetupStepSizes();
+  // How far a covariance parameter is from its nearer bound; infinite for
+  // the other parameters.
+  double DistanceToBound(int k, const Eigen::VectorXd& phi) const;
   // The linear predictor (offset included) of every record at the modes.
   std::vector<double> LinearPredictor() const;
 
@@ -120,8 +128,9 @@ class MCEngineLaplace {
   const MCEnginePseudoLikelihood* fpStart = nullptr;
   std::vector<std::unique_ptr<MCCovStructure>> fvStructures;  // by block
   std::vector<int> fvThetaStart;                              // by block: its first parameter
-  // The negative binomial's log shape, a free parameter after theta.
-  bool HasLogShape() const { return fNExtra > 0; }
+  // The negative binomial's log shape, or the log of the scale of a
+  // distribution that has one, a free parameter after theta.
+  bool HasLogShape() const { return fNExtra > 0 && !fbScaleEstimated; }
   double Shape() const { return std::exp(fPhi[fPhi.size() - 1]); }
 
   std::vector<int> fvKept;  // columns of X with an estimate
@@ -129,9 +138,12 @@ class MCEngineLaplace {
   int fNTheta = 0;
   int fNExtra = 0;
   MCEngineFamily fFamily;   // the start's, with the shape at the point evaluated
+  bool fbScaleEstimated = false;
+  double fScale = 1.0;      // the distribution's scale at the point evaluated
   Eigen::VectorXd fPhi;     // beta over the kept columns, theta, then the log shape
   Eigen::VectorXd fLower;   // theta's bounds
   Eigen::VectorXd fUpper;
+  std::vector<double> fvStepSize;  // by parameter: see SetupStepSizes
   std::vector<Group> fvGroups;
   Eigen::VectorXd fNodes;   // quadrature nodes and weights for N(0, 1)
   Eigen::VectorXd fWeights;
