@@ -103,6 +103,37 @@ TEST(MCEngineLaplaceScaleTest, InverseGaussianAgreesWithADirectLaplaceApproximat
                              fitter.GetResult());
 }
 
+// The cluster-robust covariance of the fixed estimates over the subjects,
+// against the same sandwich computed in R from each subject's share of a
+// direct Laplace approximation at glmmTMB's estimates.
+TEST(MCEngineLaplaceScaleTest, RobustCovarianceAgreesWithTheSandwichInR) {
+  MCEngineTestGlmm c;
+  ReadSleepstudy(c, {"Intercept"}, MCEngineCovType::VC);
+  MCEngineSettings settings = LogLinkSettings(DIST_GAMMA);
+  MCEngineFitter model;
+  ASSERT_FALSE(model.Fit(c.input, settings).IsError());
+  settings.SetRobustCovariance(true);
+  MCEngineFitter fitter;
+  const MCEngineStatus status = fitter.Fit(c.input, settings);
+  ASSERT_FALSE(status.IsError()) << status.GetCode();
+  const MCEngineResult& result = fitter.GetResult();
+  EXPECT_TRUE(result.IsCovBetaRobust());
+  const nlohmann::json ref = ReadGlmmReference("laplace", "sleepstudy_gamma_laplace");
+  ASSERT_FALSE(ref.is_null());
+  for (std::size_t i = 0; i < ref["columns"].size(); ++i) {
+    const int col = c.design->FindColumnName(ref["columns"][i].get<std::string>());
+    ASSERT_GE(col, 0);
+    const std::size_t j = static_cast<std::size_t>(col);
+    const MCEngineBetaStat& b = result.GetBeta()[j];
+    // The estimates are the likelihood's; only their covariance changes.
+    EXPECT_DOUBLE_EQ(b.GetEstimate(), model.GetResult().GetBeta()[j].GetEstimate());
+    EXPECT_TRUE(Near(b.GetStdError(), ref["robust_std_errors"][i].get<double>(), kLikelihoodTolerance)) << i;
+    // The model-based covariance is kept beside it.
+    const std::size_t P = result.GetBeta().size();
+    EXPECT_DOUBLE_EQ(result.GetModelCovBeta()[j * P + j], model.GetResult().GetCovBeta()[j * P + j]);
+  }
+}
+
 // The scale is one residual variance: a residual structure beside it is
 // refused, not fitted with the structure dropped.
 TEST(MCEngineLaplaceScaleTest, ResidualStructureIsRefused) {

@@ -86,11 +86,19 @@ TEST(MCEngineLaplaceTest, TooManyJointRandomEffectsAreRefused) {
   std::remove(path.c_str());
 }
 
-// The likelihood fit has no sandwich covariance: asking for one is refused,
-// not answered with the model-based covariance.
-TEST(MCEngineLaplaceTest, RobustCovarianceIsRefused) {
+// The sandwich sums over independent groups of records; crossed blocks tie
+// all of cbpp's records into one, and the robust covariance is refused, not
+// answered with the model-based one.
+TEST(MCEngineLaplaceTest, RobustCovarianceNeedsTwoIndependentGroups) {
   MCEngineTestGlmm c;
   ReadCbpp(c);
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"herd", "period"});
+  c.design->SetResponse("incidence");
+  c.design->AddFixedTerm("Intercept");
+  c.design->AddRandomBlock({"Intercept"}, "herd", MCEngineCovType::VC);
+  c.design->AddRandomBlock({"Intercept"}, "period", MCEngineCovType::VC);
+  c.input = c.design->Build();
+  c.input.SetTrials(Column(c.csv, "size"));
   MCEngineSettings settings = LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE);
   settings.SetRobustCovariance(true);
   MCEngineFitter fitter;

@@ -183,9 +183,11 @@ scaled_families <- list(
     d1 = function(y, mu, phi) (y - mu) / (phi * mu^2),
     d2 = function(y, mu, phi) (mu - 2 * y) / (phi * mu^2)))
 
-laplace_deviance <- function(fam, y, X, subject, beta, sigma, phi, modes = FALSE) {
+# `what`: "total" -2 log L, "subjects" each subject's share, "modes" each
+# record's random effect at its subject's mode.
+laplace_deviance <- function(fam, y, X, subject, beta, sigma, phi, what = "total") {
   fixed <- drop(X %*% beta)
-  total <- 0
+  by_subject <- numeric(0)
   u_all <- numeric(0)
   for (s in split(seq_along(y), subject)) {
     u <- 0
@@ -199,12 +201,14 @@ laplace_deviance <- function(fam, y, X, subject, beta, sigma, phi, modes = FALSE
     }
     mu <- exp(fixed[s] + sigma * u)
     curv <- -sigma^2 * sum(fam$d2(y[s], mu, phi)) + 1
-    total <- total - 2 * sum(fam$logp(y[s], mu, phi)) + u^2 + log(curv)
+    by_subject <- c(by_subject, -2 * sum(fam$logp(y[s], mu, phi)) + u^2 + log(curv))
     u_all <- c(u_all, rep(sigma * u, length(s)))
   }
-  if (modes) return(u_all)
-  total
+  switch(what, total = sum(by_subject), subjects = by_subject, modes = u_all)
 }
+
+# Differences wide enough for the modes' own precision.
+laplace_deriv_args <- list(eps = 1e-4, d = 0.01, zero.tol = 1e-12, r = 4, v = 2)
 
 # The fit: estimates, -2 log L, and the standard errors from the Hessian
 # over (beta, sigma^2, phi), the scales the engine reports on.
@@ -219,12 +223,12 @@ laplace_fit <- function(fam, y, X, subject, start) {
   k <- ncol(X)
   natural <- c(p[seq_len(k)], exp(2 * p[k + 1]), exp(p[k + 2]))
   H <- hessian(function(q) laplace_deviance(fam, y, X, subject, q[seq_len(k)], sqrt(q[k + 1]), q[k + 2]), natural,
-               method.args = list(eps = 1e-4, d = 0.01, zero.tol = 1e-12, r = 4, v = 2))
+               method.args = laplace_deriv_args)
   se <- sqrt(diag(2 * solve(H)))
   order <- unlist(split(seq_along(y), subject))
   eta <- numeric(length(y))
   eta[order] <- drop(X %*% p[seq_len(k)])[order] +
-    laplace_deviance(fam, y, X, subject, p[seq_len(k)], exp(p[k + 1]), exp(p[k + 2]), modes = TRUE)
+    laplace_deviance(fam, y, X, subject, p[seq_len(k)], exp(p[k + 1]), exp(p[k + 2]), what = "modes")
   list(minus2loglik = opt$objective, estimates = I(p[seq_len(k)]), std_errors = I(se[seq_len(k)]),
        random_covariance = natural[k + 1], random_variance_se = se[k + 1],
        dispersion = natural[k + 2], dispersion_se = se[k + 2], linear_predictor = eta)
@@ -240,6 +244,25 @@ for (name in c("minus2loglik", "estimates", "std_errors", "random_covariance", "
   stopifnot(isTRUE(all.equal(as.numeric(sleep_gamma[[name]]), as.numeric(sleep_gamma_direct[[name]]),
                              tolerance = 1e-5)))
 }
+# The cluster-robust (sandwich) covariance of the fixed estimates of a
+# likelihood fit: with D_g each subject's share of the Laplace deviance and
+# H the Hessian of their sum over all parameters, H^-1 (sum_g grad D_g
+# grad D_g') H^-1 (the scores and information of the log likelihood are
+# -grad D / 2 and H / 2), its fixed block; the gradients re-find the modes,
+# so they hold the log determinant's dependence on the parameters. At
+# glmmTMB's gamma estimates, by the direct approximation.
+robust_fixed_se <- function(fam, y, X, subject, natural) {
+  k <- ncol(X)
+  dev <- function(q, what) laplace_deviance(fam, y, X, subject, q[seq_len(k)], sqrt(q[k + 1]), q[k + 2], what)
+  H <- hessian(function(q) dev(q, "total"), natural, method.args = laplace_deriv_args)
+  J <- jacobian(function(q) dev(q, "subjects"), natural, method.args = laplace_deriv_args)
+  Hi <- solve(H)
+  sqrt(diag(Hi %*% crossprod(J) %*% Hi))[seq_len(k)]
+}
+sleep_gamma$robust_std_errors <- I(robust_fixed_se(scaled_families$gamma, sleep$Reaction, sleep_X, sleep$Subject,
+                                                   c(sleep_gamma$estimates, sleep_gamma$random_covariance,
+                                                     sleep_gamma$dispersion)))
+
 sleep_igauss <- c(list(columns = I(c("Intercept", "Days"))),
                   laplace_fit(scaled_families$igauss, sleep$Reaction, sleep_X, sleep$Subject,
                               # From the gamma fit: Var = phi mu^2 is

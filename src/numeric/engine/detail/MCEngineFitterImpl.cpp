@@ -616,7 +616,7 @@ void MCEngineFitterImpl::SetTests(const MCEngineInput& input) {
 void MCEngineFitterImpl::ReplaceEstimates(const MCEngineInput& input, const Eigen::VectorXd& theta,
                                           const std::vector<bool>& onBound, const Eigen::MatrixXd& asy,
                                           const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, double m2ll,
-                                          int nOther) {
+                                          int nOther, const Eigen::MatrixXd& robustC) {
   const int K = fModel.GetNParams();
   const double c2 = fData.fYScale * fData.fYScale;
   std::vector<int> freeSet;
@@ -635,9 +635,11 @@ void MCEngineFitterImpl::ReplaceEstimates(const MCEngineInput& input, const Eige
   }
   SetCovParamStatistics(scaledTheta, onBound, freeSet, scaledAsy);
   const Eigen::MatrixXd scaledC = C / c2;
-  fResult.SetCovBetaRobust(false);
+  const bool robust = robustC.size() > 0 && robustC.rows() == C.rows() && robustC.cols() == C.cols();
+  fResult.SetCovBetaRobust(robust);
   fResult.SetModelCovBeta(ToRowMajor(scaledC));
-  SetFixedStatistics(beta / fData.fYScale, scaledC, {}, Eigen::MatrixXd(), fData.fTotalWeight - fData.fRank);
+  SetFixedStatistics(beta / fData.fYScale, robust ? Eigen::MatrixXd(robustC / c2) : scaledC, {}, Eigen::MatrixXd(),
+                     fData.fTotalWeight - fData.fRank);
   fResult.SetMinus2LogLik(m2ll);
   SetInformationCriteria(input, m2ll, static_cast<int>(freeSet.size()) + nOther);
   SetTests(input);

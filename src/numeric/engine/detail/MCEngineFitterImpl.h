@@ -39,10 +39,12 @@ class MCEngineFitterImpl {
   // all columns with their covariance, and -2 log likelihood. Every
   // statistic that follows from them is recomputed; the tests take the
   // residual degrees of freedom. The criteria count `nOther` parameters of
-  // the fit besides these (a distribution's shape).
+  // the fit besides these (a distribution's shape). A robust covariance of
+  // the fixed estimates, when given, takes the model-based C's place in
+  // the statistics, which keeps C as the model-based one.
   void ReplaceEstimates(const MCEngineInput& input, const Eigen::VectorXd& theta, const std::vector<bool>& onBound,
                         const Eigen::MatrixXd& asy, const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
-                        double m2ll, int nOther = 0);
+                        double m2ll, int nOther = 0, const Eigen::MatrixXd& robustC = Eigen::MatrixXd());
   // Whether the estimates are those ReplaceEstimates put in.
   bool HasReplacedEstimates() const { return fbReplaced; }
 

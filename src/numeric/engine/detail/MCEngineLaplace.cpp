@@ -83,9 +83,12 @@ bool MCEngineLaplace::CanFit(const MCEngineInput& input, const MCEngineSettings&
   // residual structure.
   const MCEngineCovType residual = input.GetResidualBlock().GetCovType();
   if (residual != MCEngineCovType::ID && residual != MCEngineCovType::VC) return false;
-  // No sandwich is defined for the likelihood fit yet; the model-based
-  // covariance is not given in its place.
-  if (settings.GetRobustCovariance()) return false;
+  // The sandwich sums over independent groups: with fewer than two (crossed
+  // blocks tie every record) there is none, and the model-based covariance
+  // is not given in its place.
+  if (settings.GetRobustCovariance() && GroupCount(input, std::vector<bool>(U(input.GetNRecords()), true)) < 2) {
+    return false;
+  }
   // Counted over all records, so that a design too big is refused before
   // its start is fitted.
   if (LargestJointEffects(input, std::vector<bool>(U(input.GetNRecords()), true)) > kMaxJointEffects) return false;
@@ -202,6 +205,15 @@ std::vector<int> MCEngineLaplace::GroupRoots(const MCEngineInput& input, const s
   }
   for (int r = 0; r < n; ++r) parent[U(r)] = root(r);
   return parent;
+}
+
+int MCEngineLaplace::GroupCount(const MCEngineInput& input, const std::vector<bool>& used) {
+  const std::vector<int> roots = GroupRoots(input, used);
+  std::set<int> groups;
+  for (int r = 0; r < input.GetNRecords(); ++r) {
+    if (used[U(r)]) groups.insert(roots[U(r)]);
+  }
+  return static_cast<int>(groups.size());
 }
 
 int MCEngineLaplace::LargestJointEffects(const MCEngineInput& input, const std::vector<bool>& used) {
@@ -401,7 +413,8 @@ double MCEngineLaplace::ObservedWeight(double y, double eta) const {
   return d * d / v - (y - mu) * (d2 / v - d * d * dv / (v * v));
 }
 
-double MCEngineLaplace::Evaluate(const Eigen::VectorXd& phi, bool keepModes) {
+double MCEngineLaplace::Evaluate(const Eigen::VectorXd& phi, bool keepModes, std::vector<double>* byGroup) {
+  if (byGroup) byGroup->assign(fvGroups.size(), kInfinity);
   std::vector<Eigen::MatrixXd> lambda;
   if (!Factor(phi.segment(I(fNFixed), I(fNTheta)), lambda)) return kInfinity;
   if (fbScaleEstimated) {
@@ -430,6 +443,7 @@ double MCEngineLaplace::Evaluate(const Eigen::VectorXd& phi, bool keepModes) {
     double deviance = 0.0;
     allFound = GroupDeviance(g, fixedEta, lambda, u, deviance) && allFound;
     if (!std::isfinite(deviance)) return kInfinity;
+    if (byGroup) (*byGroup)[static_cast<std::size_t>(&g - fvGroups.data())] = deviance;
     total += deviance;
     if (keepModes) g.fMode = u;
   }
@@ -540,6 +554,29 @@ MCEngineStatus MCEngineLaplace::Optimise() {
   return MCEngineStatus();
 }
 
+Eigen::MatrixXd MCEngineLaplace::RobustCovariance(const std::vector<int>& free, const Eigen::MatrixXd& cov) {
+  // Each group's gradient of its deviance share, by central differences
+  // that re-find the modes, so that the log determinant's dependence on
+  // the parameters is in it.
+  const int m = static_cast<int>(free.size());
+  Eigen::MatrixXd scores(I(static_cast<int>(fvGroups.size())), I(m));
+  std::vector<double> up, down;
+  for (int a = 0; a < m; ++a) {
+    const double h = Step(free[U(a)], fPhi);
+    Eigen::VectorXd x = fPhi;
+    x[I(free[U(a)])] += h;
+    const double fUp = Evaluate(x, false, &up);
+    x[I(free[U(a)])] -= 2.0 * h;
+    const double fDown = Evaluate(x, false, &down);
+    if (!std::isfinite(fUp) || !std::isfinite(fDown)) return Eigen::MatrixXd();
+    for (std::size_t g = 0; g < fvGroups.size(); ++g) scores(static_cast<Eigen::Index>(g), I(a)) = (up[g] - down[g]) / (2.0 * h);
+  }
+  // The deviance is -2 log L: the log likelihood's scores are -scores / 2
+  // and its information H / 2 = cov^-1.
+  const Eigen::MatrixXd robust = 0.25 * cov * scores.transpose() * scores * cov;
+  return robust.allFinite() ? robust : Eigen::MatrixXd();
+}
+
 std::vector<double> MCEngineLaplace::LinearPredictor() const {
   std::vector<double> eta(U(fInput.GetNRecords()), 0.0);
   std::vector<Eigen::MatrixXd> lambda;
@@ -573,6 +610,14 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
   Eigen::LLT<Eigen::MatrixXd> llt(H);
   const bool havePD = llt.info() == Eigen::Success && llt.matrixLLT().diagonal().minCoeff() > 0.0;
   if (havePD) cov = 2.0 * llt.solve(Eigen::MatrixXd::Identity(H.rows(), H.cols()));
+  Eigen::MatrixXd robust;
+  if (fSettings.GetRobustCovariance()) {
+    if (fvGroups.size() < 2) return MCEngineStatus(MCEngineStatus::kGeneralizedUnavailable, MCEngineStatus::kError);
+    if (havePD) {
+      robust = RobustCovariance(free, cov);
+      if (robust.size() == 0) return MCEngineStatus(MCEngineStatus::kPostEstimationFailed, MCEngineStatus::kError);
+    }
+  }
 
   if (HasLogShape()) start.SetShape(Shape());
   status = start.FitWorkingAt(fitter, LinearPredictor());
@@ -602,9 +647,14 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
   }
   for (int j = 0; j < fNFixed; ++j) beta[I(fvKept[U(j)])] = fPhi[I(j)];
   Eigen::MatrixXd asy;
+  Eigen::MatrixXd robustC;
+  if (robust.size() > 0) robustC = Eigen::MatrixXd::Zero(I(P), I(P));
   if (havePD) {
     for (int i = 0; i < fNFixed; ++i) {
-      for (int j = 0; j < fNFixed; ++j) C(I(fvKept[U(i)]), I(fvKept[U(j)])) = cov(I(i), I(j));
+      for (int j = 0; j < fNFixed; ++j) {
+        C(I(fvKept[U(i)]), I(fvKept[U(j)])) = cov(I(i), I(j));
+        if (robust.size() > 0) robustC(I(fvKept[U(i)]), I(fvKept[U(j)])) = robust(I(i), I(j));
+      }
     }
     const int nf = static_cast<int>(freeTheta.size());
     asy.resize(I(nf), I(nf));
@@ -614,7 +664,8 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
       }
     }
   }
-  fitter.ReplaceEstimates(start.GetWorkingInput(), theta, onBound, asy, beta, C, m2ll, HasLogShape() ? 1 : 0);
+  fitter.ReplaceEstimates(start.GetWorkingInput(), theta, onBound, asy, beta, C, m2ll, HasLogShape() ? 1 : 0,
+                          robustC);
   MCEngineResult& result = fitter.MutableResult();
   result.SetIterations(fIterations);
   result.SetConverged(fbConverged);

@@ -37,8 +37,9 @@ class MCEngineLaplace {
 
   // Whether the settings ask for a likelihood fit that the engine can make:
   // a binomial, Poisson, negative binomial, gamma or inverse Gaussian target
-  // with a suitable link, independent residuals, the model-based covariance of the estimates, and
-  // for quadrature one random block with one column.
+  // with a suitable link, independent residuals, the model-based covariance
+  // of the estimates or a robust one over at least two independent groups,
+  // and for quadrature one random block with one column.
   static bool CanFit(const MCEngineInput& input, const MCEngineSettings& settings);
   // Whether the settings ask for a likelihood fit at all.
   static bool IsAsked(const MCEngineSettings& settings);
@@ -79,6 +80,8 @@ class MCEngineLaplace {
   static int SubjectOf(const MCEngineInput& input, int block, int r);
   // Each used record's group, named by one of its records.
   static std::vector<int> GroupRoots(const MCEngineInput& input, const std::vector<bool>& used);
+  // The number of groups the used records form.
+  static int GroupCount(const MCEngineInput& input, const std::vector<bool>& used);
   // The most random effects of one group.
   static int LargestJointEffects(const MCEngineInput& input, const std::vector<bool>& used);
   // By block, Lambda with Lambda Lambda' = G(theta); false when a G is not
@@ -105,7 +108,13 @@ class MCEngineLaplace {
   // The group's contribution to -2 log L at its mode, found from u.
   bool GroupDeviance(const Group& g, const Eigen::VectorXd& fixedEta, const std::vector<Eigen::MatrixXd>& lambda,
                      Eigen::VectorXd& u, double& deviance) const;
-  double Evaluate(const Eigen::VectorXd& phi, bool keepModes);
+  // -2 log L at phi; with `byGroup`, each group's share of it.
+  double Evaluate(const Eigen::VectorXd& phi, bool keepModes, std::vector<double>* byGroup = nullptr);
+  // The cluster-robust covariance over the free parameters, H^-1 (sum over
+  // groups of s_g s_g') H^-1 with s_g the gradient of the group's deviance
+  // share and H the deviance's Hessian, from `cov` = 2 H^-1; empty when a
+  // gradient cannot be evaluated.
+  Eigen::MatrixXd RobustCovariance(const std::vector<int>& free, const Eigen::MatrixXd& cov);
   // Gradient and Hessian by central differences over the free parameters.
   void Derivatives(const Eigen::VectorXd& phi, const std::vector<int>& free, Eigen::VectorXd& g,
                    Eigen::MatrixXd& H);
