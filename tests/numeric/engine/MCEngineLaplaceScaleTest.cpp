@@ -68,39 +68,33 @@ void CompareScaledWithReference(const nlohmann::json& ref, const MCEngineTestDes
   EXPECT_NEAR(result.GetAIC(), result.GetMinus2LogLik() + 2.0 * count, 1e-9);
 }
 
+// Fits sleepstudy with the random block and log link given and compares
+// the fit with a reference of laplace.json.
+void FitAndCompare(const std::vector<std::string>& random, MCEngineCovType type, TargetDistType dist,
+                   const std::string& reference) {
+  MCEngineTestGlmm c;
+  ReadSleepstudy(c, random, type);
+  MCEngineFitter fitter;
+  const MCEngineStatus status = fitter.Fit(c.input, LogLinkSettings(dist));
+  ASSERT_FALSE(status.IsError()) << status.GetCode();
+  EXPECT_TRUE(status.IsOK()) << status.GetCode();
+  CompareScaledWithReference(ReadGlmmReference("laplace", reference), *c.design, fitter.GetResult());
+}
+
 }  // namespace
 
 TEST(MCEngineLaplaceScaleTest, GammaAgreesWithGlmmTMB) {
-  MCEngineTestGlmm c;
-  ReadSleepstudy(c, {"Intercept"}, MCEngineCovType::VC);
-  MCEngineFitter fitter;
-  const MCEngineStatus status = fitter.Fit(c.input, LogLinkSettings(DIST_GAMMA));
-  ASSERT_FALSE(status.IsError()) << status.GetCode();
-  EXPECT_TRUE(status.IsOK()) << status.GetCode();
-  CompareScaledWithReference(ReadGlmmReference("laplace", "sleepstudy_gamma_laplace"), *c.design,
-                             fitter.GetResult());
+  FitAndCompare({"Intercept"}, MCEngineCovType::VC, DIST_GAMMA, "sleepstudy_gamma_laplace");
 }
 
 TEST(MCEngineLaplaceScaleTest, GammaWithACorrelatedRandomSlopeAgreesWithGlmmTMB) {
-  MCEngineTestGlmm c;
-  ReadSleepstudy(c, {"Intercept", "Days"}, MCEngineCovType::UN);
-  MCEngineFitter fitter;
-  const MCEngineStatus status = fitter.Fit(c.input, LogLinkSettings(DIST_GAMMA));
-  ASSERT_FALSE(status.IsError()) << status.GetCode();
-  CompareScaledWithReference(ReadGlmmReference("laplace", "sleepstudy_gamma_slope_laplace"), *c.design,
-                             fitter.GetResult());
+  FitAndCompare({"Intercept", "Days"}, MCEngineCovType::UN, DIST_GAMMA, "sleepstudy_gamma_slope_laplace");
 }
 
 // No R package fits this family by Laplace; the reference script holds a
 // direct Laplace approximation, checked there against glmmTMB's gamma fit.
 TEST(MCEngineLaplaceScaleTest, InverseGaussianAgreesWithADirectLaplaceApproximation) {
-  MCEngineTestGlmm c;
-  ReadSleepstudy(c, {"Intercept"}, MCEngineCovType::VC);
-  MCEngineFitter fitter;
-  const MCEngineStatus status = fitter.Fit(c.input, LogLinkSettings(DIST_IGAUSS));
-  ASSERT_FALSE(status.IsError()) << status.GetCode();
-  CompareScaledWithReference(ReadGlmmReference("laplace", "sleepstudy_igauss_laplace"), *c.design,
-                             fitter.GetResult());
+  FitAndCompare({"Intercept"}, MCEngineCovType::VC, DIST_IGAUSS, "sleepstudy_igauss_laplace");
 }
 
 // The cluster-robust covariance of the fixed estimates over the subjects,

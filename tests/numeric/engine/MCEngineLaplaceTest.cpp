@@ -28,6 +28,19 @@ void CompareWithGlmer(const nlohmann::json& ref, const MCEngineTestDesign& desig
   EXPECT_TRUE(Near(variance.GetStdError(), ref["random_variance_se"].get<double>(), 1e-3));
 }
 
+// cbpp's herds crossed with its periods, each a random intercept, and the
+// intercept fixed.
+void ReadCbppCrossed(MCEngineTestGlmm& c) {
+  ReadCbpp(c);
+  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"herd", "period"});
+  c.design->SetResponse("incidence");
+  c.design->AddFixedTerm("Intercept");
+  c.design->AddRandomBlock({"Intercept"}, "herd", MCEngineCovType::VC);
+  c.design->AddRandomBlock({"Intercept"}, "period", MCEngineCovType::VC);
+  c.input = c.design->Build();
+  c.input.SetTrials(Column(c.csv, "size"));
+}
+
 }  // namespace
 
 TEST(MCEngineLaplaceTest, CbppEventsOutOfTrialsAgreeWithGlmer) {
@@ -91,14 +104,7 @@ TEST(MCEngineLaplaceTest, TooManyJointRandomEffectsAreRefused) {
 // answered with the model-based one.
 TEST(MCEngineLaplaceTest, RobustCovarianceNeedsTwoIndependentGroups) {
   MCEngineTestGlmm c;
-  ReadCbpp(c);
-  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"herd", "period"});
-  c.design->SetResponse("incidence");
-  c.design->AddFixedTerm("Intercept");
-  c.design->AddRandomBlock({"Intercept"}, "herd", MCEngineCovType::VC);
-  c.design->AddRandomBlock({"Intercept"}, "period", MCEngineCovType::VC);
-  c.input = c.design->Build();
-  c.input.SetTrials(Column(c.csv, "size"));
+  ReadCbppCrossed(c);
   MCEngineSettings settings = LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE);
   settings.SetRobustCovariance(true);
   MCEngineFitter fitter;
@@ -194,14 +200,7 @@ TEST(MCEngineLaplaceTest, NestedRandomBlocksAgreeWithGlmer) {
 // random effects are integrated jointly.
 TEST(MCEngineLaplaceTest, CrossedRandomBlocksAgreeWithGlmer) {
   MCEngineTestGlmm c;
-  ReadCbpp(c);
-  c.design = std::make_unique<MCEngineTestDesign>(c.csv, std::set<std::string>{"herd", "period"});
-  c.design->SetResponse("incidence");
-  c.design->AddFixedTerm("Intercept");
-  c.design->AddRandomBlock({"Intercept"}, "herd", MCEngineCovType::VC);
-  c.design->AddRandomBlock({"Intercept"}, "period", MCEngineCovType::VC);
-  c.input = c.design->Build();
-  c.input.SetTrials(Column(c.csv, "size"));
+  ReadCbppCrossed(c);
   MCEngineFitter fitter;
   const MCEngineStatus status = fitter.Fit(c.input, LikelihoodSettings(DIST_BINOMIAL, FIT_LAPLACE));
   ASSERT_FALSE(status.IsError()) << status.GetCode();

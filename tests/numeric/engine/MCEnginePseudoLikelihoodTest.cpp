@@ -27,15 +27,7 @@ nlohmann::json ReadReference(const std::string& fit) { return ReadGlmmReference(
 // variance, and the deviance and Pearson statistic at the conditional means.
 void CompareWithReference(const nlohmann::json& ref, const MCEngineTestDesign& design, const MCEngineResult& result,
                           double tolerance) {
-  ASSERT_FALSE(ref.is_null());
-  for (std::size_t i = 0; i < ref["columns"].size(); ++i) {
-    const std::string name = ref["columns"][i].get<std::string>();
-    const int col = design.FindColumnName(name);
-    ASSERT_GE(col, 0) << name;
-    const MCEngineBetaStat& b = result.GetBeta()[static_cast<std::size_t>(col)];
-    EXPECT_TRUE(Near(b.GetEstimate(), ref["estimates"][i].get<double>(), tolerance)) << name;
-    EXPECT_TRUE(Near(b.GetStdError(), ref["std_errors"][i].get<double>(), tolerance)) << name;
-  }
+  CompareFixedEstimates(ref, design, result, tolerance);
   ASSERT_EQ(result.GetCovParams().size(), 1u);  // the fixed scale is no parameter
   EXPECT_TRUE(Near(result.GetCovParams()[0].GetEstimate(),
                                         ref["random_variance"].get<double>(), tolerance));

@@ -49,6 +49,9 @@ constexpr double kLikelihoodTolerance = 1e-4;
 // likelihood.
 MCEngineSettings LikelihoodSettings(GLMMConst_850::TargetDistType dist, GLMMConst_850::GeneralizedFitMethod method,
                                     int points = 1);
+// The fixed estimates and standard errors by column name.
+void CompareFixedEstimates(const nlohmann::json& ref, const MCEngineTestDesign& design, const MCEngineResult& result,
+                           double tolerance);
 // -2 log likelihood (less `constant`), the fixed estimates and standard
 // errors by column name, and each record's linear predictor.
 void CompareFixedWithReference(const nlohmann::json& ref, const MCEngineTestDesign& design,
