@@ -30,10 +30,10 @@ void ReadSleepstudy(MCEngineTestGlmm& c, const std::vector<std::string>& random,
   c.input = c.design->Build();
 }
 
-MCEngineSettings LogLinkSettings(TargetDistType dist) {
+MCEngineSettings LogLinkSettings(TargetDistType dist, LinkType link = LINK_LOG) {
   MCEngineSettings settings = LikelihoodSettings(dist, FIT_LAPLACE);
   MCEngineTarget target = settings.GetTarget();
-  target.SetLink(LINK_LOG);
+  target.SetLink(link);
   target.SetLinkPower(1.0);
   settings.SetTarget(target);
   return settings;
@@ -68,14 +68,14 @@ void CompareScaledWithReference(const nlohmann::json& ref, const MCEngineTestDes
   EXPECT_NEAR(result.GetAIC(), result.GetMinus2LogLik() + 2.0 * count, 1e-9);
 }
 
-// Fits sleepstudy with the random block and log link given and compares
-// the fit with a reference of laplace.json.
+// Fits sleepstudy with the random block and link given and compares the
+// fit with a reference of laplace.json.
 void FitAndCompare(const std::vector<std::string>& random, MCEngineCovType type, TargetDistType dist,
-                   const std::string& reference) {
+                   const std::string& reference, LinkType link = LINK_LOG) {
   MCEngineTestGlmm c;
   ReadSleepstudy(c, random, type);
   MCEngineFitter fitter;
-  const MCEngineStatus status = fitter.Fit(c.input, LogLinkSettings(dist));
+  const MCEngineStatus status = fitter.Fit(c.input, LogLinkSettings(dist, link));
   ASSERT_FALSE(status.IsError()) << status.GetCode();
   EXPECT_TRUE(status.IsOK()) << status.GetCode();
   CompareScaledWithReference(ReadGlmmReference("laplace", reference), *c.design, fitter.GetResult());
@@ -89,6 +89,10 @@ TEST(MCEngineLaplaceScaleTest, GammaAgreesWithGlmmTMB) {
 
 TEST(MCEngineLaplaceScaleTest, GammaWithACorrelatedRandomSlopeAgreesWithGlmmTMB) {
   FitAndCompare({"Intercept", "Days"}, MCEngineCovType::UN, DIST_GAMMA, "sleepstudy_gamma_slope_laplace");
+}
+
+TEST(MCEngineLaplaceScaleTest, GammaWithTheIdentityLinkAgreesWithGlmmTMB) {
+  FitAndCompare({"Intercept"}, MCEngineCovType::VC, DIST_GAMMA, "sleepstudy_gamma_identity_laplace", LINK_IDENTITY);
 }
 
 // No R package fits this family by Laplace; the reference script holds a
@@ -125,6 +129,23 @@ TEST(MCEngineLaplaceScaleTest, RobustCovarianceAgreesWithTheSandwichInR) {
     // The model-based covariance is kept beside it.
     const std::size_t P = result.GetBeta().size();
     EXPECT_DOUBLE_EQ(result.GetModelCovBeta()[j * P + j], model.GetResult().GetCovBeta()[j * P + j]);
+  }
+}
+
+// Their power links, the inverse Gaussian's default among them, are not
+// fitted by Laplace: refused, not fitted badly.
+TEST(MCEngineLaplaceScaleTest, PowerLinksAreRefused) {
+  MCEngineTestGlmm c;
+  ReadSleepstudy(c, {"Intercept"}, MCEngineCovType::VC);
+  MCEngineSettings gamma = LogLinkSettings(DIST_GAMMA);
+  MCEngineTarget target = gamma.GetTarget();
+  target.SetLink(LINK_POWER);
+  target.SetLinkPower(-1.0);
+  gamma.SetTarget(target);
+  MCEngineFitter fitter;
+  for (const MCEngineSettings& settings : {gamma, LikelihoodSettings(DIST_IGAUSS, FIT_LAPLACE)}) {
+    EXPECT_EQ(fitter.Fit(c.input, settings).GetCode(), MCEngineStatus::kGeneralizedUnavailable);
+    EXPECT_TRUE(fitter.GetResult().GetBeta().empty());
   }
 }
 

@@ -18,7 +18,8 @@
 #             nbinom2, with k and its standard error (the delta method from
 #             glmmTMB's log k)
 #   sleepstudy: Reaction ~ Days + (1 | Subject) and + (Days | Subject),
-#             gamma with a log link by glmmTMB (Var = phi mu^2, phi the
+#             gamma with a log link by glmmTMB (and (1 | Subject) with the
+#             identity link) (Var = phi mu^2, phi the
 #             dispersion, 1 / glmmTMB's shape); and (1 | Subject) inverse
 #             Gaussian with a log link (Var = phi mu^3), which glmmTMB does
 #             not fit, by a direct Laplace approximation written here and
@@ -144,6 +145,8 @@ epil_negbin <- list(
 sleep <- read_data("sleepstudy.csv", "Subject", dir = data_dir)
 gamma_tmb <- glmmTMB(Reaction ~ Days + (1 | Subject), family = Gamma(link = "log"), data = sleep,
                      control = tmb_control)
+gamma_identity_tmb <- glmmTMB(Reaction ~ Days + (1 | Subject), family = Gamma(link = "identity"), data = sleep,
+                              control = tmb_control)
 gamma_slope_tmb <- glmmTMB(Reaction ~ Days + (Days | Subject), family = Gamma(link = "log"), data = sleep,
                            control = tmb_control)
 
@@ -291,6 +294,7 @@ out <- list(
   epil_negbin_laplace = epil_negbin,
   sleepstudy_gamma_laplace = sleep_gamma,
   sleepstudy_gamma_slope_laplace = describe_scaled_tmb(gamma_slope_tmb, "Subject"),
+  sleepstudy_gamma_identity_laplace = describe_scaled_tmb(gamma_identity_tmb, "Subject"),
   sleepstudy_igauss_laplace = sleep_igauss)
 # The standard errors of the fixed estimates do not depend on how the
 # covariance parameter is written.

@@ -79,6 +79,12 @@ bool MCEngineLaplace::CanFit(const MCEngineInput& input, const MCEngineSettings&
       dist != DIST_IGAUSS) {
     return false;
   }
+  // Their inverse power links put the linear predictor and the fixed
+  // estimates on scales (1e-5 for reaction times in milliseconds) that the
+  // difference steps, 1e-3 beyond a size of 1, do not resolve.
+  if ((dist == DIST_GAMMA || dist == DIST_IGAUSS) && target.GetLink() != LINK_LOG && target.GetLink() != LINK_IDENTITY) {
+    return false;
+  }
   // A scale of the distribution's own is one residual variance, not a
   // residual structure.
   const MCEngineCovType residual = input.GetResidualBlock().GetCovType();

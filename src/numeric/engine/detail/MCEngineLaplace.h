@@ -37,7 +37,7 @@ class MCEngineLaplace {
 
   // Whether the settings ask for a likelihood fit that the engine can make:
   // a binomial, Poisson, negative binomial, gamma or inverse Gaussian target
-  // with a suitable link, independent residuals, the model-based covariance
+  // with a suitable link (log or identity for the last two), independent residuals, the model-based covariance
   // of the estimates or a robust one over at least two independent groups,
   // and for quadrature one random block with one column.
   static bool CanFit(const MCEngineInput& input, const MCEngineSettings& settings);
