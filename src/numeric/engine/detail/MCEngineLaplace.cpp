@@ -29,6 +29,9 @@ constexpr double kDecreaseTolerance = 1e-9;
 constexpr int kMaxIterations = 100;
 // The difference step of a parameter, relative to its size beyond 1.
 constexpr double kRelativeStep = 1e-3;
+// A random block whose variances all start below this takes difference
+// steps relative to its largest variance.
+constexpr double kSmallVariance = 0.1;
 // A covariance parameter this close to its bound, relative to its size
 // beyond 1, is on the bound.
 constexpr double kOnBound = 1e-8;
@@ -175,11 +178,12 @@ void MCEngineLaplace::SetupStepSizes() {
         largest = std::max(largest, fPhi[I(fNFixed + fvThetaStart[U(b)] + k)]);
       }
     }
-    if (!(largest > 0.0)) continue;
+    // A step of 1e-3 is at most 1% of variances from 0.1 up.
+    if (!(largest > 0.0) || largest >= kSmallVariance) continue;
     for (int k = 0; k < s.GetNParams(); ++k) {
       const MCEngineCovParam::Kind kind = s.GetParamKind(k);
       if (kind == MCEngineCovParam::kVariance || kind == MCEngineCovParam::kCovariance) {
-        fvStepSize[U(fNFixed + fvThetaStart[U(b)] + k)] = std::min(largest, 1.0);
+        fvStepSize[U(fNFixed + fvThetaStart[U(b)] + k)] = largest;
       }
     }
   }

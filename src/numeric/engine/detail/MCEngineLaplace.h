@@ -123,7 +123,7 @@ class MCEngineLaplace {
   double Step(int k, const Eigen::VectorXd& phi) const;
   // The size below which a parameter's difference step stops shrinking
   // with it: 1, or for the variances and covariances of a random block
-  // whose variances start below 1 (a log link's small variances), the
+  // whose variances start below 0.1 (a log link's small variances), the
   // largest of them.
   void SetupStepSizes();
   // How far a covariance parameter is from its nearer bound; infinite for
