@@ -643,7 +643,9 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
   Eigen::MatrixXd C = Eigen::MatrixXd::Zero(I(P), I(P));
   Eigen::VectorXd theta(I(nModel));
   theta.head(I(fNTheta)) = fPhi.segment(I(fNFixed), I(fNTheta));
-  if (fbScaleEstimated) theta[I(fNTheta)] = fScale;
+  // The optimum's scale: the difference points since have moved fScale.
+  const double scale = std::exp(fPhi[fPhi.size() - 1]);
+  if (fbScaleEstimated) theta[I(fNTheta)] = scale;
   std::vector<bool> onBound(U(nModel), true);
   std::vector<int> freeTheta;  // positions in `free` of the free covariance parameters
   std::vector<double> jacobian;  // d parameter / d what was fitted, by free parameter
@@ -653,7 +655,7 @@ MCEngineStatus MCEngineLaplace::Fit(MCEngineFitterImpl& fitter, MCEnginePseudoLi
     onBound[U(k)] = false;
     freeTheta.push_back(a);
     // The scale was fitted on the log scale: the delta method.
-    jacobian.push_back(k < fNTheta ? 1.0 : fScale);
+    jacobian.push_back(k < fNTheta ? 1.0 : scale);
   }
   for (int j = 0; j < fNFixed; ++j) beta[I(fvKept[U(j)])] = fPhi[I(j)];
   Eigen::MatrixXd asy;
