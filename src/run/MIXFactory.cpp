@@ -120,11 +120,12 @@ const MessageData kMessages[] = {
     {MCCommon_850::MC_GENERALIZED_UNAVAILABLE,
      "The target's distribution, link and fitting method cannot be fitted together, or not with the options "
      "asked (with a likelihood fit: a power link for a gamma or inverse Gaussian target, a robust covariance "
-     "over random blocks that tie all records together, or too many joint random effects). No model is fitted.",
+     "of an ordinal target or over random blocks that tie all records together, or too many joint random "
+     "effects). No model is fitted.",
      "The target's distribution, link and fitting method cannot be fitted together, or not with the options "
      "asked (with a likelihood fit: a power link for a gamma or inverse Gaussian target, a robust covariance "
-     "over random blocks that tie all records together, or too many joint random effects), for split "
-     "[%1=%2:,^1=^2:]1. No model is fitted.",
+     "of an ordinal target or over random blocks that tie all records together, or too many joint random "
+     "effects), for split [%1=%2:,^1=^2:]1. No model is fitted.",
      false},
     {MCCommon_850::MC_PL_NOT_CONVERGED,
      "The pseudo-likelihood iterations reached their limit before the estimates settled. Model validity is "

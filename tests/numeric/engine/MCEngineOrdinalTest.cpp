@@ -257,6 +257,10 @@ TEST(MCEngineOrdinalTest, DesignsItCannotFitAreRefused) {
   residual.SetResidualBlock(block);
   EXPECT_EQ(fitter.Fit(residual, OrdinalSettings(LINK_LOGIT, FIT_LAPLACE, 1)).GetCode(),
             MCEngineStatus::kGeneralizedUnavailable);
+  // A robust covariance, which the ordinal fit does not form.
+  MCEngineSettings robust = OrdinalSettings(LINK_LOGIT, FIT_QUADRATURE, 10);
+  robust.SetRobustCovariance(true);
+  EXPECT_EQ(fitter.Fit(input, robust).GetCode(), MCEngineStatus::kGeneralizedUnavailable);
   // No intercept: the thresholds would be confounded with the factors.
   auto noIntercept = MCEngineTestFixture::Load("wine.csv", {"temp", "judge"});
   noIntercept->fpDesign->SetResponse("rating");

@@ -64,6 +64,9 @@ bool MCEngineOrdinal::WeighsIntercept(const std::vector<double>& l) const {
 bool MCEngineOrdinal::CanFit(const MCEngineInput& input, const MCEngineSettings& settings) {
   if (!Applies(settings) || !MCEngineLatentDistribution::Takes(settings.GetTarget().GetLink())) return false;
   if (InterceptColumn(input) < 0) return false;
+  // No sandwich of the ordinal likelihood is formed, and the model-based
+  // covariance is not given in its place.
+  if (settings.GetRobustCovariance()) return false;
   const MCEngineResidualBlock& residual = input.GetResidualBlock();
   if (!residual.GetSubjects().empty() || !residual.GetPositions().empty() || residual.GetNCoordinates() > 0) {
     return false;
