@@ -10,6 +10,7 @@
 
 #include "numeric/engine/MCEngineEmmeans.h"
 #include "numeric/engine/MCEngineFitter.h"
+#include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestDraws.h"
 #include "numeric/engine/MCEngineTestFixture.h"
@@ -108,6 +109,43 @@ TEST(MCEngineFixedLevels, MeansOfManyLevelsTakeTheirTestsTogether) {
     const double t = cell.GetEstimate() / cell.GetStdError();
     EXPECT_NEAR(t * t, twice.GetF(), 1e-8 * twice.GetF());
     EXPECT_NEAR(cell.GetDF(), twice.GetDenDF(), 1e-8 * twice.GetDenDF());
+  }
+}
+
+TEST(MCEngineFixedLevels, PredictionsAreSetUpOverTheLevelsAGroupHolds) {
+  constexpr int kFactor = 5;
+  const MCEngineInput in = ManyLevels(kLevels, kSubjects);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(in, MCEngineTestFixture::Tight(true)).IsError());
+  MCEnginePredictor predictor;
+  ASSERT_TRUE(predictor.Setup(fitter, in));
+  // A subject's group: one random column and W = [Z X y] over at most its
+  // 30 levels, the intercept and the response, so q^3 + q nw^2 is at most
+  // 1 + 33^2; over all 301 fixed columns it would be 1 + 303^2 a group.
+  const double perSubject = kRecords / kSubjects;
+  EXPECT_LE(predictor.GetSetupWork(), kSubjects * (1.0 + (perSubject + 3.0) * (perSubject + 3.0)));
+  EXPECT_GT(predictor.GetSetupWork(), 0.0);
+  // The fixed part of a prediction against the fit's own mean of the level,
+  // which comes from the fit's X'V^-1 X and its derivatives rather than
+  // from the set-up's products: the same estimate, error and df.
+  std::vector<MCEngineMeansColumn> columns = {MCEngineMeansColumn()};
+  for (int j = 0; j < kLevels; ++j) columns.push_back(MCEngineMeansColumn({kFactor}, {j}, {}));
+  const MCEngineEmmeans means(fitter, in, columns, 95.0);
+  MCEngineMeansRequest request;
+  request.SetFactors({kFactor});
+  const MCEngineMeansTable table = means.Compute(request);
+  ASSERT_EQ(table.GetCells().size(), static_cast<std::size_t>(kLevels));
+  for (int j : {0, 7, kLevels / 2, kLevels - 1}) {
+    SCOPED_TRACE(j);
+    std::vector<double> x(static_cast<std::size_t>(kLevels + 1), 0.0);
+    x[0] = 1.0;
+    x[static_cast<std::size_t>(j + 1)] = 1.0;
+    const MCEnginePrediction fixedPart = predictor.Predict(x, {});
+    const MCEngineMeansCell& cell = table.GetCells()[static_cast<std::size_t>(j)];
+    ASSERT_TRUE(cell.IsEstimable());
+    EXPECT_NEAR(fixedPart.GetEstimate(), cell.GetEstimate(), 1e-8 * std::fabs(cell.GetEstimate()));
+    EXPECT_NEAR(fixedPart.GetStdError(), cell.GetStdError(), 1e-8 * cell.GetStdError());
+    EXPECT_NEAR(fixedPart.GetDF(), cell.GetDF(), 1e-6 * cell.GetDF());
   }
 }
 

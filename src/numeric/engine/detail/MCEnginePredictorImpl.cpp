@@ -42,6 +42,28 @@ void AddAt(Eigen::MatrixXd& T, const std::vector<int>& index, const Eigen::Matri
   }
 }
 
+// A group's product over its own fixed columns placed among all p of them.
+Eigen::MatrixXd ToAllColumns(const Eigen::MatrixXd& local, const std::vector<int>& fixed, int p) {
+  Eigen::MatrixXd out = Eigen::MatrixXd::Zero(local.rows(), p);
+  for (std::size_t j = 0; j < fixed.size(); ++j) out.col(fixed[j]) = local.col(static_cast<Eigen::Index>(j));
+  return out;
+}
+
+// The fixed columns not zero on records k0 .. k0 + m - 1.
+std::vector<int> FixedColumnsOf(const MCEngineData& data, int k0, int m) {
+  const int p = data.fRank;
+  std::vector<int> fixed;
+  for (int j = 0; j < p; ++j) {
+    for (int k = k0; k < k0 + m; ++k) {
+      if (data.fvXr[U(k) * U(p) + U(j)] != 0.0) {
+        fixed.push_back(j);
+        break;
+      }
+    }
+  }
+  return fixed;
+}
+
 }  // namespace
 
 bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngineInput& input) {
@@ -220,7 +242,11 @@ bool MCEnginePredictorImpl::AddGroup(const MCEngineData& data, int comp, const E
   const double weight = data.fvComponentWeight[U(comp)];
   Group group;
   const int q = LayOutSegments(data, k0, m, static_cast<int>(fvGroups.size()), group);
-  // N = W'V^-1 W and, per residual parameter, W'V^-1 R_k V^-1 W.
+  group.fvFixed = FixedColumnsOf(data, k0, m);
+  const std::vector<int>& fixed = group.fvFixed;
+  const int pg = static_cast<int>(fixed.size());
+  // N = W'V^-1 W and, per residual parameter, W'V^-1 R_k V^-1 W, over the
+  // group's own fixed columns.
   Eigen::MatrixXd N;
   std::vector<Eigen::MatrixXd> T(U(nf));
   if (UseRecordSpace(m, q)) {
@@ -228,11 +254,11 @@ bool MCEnginePredictorImpl::AddGroup(const MCEngineData& data, int comp, const E
   } else if (!ColumnSpaceProducts(data, SR, k0, m, group, N, T)) {
     return false;
   }
-  XVX += weight * N.block(q, q, p, p);
-  XVy += weight * N.block(q, q + p, p, 1);
+  AddAt(XVX, fixed, weight * N.block(q, q, pg, pg));
+  for (int j = 0; j < pg; ++j) XVy[fixed[U(j)]] += weight * N(q + j, q + pg);
   group.fZVZ = N.topLeftCorner(q, q);
-  group.fZVX = N.block(0, q, q, p);
-  group.fZVr = N.block(0, q + p, q, 1);
+  group.fZVX = ToAllColumns(N.block(0, q, q, pg), fixed, p);
+  group.fZVr = N.block(0, q + pg, q, 1);
   group.fvZVkZ.resize(U(nf));
   group.fvZVkX.resize(U(nf));
   for (int a = 0; a < nf; ++a) {
@@ -242,13 +268,13 @@ bool MCEnginePredictorImpl::AddGroup(const MCEngineData& data, int comp, const E
       // come from Z'V^-1 Z when predicting.
       for (const Segment& sg : SegmentsOf(group, e)) {
         const int n = static_cast<int>(sg.fvColumns.size());
-        const Eigen::MatrixXd ZVXs = group.fZVX.middleRows(sg.fOffset, n);
-        fvA[U(a)].noalias() += weight * (ZVXs.transpose() * Restrict(fvFreeDG[U(a)], sg.fvColumns) * ZVXs);
+        const Eigen::MatrixXd ZVXs = N.block(sg.fOffset, q, n, pg);
+        AddAt(fvA[U(a)], fixed, weight * (ZVXs.transpose() * Restrict(fvFreeDG[U(a)], sg.fvColumns) * ZVXs));
       }
     } else {
       group.fvZVkZ[U(a)] = T[U(a)].topLeftCorner(q, q);
-      group.fvZVkX[U(a)] = T[U(a)].block(0, q, q, p);
-      fvA[U(a)] += weight * T[U(a)].block(q, q, p, p);
+      group.fvZVkX[U(a)] = ToAllColumns(T[U(a)].block(0, q, q, pg), fixed, p);
+      AddAt(fvA[U(a)], fixed, weight * T[U(a)].block(q, q, pg, pg));
     }
   }
   if (q > 0) fvGroups.push_back(std::move(group));
@@ -271,9 +297,9 @@ bool MCEnginePredictorImpl::ColumnSpaceProducts(const MCEngineData& data, const 
                                                 const Group& group, Eigen::MatrixXd& N,
                                                 std::vector<Eigen::MatrixXd>& T) {
   const int q = group.fNColumns;
-  const int nw = q + data.fRank + 1;
+  const int nw = q + static_cast<int>(group.fvFixed.size()) + 1;
   Eigen::MatrixXd Q;
-  if (!ResidualCrossProducts(data, SR, k0, m, q, Q, T)) return false;
+  if (!ResidualCrossProducts(data, SR, k0, m, group, Q, T)) return false;
   fSetupWork += static_cast<double>(q) * q * q + static_cast<double>(q) * nw * nw;
   Eigen::MatrixXd K;
   N = Q;
@@ -295,12 +321,11 @@ bool MCEnginePredictorImpl::RecordSpaceProducts(const MCEngineData& data, const 
                                                 const Group& group, Eigen::MatrixXd& N,
                                                 std::vector<Eigen::MatrixXd>& T) {
   const int q = group.fNColumns;
-  const int p = data.fRank;
-  const int nw = q + p + 1;
+  const int nw = q + static_cast<int>(group.fvFixed.size()) + 1;
   Eigen::MatrixXd Wm = Eigen::MatrixXd::Zero(m, nw);
   std::vector<int> rows(U(m));
   for (int i = 0; i < m; ++i) rows[U(i)] = k0 + i;
-  RecordDesign(data, rows, q, Wm);
+  RecordDesign(data, rows, group, Wm);
   Eigen::MatrixXd V = Eigen::MatrixXd::Zero(m, m);
   const std::vector<std::vector<int>> blocks = ResidualBlocks(data, k0, m);
   auto addResidual = [&](const Eigen::MatrixXd& S, Eigen::MatrixXd& out) {
@@ -330,9 +355,12 @@ bool MCEnginePredictorImpl::RecordSpaceProducts(const MCEngineData& data, const 
   return true;
 }
 
-void MCEnginePredictorImpl::RecordDesign(const MCEngineData& data, const std::vector<int>& rows, int q,
+void MCEnginePredictorImpl::RecordDesign(const MCEngineData& data, const std::vector<int>& rows, const Group& group,
                                          Eigen::MatrixXd& Wm) const {
   const int p = data.fRank;
+  const int q = group.fNColumns;
+  const std::vector<int>& fixed = group.fvFixed;
+  const int pg = static_cast<int>(fixed.size());
   const int nb = static_cast<int>(data.fvBlocks.size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const int k = rows[i];
@@ -344,8 +372,8 @@ void MCEnginePredictorImpl::RecordDesign(const MCEngineData& data, const std::ve
         Wm(r, LocalColumn(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)])) += bd.fvValues[U(j)];
       }
     }
-    for (int j = 0; j < p; ++j) Wm(r, q + j) = data.fvXr[U(k) * U(p) + U(j)];
-    Wm(r, q + p) = data.fvY[U(k)];
+    for (int j = 0; j < pg; ++j) Wm(r, q + j) = data.fvXr[U(k) * U(p) + U(fixed[U(j)])];
+    Wm(r, q + pg) = data.fvY[U(k)];
   }
 }
 
@@ -386,10 +414,10 @@ int MCEnginePredictorImpl::LayOutSegments(const MCEngineData& data, int k0, int 
 }
 
 bool MCEnginePredictorImpl::ResidualCrossProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m,
-                                                  int q, Eigen::MatrixXd& Q, std::vector<Eigen::MatrixXd>& Sk) const {
-  const int p = data.fRank;
+                                                  const Group& group, Eigen::MatrixXd& Q,
+                                                  std::vector<Eigen::MatrixXd>& Sk) const {
   const int nf = static_cast<int>(fvFreeBlock.size());
-  const int nw = q + p + 1;
+  const int nw = group.fNColumns + static_cast<int>(group.fvFixed.size()) + 1;
   Q = Eigen::MatrixXd::Zero(nw, nw);
   for (int a = 0; a < nf; ++a) {
     if (fvFreeBlock[U(a)] < 0) Sk[U(a)] = Eigen::MatrixXd::Zero(nw, nw);
@@ -398,7 +426,7 @@ bool MCEnginePredictorImpl::ResidualCrossProducts(const MCEngineData& data, cons
     const int mr = static_cast<int>(rows.size());
     std::vector<int> index;
     Eigen::MatrixXd Wr;
-    ResidualBlockDesign(data, rows, q, index, Wr);
+    ResidualBlockDesign(data, rows, group, index, Wr);
     Eigen::MatrixXd R(mr, mr);
     for (int i = 0; i < mr; ++i) {
       for (int j = 0; j < mr; ++j) R(i, j) = ResidualEntry(data, SR, rows[U(i)], rows[U(j)]);
@@ -431,9 +459,12 @@ std::vector<std::vector<int>> MCEnginePredictorImpl::ResidualBlocks(const MCEngi
   return blocks;
 }
 
-void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const std::vector<int>& rows, int q,
-                                                std::vector<int>& index, Eigen::MatrixXd& Wr) const {
+void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const std::vector<int>& rows,
+                                                const Group& group, std::vector<int>& index, Eigen::MatrixXd& Wr) const {
   const int p = data.fRank;
+  const int q = group.fNColumns;
+  const std::vector<int>& groupFixed = group.fvFixed;
+  const int pg = static_cast<int>(groupFixed.size());
   const int nb = static_cast<int>(data.fvBlocks.size());
   const int mr = static_cast<int>(rows.size());
   index.clear();
@@ -451,10 +482,11 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
   const int nz = static_cast<int>(index.size());
   // Only the fixed columns not zero on these records: a fixed factor of many
   // levels then costs what the records hold.
+  // Places among the group's fixed columns.
   std::vector<int> fixed;
-  for (int j = 0; j < p; ++j) {
+  for (int j = 0; j < pg; ++j) {
     for (int k : rows) {
-      if (data.fvXr[U(k) * U(p) + U(j)] != 0.0) {
+      if (data.fvXr[U(k) * U(p) + U(groupFixed[U(j)])] != 0.0) {
         fixed.push_back(j);
         break;
       }
@@ -462,7 +494,7 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
   }
   const int nx = static_cast<int>(fixed.size());
   for (int j : fixed) index.push_back(q + j);
-  index.push_back(q + p);
+  index.push_back(q + pg);
   Wr = Eigen::MatrixXd::Zero(mr, nz + nx + 1);
   for (int i = 0; i < mr; ++i) {
     const int k = rows[U(i)];
@@ -475,7 +507,7 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
         Wr(i, at) += bd.fvValues[U(j)];
       }
     }
-    for (int j = 0; j < nx; ++j) Wr(i, nz + j) = data.fvXr[U(k) * U(p) + U(fixed[U(j)])];
+    for (int j = 0; j < nx; ++j) Wr(i, nz + j) = data.fvXr[U(k) * U(p) + U(groupFixed[U(fixed[U(j)])])];
     Wr(i, nz + nx) = data.fvY[U(k)];
   }
 }

@@ -67,6 +67,10 @@ class MCEnginePredictorImpl {
   struct Group {
     std::vector<Segment> fvSegments;
     int fNColumns = 0;
+    // The fixed columns not zero on the group's records, in order: the
+    // products over the fixed columns are formed over these alone, so that
+    // a fixed factor of many levels costs a group the levels it holds.
+    std::vector<int> fvFixed;
     Eigen::MatrixXd fZVZ;
     Eigen::MatrixXd fZVX;
     Eigen::VectorXd fZVr;
@@ -132,19 +136,19 @@ class MCEnginePredictorImpl {
   bool RecordSpaceProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, const Group& group,
                            Eigen::MatrixXd& N, std::vector<Eigen::MatrixXd>& T);
   // The rows of W = [Z X y] of those records over all of the group's columns.
-  void RecordDesign(const MCEngineData& data, const std::vector<int>& rows, int q, Eigen::MatrixXd& Wm) const;
+  void RecordDesign(const MCEngineData& data, const std::vector<int>& rows, const Group& group, Eigen::MatrixXd& Wm) const;
   // The group's column of a block's subject's column.
   int LocalColumn(int block, int subject, int column) const;
   // Q = W'R^-1 W and, per residual parameter, S_k = W'R^-1 R_k R^-1 W for
   // W = [Z X y], summed over the residual's blocks of records, each with only
   // the random columns its records reach. False when an R is not positive
   // definite.
-  bool ResidualCrossProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, int q,
+  bool ResidualCrossProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, const Group& group,
                              Eigen::MatrixXd& Q, std::vector<Eigen::MatrixXd>& Sk) const;
   // The residual's blocks of records within records k0 .. k0 + m - 1.
   static std::vector<std::vector<int>> ResidualBlocks(const MCEngineData& data, int k0, int m);
   // One residual block's rows of W over the columns it reaches (index).
-  void ResidualBlockDesign(const MCEngineData& data, const std::vector<int>& rows, int q, std::vector<int>& index,
+  void ResidualBlockDesign(const MCEngineData& data, const std::vector<int>& rows, const Group& group, std::vector<int>& index,
                            Eigen::MatrixXd& Wr) const;
   // N = W'V^-1 W from Q, and K = G (I + Z'R^-1 Z G)^-1 Z'R^-1 W.
   void RemoveRandomEffects(const Group& group, const Eigen::MatrixXd& Q, Eigen::MatrixXd& N, Eigen::MatrixXd& K) const;
