@@ -145,6 +145,13 @@ const MessageData kMessages[] = {
      "Some subjects of a random effect have only zero counts for split [%1=%2:,^1=^2:]1; their predicted random "
      "effects are poorly determined.",
      true},
+    {MCCommon_850::MC_RANDOM_EFFECTS_TOO_LARGE,
+     "A group of records that the random effects join (crossed random effects make all records one group) "
+     "needs ^1 million multiplications at each evaluation of the likelihood, its records times their random "
+     "effects; the limit is 1000 million. No model is fitted.",
+     "A group of records that the random effects join needs ^1 million multiplications at each evaluation of "
+     "the likelihood for split [%1=%2:,^1=^2:]2; the limit is 1000 million. No model is fitted.",
+     false},
 };
 
 // The field name of a variable of a split's list; empty when there is no
@@ -586,6 +593,8 @@ void MIXFactory::DisplayMessage(const MCStatus& status) {
     if (pMessage->fbProcContinues) fProcContinues = true;
     if (code == MCCommon_850::MC_EMMEANS_ONE_LEVEL || code == MCCommon_850::MC_G_NOT_PD) {
       number = static_cast<int>(status.GetDiscreteDatum(0));
+    } else if (code == MCCommon_850::MC_RANDOM_EFFECTS_TOO_LARGE) {
+      number = static_cast<int>(status.GetDiscreteDatum(1));
     } else if (code == MCCommon_850::MC_TARGET_OUT_OF_SUPPORT) {
       extra = VariableName(EntryAt<MCVarList*>(fvpVarLists, fSplitIndex, nullptr),
                            static_cast<int>(status.GetDiscreteDatum(0)));

@@ -274,6 +274,22 @@ TEST_F(MIXFactoryMessageTest, ATargetOutsideItsSupportInASplitNamesTheSplitToo) 
   EXPECT_NE(text.find(". No model is fitted."), std::string::npos) << text;
 }
 
+// The count of a refused group's work is the status's second datum.
+TEST_F(MIXFactoryMessageTest, RandomEffectsTooLargeForAGroupAreRefusedWithTheirWork) {
+  MIXFactory& factory = Factory(false);
+  MCStatus status(MCCommon_850::MC_RANDOM_EFFECTS_TOO_LARGE, false);
+  status.SetDiscreteDatum(1, 4000);
+  factory.DisplayMessage(status);
+  std::vector<MessageText> messages = Messages();
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_EQ(messages[0].fText,
+            "A group of records that the random effects join (crossed random effects make all records one group) "
+            "needs 4000 million multiplications at each evaluation of the likelihood, its records times their "
+            "random effects; the limit is 1000 million. No model is fitted.");
+  EXPECT_EQ(messages[0].fLevel, 3);
+  EXPECT_TRUE(Fatal());
+}
+
 TEST_F(MIXFactoryMessageTest, AnUnknownCodeIsAnInternalErrorOrWarning) {
   MIXFactory& factory = Factory(false);
   factory.DisplayMessage(MCStatus(999999, MCCommon_850::STATUS_WARNING));

@@ -47,7 +47,8 @@ enum MCStatusCode : long {
   MC_GENERALIZED_UNAVAILABLE = 330003,    // a distribution, link or fitting method the engine cannot fit
   MC_PL_NOT_CONVERGED = 330004,           // the pseudo-likelihood iterations stopped at their limit
   MC_TARGET_OUT_OF_SUPPORT = 330005,      // datum 0: target variable, datum 1: records outside the support
-  MC_ZERO_COUNT_SUBJECTS = 330006         // datum 0: random block (from 1), datum 1: subjects whose counts are all 0
+  MC_ZERO_COUNT_SUBJECTS = 330006,        // datum 0: random block (from 1), datum 1: subjects whose counts are all 0
+  MC_RANDOM_EFFECTS_TOO_LARGE = 330007    // datum 1: millions of multiplications an evaluation of the largest group needs
 };
 
 }  // namespace MCCommon_850

@@ -60,6 +60,9 @@ class MCEngineStatus {
   static constexpr long kQuasiSeparation = MCCommon_850::MC_QUASI_SEPARATION;
   // GetCount subjects of random block GetBlock have only zero counts.
   static constexpr long kZeroCountSubjects = MCCommon_850::MC_ZERO_COUNT_SUBJECTS;
+  // A group of records that the random effects join would cost each
+  // evaluation GetCount million multiplications, past what a fit takes.
+  static constexpr long kRandomEffectsTooLarge = MCCommon_850::MC_RANDOM_EFFECTS_TOO_LARGE;
 
   MCEngineStatus() = default;
   MCEngineStatus(long code, Kind kind) : fCode(code), fKind(kind) {}

@@ -11,6 +11,7 @@
 #include "numeric/engine/MCEngineDerivativeCheck.h"
 #include "numeric/engine/MCEngineFitter.h"
 #include "numeric/engine/MCEnginePredictor.h"
+#include "numeric/engine/MCEngineTestCancelAfter.h"
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestDraws.h"
 #include "numeric/engine/MCEngineTestFixture.h"
@@ -167,6 +168,29 @@ void ExpectSamePrediction(const MCEnginePrediction& a, const MCEnginePrediction&
   EXPECT_NEAR(a.GetDF(), b.GetDF(), 1e-6 * std::max(1.0, std::fabs(b.GetDF())));
 }
 
+// `blocks` one-column blocks of 5 subjects each over `records` records,
+// record r in subject (r / (b + 1)) mod 5 of block b: the blocks cross, so
+// that all records are one group.
+MCEngineInput CrossedBlocks(int blocks, int records) {
+  MCEngineTestDraws draws(77u);
+  std::vector<double> y;
+  for (int r = 0; r < records; ++r) y.push_back(draws.Normal());
+  MCEngineInput in;
+  in.SetY(y);
+  in.SetX(1, std::vector<double>(U(records), 1.0));
+  in.AddTerm(MCEngineTerm::Intercept(0));
+  for (int b = 0; b < blocks; ++b) {
+    std::vector<int> subjects;
+    for (int r = 0; r < records; ++r) subjects.push_back((r / (b + 1)) % 5);
+    MCEngineRandomBlock block;
+    block.SetCovType(MCEngineCovType::VC);
+    block.SetDenseColumns(1, std::vector<double>(U(records), 1.0));
+    block.SetSubjects(subjects);
+    in.AddRandomBlock(block);
+  }
+  return in;
+}
+
 }  // namespace
 
 TEST(MCEngineManyBlocks, OnlyPairsThatShareAGroupKeepAProduct) {
@@ -267,4 +291,36 @@ TEST(MCEngineManyBlocksPredictor, BothFormsOfTheSetUpGiveTheSamePredictions) {
       ExpectSamePrediction(records.Predict({0.0, 0.0}, z), columns.Predict({0.0, 0.0}, z));
     }
   }
+}
+
+TEST(MCEngineManyBlocks, ACrossedGroupTooLargeToEvaluateIsRefusedWithItsWork) {
+  // One group of 2000 records, each in all 300 blocks: an evaluation would
+  // form V^-1 Z and Z'V^-1 Z over 2000 records times 600,000 random
+  // entries, 1200 million multiplications.
+  const MCEngineInput in = CrossedBlocks(300, 2000);
+  MCEngineTestCancelAfter cancel(1000000);
+  MCEngineSettings settings;
+  settings.SetSolverPath(MCEngineSettings::kBySubject);
+  settings.SetCancel(&cancel);
+  MCEngineFitter fitter;
+  const MCEngineStatus status = fitter.Fit(in, settings);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_EQ(status.GetCode(), MCEngineStatus::kRandomEffectsTooLarge);
+  EXPECT_EQ(status.GetCount(), 1200);
+  // Refused once the groups are known, before any iteration: the data's
+  // passes ask the stop query a few times, the iterations never.
+  EXPECT_LT(cancel.GetCount(), 100);
+}
+
+TEST(MCEngineManyBlocks, ACrossedGroupWithinTheLimitIsFitted) {
+  // 300 records in 40 blocks: 300 * 12,000 = 3.6 million.
+  const MCEngineInput in = CrossedBlocks(40, 300);
+  MCEngineSettings settings;
+  settings.SetSolverPath(MCEngineSettings::kBySubject);
+  settings.SetMaxIterations(2);
+  MCEngineFitter fitter;
+  const MCEngineStatus status = fitter.Fit(in, settings);
+  EXPECT_NE(status.GetCode(), MCEngineStatus::kRandomEffectsTooLarge);
+  EXPECT_FALSE(status.IsError()) << status.GetCode();
+  EXPECT_EQ(fitter.GetResult().GetSolverPath(), MCEngineSettings::kBySubject);
 }

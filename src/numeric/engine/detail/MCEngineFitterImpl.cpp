@@ -83,7 +83,19 @@ double MCEngineFitterImpl::GroupCost() const {
   return cost;
 }
 
-bool MCEngineFitterImpl::MakeEvaluator() {
+double MCEngineFitterImpl::RandomEffectsWork() const {
+  double work = 0.0;
+  for (int c = 0; c < fData.GetNComponents(); ++c) {
+    const int k0 = fData.fvComponentStart[U(c)], k1 = fData.fvComponentStart[U(c) + 1];
+    double entries = 0.0;
+    for (const MCEngineBlockData& bd : fData.fvBlocks) entries += bd.fvRowStart[U(k1)] - bd.fvRowStart[U(k0)];
+    work += static_cast<double>(k1 - k0) * entries;
+  }
+  return work;
+}
+
+MCEngineStatus MCEngineFitterImpl::MakeEvaluator() {
+  const MCEngineStatus cannot(MCEngineStatus::kBuildModel, MCEngineStatus::kError);
   MCEngineSettings::SolverPath path = fSettings.GetSolverPath();
   // The equations give every copy of a group the same random effects, so a
   // weight that copies groups random effects reach (under a residual
@@ -121,7 +133,7 @@ bool MCEngineFitterImpl::MakeEvaluator() {
     } else {
       auto sparse = std::make_unique<MCEngineSparseEvaluator>(fData, fModel);
       const double costSparse = 3.0 * sparse->GetFactorFlops() + costLayout;
-      if (!sparse->IsReady() && !chosen) return false;
+      if (!sparse->IsReady() && !chosen) return cannot;
       if (!sparse->IsReady() || (chosen && !(4.0 * costSparse < GroupCost()))) {
         path = MCEngineSettings::kBySubject;
       } else {
@@ -132,13 +144,19 @@ bool MCEngineFitterImpl::MakeEvaluator() {
   if (path == MCEngineSettings::kMixedModelEquations) {
     fpEvaluator = std::make_unique<MCEngineMMEEvaluator>(fData, fModel);
   } else if (path == MCEngineSettings::kBySubject) {
+    const double work = RandomEffectsWork();
+    if (work > kMaxRandomEffectsWork) {
+      MCEngineStatus refused(MCEngineStatus::kRandomEffectsTooLarge, MCEngineStatus::kError);
+      refused.SetCount(std::lround(work / 1e6));
+      return refused;
+    }
     auto bySubject = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
     fResult.SetGroupProductEntries(bySubject->GetProductEntries());
     fpEvaluator = std::move(bySubject);
   }
   if (fpEvaluator) fpEvaluator->SetCancel(fSettings.GetCancel());
   fResult.SetSolverPath(path);
-  return true;
+  return MCEngineStatus();
 }
 
 int MCEngineFitterImpl::LargestGroup() const {
@@ -171,7 +189,8 @@ MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngin
   if (!BuildModel()) return Finish(MCEngineStatus(MCEngineStatus::kBuildModel, MCEngineStatus::kError));
   fResult.SetScaleProfiled(fModel.IsProfiled());
 
-  if (!MakeEvaluator()) return Finish(MCEngineStatus(MCEngineStatus::kBuildModel, MCEngineStatus::kError));
+  status = MakeEvaluator();
+  if (status.IsError()) return Finish(status);
 
   const double N = fData.fTotalWeight;
   const int p = fData.fRank;

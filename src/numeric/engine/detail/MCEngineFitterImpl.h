@@ -58,6 +58,10 @@ class MCEngineFitterImpl {
   // at most this many records are left to the group-by-group path.
   static constexpr double kMaxDenseColumns = 150.0;
   static constexpr int kSmallGroup = 50;
+  // The most multiplications one evaluation by groups may spend forming a
+  // group's random-effect products (its records times its random entries):
+  // past it a fit would take hours, and it is refused before it starts.
+  static constexpr double kMaxRandomEffectsWork = 1e9;
 
   MCEngineStatus Finish(const MCEngineStatus& status);
   // A warning for each estimated G (random block) or R (residual block)
@@ -66,8 +70,13 @@ class MCEngineFitterImpl {
   bool BuildModel();
   // The evaluator of the path the settings ask for, or the one the design
   // makes cheapest: by groups, the dense equations for small problems, the
-  // sparse ones for large groups. False when none can be made.
-  bool MakeEvaluator();
+  // sparse ones for large groups. An error when none can be made, or when
+  // the groups' random effects are past kMaxRandomEffectsWork.
+  MCEngineStatus MakeEvaluator();
+  // Multiplications an evaluation by groups spends on the random effects:
+  // for each group, its records times the random entries of its records,
+  // which forming V^-1 Z and Z'V^-1 Z over the group takes.
+  double RandomEffectsWork() const;
   // Work of the group-by-group path (the cube of each group's records), and
   // the largest group.
   double GroupCost() const;
