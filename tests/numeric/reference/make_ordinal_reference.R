@@ -55,11 +55,11 @@ predicted_category <- function(alpha, eta, cdf) {
 # Marginal means on the latent scale, emmeans' mode = "latent": x'beta less
 # the thresholds' mean, standard errors from the covariance of thresholds
 # and beta (emmeans gives them df = Inf), and the pairwise differences.
-latent_means <- function(m, spec) {
-  e <- emmeans(m, spec, mode = "latent")
+latent_means <- function(m, terms) {
+  e <- emmeans(m, terms, mode = "latent")
   s <- as.data.frame(summary(e))
   p <- as.data.frame(summary(pairs(e)))
-  list(levels = lapply(s[, all.vars(spec), drop = FALSE], as.character), emmean = s$emmean, se = s$SE,
+  list(levels = lapply(s[, all.vars(terms), drop = FALSE], as.character), emmean = s$emmean, se = s$SE,
        pairs = I(as.character(p$contrast)), pairs_estimate = I(p$estimate), pairs_se = I(p$SE))
 }
 
