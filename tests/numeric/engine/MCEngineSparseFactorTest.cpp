@@ -64,12 +64,18 @@ double WorstSelectedError(const MCEngineSparseFactor& factor, const CrossedEquat
   return worst;
 }
 
+// Analysed, factored and its selected inverse computed.
+::testing::AssertionResult Factored(MCEngineSparseFactor& factor, const CrossedEquations& eq) {
+  if (!factor.Analyze(eq.n, eq.colStart, eq.rowIndex)) return ::testing::AssertionFailure() << "not analysed";
+  if (!factor.Factorize(eq.values)) return ::testing::AssertionFailure() << "not factored";
+  if (!factor.SelectInverse()) return ::testing::AssertionFailure() << "no selected inverse";
+  return ::testing::AssertionSuccess();
+}
+
 TEST(MCEngineSparseFactorTest, SelectedInverseEqualsTheSolvedInverseOnTheMatrixPattern) {
   const CrossedEquations eq;
   MCEngineSparseFactor factor;
-  ASSERT_TRUE(factor.Analyze(eq.n, eq.colStart, eq.rowIndex));
-  ASSERT_TRUE(factor.Factorize(eq.values));
-  ASSERT_TRUE(factor.SelectInverse());
+  ASSERT_TRUE(Factored(factor, eq));
   for (const auto& e : eq.lower) ASSERT_GE(factor.InversePosition(e.first.second, e.first.first), 0);
   EXPECT_LT(WorstSelectedError(factor, eq), 1e-14);
 }
@@ -77,9 +83,7 @@ TEST(MCEngineSparseFactorTest, SelectedInverseEqualsTheSolvedInverseOnTheMatrixP
 TEST(MCEngineSparseFactorTest, ValuesEqualUpToRoundingKeepTheFactorAndOthersRefactor) {
   const CrossedEquations eq;
   MCEngineSparseFactor factor;
-  ASSERT_TRUE(factor.Analyze(eq.n, eq.colStart, eq.rowIndex));
-  ASSERT_TRUE(factor.Factorize(eq.values));
-  ASSERT_TRUE(factor.SelectInverse());
+  ASSERT_TRUE(Factored(factor, eq));
   const double logDet = factor.LogDet();
   EXPECT_EQ(factor.GetFactorizations(), 1);
 

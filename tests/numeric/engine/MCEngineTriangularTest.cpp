@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <random>
 #include <vector>
 
@@ -41,6 +42,27 @@ void ExpectMarkersKept(const Triangle& t) {
   }
 }
 
+// The largest |error(i, j)| over the square of order n, or its lower
+// triangle.
+template <typename Error>
+double Worst(int n, bool lowerOnly, Error error) {
+  double worst = 0.0;
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j <= (lowerOnly ? i : n - 1); ++j) worst = std::max(worst, std::fabs(error(i, j)));
+  }
+  return worst;
+}
+
+using Kernel = void (*)(double*, int, int);
+
+// A copy of the triangle after the kernels, its markers checked.
+Triangle After(const Triangle& d, std::initializer_list<Kernel> kernels) {
+  Triangle x = d;
+  for (Kernel kernel : kernels) kernel(x.v.data(), x.n, x.ld);
+  ExpectMarkersKept(x);
+  return x;
+}
+
 class MCEngineTriangularTest : public ::testing::TestWithParam<int> {};
 
 // Orders below, at and above the size done directly, and odd splits.
@@ -48,58 +70,46 @@ INSTANTIATE_TEST_SUITE_P(Orders, MCEngineTriangularTest, ::testing::Values(1, 2,
 
 TEST_P(MCEngineTriangularTest, InvertsTheLowerTriangle) {
   const Triangle d(GetParam(), GetParam() + 3);
-  Triangle x = d;
-  MCEngineTriangular::InvertLower(x.v.data(), x.n, x.ld);
-  ExpectMarkersKept(x);
-  double worst = 0.0;
-  for (int i = 0; i < d.n; ++i) {
-    for (int j = 0; j < d.n; ++j) {
-      double sum = 0.0;
-      for (int k = 0; k < d.n; ++k) sum += d.get(i, k) * x.get(k, j);
-      worst = std::max(worst, std::fabs(sum - (i == j ? 1.0 : 0.0)));
-    }
-  }
-  EXPECT_LT(worst, 1e-13);
+  const Triangle x = After(d, {&MCEngineTriangular::InvertLower});
+  EXPECT_LT(Worst(d.n, false,
+                  [&](int i, int j) {
+                    double sum = 0.0;
+                    for (int k = 0; k < d.n; ++k) sum += d.get(i, k) * x.get(k, j);
+                    return sum - (i == j ? 1.0 : 0.0);
+                  }),
+            1e-13);
 }
 
 TEST_P(MCEngineTriangularTest, FormsTheGramMatrixOfTheTriangle) {
   const Triangle d(GetParam(), GetParam() + 3);
-  Triangle x = d;
-  MCEngineTriangular::LowerGram(x.v.data(), x.n, x.ld);
-  ExpectMarkersKept(x);
-  double worst = 0.0;
-  for (int i = 0; i < d.n; ++i) {
-    for (int j = 0; j <= i; ++j) {
-      double sum = 0.0;
-      for (int k = 0; k < d.n; ++k) sum += d.get(k, i) * d.get(k, j);
-      worst = std::max(worst, std::fabs(sum - x.get(i, j)));
-    }
-  }
-  EXPECT_LT(worst, 1e-13);
+  const Triangle x = After(d, {&MCEngineTriangular::LowerGram});
+  EXPECT_LT(Worst(d.n, true,
+                  [&](int i, int j) {
+                    double sum = 0.0;
+                    for (int k = 0; k < d.n; ++k) sum += d.get(k, i) * d.get(k, j);
+                    return sum - x.get(i, j);
+                  }),
+            1e-13);
 }
 
 // Together they give (D D')^-1, which the selected inverse of a dense
 // supernode needs.
 TEST_P(MCEngineTriangularTest, InverseThenGramInvertsTheProduct) {
   const Triangle d(GetParam(), GetParam());
-  Triangle z = d;
-  MCEngineTriangular::InvertLower(z.v.data(), z.n, z.ld);
-  MCEngineTriangular::LowerGram(z.v.data(), z.n, z.ld);
+  const Triangle z = After(d, {&MCEngineTriangular::InvertLower, &MCEngineTriangular::LowerGram});
   auto symmetric = [&](int i, int j) { return i >= j ? z.get(i, j) : z.get(j, i); };
-  double worst = 0.0;
-  for (int i = 0; i < d.n; ++i) {
-    for (int j = 0; j < d.n; ++j) {
-      // (D D' Z)_ij = sum_k D_ik (D' Z)_kj.
-      double sum = 0.0;
-      for (int k = 0; k <= i; ++k) {
-        double dz = 0.0;
-        for (int m = k; m < d.n; ++m) dz += d.get(m, k) * symmetric(m, j);
-        sum += d.get(i, k) * dz;
-      }
-      worst = std::max(worst, std::fabs(sum - (i == j ? 1.0 : 0.0)));
-    }
-  }
-  EXPECT_LT(worst, 1e-12);
+  EXPECT_LT(Worst(d.n, false,
+                  [&](int i, int j) {
+                    // (D D' Z)_ij = sum_k D_ik (D' Z)_kj.
+                    double sum = 0.0;
+                    for (int k = 0; k <= i; ++k) {
+                      double dz = 0.0;
+                      for (int m = k; m < d.n; ++m) dz += d.get(m, k) * symmetric(m, j);
+                      sum += d.get(i, k) * dz;
+                    }
+                    return sum - (i == j ? 1.0 : 0.0);
+                  }),
+            1e-12);
 }
 
 }  // namespace
