@@ -164,7 +164,7 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
     const double w = input.GetFrequencyWeights().empty() ? 1.0 : input.GetFrequencyWeights()[R];
     const double recordCopies = copyGroups ? 1.0 : w;
     for (std::size_t i = 0; i < subjectVars.size(); ++i) key[i] = valueOf(record, subjectVars[i]);
-    subjects.emplace(key, copyGroups ? w : 1.0);
+    subjects.try_emplace(key, copyGroups ? w : 1.0);
     if (!haveFirst) first = key;
     haveFirst = true;
     if (key == first) {

@@ -42,6 +42,15 @@ void AddAt(Eigen::MatrixXd& T, const std::vector<int>& index, const Eigen::Matri
   }
 }
 
+// Adds c v v' to T at the index set (an index may repeat).
+void AddOuter(Eigen::MatrixXd& T, const std::vector<int>& index, const std::vector<double>& v, double c) {
+  const std::size_t n = index.size();
+  for (std::size_t a = 0; a < n; ++a) {
+    const double cva = c * v[a];
+    for (std::size_t b = 0; b < n; ++b) T(index[a], index[b]) += cva * v[b];
+  }
+}
+
 // A group's product over its own fixed columns placed among all p of them.
 Eigen::MatrixXd ToAllColumns(const Eigen::MatrixXd& local, const std::vector<int>& fixed, int p) {
   Eigen::MatrixXd out = Eigen::MatrixXd::Zero(local.rows(), p);
@@ -369,7 +378,7 @@ void MCEnginePredictorImpl::RecordDesign(const MCEngineData& data, const std::ve
       const MCEngineBlockData& bd = data.fvBlocks[U(e)];
       for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
         if (bd.fvValues[U(j)] == 0.0) continue;
-        Wm(r, LocalColumn(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)])) += bd.fvValues[U(j)];
+        Wm(r, LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)])) += bd.fvValues[U(j)];
       }
     }
     for (int j = 0; j < pg; ++j) Wm(r, q + j) = data.fvXr[U(k) * U(p) + U(fixed[U(j)])];
@@ -377,8 +386,20 @@ void MCEnginePredictorImpl::RecordDesign(const MCEngineData& data, const std::ve
   }
 }
 
-int MCEnginePredictorImpl::LocalColumn(int block, int subject, int column) const {
-  return fmLocal.find(std::make_tuple(block, subject, column))->second.second;
+int MCEnginePredictorImpl::GroupOf(int block, int subject) const {
+  if (block < 0 || block >= static_cast<int>(fvPlaces.size())) return -1;
+  const std::vector<std::pair<int, int>>& places = fvPlaces[U(block)];
+  if (subject < 0 || subject >= static_cast<int>(places.size())) return -1;
+  return places[U(subject)].first;
+}
+
+int MCEnginePredictorImpl::LocalColumn(const Group& group, int block, int subject, int column) const {
+  if (GroupOf(block, subject) < 0) return -1;
+  const Segment& sg = group.fvSegments[U(fvPlaces[U(block)][U(subject)].second)];
+  const std::vector<int>& columns = sg.fvColumns;
+  const auto it = std::lower_bound(columns.begin(), columns.end(), column);
+  if (it == columns.end() || *it != column) return -1;
+  return sg.fOffset + static_cast<int>(it - columns.begin());
 }
 
 int MCEnginePredictorImpl::LayOutSegments(const MCEngineData& data, int k0, int m, int groupIndex, Group& group) {
@@ -397,14 +418,15 @@ int MCEnginePredictorImpl::LayOutSegments(const MCEngineData& data, int k0, int 
         }
       }
     }
+    if (fvPlaces.size() < data.fvBlocks.size()) fvPlaces.resize(data.fvBlocks.size());
+    std::vector<std::pair<int, int>>& places = fvPlaces[U(e)];
+    if (places.size() < U(bd.fNSubjects)) places.resize(U(bd.fNSubjects), std::make_pair(-1, -1));
     for (const auto& entry : columns) {
       Segment segment;
       segment.fBlock = e;
       segment.fOffset = q;
       segment.fvColumns.assign(entry.second.begin(), entry.second.end());
-      for (std::size_t i = 0; i < segment.fvColumns.size(); ++i) {
-        fmLocal[std::make_tuple(e, entry.first, segment.fvColumns[i])] = std::make_pair(groupIndex, q + static_cast<int>(i));
-      }
+      places[U(entry.first)] = std::make_pair(groupIndex, static_cast<int>(group.fvSegments.size()));
       q += static_cast<int>(segment.fvColumns.size());
       group.fvSegments.push_back(std::move(segment));
     }
@@ -422,6 +444,7 @@ bool MCEnginePredictorImpl::ResidualCrossProducts(const MCEngineData& data, cons
   for (int a = 0; a < nf; ++a) {
     if (fvFreeBlock[U(a)] < 0) Sk[U(a)] = Eigen::MatrixXd::Zero(nw, nw);
   }
+  if (MCEngineDataBuilder::IsDiagonalType(data.fResidualType)) return DiagonalCrossProducts(data, SR, k0, m, group, Q, Sk);
   for (const std::vector<int>& rows : ResidualBlocks(data, k0, m)) {
     const int mr = static_cast<int>(rows.size());
     std::vector<int> index;
@@ -442,6 +465,48 @@ bool MCEnginePredictorImpl::ResidualCrossProducts(const MCEngineData& data, cons
         for (int j = 0; j < mr; ++j) dR(i, j) = ResidualEntry(data, fvFreeDG[U(a)], rows[U(i)], rows[U(j)]);
       }
       AddAt(Sk[U(a)], index, RiW.transpose() * dR * RiW);
+    }
+  }
+  return true;
+}
+
+bool MCEnginePredictorImpl::DiagonalCrossProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m,
+                                                  const Group& group, Eigen::MatrixXd& Q,
+                                                  std::vector<Eigen::MatrixXd>& Sk) const {
+  const int p = data.fRank;
+  const int q = group.fNColumns;
+  const std::vector<int>& fixed = group.fvFixed;
+  const int pg = static_cast<int>(fixed.size());
+  const int nb = static_cast<int>(data.fvBlocks.size());
+  const int nf = static_cast<int>(fvFreeBlock.size());
+  // A record's entries of W: where they go among the group's columns (a
+  // column may come twice; the outer product adds both) and their values.
+  std::vector<int> index;
+  std::vector<double> value;
+  for (int k = k0; k < k0 + m; ++k) {
+    index.clear();
+    value.clear();
+    for (int e = 0; e < nb && q > 0; ++e) {
+      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+      for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
+        if (bd.fvValues[U(j)] == 0.0) continue;
+        index.push_back(LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]));
+        value.push_back(bd.fvValues[U(j)]);
+      }
+    }
+    for (int j = 0; j < pg; ++j) {
+      const double x = data.fvXr[U(k) * U(p) + U(fixed[U(j)])];
+      if (x == 0.0) continue;
+      index.push_back(q + j);
+      value.push_back(x);
+    }
+    index.push_back(q + pg);
+    value.push_back(data.fvY[U(k)]);
+    const double r = ResidualEntry(data, SR, k, k);
+    if (!(r > 0.0)) return false;
+    AddOuter(Q, index, value, 1.0 / r);
+    for (int a = 0; a < nf; ++a) {
+      if (fvFreeBlock[U(a)] < 0) AddOuter(Sk[U(a)], index, value, ResidualEntry(data, fvFreeDG[U(a)], k, k) / (r * r));
     }
   }
   return true;
@@ -473,7 +538,7 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
       const MCEngineBlockData& bd = data.fvBlocks[U(e)];
       for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
         if (bd.fvValues[U(j)] == 0.0) continue;
-        index.push_back(LocalColumn(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]));
+        index.push_back(LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]));
       }
     }
   }
@@ -502,7 +567,7 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
       const MCEngineBlockData& bd = data.fvBlocks[U(e)];
       for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
         if (bd.fvValues[U(j)] == 0.0) continue;
-        const int col = LocalColumn(e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]);
+        const int col = LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]);
         const int at = static_cast<int>(std::lower_bound(index.begin(), index.begin() + nz, col) - index.begin());
         Wr(i, at) += bd.fvValues[U(j)];
       }
@@ -609,11 +674,12 @@ MCEnginePrediction MCEnginePredictorImpl::Predict(const std::vector<double>& x,
     }
     VirtualKey key;
     if (engineSubject >= 0) {
-      const auto loc = fmLocal.find(std::make_tuple(e, engineSubject, engineColumn));
-      if (loc != fmLocal.end()) {
-        Eigen::VectorXd& zg = byGroup[loc->second.first];
-        if (zg.size() == 0) zg = Eigen::VectorXd::Zero(fvGroups[U(loc->second.first)].fNColumns);
-        zg[loc->second.second] += v;
+      const int g = GroupOf(e, engineSubject);
+      const int local = g < 0 ? -1 : LocalColumn(fvGroups[U(g)], e, engineSubject, engineColumn);
+      if (local >= 0) {
+        Eigen::VectorXd& zg = byGroup[g];
+        if (zg.size() == 0) zg = Eigen::VectorXd::Zero(fvGroups[U(g)].fNColumns);
+        zg[local] += v;
         continue;
       }
       key = VirtualKey(e, 0, engineSubject);

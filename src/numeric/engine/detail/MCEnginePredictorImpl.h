@@ -137,13 +137,20 @@ class MCEnginePredictorImpl {
                            Eigen::MatrixXd& N, std::vector<Eigen::MatrixXd>& T);
   // The rows of W = [Z X y] of those records over all of the group's columns.
   void RecordDesign(const MCEngineData& data, const std::vector<int>& rows, const Group& group, Eigen::MatrixXd& Wm) const;
-  // The group's column of a block's subject's column.
-  int LocalColumn(int block, int subject, int column) const;
+  // The group's column of a block's subject's column, or -1 when no record
+  // of the group reaches it.
+  int LocalColumn(const Group& group, int block, int subject, int column) const;
+  // The group holding a block's subject's columns, or -1.
+  int GroupOf(int block, int subject) const;
   // Q = W'R^-1 W and, per residual parameter, S_k = W'R^-1 R_k R^-1 W for
   // W = [Z X y], summed over the residual's blocks of records, each with only
   // the random columns its records reach. False when an R is not positive
   // definite.
   bool ResidualCrossProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, const Group& group,
+                             Eigen::MatrixXd& Q, std::vector<Eigen::MatrixXd>& Sk) const;
+  // The same when R is diagonal: a record's row of W added to Q as an outer
+  // product over the entries it holds, with no matrix per record.
+  bool DiagonalCrossProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, const Group& group,
                              Eigen::MatrixXd& Q, std::vector<Eigen::MatrixXd>& Sk) const;
   // The residual's blocks of records within records k0 .. k0 + m - 1.
   static std::vector<std::vector<int>> ResidualBlocks(const MCEngineData& data, int k0, int m);
@@ -186,8 +193,10 @@ class MCEnginePredictorImpl {
   std::vector<Eigen::MatrixXd> fvG;  // per engine block
   std::vector<int> fvEngineBlockDiagonal;
   std::vector<Group> fvGroups;
-  // (engine block, engine subject, column) -> (group, position in the group)
-  std::map<std::tuple<int, int, int>, std::pair<int, int>> fmLocal;
+  // Per engine block and engine subject: the group holding the subject's
+  // segment and the segment's place in it, or (-1, -1). Looked up for every
+  // entry of every record, so indexed rather than searched.
+  std::vector<std::vector<std::pair<int, int>>> fvPlaces;
   std::vector<InputBlock> fvInputBlocks;
 };
 
