@@ -106,6 +106,15 @@ TEST(MCEngineSparseFactorTest, ValuesEqualUpToRoundingKeepTheFactorAndOthersRefa
   EXPECT_LT(WorstSelectedError(factor, scaled), 1e-14);
 }
 
+TEST(MCEngineSparseFactorTest, TheFactorisationGoesThroughTheProgramsOwnDenseKernels) {
+  const CrossedEquations eq;
+  MCEngineSparseFactor factor;
+  ASSERT_TRUE(factor.Analyze(eq.n, eq.colStart, eq.rowIndex));
+  const long before = MCEngineSparseFactor::GetKernelCalls();
+  ASSERT_TRUE(factor.Factorize(eq.values));
+  EXPECT_GT(MCEngineSparseFactor::GetKernelCalls(), before);
+}
+
 TEST(MCEngineSparseFactorTest, NoSelectedInverseWithoutAFactor) {
   const CrossedEquations eq;
   MCEngineSparseFactor factor;

@@ -1,5 +1,6 @@
 #include "numeric/engine/detail/MCEngineSparseFactor.h"
 
+#include "numeric/engine/detail/MCEngineBlas.h"
 #include "numeric/engine/detail/MCEngineTriangular.h"
 
 #include <cholmod.h>
@@ -104,6 +105,8 @@ void MCEngineSparseFactor::ColumnLayout() {
     }
   }
 }
+
+long MCEngineSparseFactor::GetKernelCalls() { return MCEngineBlas::GetCalls(); }
 
 bool MCEngineSparseFactor::Factorize(const std::vector<double>& values) {
   Library& lib = *fpLib;

@@ -34,6 +34,9 @@ class MCEngineSparseFactor {
   bool Factorize(const std::vector<double>& values);
   // The numeric factorisations done since construction.
   long GetFactorizations() const { return fFactorizations; }
+  // The dense kernel calls (BLAS and LAPACK routines, our own) so far in
+  // the process: the factorisation's supernodes go through them.
+  static long GetKernelCalls();
   double LogDet() const;
 
   // In place, for nrhs columns of length n stored one after the other:

@@ -1,0 +1,236 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+extern "C" {
+void dgemm_(const char*, const char*, const int*, const int*, const int*, const double*, const double*, const int*,
+            const double*, const int*, const double*, double*, const int*);
+void dsyrk_(const char*, const char*, const int*, const int*, const double*, const double*, const int*,
+            const double*, double*, const int*);
+void dtrsm_(const char*, const char*, const char*, const char*, const int*, const int*, const double*,
+            const double*, const int*, double*, const int*);
+void dgemv_(const char*, const int*, const int*, const double*, const double*, const int*, const double*,
+            const int*, const double*, double*, const int*);
+void dtrsv_(const char*, const char*, const char*, const int*, const double*, const int*, double*, const int*);
+void dpotrf_(const char*, const int*, double*, const int*, int*);
+}
+
+namespace {
+
+// A column-major matrix with a leading dimension beyond its rows, so that
+// the kernels' strides are exercised; the padding holds values the
+// kernels must neither read into results nor change.
+struct Strided {
+  int rows, cols, ld;
+  std::vector<double> v;
+  Strided(int r, int c, std::mt19937& draw) : rows(r), cols(c), ld(r + 3), v(static_cast<std::size_t>(ld) * c) {
+    std::uniform_real_distribution<double> u(-1.0, 1.0);
+    for (double& x : v) x = u(draw);
+  }
+  double& operator()(int i, int j) { return v[static_cast<std::size_t>(j) * ld + i]; }
+  double operator()(int i, int j) const { return v[static_cast<std::size_t>(j) * ld + i]; }
+};
+
+// op(M)(i, j) for a transposed (t) or plain reading.
+double Op(const Strided& m, bool t, int i, int j) { return t ? m(j, i) : m(i, j); }
+
+TEST(MCEngineBlasTest, GemmEqualsTheProductsByDefinitionForEveryTransposition) {
+  std::mt19937 draw(3);
+  const int m = 37, n = 29, k = 41;
+  for (const char* ta : {"N", "T"}) {
+    for (const char* tb : {"N", "t"}) {
+      const bool at = *ta != 'N', bt = *tb != 'N';
+      const Strided A(at ? k : m, at ? m : k, draw), B(bt ? n : k, bt ? k : n, draw);
+      Strided C(m, n, draw);
+      const Strided C0 = C;
+      const double alpha = 0.7, beta = -1.3;
+      dgemm_(ta, tb, &m, &n, &k, &alpha, A.v.data(), &A.ld, B.v.data(), &B.ld, &beta, C.v.data(), &C.ld);
+      for (int i = 0; i < m; ++i) {
+        for (int j = 0; j < n; ++j) {
+          double s = 0.0;
+          for (int l = 0; l < k; ++l) s += Op(A, at, i, l) * Op(B, bt, l, j);
+          EXPECT_NEAR(C(i, j), alpha * s + beta * C0(i, j), 1e-13) << ta << tb;
+        }
+        for (int j = 0; j < n; ++j) {
+          for (int pad = m; pad < C.ld; ++pad) ASSERT_EQ(C(pad, j), C0(pad, j));
+        }
+      }
+    }
+  }
+}
+
+TEST(MCEngineBlasTest, ABetaOfZeroIgnoresWhatTheResultHeld) {
+  std::mt19937 draw(5);
+  const int m = 5, n = 4, k = 3;
+  const Strided A(m, k, draw), B(k, n, draw);
+  Strided C(m, n, draw);
+  for (int i = 0; i < m; ++i) {
+    for (int j = 0; j < n; ++j) C(i, j) = std::numeric_limits<double>::quiet_NaN();
+  }
+  const double alpha = 1.0, beta = 0.0;
+  dgemm_("N", "N", &m, &n, &k, &alpha, A.v.data(), &A.ld, B.v.data(), &B.ld, &beta, C.v.data(), &C.ld);
+  for (int i = 0; i < m; ++i) {
+    for (int j = 0; j < n; ++j) EXPECT_TRUE(std::isfinite(C(i, j)));
+  }
+}
+
+TEST(MCEngineBlasTest, SyrkUpdatesOnlyItsTriangle) {
+  std::mt19937 draw(11);
+  const int n = 33, k = 19;
+  for (const char* uplo : {"L", "U"}) {
+    for (const char* trans : {"N", "T"}) {
+      const bool t = *trans == 'T', lower = *uplo == 'L';
+      const Strided A(t ? k : n, t ? n : k, draw);
+      Strided C(n, n, draw);
+      const Strided C0 = C;
+      const double alpha = -1.0, beta = 0.5;
+      dsyrk_(uplo, trans, &n, &k, &alpha, A.v.data(), &A.ld, &beta, C.v.data(), &C.ld);
+      for (int i = 0; i < n; ++i) {
+        for (int j = 0; j < n; ++j) {
+          if (lower ? i < j : i > j) {
+            ASSERT_EQ(C(i, j), C0(i, j));
+            continue;
+          }
+          double s = 0.0;
+          for (int l = 0; l < k; ++l) s += Op(A, t, i, l) * Op(A, t, j, l);
+          EXPECT_NEAR(C(i, j), alpha * s + beta * C0(i, j), 1e-13) << uplo << trans;
+        }
+      }
+    }
+  }
+}
+
+// A well-conditioned triangle: a strong diagonal.
+Strided Triangle(int n, std::mt19937& draw) {
+  Strided A(n, n, draw);
+  for (int i = 0; i < n; ++i) A(i, i) = 4.0 + std::fabs(A(i, i));
+  return A;
+}
+
+// op(T) where T is A's uplo triangle, its diagonal taken as ones when unit.
+double TriangleOp(const Strided& A, bool lower, bool t, bool unit, int i, int j) {
+  const int r = t ? j : i, c = t ? i : j;
+  if (r == c) return unit ? 1.0 : A(r, c);
+  return (lower ? r > c : r < c) ? A(r, c) : 0.0;
+}
+
+TEST(MCEngineBlasTest, TrsmSolvesOnEitherSideForEveryTriangle) {
+  std::mt19937 draw(13);
+  const int m = 23, n = 17;
+  for (const char* side : {"L", "R"}) {
+    for (const char* uplo : {"L", "U"}) {
+      for (const char* trans : {"N", "T"}) {
+        for (const char* diag : {"N", "U"}) {
+          const bool left = *side == 'L', lower = *uplo == 'L', t = *trans == 'T', unit = *diag == 'U';
+          const int order = left ? m : n;
+          const Strided A = Triangle(order, draw);
+          Strided B(m, n, draw);
+          const Strided B0 = B;
+          const double alpha = 2.0;
+          dtrsm_(side, uplo, trans, diag, &m, &n, &alpha, A.v.data(), &A.ld, B.v.data(), &B.ld);
+          // op(A) X = alpha B0 or X op(A) = alpha B0.
+          for (int i = 0; i < m; ++i) {
+            for (int j = 0; j < n; ++j) {
+              double s = 0.0;
+              for (int l = 0; l < order; ++l) {
+                s += left ? TriangleOp(A, lower, t, unit, i, l) * B(l, j) : B(i, l) * TriangleOp(A, lower, t, unit, l, j);
+              }
+              EXPECT_NEAR(s, alpha * B0(i, j), 1e-12) << side << uplo << trans << diag;
+            }
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(MCEngineBlasTest, GemvAndTrsvFollowTheirIncrements) {
+  std::mt19937 draw(17);
+  const int m = 9, n = 7;
+  const Strided A(m, n, draw);
+  for (const char* trans : {"N", "T"}) {
+    const bool t = *trans == 'T';
+    const int nx = t ? m : n, ny = t ? n : m;
+    for (int inc : {1, 2, -2}) {
+      std::vector<double> x(static_cast<std::size_t>(nx) * 2), y(static_cast<std::size_t>(ny) * 2);
+      std::uniform_real_distribution<double> u(-1.0, 1.0);
+      for (double& v : x) v = u(draw);
+      for (double& v : y) v = u(draw);
+      const std::vector<double> y0 = y;
+      const int stride = std::abs(inc);
+      // Element i of a vector of n with increment inc, as the kernels read it.
+      auto at = [&](int i, int len) { return static_cast<std::size_t>(inc > 0 ? i * stride : (len - 1 - i) * stride); };
+      const double alpha = 1.5, beta = 0.25;
+      dgemv_(trans, &m, &n, &alpha, A.v.data(), &A.ld, x.data(), &inc, &beta, y.data(), &inc);
+      for (int i = 0; i < ny; ++i) {
+        double s = 0.0;
+        for (int l = 0; l < nx; ++l) s += Op(A, t, i, l) * x[at(l, nx)];
+        EXPECT_NEAR(y[at(i, ny)], alpha * s + beta * y0[at(i, ny)], 1e-13) << trans << inc;
+      }
+    }
+  }
+  const Strided T = Triangle(n, draw);
+  for (const char* uplo : {"L", "U"}) {
+    for (const char* trans : {"N", "T"}) {
+      for (const char* diag : {"N", "U"}) {
+        const bool lower = *uplo == 'L', t = *trans == 'T', unit = *diag == 'U';
+        std::vector<double> x(static_cast<std::size_t>(n) * 2, 0.5);
+        for (int i = 0; i < n; ++i) x[static_cast<std::size_t>(i) * 2] = i + 1.0;
+        const std::vector<double> b = x;
+        const int inc = 2;
+        dtrsv_(uplo, trans, diag, &n, T.v.data(), &T.ld, x.data(), &inc);
+        for (int i = 0; i < n; ++i) {
+          double s = 0.0;
+          for (int l = 0; l < n; ++l) s += TriangleOp(T, lower, t, unit, i, l) * x[static_cast<std::size_t>(l) * 2];
+          EXPECT_NEAR(s, b[static_cast<std::size_t>(i) * 2], 1e-12) << uplo << trans << diag;
+          EXPECT_EQ(x[static_cast<std::size_t>(i) * 2 + 1], 0.5);
+        }
+      }
+    }
+  }
+}
+
+TEST(MCEngineBlasTest, PotrfFactorsEitherTriangleAndNamesTheFirstMinorNotPositiveDefinite) {
+  std::mt19937 draw(19);
+  const int n = 150;  // beyond one block of the blocked factorisation
+  const Strided G(n, n, draw);
+  Strided A(n, n, draw);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      double s = i == j ? n : 0.0;
+      for (int l = 0; l < n; ++l) s += G(i, l) * G(j, l);
+      A(i, j) = s;
+    }
+  }
+  for (const char* uplo : {"L", "U"}) {
+    const bool lower = *uplo == 'L';
+    Strided F = A;
+    int info = -1;
+    dpotrf_(uplo, &n, F.v.data(), &F.ld, &info);
+    ASSERT_EQ(info, 0);
+    // L L' (or U'U) gives A back.
+    for (int i = 0; i < n; i += 7) {
+      for (int j = 0; j <= i; j += 5) {
+        double s = 0.0;
+        for (int l = 0; l <= j; ++l) s += lower ? F(i, l) * F(j, l) : F(l, i) * F(l, j);
+        EXPECT_NEAR(s, A(i, j), 1e-9 * n);
+      }
+    }
+  }
+  // Row 100 repeats row 99 with a diagonal one less: the leading minor of
+  // order 101 is the first not positive definite (its last pivot is -1).
+  Strided B = A;
+  for (int j = 0; j < n; ++j) {
+    B(100, j) = B(99, j);
+    B(j, 100) = B(j, 99);
+  }
+  B(100, 100) = B(99, 99) - 1.0;
+  int info = 0;
+  dpotrf_("L", &n, B.v.data(), &B.ld, &info);
+  EXPECT_EQ(info, 101);
+}
+
+}  // namespace
