@@ -28,6 +28,8 @@ void MCEnginePredictor::SetSetupSpace(SetupSpace space) { fpImpl->SetSetupSpace(
 
 double MCEnginePredictor::GetSetupWork() const { return fpImpl->GetSetupWork(); }
 
+double MCEnginePredictor::GetLargestSetupMatrix() const { return fpImpl->GetLargestSetupMatrix(); }
+
 bool MCEnginePredictor::HasSubject(int block, int subject) const { return fpImpl->HasSubject(block, subject); }
 
 MCEnginePrediction MCEnginePredictor::Predict(const std::vector<double>& x,

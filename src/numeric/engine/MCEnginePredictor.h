@@ -31,19 +31,26 @@ class MCEnginePredictor {
   bool IsReady() const;
 
   // Degrees of freedom n - rank(X) for every prediction instead of
-  // Satterthwaite's (n the records' total frequency weight).
+  // Satterthwaite's (n the records' total frequency weight). Set before
+  // Setup, it spares the set-up from the sparse factor the points that
+  // Satterthwaite's df are differenced at.
   void SetResidualDF(bool residual);
   bool GetResidualDF() const;
-  // Largest independent group of records the set-up takes (its work grows
-  // with the cube of a group's records); Setup fails on a fit with a larger
-  // one. No limit by default.
+  // Largest independent group of records the set-up by groups takes (its
+  // work grows with the cube of a group's records); Setup fails on a fit
+  // with a larger one. The set-up from the sparse factor has no such limit.
+  // No limit by default.
   void SetMaxGroupRecords(int records);
-  // How a group of records is set up: over its records or over its random
-  // columns, whichever is fewer, unless one is named (the tests compare
-  // them). The work counts the multiplications of the set-up's dense steps.
-  enum SetupSpace { kAutomaticSpace, kRecordSpace, kColumnSpace };
+  // How the predictions are set up: from the sparse factor of the
+  // mixed-model equations when the fit went through them; otherwise group
+  // by group, over a group's records or over its random columns, whichever
+  // are fewer. The tests may name one to compare them. The work counts the
+  // multiplications of the set-up's steps, and the largest matrix the
+  // entries of the largest dense matrix it forms.
+  enum SetupSpace { kAutomaticSpace, kRecordSpace, kColumnSpace, kSparseFactor };
   void SetSetupSpace(SetupSpace space);
   double GetSetupWork() const;
+  double GetLargestSetupMatrix() const;
 
   // Whether any record of the fit belongs to that subject of the input's
   // random block.

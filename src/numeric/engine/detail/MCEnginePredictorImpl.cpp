@@ -84,7 +84,8 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
   fMaxGroupRecords = maxGroupRecords;
   fSetupSpace = space;
   const MCEngineData& data = fitter.GetData();
-  for (int comp = 0; comp < data.GetNComponents(); ++comp) {
+  fbSparse = UseSparseFactor(fitter);
+  for (int comp = 0; comp < data.GetNComponents() && !fbSparse; ++comp) {
     if (data.fvComponentStart[U(comp) + 1] - data.fvComponentStart[U(comp)] > fMaxGroupRecords) return false;
   }
   const MCEnginePredictorImpl::Estimates fit = ReadEstimates(fitter, input);
@@ -92,8 +93,49 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
   Eigen::MatrixXd SR;
   BuildStructures(fitter.GetModel(), data, fit, SR);
   if (!LinkInputBlocks(input, data)) return false;
+  Eigen::VectorXd given;
+  const Eigen::VectorXd* pGiven = GivenEstimates(fitter, given) ? &given : nullptr;
+  if (fbSparse) {
+    const bool derivatives = !fbResidualDF && fbHaveAsy;
+    if (!fSparse.Setup(data, fitter.GetModel(), fit.fTheta, fit.fvFree, derivatives, pGiven, fitter.GetCancel())) {
+      return false;
+    }
+    fBeta = fSparse.GetBeta();
+    fC = fSparse.GetC();
+    fSetupWork = fSparse.GetSetupWork();
+    fLargestMatrix = fSparse.GetLargestMatrix();
+  } else if (!SetupGroups(fitter, SR, pGiven)) {
+    return false;
+  }
 
-  // Group by group.
+  const int p = data.fRank;
+  fResidualDF = data.fTotalWeight - p;
+  fNColumns = data.fNColumns;
+  fvKept = data.fvKept;
+  fvAliased = data.fvAliased;
+  fHermite = fitter.GetHypothesis()->GetHermite();
+  fbReady = true;
+  return true;
+}
+
+bool MCEnginePredictorImpl::UseSparseFactor(const MCEngineFitterImpl& fitter) const {
+  if (fSetupSpace != MCEnginePredictor::kAutomaticSpace) return fSetupSpace == MCEnginePredictor::kSparseFactor;
+  return fitter.GetResult().GetSolverPath() == MCEngineSettings::kSparseEquations;
+}
+
+bool MCEnginePredictorImpl::GivenEstimates(const MCEngineFitterImpl& fitter, Eigen::VectorXd& given) {
+  // A model fitted by its likelihood keeps its own fixed estimates: the
+  // random effects' predictions are then its conditional modes.
+  if (!fitter.HasReplacedEstimates()) return false;
+  const MCEngineData& data = fitter.GetData();
+  given.resize(data.fRank);
+  for (int i = 0; i < data.fRank; ++i) given[i] = fitter.GetHypothesis()->GetBeta()[data.fvKept[U(i)]];
+  return true;
+}
+
+bool MCEnginePredictorImpl::SetupGroups(const MCEngineFitterImpl& fitter, const Eigen::MatrixXd& SR,
+                                        const Eigen::VectorXd* given) {
+  const MCEngineData& data = fitter.GetData();
   const int p = data.fRank;
   Eigen::MatrixXd XVX = Eigen::MatrixXd::Zero(p, p);
   Eigen::VectorXd XVy = Eigen::VectorXd::Zero(p);
@@ -102,22 +144,7 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
     if (pCancel != nullptr && pCancel->IsCancelled()) return false;
     if (!AddGroup(data, comp, SR, XVX, XVy)) return false;
   }
-  // A model fitted by its likelihood keeps its own fixed estimates: the
-  // random effects' predictions are then its conditional modes.
-  Eigen::VectorXd given;
-  if (fitter.HasReplacedEstimates()) {
-    given.resize(p);
-    for (int i = 0; i < p; ++i) given[i] = fitter.GetHypothesis()->GetBeta()[data.fvKept[U(i)]];
-  }
-  if (!SolveFixed(XVX, XVy, fitter.HasReplacedEstimates() ? &given : nullptr)) return false;
-
-  fResidualDF = data.fTotalWeight - p;
-  fNColumns = data.fNColumns;
-  fvKept = data.fvKept;
-  fvAliased = data.fvAliased;
-  fHermite = fitter.GetHypothesis()->GetHermite();
-  fbReady = true;
-  return true;
+  return SolveFixed(XVX, XVy, given);
 }
 
 MCEnginePredictorImpl::Estimates MCEnginePredictorImpl::ReadEstimates(const MCEngineFitterImpl& fitter,
@@ -310,6 +337,7 @@ bool MCEnginePredictorImpl::ColumnSpaceProducts(const MCEngineData& data, const 
   Eigen::MatrixXd Q;
   if (!ResidualCrossProducts(data, SR, k0, m, group, Q, T)) return false;
   fSetupWork += static_cast<double>(q) * q * q + static_cast<double>(q) * nw * nw;
+  fLargestMatrix = std::max({fLargestMatrix, static_cast<double>(q) * q, static_cast<double>(nw) * nw});
   Eigen::MatrixXd K;
   N = Q;
   if (q > 0) RemoveRandomEffects(group, Q, N, K);
@@ -355,6 +383,7 @@ bool MCEnginePredictorImpl::RecordSpaceProducts(const MCEngineData& data, const 
   const Eigen::MatrixXd Y = llt.solve(Wm);
   N.noalias() = Wm.transpose() * Y;
   fSetupWork += static_cast<double>(m) * m * m + static_cast<double>(m) * m * nw + static_cast<double>(m) * nw * nw;
+  fLargestMatrix = std::max({fLargestMatrix, static_cast<double>(m) * m, static_cast<double>(m) * nw});
   for (std::size_t a = 0; a < T.size(); ++a) {
     if (fvFreeBlock[a] >= 0) continue;
     Eigen::MatrixXd dR = Eigen::MatrixXd::Zero(m, m);
@@ -651,6 +680,7 @@ MCEnginePrediction MCEnginePredictorImpl::Predict(const std::vector<double>& x,
   // The random part: columns of groups, and columns that no record reaches.
   std::map<int, Eigen::VectorXd> byGroup;
   std::map<VirtualKey, Eigen::VectorXd> unreached;
+  MCEngineSparsePredictor::Columns sparseZ;
   for (const MCEngineRandomEntry& entry : z) {
     const int b = entry.GetBlock();
     if (b < 0 || b >= static_cast<int>(fvInputBlocks.size())) return out;
@@ -673,6 +703,10 @@ MCEnginePrediction MCEnginePredictorImpl::Predict(const std::vector<double>& x,
       if (it != ib.fmSplitSubjects.end()) engineSubject = it->second;
     }
     VirtualKey key;
+    if (engineSubject >= 0 && fbSparse) {
+      sparseZ[fSparse.GetColumn(e, engineSubject, engineColumn)] += v;
+      continue;
+    }
     if (engineSubject >= 0) {
       const int g = GroupOf(e, engineSubject);
       const int local = g < 0 ? -1 : LocalColumn(fvGroups[U(g)], e, engineSubject, engineColumn);
@@ -765,23 +799,43 @@ MCEnginePrediction MCEnginePredictorImpl::Predict(const std::vector<double>& x,
       if (fvFreeBlock[U(a)] == e) zGkz[U(a)] += zv.dot(fvFreeDG[U(a)] * zv);
     }
   }
+  if (fbSparse) return PredictSparse(xk, sparseZ, zGz, zGkz);
 
   const Eigen::VectorXd kvec = xk - XVm;
   const Eigen::VectorXd Ck = fC * kvec;
-  double pev = zGz - mVm + kvec.dot(Ck);
+  Eigen::VectorXd g(nf);
+  for (int a = 0; a < nf; ++a) {
+    g[a] = zGkz[U(a)] - 2.0 * mkVm[U(a)] + mVkVm[U(a)] + 2.0 * (XVkVm[U(a)] - XVmk[U(a)]).dot(Ck) +
+           Ck.dot(fvA[U(a)] * Ck);
+  }
+  return Answer(estimate, zGz - mVm + kvec.dot(Ck), &g);
+}
+
+MCEnginePrediction MCEnginePredictorImpl::PredictSparse(const Eigen::VectorXd& xk,
+                                                        const MCEngineSparsePredictor::Columns& z, double zGz,
+                                                        const std::vector<double>& zGkz) const {
+  const MCEngineSparsePredictor::Answer a = fSparse.Predict(xk, z);
+  if (!a.fbPEV) {
+    MCEnginePrediction out;
+    out.SetEstimate(a.fEstimate * fYScale);
+    return out;
+  }
+  if (!a.fbGradient) return Answer(a.fEstimate, a.fPEV + zGz, nullptr);
+  Eigen::VectorXd g = a.fGradient;
+  for (int k = 0; k < g.size(); ++k) g[k] += zGkz[U(k)];
+  return Answer(a.fEstimate, a.fPEV + zGz, &g);
+}
+
+MCEnginePrediction MCEnginePredictorImpl::Answer(double estimate, double pev, const Eigen::VectorXd* gradient) const {
+  MCEnginePrediction out;
   // What rounding leaves of a prediction error that is exactly zero.
   if (pev < 0.0) pev = 0.0;
   out.SetEstimate(estimate * fYScale);
   out.SetStdError(std::sqrt(pev) * fYScale);
   if (fbResidualDF) {
     if (fResidualDF > 0.0) out.SetDF(fResidualDF);
-  } else if (fbHaveAsy && pev > 0.0) {
-    Eigen::VectorXd g(nf);
-    for (int a = 0; a < nf; ++a) {
-      g[a] = zGkz[U(a)] - 2.0 * mkVm[U(a)] + mVkVm[U(a)] + 2.0 * (XVkVm[U(a)] - XVmk[U(a)]).dot(Ck) +
-             Ck.dot(fvA[U(a)] * Ck);
-    }
-    const double denom = g.dot(fAsy * g);
+  } else if (fbHaveAsy && pev > 0.0 && gradient != nullptr) {
+    const double denom = gradient->dot(fAsy * *gradient);
     if (denom > 0.0 && std::isfinite(denom)) out.SetDF(2.0 * pev * pev / denom);
   }
   return out;

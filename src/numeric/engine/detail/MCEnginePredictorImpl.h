@@ -12,6 +12,7 @@
 #include "numeric/engine/MCEnginePrediction.h"
 #include "numeric/engine/MCEnginePredictor.h"
 #include "numeric/engine/MCEngineRandomEntry.h"
+#include "numeric/engine/detail/MCEngineSparsePredictor.h"
 
 namespace MCEngine_850 {
 
@@ -38,6 +39,11 @@ struct MCEngineData;
 // W'R^-1 W and W'R^-1 R_k R^-1 W, W = [Z X y], through
 // V^-1 = R^-1 - R^-1 Z G (I + Z'R^-1 Z G)^-1 Z'R^-1: no matrix over all of a
 // group's records is formed, only those of R's blocks.
+//
+// A fit that went through the sparse equations is predicted from their
+// factor instead (MCEngineSparsePredictor): crossed random effects make all
+// records one group, whose dense set-up would grow with the cube of all
+// random columns.
 class MCEnginePredictorImpl {
  public:
   bool Setup(const MCEngineFitterImpl& fitter, const MCEngineInput& input);
@@ -47,6 +53,7 @@ class MCEnginePredictorImpl {
   void SetMaxGroupRecords(int records) { fMaxGroupRecords = records; }
   void SetSetupSpace(MCEnginePredictor::SetupSpace space) { fSetupSpace = space; }
   double GetSetupWork() const { return fSetupWork; }
+  double GetLargestSetupMatrix() const { return fLargestMatrix; }
   bool HasSubject(int block, int subject) const;
   MCEnginePrediction Predict(const std::vector<double>& x, const std::vector<MCEngineRandomEntry>& z) const;
 
@@ -107,6 +114,13 @@ class MCEnginePredictorImpl {
   Estimates ReadEstimates(const MCEngineFitterImpl& fitter, const MCEngineInput& input);
   void BuildStructures(const MCEngineModel& model, const MCEngineData& data, const Estimates& fit, Eigen::MatrixXd& SR);
   bool LinkInputBlocks(const MCEngineInput& input, const MCEngineData& data);
+  // Whether the set-up goes through the sparse factor.
+  bool UseSparseFactor(const MCEngineFitterImpl& fitter) const;
+  // The fixed estimates of a model fitted by its likelihood, which stand
+  // for the GLS ones; false for a fit that keeps the GLS ones.
+  static bool GivenEstimates(const MCEngineFitterImpl& fitter, Eigen::VectorXd& given);
+  // The set-up group by group.
+  bool SetupGroups(const MCEngineFitterImpl& fitter, const Eigen::MatrixXd& SR, const Eigen::VectorXd* given);
   // The input subjects of record k (engine order) and their engine subjects.
   void MapSubjects(const MCEngineInput& input, const MCEngineData& data, int k);
   // Independent group comp: its Z'V^-1 [Z X y] and residual terms, kept when
@@ -168,8 +182,19 @@ class MCEnginePredictorImpl {
   static void MultiplyRestricted(const Eigen::MatrixXd& M, const Segment& segment, const Eigen::VectorXd& x,
                                  int offset, Eigen::VectorXd& out);
 
+  // A prediction from the sparse factor: its random columns there, with
+  // z'G z and z'G_k z of the columns no record reaches.
+  MCEnginePrediction PredictSparse(const Eigen::VectorXd& xk, const MCEngineSparsePredictor::Columns& z, double zGz,
+                                   const std::vector<double>& zGkz) const;
+  // The prediction with its standard error and df from the PEV and its
+  // gradient over the free parameters (null when not known).
+  MCEnginePrediction Answer(double estimate, double pev, const Eigen::VectorXd* gradient) const;
+
   bool fbReady = false;
   bool fbResidualDF = false;
+  bool fbSparse = false;
+  MCEngineSparsePredictor fSparse;
+  double fLargestMatrix = 0.0;
   MCEnginePredictor::SetupSpace fSetupSpace = MCEnginePredictor::kAutomaticSpace;
   // The set-up's multiplications, counted as the cubes and products of the
   // sizes its dense steps take.

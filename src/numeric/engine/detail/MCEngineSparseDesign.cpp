@@ -140,6 +140,13 @@ void MCEngineSparseDesign::FindPairs() {
   }
 }
 
+const MCEngineSparseDesign::Pair* MCEngineSparseDesign::FindPair(int a, int b) const {
+  const long key = static_cast<long>(a) * GetNNodes() + b;
+  const auto it = std::lower_bound(fvPairIndexKeys.begin(), fvPairIndexKeys.end(), key);
+  if (a < b || it == fvPairIndexKeys.end() || *it != key) return nullptr;
+  return &fvPairs[U(it - fvPairIndexKeys.begin())];
+}
+
 long MCEngineSparseDesign::PairSlot(int gi, int gj) const {
   const int a = fvColumnNode[U(gi)];
   const int b = fvColumnNode[U(gj)];

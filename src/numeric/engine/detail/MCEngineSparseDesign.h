@@ -42,6 +42,10 @@ class MCEngineSparseDesign {
   int GetColumnNode(int col) const { return fvColumnNode[static_cast<std::size_t>(col)]; }
 
   const std::vector<Pair>& GetPairs() const { return fvPairs; }
+  // The first node of a block: its subjects' nodes follow in their order.
+  int GetBlockFirstNode(int b) const { return fvBlockFirstNode[static_cast<std::size_t>(b)]; }
+  // The pair of nodes a >= b, or null when they are not neighbours.
+  const Pair* FindPair(int a, int b) const;
   long GetNPairValues() const { return fNPairValues; }
 
   const std::vector<Group>& GetGroups() const { return fvGroups; }

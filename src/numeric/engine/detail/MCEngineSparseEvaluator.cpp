@@ -434,40 +434,64 @@ bool MCEngineSparseEvaluator::ObservedHessian(const Eigen::VectorXd& theta, bool
   // Under a profiled scale the column of the scale follows from the others,
   // one factorisation per difference quotient fewer.
   const int skipped = fModel.IsProfiled() && theta[fModel.GetScaleIndex()] > 0.0 ? fModel.GetScaleIndex() : -1;
-  Eigen::VectorXd gp, gm, gp2, gm2;
+  DifferenceSide up, down;
   for (int k = 0; k < K; ++k) {
     if (k == skipped) continue;
-    // A step of 1e-3 of the parameter's size, at most a quarter of the way
-    // to a bound.
-    const double floor = fModel.IsScaleLike(k) ? 1e-4 : 0.1;
-    double h = 1e-3 * std::max(std::fabs(theta[k]), floor);
-    double lower = 0.0, upper = 0.0;
-    fModel.GetBounds(k, lower, upper);
-    if (std::isfinite(upper) && upper - theta[k] > 0.0) h = std::min(h, 0.25 * (upper - theta[k]));
-    if (std::isfinite(lower) && theta[k] - lower > 0.0) h = std::min(h, 0.25 * (theta[k] - lower));
+    const double h = DifferenceStep(fModel, theta, k);
     auto at = [&](double step, Eigen::VectorXd& out) {
       Eigen::VectorXd t = theta;
       t[k] += step;
       return GradientAt(t, reml, out);
     };
-    const bool up = at(h, gp) && at(0.5 * h, gp2);
-    const bool down = at(-h, gm) && at(-0.5 * h, gm2);
+    up.fbOK = at(h, up.fFull) && at(0.5 * h, up.fHalf);
+    down.fbOK = at(-h, down.fFull) && at(-0.5 * h, down.fHalf);
     Eigen::VectorXd column;
-    if (up && down) {
-      // Central differences with Richardson's extrapolation: O(h^4).
-      column = (4.0 * (gp2 - gm2) / h - (gp - gm) / (2.0 * h)) / 3.0;
-    } else if (up) {
-      column = 2.0 * (gp2 - g) / (0.5 * h) - (gp - g) / h;
-    } else if (down) {
-      column = 2.0 * (g - gm2) / (0.5 * h) - (g - gm) / h;
-    } else {
-      return false;
-    }
+    if (!DifferenceQuotient(up, down, g, h, column)) return false;
     H.col(k) = column;
   }
   if (skipped >= 0) ScaleColumn(theta, here, skipped, H);
   H = (0.5 * (H + H.transpose())).eval();
   return H.allFinite();
+}
+
+double MCEngineSparseEvaluator::DifferenceStep(const MCEngineModel& model, const Eigen::VectorXd& theta, int k) {
+  const double floor = model.IsScaleLike(k) ? 1e-4 : 0.1;
+  double h = 1e-3 * std::max(std::fabs(theta[k]), floor);
+  double lower = 0.0, upper = 0.0;
+  model.GetBounds(k, lower, upper);
+  if (std::isfinite(upper) && upper - theta[k] > 0.0) h = std::min(h, 0.25 * (upper - theta[k]));
+  if (std::isfinite(lower) && theta[k] - lower > 0.0) h = std::min(h, 0.25 * (theta[k] - lower));
+  return h;
+}
+
+bool MCEngineSparseEvaluator::DifferenceQuotient(const DifferenceSide& up, const DifferenceSide& down,
+                                                 const Eigen::VectorXd& here, double h, Eigen::VectorXd& out) {
+  if (up.fbOK && down.fbOK) {
+    out = (4.0 * (up.fHalf - down.fHalf) / h - (up.fFull - down.fFull) / (2.0 * h)) / 3.0;
+  } else if (up.fbOK) {
+    out = 2.0 * (up.fHalf - here) / (0.5 * h) - (up.fFull - here) / h;
+  } else if (down.fbOK) {
+    out = 2.0 * (here - down.fHalf) / (0.5 * h) - (here - down.fFull) / h;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool MCEngineSparseEvaluator::PredictionPointAt(const Eigen::VectorXd& theta, PredictionPoint& out) {
+  MCEngineEvaluation ev;
+  if (!fbReady || Cancelled() || !Solved(theta, fbHaveLast && fbLastReml, false, ev)) return false;
+  if (!fFactor.SelectInverse()) return false;
+  const Work& w = fLast;
+  out.fvLambda = w.fvLambda;
+  out.fvPairInverse.resize(fvPairInverse.size());
+  for (std::size_t i = 0; i < fvPairInverse.size(); ++i) out.fvPairInverse[i] = fFactor.InverseAt(fvPairInverse[i]);
+  out.fY = w.fRZX;
+  if (out.fY.cols() > 0) fFactor.SolveLt(out.fY.data(), static_cast<int>(out.fY.cols()));
+  out.fC = w.fC;
+  out.fBeta = w.fBeta;
+  out.fV = w.fV;
+  return true;
 }
 
 void MCEngineSparseEvaluator::ScaleColumn(const Eigen::VectorXd& theta, const MCEngineEvaluation& at, int r,

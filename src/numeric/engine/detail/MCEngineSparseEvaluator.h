@@ -47,6 +47,35 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   bool IteratesWithExpected() const override { return true; }
   bool StartInformation(const Eigen::VectorXd& theta, Eigen::MatrixXd& info) override;
 
+  // What predictions from the fit need at theta: Lambda per block, M^-1 on
+  // the pairs of neighbouring nodes (laid out as the pair values, from the
+  // selected inverse), Y = M^-1 Lambda'Z'R^-1 X, C = (X'V^-1 X)^-1, the
+  // fixed estimates and the spherical random effects v.
+  struct PredictionPoint {
+    std::vector<Eigen::MatrixXd> fvLambda;
+    std::vector<double> fvPairInverse;
+    Eigen::MatrixXd fY;
+    Eigen::MatrixXd fC;
+    Eigen::VectorXd fBeta;
+    Eigen::VectorXd fV;
+  };
+  bool PredictionPointAt(const Eigen::VectorXd& theta, PredictionPoint& out);
+  const MCEngineSparseDesign& GetDesign() const { return fDesign; }
+
+  // The step of a difference quotient in parameter k: 1e-3 of the
+  // parameter's size, at most a quarter of the way to a bound.
+  static double DifferenceStep(const MCEngineModel& model, const Eigen::VectorXd& theta, int k);
+  // Values of a function at theta + s and theta + s/2 on one side of theta.
+  struct DifferenceSide {
+    bool fbOK = false;
+    Eigen::VectorXd fFull, fHalf;
+  };
+  // The derivative from both sides of theta at step h (central differences
+  // with Richardson's extrapolation, O(h^4)), or from one side and the value
+  // at theta when the other is missing. False when both are.
+  static bool DifferenceQuotient(const DifferenceSide& up, const DifferenceSide& down, const Eigen::VectorXd& here,
+                                 double h, Eigen::VectorXd& out);
+
  private:
   // What one evaluation builds, step by step.
   struct Work {

@@ -1,0 +1,123 @@
+#include "numeric/engine/detail/MCEngineSparsePredictor.h"
+
+#include <algorithm>
+
+namespace MCEngine_850 {
+
+namespace {
+
+inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
+
+}  // namespace
+
+bool MCEngineSparsePredictor::Setup(const MCEngineData& data, const MCEngineModel& model, const Eigen::VectorXd& theta,
+                                    const std::vector<int>& free, bool derivatives, const Eigen::VectorXd* given,
+                                    const MCCommon_850::MCQueryCancel* pCancel) {
+  MCEngineSparseEvaluator evaluator(data, model);
+  evaluator.SetCancel(pCancel);
+  if (!evaluator.IsReady()) return false;
+  fFactorFlops = evaluator.GetFactorFlops();
+  if (!model.InBounds(theta) || !PointAt(evaluator, theta, fBase)) return false;
+  if (given != nullptr) {
+    // v = M^-1 Lambda'Z'R^-1 (y - X beta) is linear in beta.
+    fBase.fV += fBase.fY * (fBase.fBeta - *given);
+    fBase.fBeta = *given;
+  }
+  fvDifferences.clear();
+  if (derivatives) {
+    for (int k : free) {
+      Differences d;
+      d.fStep = MCEngineSparseEvaluator::DifferenceStep(model, theta, k);
+      auto at = [&](double step, Point& out) {
+        Eigen::VectorXd t = theta;
+        t[k] += step;
+        return model.InBounds(t) && PointAt(evaluator, t, out);
+      };
+      d.fbUp = at(d.fStep, d.fUp) && at(0.5 * d.fStep, d.fUpHalf);
+      d.fbDown = at(-d.fStep, d.fDown) && at(-0.5 * d.fStep, d.fDownHalf);
+      if (pCancel != nullptr && pCancel->IsCancelled()) return false;
+      fvDifferences.push_back(std::move(d));
+    }
+  }
+  fpDesign = std::make_unique<MCEngineSparseDesign>(evaluator.GetDesign());
+  return true;
+}
+
+bool MCEngineSparsePredictor::PointAt(MCEngineSparseEvaluator& evaluator, const Eigen::VectorXd& theta, Point& out) {
+  if (!evaluator.PredictionPointAt(theta, out)) return false;
+  // A factorisation and its selected inverse (about twice its work), and Y.
+  const double q = static_cast<double>(out.fY.rows());
+  const double p = static_cast<double>(out.fY.cols());
+  fSetupWork += 3.0 * fFactorFlops + 2.0 * static_cast<double>(out.fvPairInverse.size()) * p + p * p * p;
+  fLargestMatrix = std::max({fLargestMatrix, q * p, p * p});
+  return true;
+}
+
+int MCEngineSparsePredictor::GetColumn(int block, int subject, int column) const {
+  return fpDesign->GetNodeStart(fpDesign->GetBlockFirstNode(block) + subject) + column;
+}
+
+MCEngineSparsePredictor::NodeVectors MCEngineSparsePredictor::Spherical(const Point& point, const Columns& z) const {
+  NodeVectors w;
+  for (const auto& entry : z) {
+    const int node = fpDesign->GetColumnNode(entry.first);
+    Eigen::VectorXd& zn = w[node];
+    if (zn.size() == 0) zn = Eigen::VectorXd::Zero(fpDesign->GetNodeSize(node));
+    zn[entry.first - fpDesign->GetNodeStart(node)] += entry.second;
+  }
+  for (auto& entry : w) {
+    entry.second = (point.fvLambda[U(fpDesign->GetNodeBlock(entry.first))].transpose() * entry.second).eval();
+  }
+  return w;
+}
+
+bool MCEngineSparsePredictor::PEVAt(const Point& point, const Eigen::VectorXd& x, const Columns& z,
+                                    double& pev) const {
+  const NodeVectors w = Spherical(point, z);
+  double wMw = 0.0;
+  Eigen::VectorXd k = x;
+  for (auto a = w.begin(); a != w.end(); ++a) {
+    const int qa = static_cast<int>(a->second.size());
+    k.noalias() -= point.fY.middleRows(fpDesign->GetNodeStart(a->first), qa).transpose() * a->second;
+    for (auto b = w.begin(); b != std::next(a); ++b) {
+      // The nodes come in ascending order: a is the later one.
+      const MCEngineSparseDesign::Pair* pPair = fpDesign->FindPair(a->first, b->first);
+      if (pPair == nullptr) return false;
+      const Eigen::Map<const Eigen::MatrixXd> block(&point.fvPairInverse[static_cast<std::size_t>(pPair->fOffset)], qa,
+                                                    b->second.size());
+      wMw += (a == b ? 1.0 : 2.0) * a->second.dot(block * b->second);
+    }
+  }
+  pev = wMw + k.dot(point.fC * k);
+  return true;
+}
+
+MCEngineSparsePredictor::Answer MCEngineSparsePredictor::Predict(const Eigen::VectorXd& x, const Columns& z) const {
+  Answer out;
+  out.fEstimate = x.dot(fBase.fBeta);
+  for (const auto& entry : Spherical(fBase, z)) {
+    out.fEstimate += entry.second.dot(fBase.fV.segment(fpDesign->GetNodeStart(entry.first), entry.second.size()));
+  }
+  out.fbPEV = PEVAt(fBase, x, z, out.fPEV);
+  if (!out.fbPEV || fvDifferences.empty()) return out;
+  const int nf = static_cast<int>(fvDifferences.size());
+  out.fGradient.resize(nf);
+  const Eigen::VectorXd here = Eigen::VectorXd::Constant(1, out.fPEV);
+  for (int a = 0; a < nf; ++a) {
+    const Differences& d = fvDifferences[U(a)];
+    MCEngineSparseEvaluator::DifferenceSide up, down;
+    up.fFull.resize(1);
+    up.fHalf.resize(1);
+    down.fFull.resize(1);
+    down.fHalf.resize(1);
+    up.fbOK = d.fbUp && PEVAt(d.fUp, x, z, up.fFull[0]) && PEVAt(d.fUpHalf, x, z, up.fHalf[0]);
+    down.fbOK = d.fbDown && PEVAt(d.fDown, x, z, down.fFull[0]) && PEVAt(d.fDownHalf, x, z, down.fHalf[0]);
+    Eigen::VectorXd derivative;
+    if (!MCEngineSparseEvaluator::DifferenceQuotient(up, down, here, d.fStep, derivative)) return out;
+    out.fGradient[a] = derivative[0];
+  }
+  out.fbGradient = true;
+  return out;
+}
+
+}  // namespace MCEngine_850

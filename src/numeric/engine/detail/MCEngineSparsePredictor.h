@@ -1,0 +1,92 @@
+#pragma once
+
+// Private to the engine's implementation files: includes Eigen.
+#include <Eigen/Dense>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "numeric/engine/detail/MCEngineSparseDesign.h"
+#include "numeric/engine/detail/MCEngineSparseEvaluator.h"
+
+namespace MCCommon_850 {
+class MCQueryCancel;
+}
+
+namespace MCEngine_850 {
+
+// Predictions of a fit from the sparse factor of its mixed-model equations.
+//
+// With G = Lambda Lambda', u = Lambda v and M = Lambda'Z'R^-1 Z Lambda + I,
+// a prediction x'beta + z'u is x'beta + w'v for w = Lambda'z, and its
+// prediction error variance, l C_mme l' for the equations in (beta, v), is
+//   PEV = w'M^-1 w + k'C k,   k = x - Y'w,
+// with Y = M^-1 Lambda'Z'R^-1 X (random columns by fixed columns) and
+// C = (X'V^-1 X)^-1. The random columns of one record are neighbours in M,
+// so the entries of M^-1 such a prediction needs lie on the factor's
+// pattern and come from its selected inverse: nothing over all random
+// columns is formed densely. A prediction that joins columns no record joins
+// has no such entries; it gets its estimate and no standard error.
+//
+// dPEV/dtheta_k would need entries of M^-1 off the pattern. The set-up
+// instead keeps, at theta +- h and theta +- h/2 for each free parameter,
+// what the PEV needs there (M^-1 on the pairs, Y, C and Lambda: the size of
+// the equations' pattern each), and the derivative is the central
+// difference with Richardson's extrapolation, as the observed Hessian of
+// the sparse path takes it.
+class MCEngineSparsePredictor {
+ public:
+  // A prediction's random part: the equations' column -> coefficient of u.
+  using Columns = std::map<int, double>;
+  struct Answer {
+    double fEstimate = 0.0;
+    bool fbPEV = false;
+    double fPEV = 0.0;
+    bool fbGradient = false;
+    Eigen::VectorXd fGradient;  // over the free parameters
+  };
+
+  // At the fit's parameters theta, and at the difference points of the free
+  // ones unless only the PEV is wanted; `given` fixed estimates, when not
+  // null, stand for the GLS ones. False when the equations cannot be set
+  // up or solved at theta, or when cancelled.
+  bool Setup(const MCEngineData& data, const MCEngineModel& model, const Eigen::VectorXd& theta,
+             const std::vector<int>& free, bool derivatives, const Eigen::VectorXd* given,
+             const MCCommon_850::MCQueryCancel* pCancel);
+  // The equations' column of a block's subject's column.
+  int GetColumn(int block, int subject, int column) const;
+  const Eigen::VectorXd& GetBeta() const { return fBase.fBeta; }
+  const Eigen::MatrixXd& GetC() const { return fBase.fC; }
+  // The set-up's multiplications (factorisations, selected inverses and
+  // the dense products with Y), and the entries of the largest dense matrix
+  // it keeps.
+  double GetSetupWork() const { return fSetupWork; }
+  double GetLargestMatrix() const { return fLargestMatrix; }
+
+  // x over the kept fixed columns.
+  Answer Predict(const Eigen::VectorXd& x, const Columns& z) const;
+
+ private:
+  using Point = MCEngineSparseEvaluator::PredictionPoint;
+  // The points on both sides of theta in one free parameter.
+  struct Differences {
+    double fStep = 0.0;
+    bool fbUp = false, fbDown = false;
+    Point fUp, fUpHalf, fDown, fDownHalf;
+  };
+  // Per node z reaches: Lambda'z over the node's columns.
+  using NodeVectors = std::map<int, Eigen::VectorXd>;
+  bool PointAt(MCEngineSparseEvaluator& evaluator, const Eigen::VectorXd& theta, Point& out);
+  NodeVectors Spherical(const Point& point, const Columns& z) const;
+  // The PEV at that point; false when z joins nodes that are not neighbours.
+  bool PEVAt(const Point& point, const Eigen::VectorXd& x, const Columns& z, double& pev) const;
+
+  std::unique_ptr<MCEngineSparseDesign> fpDesign;
+  Point fBase;
+  std::vector<Differences> fvDifferences;
+  double fFactorFlops = 0.0;
+  double fSetupWork = 0.0;
+  double fLargestMatrix = 0.0;
+};
+
+}  // namespace MCEngine_850
