@@ -29,7 +29,7 @@ const int kMaxPoints = 1000;
 const int kGridCells = 50;
 const int kMaxBins = 50;
 // The largest independent group of records whose predictions the summary
-// takes for observed against predicted.
+// takes for observed against predicted when they are set up group by group.
 const int kMaxPredictedGroupRecords = 5000;
 
 void AppendUnique(std::vector<int>& list, const std::vector<int>& vars) {
@@ -119,11 +119,14 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
     return w.empty() || (std::isfinite(w[static_cast<std::size_t>(r)]) && w[static_cast<std::size_t>(r)] > 0.0);
   };
 
-  // The random effects' predictions, per block, subject and column.
-  // Not for a group so large (crossed random effects make all records one)
-  // that its dense set-up would cost more than the fit.
+  // The random effects' predictions, per block, subject and column. Not
+  // for a group so large that its dense set-up would cost more than the
+  // fit; a fit through the sparse equations (crossed random effects make
+  // all records one group) is set up from their factor, at the cost of one
+  // factorisation, since only the estimates are read here and no df.
   MCEngine_850::MCEnginePredictor predictor;
   predictor.SetMaxGroupRecords(kMaxPredictedGroupRecords);
+  predictor.SetResidualDF(true);
   const bool predict = predictor.Setup(fitter, input);
   std::map<std::tuple<int, int, int>, double> effects;
   const std::vector<double> zero(static_cast<std::size_t>(P), 0.0);

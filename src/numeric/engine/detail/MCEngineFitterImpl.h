@@ -29,6 +29,9 @@ class MCEngineFitterImpl {
   const MCEngineData& GetData() const { return fData; }
   const MCEngineModel& GetModel() const { return fModel; }
   const MCCommon_850::MCQueryCancel* GetCancel() const { return fSettings.GetCancel(); }
+  // The evaluator of the fit's path, which keeps its last factor for the
+  // predictions' set-up to reuse; null before a fit.
+  MCEngineEvaluator* GetEvaluator() const { return fpEvaluator.get(); }
   void UnscaleTest(MCEngineTest& test) const;
   bool EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
                   std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;

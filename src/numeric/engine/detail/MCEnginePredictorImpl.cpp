@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include "numeric/engine/MCEngineInput.h"
 #include "numeric/engine/MCEngineMissing.h"
@@ -97,7 +98,14 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
   const Eigen::VectorXd* pGiven = GivenEstimates(fitter, given) ? &given : nullptr;
   if (fbSparse) {
     const bool derivatives = !fbResidualDF && fbHaveAsy;
-    if (!fSparse.Setup(data, fitter.GetModel(), fit.fTheta, fit.fvFree, derivatives, pGiven, fitter.GetCancel())) {
+    auto* pEvaluator = dynamic_cast<MCEngineSparseEvaluator*>(fitter.GetEvaluator());
+    std::unique_ptr<MCEngineSparseEvaluator> pOwn;
+    if (pEvaluator == nullptr) {
+      pOwn = std::make_unique<MCEngineSparseEvaluator>(data, fitter.GetModel());
+      pEvaluator = pOwn.get();
+    }
+    if (!fSparse.Setup(*pEvaluator, fitter.GetModel(), fit.fTheta, fit.fvFree, derivatives, pGiven,
+                       fitter.GetCancel())) {
       return false;
     }
     fBeta = fSparse.GetBeta();

@@ -10,10 +10,9 @@ inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
 }  // namespace
 
-bool MCEngineSparsePredictor::Setup(const MCEngineData& data, const MCEngineModel& model, const Eigen::VectorXd& theta,
-                                    const std::vector<int>& free, bool derivatives, const Eigen::VectorXd* given,
-                                    const MCCommon_850::MCQueryCancel* pCancel) {
-  MCEngineSparseEvaluator evaluator(data, model);
+bool MCEngineSparsePredictor::Setup(MCEngineSparseEvaluator& evaluator, const MCEngineModel& model,
+                                    const Eigen::VectorXd& theta, const std::vector<int>& free, bool derivatives,
+                                    const Eigen::VectorXd* given, const MCCommon_850::MCQueryCancel* pCancel) {
   evaluator.SetCancel(pCancel);
   if (!evaluator.IsReady()) return false;
   fFactorFlops = evaluator.GetFactorFlops();

@@ -50,7 +50,9 @@ class MCEngineSparsePredictor {
   // ones unless only the PEV is wanted; `given` fixed estimates, when not
   // null, stand for the GLS ones. False when the equations cannot be set
   // up or solved at theta, or when cancelled.
-  bool Setup(const MCEngineData& data, const MCEngineModel& model, const Eigen::VectorXd& theta,
+  // The evaluator is the fit's own when it went through the sparse
+  // equations (its factor and layout serve again), else one made for this.
+  bool Setup(MCEngineSparseEvaluator& evaluator, const MCEngineModel& model, const Eigen::VectorXd& theta,
              const std::vector<int>& free, bool derivatives, const Eigen::VectorXd* given,
              const MCCommon_850::MCQueryCancel* pCancel);
   // The equations' column of a block's subject's column.
