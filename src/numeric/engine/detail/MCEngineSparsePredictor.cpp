@@ -8,6 +8,11 @@ namespace {
 
 inline std::size_t U(int i) { return static_cast<std::size_t>(i); }
 
+// A variance at 0 keeps Lambda at 1e-60 (the evaluator's lift), which
+// leaves its effects a PEV near 1e-120: below this it is 0, as it is exactly
+// for the set-up by groups.
+constexpr double kNegligiblePEV = 1e-100;
+
 }  // namespace
 
 bool MCEngineSparsePredictor::Setup(MCEngineSparseEvaluator& evaluator, const MCEngineModel& model,
@@ -23,9 +28,15 @@ bool MCEngineSparsePredictor::Setup(MCEngineSparseEvaluator& evaluator, const MC
     fBase.fBeta = *given;
   }
   fvDifferences.clear();
+  fScaleSlot = -1;
   if (derivatives) {
+    fScaleSlot = HomogeneousScale(model, theta, free);
     for (int k : free) {
       Differences d;
+      if (static_cast<int>(fvDifferences.size()) == fScaleSlot) {
+        fvDifferences.push_back(std::move(d));
+        continue;
+      }
       d.fStep = MCEngineSparseEvaluator::DifferenceStep(model, theta, k);
       auto at = [&](double step, Point& out) {
         Eigen::VectorXd t = theta;
@@ -50,6 +61,26 @@ bool MCEngineSparsePredictor::PointAt(MCEngineSparseEvaluator& evaluator, const 
   fSetupWork += 3.0 * fFactorFlops + 2.0 * static_cast<double>(out.fvPairInverse.size()) * p + p * p * p;
   fLargestMatrix = std::max({fLargestMatrix, q * p, p * p});
   return true;
+}
+
+int MCEngineSparsePredictor::HomogeneousScale(const MCEngineModel& model, const Eigen::VectorXd& theta,
+                                              const std::vector<int>& free) {
+  const int r = model.IsProfiled() ? model.GetScaleIndex() : -1;
+  if (r < 0 || !(theta[r] > 0.0)) return -1;
+  int slot = -1;
+  fScaleWeights.resize(static_cast<Eigen::Index>(free.size()));
+  for (int k = 0; k < static_cast<int>(theta.size()); ++k) {
+    const auto at = std::find(free.begin(), free.end(), k);
+    const double weight = model.GetScalePower(k) * theta[k];
+    if (at == free.end()) {
+      if (weight != 0.0) return -1;
+      continue;
+    }
+    const auto a = at - free.begin();
+    fScaleWeights[a] = weight;
+    if (k == r) slot = static_cast<int>(a);
+  }
+  return slot;
 }
 
 int MCEngineSparsePredictor::GetColumn(int block, int subject, int column) const {
@@ -88,6 +119,7 @@ bool MCEngineSparsePredictor::PEVAt(const Point& point, const Eigen::VectorXd& x
     }
   }
   pev = wMw + k.dot(point.fC * k);
+  if (pev < kNegligiblePEV) pev = 0.0;
   return true;
 }
 
@@ -103,6 +135,7 @@ MCEngineSparsePredictor::Answer MCEngineSparsePredictor::Predict(const Eigen::Ve
   out.fGradient.resize(nf);
   const Eigen::VectorXd here = Eigen::VectorXd::Constant(1, out.fPEV);
   for (int a = 0; a < nf; ++a) {
+    if (a == fScaleSlot) continue;
     const Differences& d = fvDifferences[U(a)];
     MCEngineSparseEvaluator::DifferenceSide up, down;
     up.fFull.resize(1);
@@ -114,6 +147,10 @@ MCEngineSparsePredictor::Answer MCEngineSparsePredictor::Predict(const Eigen::Ve
     Eigen::VectorXd derivative;
     if (!MCEngineSparseEvaluator::DifferenceQuotient(up, down, here, d.fStep, derivative)) return out;
     out.fGradient[a] = derivative[0];
+  }
+  if (fScaleSlot >= 0) {
+    out.fGradient[fScaleSlot] = 0.0;
+    out.fGradient[fScaleSlot] = (out.fPEV - fScaleWeights.dot(out.fGradient)) / fScaleWeights[fScaleSlot];
   }
   out.fbGradient = true;
   return out;

@@ -33,7 +33,10 @@ namespace MCEngine_850 {
 // what the PEV needs there (M^-1 on the pairs, Y, C and Lambda: the size of
 // the equations' pattern each), and the derivative is the central
 // difference with Richardson's extrapolation, as the observed Hessian of
-// the sparse path takes it.
+// the sparse path takes it. Under a profiled scale the scale's derivative
+// is not differenced: V is homogeneous (V(theta(c)) = c V(theta) with
+// theta(c)_l = c^p_l theta_l, p_l the scale power), so is the PEV, and
+// sum_l p_l theta_l dPEV/dtheta_l = PEV gives it from the others.
 class MCEngineSparsePredictor {
  public:
   // A prediction's random part: the equations' column -> coefficient of u.
@@ -79,13 +82,22 @@ class MCEngineSparsePredictor {
   // Per node z reaches: Lambda'z over the node's columns.
   using NodeVectors = std::map<int, Eigen::VectorXd>;
   bool PointAt(MCEngineSparseEvaluator& evaluator, const Eigen::VectorXd& theta, Point& out);
+  // The scale's place among the free parameters when every parameter with
+  // a part in the homogeneity (p_l theta_l not 0) is free, else -1.
+  int HomogeneousScale(const MCEngineModel& model, const Eigen::VectorXd& theta, const std::vector<int>& free);
   NodeVectors Spherical(const Point& point, const Columns& z) const;
   // The PEV at that point; false when z joins nodes that are not neighbours.
   bool PEVAt(const Point& point, const Eigen::VectorXd& x, const Columns& z, double& pev) const;
 
   std::unique_ptr<MCEngineSparseDesign> fpDesign;
   Point fBase;
+  // Per free parameter, in the order of the gradient; the scale's entry
+  // is left empty when it follows from the others.
   std::vector<Differences> fvDifferences;
+  // The free parameters' p_l theta_l, and the scale's place among them
+  // when its derivative follows from homogeneity (else -1).
+  Eigen::VectorXd fScaleWeights;
+  int fScaleSlot = -1;
   double fFactorFlops = 0.0;
   double fSetupWork = 0.0;
   double fLargestMatrix = 0.0;
