@@ -1,6 +1,7 @@
 // Predictions from the sparse factor of the mixed-model equations against
-// the set-up group by group (over the random columns, the form whose
-// numbers the reference fits were checked with): every record's prediction,
+// the set-up group by group over the random columns, an independent
+// computation of the same numbers (through V, with analytic derivatives
+// for the df rather than differences): every record's prediction,
 // every random effect's, with their standard errors and Satterthwaite df,
 // on the reference models and on simulated crossed designs with scale and
 // frequency weights; and the size of what the set-up forms.
