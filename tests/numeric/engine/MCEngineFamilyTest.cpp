@@ -73,6 +73,25 @@ TEST(MCEngineLinkTest, ProbabilityLinksKeepTheMeanInsideTheUnitInterval) {
   }
 }
 
+// The exact second derivatives against differences of the first, on the
+// scales their linear predictors have: a power's far below 1.
+TEST(MCEngineLinkTest, SecondDerivativesOfTheMeanAgreeWithDifferences) {
+  const struct {
+    LinkType link;
+    double power;
+    double eta;
+  } cases[] = {{LINK_LOG, 1.0, 5.5}, {LINK_IDENTITY, 1.0, 250.0}, {LINK_POWER, -1.0, 0.004},
+               {LINK_POWER, -2.0, 1.5e-5}, {LINK_POWER, 0.5, 16.0}, {LINK_LOGIT, 1.0, 0.3}};
+  for (const auto& c : cases) {
+    const MCEngineLink link(c.link, c.power);
+    const double h = 1e-5 * c.eta;
+    const double difference = (link.DMuDEta(c.eta + h) - link.DMuDEta(c.eta - h)) / (2.0 * h);
+    EXPECT_NEAR(link.D2MuDEta2(c.eta), difference, 1e-6 * std::max(std::fabs(difference), 1e-12)) << c.eta;
+  }
+  // By hand: mu = eta^(-1/2) has mu'' = 3/4 eta^(-5/2).
+  EXPECT_NEAR(MCEngineLink(LINK_POWER, -2.0).D2MuDEta2(0.25), 0.75 * 32.0, 1e-12);
+}
+
 TEST(MCEngineLinkTest, ThePowerZeroIsTheLog) {
   const MCEngineLink power(LINK_POWER, 0.0);
   EXPECT_DOUBLE_EQ(power.Eta(std::exp(1.5)), 1.5);
@@ -112,6 +131,24 @@ TEST(MCEngineFamilyTest, TheSupportOfEachDistribution) {
   EXPECT_FALSE(MCEngineFamily(DIST_IGAUSS).InSupport(-3.0));
   EXPECT_TRUE(MCEngineFamily(DIST_NORMAL).InSupport(-3.0));
   EXPECT_FALSE(MCEngineFamily(DIST_NORMAL).InSupport(std::nan("")));
+}
+
+// A power link's negative linear predictor gives a mean that is no
+// mean of these distributions: the likelihood fits treat it as outside.
+TEST(MCEngineFamilyTest, TheMeansEachDistributionCanHave) {
+  EXPECT_FALSE(MCEngineFamily(DIST_BINOMIAL).IsValidMean(0.0));
+  EXPECT_FALSE(MCEngineFamily(DIST_BINOMIAL).IsValidMean(1.0));
+  EXPECT_TRUE(MCEngineFamily(DIST_BINOMIAL).IsValidMean(0.5));
+  EXPECT_FALSE(MCEngineFamily(DIST_POISSON).IsValidMean(0.0));
+  EXPECT_TRUE(MCEngineFamily(DIST_NEGBIN, 2.0).IsValidMean(1e-9));
+  const MCEngineLink inverse(LINK_POWER, -1.0);
+  EXPECT_FALSE(MCEngineFamily(DIST_GAMMA).IsValidMean(inverse.Mu(-0.004)));
+  EXPECT_TRUE(MCEngineFamily(DIST_GAMMA).IsValidMean(inverse.Mu(0.004)));
+  // The inverse Gaussian's density stays finite at a negative mean.
+  EXPECT_FALSE(MCEngineFamily(DIST_IGAUSS).IsValidMean(-250.0));
+  EXPECT_FALSE(MCEngineFamily(DIST_IGAUSS).IsValidMean(MCEngineLink(LINK_POWER, -2.0).Mu(-1e-5)));
+  EXPECT_TRUE(MCEngineFamily(DIST_NORMAL).IsValidMean(-3.0));
+  EXPECT_FALSE(MCEngineFamily(DIST_NORMAL).IsValidMean(std::nan("")));
 }
 
 TEST(MCEngineFamilyTest, CountAndBinaryDistributionsFixTheScale) {

@@ -24,6 +24,15 @@
 #             Gaussian with a log link (Var = phi mu^3), which glmmTMB does
 #             not fit, by a direct Laplace approximation written here and
 #             checked against glmmTMB's gamma fit first
+#   sleepstudy: power links, (1 | Subject): gamma with the inverse link by
+#             glmmTMB (checked against the direct approximation), inverse
+#             Gaussian with its own link POWER(-2) by the direct
+#             approximation
+#   sleepstudy: adaptive Gauss-Hermite quadrature with 5 and 10 points,
+#             (1 | Subject): gamma and inverse Gaussian with the log link,
+#             and with 10 the inverse Gaussian with POWER(-2), by the direct
+#             code extended to quadrature (checked against its Laplace
+#             approximation with one point and against R's integrate())
 # on the data the pseudo-likelihood reference uses. For every fit: -2 log
 # likelihood, the fixed estimates and their standard errors (glmer's vcov,
 # from the Hessian of the deviance in the covariance and fixed parameters
@@ -171,40 +180,68 @@ describe_scaled_tmb <- function(fit, factors) {
        linear_predictor = unname(predict(fit, type = "link"))))
 }
 
-# An independent Laplace approximation for one random intercept per subject
-# and a log link: each subject's mode of u (b = sigma u) by Newton steps on
-# g(u) = -log p(y | u) + u^2 / 2, and -2 log L = sum over subjects of
-# 2 g(u) + log g''(u) at the mode, with the family's analytic score and
-# curvature in eta. Optimised over (beta, log sigma, log phi) by nlminb.
+# An independent Laplace approximation for one random intercept per subject:
+# each subject's mode of u (b = sigma u) by Newton steps on
+# g(u) = -log p(y | u) + u^2 / 2, with step halving where a step leaves the
+# link's domain (mu > 0), and -2 log L = sum over subjects of
+# 2 g(u) + log g''(u) at the mode, with the family's analytic derivatives in
+# mu taken to eta through the link's. With nAGQ points, adaptive
+# Gauss-Hermite quadrature about the mode scaled by g''(u)^(-1/2) (lme4's
+# GHrule for the nodes), glmer's nAGQ formula; one point is the Laplace
+# approximation. Optimised over (beta, log sigma, log phi) by nlminb.
 scaled_families <- list(
   gamma = list(
     logp = function(y, mu, phi) dgamma(y, shape = 1 / phi, scale = mu * phi, log = TRUE),
-    d1 = function(y, mu, phi) (y / mu - 1) / phi,
-    d2 = function(y, mu, phi) -y / (mu * phi)),
+    dmu1 = function(y, mu, phi) (y - mu) / (phi * mu^2),
+    dmu2 = function(y, mu, phi) (mu - 2 * y) / (phi * mu^3)),
   igauss = list(
     logp = function(y, mu, phi) -0.5 * (log(2 * pi * phi * y^3) + (y - mu)^2 / (phi * mu^2 * y)),
-    d1 = function(y, mu, phi) (y - mu) / (phi * mu^2),
-    d2 = function(y, mu, phi) (mu - 2 * y) / (phi * mu^2)))
+    dmu1 = function(y, mu, phi) (y - mu) / (phi * mu^3),
+    dmu2 = function(y, mu, phi) (2 * mu - 3 * y) / (phi * mu^4)))
+
+# Links by their inverse mu(eta) and its first two derivatives; a power
+# link eta = mu^p.
+log_link <- list(mu = exp, d1 = exp, d2 = exp)
+power_link <- function(p) list(mu = function(eta) eta^(1 / p), d1 = function(eta) eta^(1 / p - 1) / p,
+                               d2 = function(eta) (1 / p) * (1 / p - 1) * eta^(1 / p - 2))
+
+# The derivatives of log p(y | eta) in eta.
+eta_derivatives <- function(fam, link, y, eta, phi) {
+  mu <- link$mu(eta)
+  d1 <- link$d1(eta)
+  list(d1 = fam$dmu1(y, mu, phi) * d1,
+       d2 = fam$dmu2(y, mu, phi) * d1^2 + fam$dmu1(y, mu, phi) * link$d2(eta))
+}
 
 # `what`: "total" -2 log L, "subjects" each subject's share, "modes" each
 # record's random effect at its subject's mode.
-laplace_deviance <- function(fam, y, X, subject, beta, sigma, phi, what = "total") {
+laplace_deviance <- function(fam, y, X, subject, beta, sigma, phi, what = "total", link = log_link, nAGQ = 1) {
   fixed <- drop(X %*% beta)
+  rule <- GHrule(nAGQ)
   by_subject <- numeric(0)
   u_all <- numeric(0)
   for (s in split(seq_along(y), subject)) {
+    g <- function(u) {
+      mu <- link$mu(fixed[s] + sigma * u)
+      if (any(!is.finite(mu) | mu <= 0)) return(Inf)
+      -sum(fam$logp(y[s], mu, phi)) + u^2 / 2
+    }
+    curvature <- function(u) -sigma^2 * sum(eta_derivatives(fam, link, y[s], fixed[s] + sigma * u, phi)$d2) + 1
     u <- 0
     for (it in 1:100) {
-      mu <- exp(fixed[s] + sigma * u)
-      grad <- -sigma * sum(fam$d1(y[s], mu, phi)) + u
-      curv <- -sigma^2 * sum(fam$d2(y[s], mu, phi)) + 1
-      step <- grad / curv
-      u <- u - step
-      if (abs(step) < 1e-13) break
+      grad <- -sigma * sum(eta_derivatives(fam, link, y[s], fixed[s] + sigma * u, phi)$d1) + u
+      step <- grad / curvature(u)
+      t <- 1
+      while (!is.finite(g(u - t * step)) && t > 1e-10) t <- t / 2
+      u <- u - t * step
+      if (abs(t * step) < 1e-13) break
     }
-    mu <- exp(fixed[s] + sigma * u)
-    curv <- -sigma^2 * sum(fam$d2(y[s], mu, phi)) + 1
-    by_subject <- c(by_subject, -2 * sum(fam$logp(y[s], mu, phi)) + u^2 + log(curv))
+    curv <- curvature(u)
+    laplace <- 2 * g(u) + log(curv)
+    # Quadrature about the mode: sum_k w_k exp(-(g(u_k) - g(u)) + z_k^2 / 2).
+    z <- rule[, "z"]
+    gz <- vapply(u + z / sqrt(curv), g, 0)
+    by_subject <- c(by_subject, laplace - 2 * log(sum(rule[, "w"] * exp(-(gz - g(u)) + z^2 / 2))))
     u_all <- c(u_all, rep(sigma * u, length(s)))
   }
   switch(what, total = sum(by_subject), subjects = by_subject, modes = u_all)
@@ -214,24 +251,39 @@ laplace_deviance <- function(fam, y, X, subject, beta, sigma, phi, what = "total
 laplace_deriv_args <- list(eps = 1e-4, d = 0.01, zero.tol = 1e-12, r = 4, v = 2)
 
 # The fit: estimates, -2 log L, and the standard errors from the Hessian
-# over (beta, sigma^2, phi), the scales the engine reports on.
-laplace_fit <- function(fam, y, X, subject, start) {
-  dev <- function(p) laplace_deviance(fam, y, X, subject, p[seq_len(ncol(X))], exp(p[ncol(X) + 1]),
-                                      exp(p[ncol(X) + 2]))
-  opt <- nlminb(start, dev, control = list(rel.tol = 1e-14, x.tol = 1e-14, iter.max = 10000, eval.max = 10000))
+# over (beta, sigma^2, phi), the scales the engine reports on. The fixed
+# effects are optimised divided by `beta_scale` (their standard errors in a
+# fixed-effects fit), so that nlminb sees parameters of one size under a
+# power link, whose coefficients are far below 1.
+laplace_fit <- function(fam, y, X, subject, start, link = log_link, nAGQ = 1, beta_scale = rep(1, ncol(X))) {
+  k <- ncol(X)
+  scaled <- c(beta_scale, 1, 1)
+  dev <- function(p) {
+    q <- p * scaled
+    laplace_deviance(fam, y, X, subject, q[seq_len(k)], exp(q[k + 1]), exp(q[k + 2]), link = link, nAGQ = nAGQ)
+  }
+  ctrl <- list(rel.tol = 1e-14, x.tol = 1e-14, iter.max = 10000, eval.max = 10000)
+  opt <- nlminb(start / scaled, dev, control = ctrl)
   # Restarted once from there: at this tolerance nlminb may stop with a
   # singular convergence short of the optimum.
-  opt <- nlminb(opt$par, dev, control = list(rel.tol = 1e-14, x.tol = 1e-14, iter.max = 10000, eval.max = 10000))
-  p <- opt$par
-  k <- ncol(X)
+  opt <- nlminb(opt$par, dev, control = ctrl)
+  # nlminb may also stop short where the deviance is flat (the quadrature's
+  # covariance parameters): polished by BFGS in units of the parameters'
+  # standard errors there.
+  units <- sqrt(abs(diag(solve(hessian(dev, opt$par, method.args = laplace_deriv_args)))))
+  polish <- optim(opt$par, dev, method = "BFGS", control = list(parscale = units, reltol = 1e-16, maxit = 1000))
+  if (polish$value < opt$objective) opt <- list(par = polish$par, objective = polish$value)
+  p <- opt$par * scaled
   natural <- c(p[seq_len(k)], exp(2 * p[k + 1]), exp(p[k + 2]))
-  H <- hessian(function(q) laplace_deviance(fam, y, X, subject, q[seq_len(k)], sqrt(q[k + 1]), q[k + 2]), natural,
-               method.args = laplace_deriv_args)
+  H <- hessian(function(q) laplace_deviance(fam, y, X, subject, q[seq_len(k)], sqrt(q[k + 1]), q[k + 2],
+                                            link = link, nAGQ = nAGQ),
+               natural, method.args = laplace_deriv_args)
   se <- sqrt(diag(2 * solve(H)))
   order <- unlist(split(seq_along(y), subject))
   eta <- numeric(length(y))
   eta[order] <- drop(X %*% p[seq_len(k)])[order] +
-    laplace_deviance(fam, y, X, subject, p[seq_len(k)], exp(p[k + 1]), exp(p[k + 2]), what = "modes")
+    laplace_deviance(fam, y, X, subject, p[seq_len(k)], exp(p[k + 1]), exp(p[k + 2]), what = "modes", link = link,
+                     nAGQ = nAGQ)
   list(minus2loglik = opt$objective, estimates = I(p[seq_len(k)]), std_errors = I(se[seq_len(k)]),
        random_covariance = natural[k + 1], random_variance_se = se[k + 1],
        dispersion = natural[k + 2], dispersion_se = se[k + 2], linear_predictor = eta)
@@ -273,6 +325,77 @@ sleep_igauss <- c(list(columns = I(c("Intercept", "Days"))),
                               c(sleep_gamma$estimates, log(sleep_gamma$random_covariance) / 2,
                                 log(sleep_gamma$dispersion / mean(sleep$Reaction)))))
 
+# Power links: the gamma's inverse link (POWER(-1)) by glmmTMB, checked
+# against the direct approximation as the log link is, and the inverse
+# Gaussian's own link POWER(-2) by the direct approximation alone. Their
+# coefficients are some 1e-3 to 1e-7: nlminb works on them divided by the
+# standard errors of a fixed-effects fit of the same link, which also
+# gives the start.
+gamma_inverse_tmb <- glmmTMB(Reaction ~ Days + (1 | Subject), family = Gamma(link = "inverse"), data = sleep,
+                             control = tmb_control)
+sleep_gamma_inverse <- describe_scaled_tmb(gamma_inverse_tmb, "Subject")
+power_start <- function(family, variance) {
+  glm_fit <- glm(Reaction ~ Days, family = family, data = sleep)
+  list(start = c(coef(glm_fit), log(variance) / 2, log(summary(glm_fit)$dispersion)),
+       scale = unname(sqrt(diag(vcov(glm_fit)))))
+}
+gamma_inverse_start <- power_start(Gamma(link = "inverse"), 1e-7)
+sleep_gamma_inverse_direct <- laplace_fit(scaled_families$gamma, sleep$Reaction, sleep_X, sleep$Subject,
+                                          gamma_inverse_start$start, link = power_link(-1),
+                                          beta_scale = gamma_inverse_start$scale)
+for (name in c("minus2loglik", "estimates", "std_errors", "random_covariance", "random_variance_se",
+               "dispersion", "dispersion_se", "linear_predictor")) {
+  stopifnot(isTRUE(all.equal(as.numeric(sleep_gamma_inverse[[name]]),
+                             as.numeric(sleep_gamma_inverse_direct[[name]]), tolerance = 1e-5)))
+}
+igauss_start <- power_start(inverse.gaussian(), 1e-12)
+sleep_igauss_power <- c(list(columns = I(c("Intercept", "Days"))),
+                        laplace_fit(scaled_families$igauss, sleep$Reaction, sleep_X, sleep$Subject,
+                                    igauss_start$start, link = power_link(-2), beta_scale = igauss_start$scale))
+
+# Adaptive quadrature with 5 and 10 points, gamma and inverse Gaussian with
+# the log link and the inverse Gaussian with its own link, by the direct
+# code. Checked first: one point is its Laplace approximation, and at the
+# 10-point optimum each subject's integral agrees with R's integrate().
+sleep_quadrature <- function(fam, start, n, link = log_link, beta_scale = rep(1, 2)) {
+  c(list(columns = I(c("Intercept", "Days")), nAGQ = n),
+    laplace_fit(fam, sleep$Reaction, sleep_X, sleep$Subject, start, link = link, nAGQ = n, beta_scale = beta_scale))
+}
+gamma_log_start <- c(sleep_gamma$estimates, log(sleep_gamma$random_covariance) / 2, log(sleep_gamma$dispersion))
+stopifnot(isTRUE(all.equal(
+  laplace_deviance(scaled_families$gamma, sleep$Reaction, sleep_X, sleep$Subject, sleep_gamma$estimates,
+                   sqrt(sleep_gamma$random_covariance), sleep_gamma$dispersion, nAGQ = 1),
+  laplace_deviance(scaled_families$gamma, sleep$Reaction, sleep_X, sleep$Subject, sleep_gamma$estimates,
+                   sqrt(sleep_gamma$random_covariance), sleep_gamma$dispersion), tolerance = 1e-14)))
+sleep_gamma_quadrature5 <- sleep_quadrature(scaled_families$gamma, gamma_log_start, 5)
+sleep_gamma_quadrature10 <- sleep_quadrature(scaled_families$gamma, gamma_log_start, 10)
+integrated_deviance <- function(fam, fit, link) {
+  sigma <- sqrt(fit$random_covariance)
+  fixed <- drop(sleep_X %*% fit$estimates)
+  sum(vapply(split(seq_along(sleep$Reaction), sleep$Subject), function(s) {
+    logf <- function(b) sum(fam$logp(sleep$Reaction[s], link$mu(fixed[s] + b), fit$dispersion)) +
+      dnorm(b, 0, sigma, log = TRUE)
+    # The integrand divided by its largest value, so that it is of size 1.
+    top <- optimize(logf, c(-8 * sigma, 8 * sigma), maximum = TRUE, tol = 1e-12)
+    f <- function(b) exp(vapply(b, logf, 0) - top$objective)
+    area <- integrate(f, -12 * sigma, 12 * sigma, rel.tol = 1e-12, abs.tol = 0, subdivisions = 1000)$value
+    -2 * (log(area) + top$objective)
+  }, 0))
+}
+stopifnot(isTRUE(all.equal(sleep_gamma_quadrature10$minus2loglik,
+                           integrated_deviance(scaled_families$gamma, sleep_gamma_quadrature10, log_link),
+                           tolerance = 1e-7)))
+igauss_log_start <- c(sleep_igauss$estimates, log(sleep_igauss$random_covariance) / 2, log(sleep_igauss$dispersion))
+sleep_igauss_quadrature5 <- sleep_quadrature(scaled_families$igauss, igauss_log_start, 5)
+sleep_igauss_quadrature10 <- sleep_quadrature(scaled_families$igauss, igauss_log_start, 10)
+stopifnot(isTRUE(all.equal(sleep_igauss_quadrature10$minus2loglik,
+                           integrated_deviance(scaled_families$igauss, sleep_igauss_quadrature10, log_link),
+                           tolerance = 1e-7)))
+igauss_power_start <- c(sleep_igauss_power$estimates, log(sleep_igauss_power$random_covariance) / 2,
+                        log(sleep_igauss_power$dispersion))
+sleep_igauss_power_quadrature10 <- sleep_quadrature(scaled_families$igauss, igauss_power_start, 10,
+                                                    link = power_link(-2), beta_scale = igauss_start$scale)
+
 # With more than one quadrature point glmer's deviance leaves out the
 # saturated model's log likelihood (it sums deviance residuals); adding it
 # back gives -2 log likelihood with all its constants, as the Laplace fit
@@ -295,7 +418,14 @@ out <- list(
   sleepstudy_gamma_laplace = sleep_gamma,
   sleepstudy_gamma_slope_laplace = describe_scaled_tmb(gamma_slope_tmb, "Subject"),
   sleepstudy_gamma_identity_laplace = describe_scaled_tmb(gamma_identity_tmb, "Subject"),
-  sleepstudy_igauss_laplace = sleep_igauss)
+  sleepstudy_igauss_laplace = sleep_igauss,
+  sleepstudy_gamma_inverse_laplace = sleep_gamma_inverse,
+  sleepstudy_igauss_power_laplace = sleep_igauss_power,
+  sleepstudy_gamma_quadrature5 = sleep_gamma_quadrature5,
+  sleepstudy_gamma_quadrature10 = sleep_gamma_quadrature10,
+  sleepstudy_igauss_quadrature5 = sleep_igauss_quadrature5,
+  sleepstudy_igauss_quadrature10 = sleep_igauss_quadrature10,
+  sleepstudy_igauss_power_quadrature10 = sleep_igauss_power_quadrature10)
 # The standard errors of the fixed estimates do not depend on how the
 # covariance parameter is written.
 for (fit in out[1:4]) stopifnot(isTRUE(all.equal(fit$std_errors, fit$std_errors_from_variance_hessian, tolerance = 1e-4)))

@@ -97,6 +97,21 @@ bool MCEngineFamily::InSupport(double y) const {
   return true;
 }
 
+bool MCEngineFamily::IsValidMean(double mu) const {
+  using namespace GLMMConst_850;
+  if (!std::isfinite(mu)) return false;
+  switch (fDist) {
+    case DIST_BINOMIAL: return mu > 0.0 && mu < 1.0;
+    case DIST_POISSON:
+    case DIST_NEGBIN:
+    case DIST_GAMMA:
+    case DIST_IGAUSS: return mu > 0.0;
+    case DIST_NORMAL:
+    case DIST_MULTINOMIAL: break;
+  }
+  return true;
+}
+
 double MCEngineFamily::StartMu(double y, double w) const {
   using namespace GLMMConst_850;
   switch (fDist) {

@@ -36,6 +36,9 @@ class MCEngineFamily {
   // Whether y can come from the distribution (for the binomial a proportion
   // in [0, 1]; counts at least 0; gamma and inverse Gaussian above 0).
   bool InSupport(double y) const;
+  // Whether mu can be the distribution's mean: inside (0, 1) for the
+  // binomial, above 0 for the others but the normal.
+  bool IsValidMean(double mu) const;
   // A mean to start the iterations from: y moved inside the open support.
   double StartMu(double y, double w) const;
 

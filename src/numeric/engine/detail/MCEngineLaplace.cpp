@@ -82,12 +82,6 @@ bool MCEngineLaplace::CanFit(const MCEngineInput& input, const MCEngineSettings&
       dist != DIST_IGAUSS) {
     return false;
   }
-  // Their inverse power links put the linear predictor and the fixed
-  // estimates on scales (1e-5 for reaction times in milliseconds) that the
-  // difference steps, 1e-3 beyond a size of 1, do not resolve.
-  if ((dist == DIST_GAMMA || dist == DIST_IGAUSS) && target.GetLink() != LINK_LOG && target.GetLink() != LINK_IDENTITY) {
-    return false;
-  }
   // A scale of the distribution's own is one residual variance, not a
   // residual structure.
   const MCEngineCovType residual = input.GetResidualBlock().GetCovType();
@@ -164,12 +158,18 @@ bool MCEngineLaplace::Setup(const MCEngineFitterImpl& fitter, const MCEnginePseu
       fvStructures[U(b)]->GetBounds(k, fLower[I(t)], fUpper[I(t)]);
     }
   }
-  SetupStepSizes();
+  SetupStepSizes(result);
   return SetupGroups(start);
 }
 
-void MCEngineLaplace::SetupStepSizes() {
+void MCEngineLaplace::SetupStepSizes(const MCEngineResult& start) {
   fvStepSize.assign(U(fNFixed + fNTheta + fNExtra), 1.0);
+  if (IsLinearPredictorOnDataScale()) {
+    for (int j = 0; j < fNFixed; ++j) {
+      const double se = start.GetBeta()[U(fvKept[U(j)])].GetStdError();
+      if (se > 0.0 && std::isfinite(se)) fvStepSize[U(j)] = se;
+    }
+  }
   for (int b = 0; b < static_cast<int>(fvStructures.size()); ++b) {
     const MCCovStructure& s = *fvStructures[U(b)];
     double largest = 0.0;
@@ -332,6 +332,10 @@ double MCEngineLaplace::PenalisedDeviance(const Group& g, const Eigen::VectorXd&
     const int r = g.fvRecords[U(i)];
     const double freq = freqs.empty() ? 1.0 : freqs[U(r)];
     const double mu = link.Mu(eta[I(i)]);
+    // Outside the link's or the distribution's domain (a power link's
+    // negative linear predictor) there is no likelihood: the iterations
+    // halve their steps back inside.
+    if (!link.IsValidMu(mu) || !family.IsValidMean(mu)) return kInfinity;
     deviance -= 2.0 * freq * family.LogLikelihood(y[U(r)], mu, prior[U(r)], fScale);
     if (!info || u.size() == 0) continue;
     const double d = link.DMuDEta(eta[I(i)]);
@@ -411,13 +415,12 @@ bool MCEngineLaplace::GroupDeviance(const Group& g, const Eigen::VectorXd& fixed
 
 double MCEngineLaplace::ObservedWeight(double y, double eta) const {
   // d^2 log p / d eta^2 = -mu'^2 / V + (y - mu) (mu'' / V - mu'^2 V' / V^2),
-  // with mu'' and V' by central differences.
+  // with V' by a central difference.
   const MCEngineLink& link = fpStart->GetLink();
   const double mu = link.Mu(eta);
   const double d = link.DMuDEta(eta);
   const double v = fFamily.Variance(mu);
-  const double he = 1e-5 * std::max(1.0, std::fabs(eta));
-  const double d2 = (link.DMuDEta(eta + he) - link.DMuDEta(eta - he)) / (2.0 * he);
+  const double d2 = link.D2MuDEta2(eta);
   const double hm = 1e-5 * std::max(1e-3, std::fabs(mu));
   const double dv = (fFamily.Variance(mu + hm) - fFamily.Variance(mu - hm)) / (2.0 * hm);
   return d * d / v - (y - mu) * (d2 / v - d * d * dv / (v * v));
@@ -472,6 +475,12 @@ double MCEngineLaplace::Step(int k, const Eigen::VectorXd& phi) const {
   return distance < h ? kRelativeStep * distance : h;
 }
 
+bool MCEngineLaplace::IsLinearPredictorOnDataScale() const {
+  const MCEngineTarget& target = fSettings.GetTarget();
+  return target.GetLink() == GLMMConst_850::LINK_IDENTITY ||
+         (target.GetLink() == GLMMConst_850::LINK_POWER && target.GetLinkPower() != 0.0);
+}
+
 double MCEngineLaplace::DistanceToBound(int k, const Eigen::VectorXd& phi) const {
   if (k < fNFixed || k >= fNFixed + fNTheta) return kInfinity;
   const int t = k - fNFixed;
@@ -481,7 +490,7 @@ double MCEngineLaplace::DistanceToBound(int k, const Eigen::VectorXd& phi) const
 std::vector<int> MCEngineLaplace::FreeParameters(const Eigen::VectorXd& phi) const {
   std::vector<int> free;
   for (int k = 0; k < fNFixed + fNTheta + fNExtra; ++k) {
-    if (DistanceToBound(k, phi) <= kOnBound * std::max(std::fabs(phi[I(k)]), 1.0)) continue;
+    if (DistanceToBound(k, phi) <= kOnBound * std::max(std::fabs(phi[I(k)]), fvStepSize[U(k)])) continue;
     free.push_back(k);
   }
   return free;
@@ -529,10 +538,7 @@ MCEngineStatus MCEngineLaplace::Optimise() {
     Eigen::VectorXd g;
     Eigen::MatrixXd H;
     Derivatives(fPhi, free, g, H);
-    Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(H);
-    const double largest = std::max(es.eigenvalues().cwiseAbs().maxCoeff(), 1e-12);
-    const Eigen::VectorXd ev = es.eigenvalues().cwiseMax(1e-8 * largest);
-    const Eigen::VectorXd delta = -(es.eigenvectors() * (es.eigenvectors().transpose() * g).cwiseQuotient(ev));
+    const Eigen::VectorXd delta = NewtonStep(free, g, H);
     const double decrease = -0.5 * g.dot(delta);
     if (decrease < kDecreaseTolerance) {
       fbConverged = true;
@@ -562,6 +568,22 @@ MCEngineStatus MCEngineLaplace::Optimise() {
   }
   fIterations = std::min(fIterations, kMaxIterations);
   return MCEngineStatus();
+}
+
+Eigen::VectorXd MCEngineLaplace::NewtonStep(const std::vector<int>& free, const Eigen::VectorXd& g,
+                                            const Eigen::MatrixXd& H) const {
+  // In the parameters divided by their sizes D, where the Hessian D H D
+  // has entries of one order: a power link's fixed effects and variances
+  // (1e-5 and 1e-12) beside a log scale's give curvatures 1e20 apart,
+  // beyond what one eigen decomposition resolves.
+  Eigen::VectorXd D(g.size());
+  for (Eigen::Index a = 0; a < D.size(); ++a) D[a] = fvStepSize[U(free[U(static_cast<int>(a))])];
+  const Eigen::MatrixXd scaled = D.asDiagonal() * H * D.asDiagonal();
+  Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(scaled);
+  const double largest = std::max(es.eigenvalues().cwiseAbs().maxCoeff(), 1e-12);
+  const Eigen::VectorXd ev = es.eigenvalues().cwiseMax(1e-8 * largest);
+  const Eigen::VectorXd gs = D.cwiseProduct(g);
+  return -D.cwiseProduct(es.eigenvectors() * (es.eigenvectors().transpose() * gs).cwiseQuotient(ev));
 }
 
 Eigen::MatrixXd MCEngineLaplace::RobustCovariance(const std::vector<int>& free, const Eigen::MatrixXd& cov) {

@@ -15,6 +15,7 @@ namespace MCEngine_850 {
 
 class MCEngineFitterImpl;
 class MCEnginePseudoLikelihood;
+class MCEngineResult;
 
 // Fits a generalized linear mixed model by maximum likelihood: the
 // marginal likelihood of the fixed effects beta and the covariance
@@ -37,7 +38,7 @@ class MCEngineLaplace {
 
   // Whether the settings ask for a likelihood fit that the engine can make:
   // a binomial, Poisson, negative binomial, gamma or inverse Gaussian target
-  // with a suitable link (log or identity for the last two), independent residuals, the model-based covariance
+  // with a suitable link (log, identity or power for the last two), independent residuals, the model-based covariance
   // of the estimates or a robust one over at least two independent groups,
   // and for quadrature one random block with one column.
   static bool CanFit(const MCEngineInput& input, const MCEngineSettings& settings);
@@ -120,12 +121,20 @@ class MCEngineLaplace {
                    Eigen::MatrixXd& H);
   std::vector<int> FreeParameters(const Eigen::VectorXd& phi) const;
   MCEngineStatus Optimise();
+  // The Newton step over the free parameters from the deviance's gradient
+  // and Hessian, with the Hessian's small eigenvalues raised.
+  Eigen::VectorXd NewtonStep(const std::vector<int>& free, const Eigen::VectorXd& g, const Eigen::MatrixXd& H) const;
   double Step(int k, const Eigen::VectorXd& phi) const;
   // The size below which a parameter's difference step stops shrinking
-  // with it: 1, or for the variances and covariances of a random block
-  // whose variances start below 0.1 (a log link's small variances), the
-  // largest of them.
-  void SetupStepSizes();
+  // with it, also its unit in the Newton steps: 1; for the variances and
+  // covariances of a random block whose variances start below 0.1 (a log
+  // link's small variances), the largest of them; for the fixed effects of
+  // a linear predictor on the scale of a power of the mean, their standard
+  // errors in the start.
+  void SetupStepSizes(const MCEngineResult& start);
+  // Whether the linear predictor is a power of the mean (identity
+  // included), whose fixed effects have the data's units, not 1.
+  bool IsLinearPredictorOnDataScale() const;
   // How far a covariance parameter is from its nearer bound; infinite for
   // the other parameters.
   double DistanceToBound(int k, const Eigen::VectorXd& phi) const;

@@ -17,6 +17,9 @@ class MCEngineLink {
   double Mu(double eta) const;
   // d mu / d eta at eta.
   double DMuDEta(double eta) const;
+  // d^2 mu / d eta^2 at eta: exact for the log, identity and power links,
+  // a central difference for the others.
+  double D2MuDEta2(double eta) const;
   // Whether mu lies where the link is defined.
   bool IsValidMu(double mu) const;
 
