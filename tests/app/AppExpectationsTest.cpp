@@ -722,6 +722,48 @@ TEST_F(AppExpectationsTest, CbppLaplaceAndQuadratureAgreeWithTheLikelihoodRefere
                  "quadrature -2 log likelihood");
 }
 
+// Positive reaction times by their likelihood: the gamma fit agrees with
+// glmmTMB and the inverse Gaussian with its own link POWER(-2) with the
+// direct Laplace approximation of the reference script, whose values the
+// engine's tests hold; the dispersion is the residual effect's variance.
+TEST_F(AppExpectationsTest, SleepstudyGammaFitsPositiveTargetsByTheirLikelihood) {
+  std::vector<json> commands;
+  ASSERT_NO_FATAL_FAILURE(RunFits("sleepstudy-gamma", 0, 2, commands));
+  const json gamma = Reference("laplace")["sleepstudy_gamma_laplace"];
+  const json igauss = Reference("laplace")["sleepstudy_igauss_power_laplace"];
+  ExpectGeneralizedFit(commands[0], gamma, "Gamma", "Log");
+  const json* references[] = {&gamma, &igauss};
+  for (std::size_t c = 0; c < 2; ++c) {
+    SCOPED_TRACE(c);
+    const json& reference = *references[c];
+    const std::vector<json> criteria = Tables(commands[c], "Information Criteria");
+    ASSERT_EQ(criteria.size(), 1u);
+    ExpectRelative(Value(criteria[0], {0}), reference["minus2loglik"].get<double>(), 1e-6, "-2 log likelihood");
+    const std::vector<json> estimates = Tables(commands[c], "Parameter Estimates");
+    ASSERT_EQ(estimates.size(), 1u);
+    for (int k = 0; k < 2; ++k) {
+      const std::string name = reference["columns"][static_cast<std::size_t>(k)].get<std::string>();
+      ASSERT_EQ(Labels(estimates[0], 0).at(static_cast<std::size_t>(k)), name);
+      ExpectRelative(Value(estimates[0], {k, 0}), reference["estimates"][static_cast<std::size_t>(k)].get<double>(), 1e-4,
+                     name + " estimate");
+      ExpectRelative(Value(estimates[0], {k, 1}), reference["std_errors"][static_cast<std::size_t>(k)].get<double>(),
+                     1e-4, name + " error");
+    }
+    const std::vector<json> random = Tables(commands[c], "CovarianceParameters");
+    const std::vector<json> residual = Tables(commands[c], "ResidualEffect");
+    ASSERT_EQ(random.size(), 1u);
+    ASSERT_EQ(residual.size(), 1u);
+    ExpectRelative(Value(random[0], {0, 0}), reference["random_covariance"].get<double>(), 1e-4, "random variance");
+    ExpectRelative(Value(residual[0], {0, 0}), reference["dispersion"].get<double>(), 1e-4, "dispersion");
+    ExpectRelative(Value(residual[0], {0, 1}), reference["dispersion_se"].get<double>(), 1e-4, "its error");
+  }
+  const std::vector<json> model = Tables(commands[1], "Target Model");
+  ASSERT_EQ(model.size(), 1u);
+  bool linked = false;
+  for (const json& cell : model[0]["cells"]) linked = linked || cell["text"] == "Power (-2)";
+  EXPECT_TRUE(linked);
+}
+
 // Counts with the log link.
 TEST_F(AppExpectationsTest, EpilepsyFitsAPoissonTarget) {
   std::vector<json> commands;
@@ -934,7 +976,7 @@ TEST(AppExpectationsCoverage, EveryExampleHasAnExpectation) {
         fs::path(GLMIX_TEST_DATA_DIR) / "app" / "expected" / (entry.path().stem().string() + ".json");
     EXPECT_TRUE(fs::is_regular_file(expected)) << "no expectation for " << entry.path();
   }
-  EXPECT_EQ(files, 21);
+  EXPECT_EQ(files, 22);
 }
 
 }  // namespace
