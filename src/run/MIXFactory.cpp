@@ -119,11 +119,11 @@ const MessageData kMessages[] = {
      "R matrix not positive definite in split [%1=%2:,^1=^2:]1 ...", false},
     {MCCommon_850::MC_GENERALIZED_UNAVAILABLE,
      "The target's distribution, link and fitting method cannot be fitted together, or not with the options "
-     "asked (with a likelihood fit: a power link for a gamma or inverse Gaussian target, a robust covariance "
+     "asked (with a likelihood fit: a residual structure, a robust covariance "
      "of an ordinal target or over random blocks that tie all records together, or too many joint random "
      "effects). No model is fitted.",
      "The target's distribution, link and fitting method cannot be fitted together, or not with the options "
-     "asked (with a likelihood fit: a power link for a gamma or inverse Gaussian target, a robust covariance "
+     "asked (with a likelihood fit: a residual structure, a robust covariance "
      "of an ordinal target or over random blocks that tie all records together, or too many joint random "
      "effects), for split [%1=%2:,^1=^2:]1. No model is fitted.",
      false},
