@@ -370,6 +370,12 @@ bool MCEngineLaplace::GroupDeviance(const Group& g, const Eigen::VectorXd& fixed
   Eigen::MatrixXd info;
   Eigen::VectorXd score;
   double pd = PenalisedDeviance(g, fixedEta, A, u, &info, &score);
+  if (!std::isfinite(pd) && u.size() > 0) {
+    // The last mode may put a record's mean outside its domain at these
+    // parameters (a power link); no random effects may not.
+    u.setZero();
+    pd = PenalisedDeviance(g, fixedEta, A, u, &info, &score);
+  }
   bool found = u.size() == 0;
   for (int it = 0; it < kMaxModeIterations && !found && std::isfinite(pd); ++it) {
     Eigen::LLT<Eigen::MatrixXd> llt(info);
@@ -387,7 +393,10 @@ bool MCEngineLaplace::GroupDeviance(const Group& g, const Eigen::VectorXd& fixed
     u = next;
     pd = PenalisedDeviance(g, fixedEta, A, u, &info, &score);
   }
-  if (!std::isfinite(pd)) return false;
+  if (!std::isfinite(pd)) {
+    deviance = kInfinity;
+    return false;
+  }
   if (UsesObservedCurvature()) PenalisedDeviance(g, fixedEta, A, u, &info, nullptr, true);
   Eigen::LLT<Eigen::MatrixXd> llt(info);
   if (llt.info() != Eigen::Success) {
