@@ -729,13 +729,12 @@ TEST_F(AppExpectationsTest, CbppLaplaceAndQuadratureAgreeWithTheLikelihoodRefere
 TEST_F(AppExpectationsTest, SleepstudyGammaFitsPositiveTargetsByTheirLikelihood) {
   std::vector<json> commands;
   ASSERT_NO_FATAL_FAILURE(RunFits("sleepstudy-gamma", 0, 2, commands));
-  const json gamma = Reference("laplace")["sleepstudy_gamma_laplace"];
-  const json igauss = Reference("laplace")["sleepstudy_igauss_power_laplace"];
-  ExpectGeneralizedFit(commands[0], gamma, "Gamma", "Log");
-  const json* references[] = {&gamma, &igauss};
+  const json fits = Reference("laplace");
+  const char* const names[] = {"sleepstudy_gamma_laplace", "sleepstudy_igauss_power_laplace"};
+  ExpectGeneralizedFit(commands[0], fits[names[0]], "Gamma", "Log");
   for (std::size_t c = 0; c < 2; ++c) {
-    SCOPED_TRACE(c);
-    const json& reference = *references[c];
+    SCOPED_TRACE(names[c]);
+    const json& reference = fits[names[c]];
     const std::vector<json> criteria = Tables(commands[c], "Information Criteria");
     ASSERT_EQ(criteria.size(), 1u);
     ExpectRelative(Value(criteria[0], {0}), reference["minus2loglik"].get<double>(), 1e-6, "-2 log likelihood");
