@@ -34,6 +34,7 @@
 #include "numeric/glmm/GLMMAlgorithm.h"
 #include "numeric/glmm/GLMMOutputStats.h"
 #include "numeric/glmm/GLMMSettings.h"
+#include "numeric/glmm/GLMMStatJSONWriter.h"
 #include "numeric/xml/IMCVariable.h"
 #include "numeric/xml/MCApplicInfo4XML.h"
 #include "numeric/xml/MCVarList.h"
@@ -152,6 +153,13 @@ const MessageData kMessages[] = {
      "A group of records that the random effects join needs ^1 million multiplications at each evaluation of "
      "the likelihood for split [%1=%2:,^1=^2:]2; the limit is 1000 million. No model is fitted.",
      false},
+    {MCCommon_850::MC_FIXED_EFFECTS_TOO_LARGE,
+     "The fixed effect ^1 has ^2 parameters, and the fixed effects ^3 together; the fit would hold matrices over "
+     "every pair of them, some ^4 MB. The limit is 3000 fixed parameters. No model is fitted.",
+     "The fixed effect ^1 has ^2 parameters, and the fixed effects ^3 together, for split [%1=%2:,^1=^2:]5; the "
+     "fit would hold matrices over every pair of them, some ^4 MB. The limit is 3000 fixed parameters. No model "
+     "is fitted.",
+     false},
 };
 
 // The field name of a variable of a split's list; empty when there is no
@@ -159,6 +167,15 @@ const MessageData kMessages[] = {
 std::string VariableName(const MCVarList* pList, int index) {
   const MCXML_850::IMCVariable* pVar = pList != nullptr ? pList->GetVarAt(index) : nullptr;
   return pVar != nullptr ? pVar->GetFieldName() : std::string();
+}
+
+// The name of the model's fixed effect e as the tables write it; empty when
+// there is no such effect.
+std::string FixedEffectName(const MCGLMM_850::GLMMSettings* pSettings, const MCVarList* pList, int e) {
+  if (pSettings == nullptr || pList == nullptr || e < 0) return std::string();
+  const std::vector<MCMath_850::MCModelEffect>& effects = pSettings->GetModelEffects();
+  if (e >= static_cast<int>(effects.size())) return std::string();
+  return MCGLMM_850::GLMMStatJSONWriter::EffectName(effects[static_cast<std::size_t>(e)], *pList);
 }
 
 const MessageData* FindMessage(long code) {
@@ -575,6 +592,7 @@ void MIXFactory::DisplayMessage(const MCStatus& status) {
   std::string selected;
   std::string extra;  // a text argument, before the number
   int number = -1;
+  std::vector<long> more;  // numbers after the number
   const bool splitFile = fpInpAdapt != nullptr && fpInpAdapt->GetSplitFile();
   const bool fatalForRun = status.IsError() && !splitFile;
   const long code = status.GetErrorCode();
@@ -595,6 +613,11 @@ void MIXFactory::DisplayMessage(const MCStatus& status) {
       number = static_cast<int>(status.GetDiscreteDatum(0));
     } else if (code == MCCommon_850::MC_RANDOM_EFFECTS_TOO_LARGE) {
       number = static_cast<int>(status.GetDiscreteDatum(1));
+    } else if (code == MCCommon_850::MC_FIXED_EFFECTS_TOO_LARGE) {
+      extra = FixedEffectName(GetGLMMSettings(), EntryAt<MCVarList*>(fvpVarLists, fSplitIndex, nullptr),
+                              static_cast<int>(status.GetDiscreteDatum(0)));
+      number = static_cast<int>(status.GetDiscreteDatum(1));
+      more = {status.GetDiscreteDatum(2), status.GetDiscreteDatum(3)};
     } else if (code == MCCommon_850::MC_TARGET_OUT_OF_SUPPORT) {
       extra = VariableName(EntryAt<MCVarList*>(fvpVarLists, fSplitIndex, nullptr),
                            static_cast<int>(status.GetDiscreteDatum(0)));
@@ -619,6 +642,7 @@ void MIXFactory::DisplayMessage(const MCStatus& status) {
   BpComposite composite(selected, true);
   if (!extra.empty()) composite.Add(BpString(extra, false));
   if (number >= 0) composite.Add(BpNumber(static_cast<double>(number), BpProcedure::Count()));
+  for (long value : more) composite.Add(BpNumber(static_cast<double>(value), BpProcedure::Count()));
   if (splitFile) {
     composite.Sublist();
     composite.SplitList();

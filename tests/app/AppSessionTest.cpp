@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 #include "AppTestSupport.h"
@@ -341,4 +343,23 @@ TEST_F(AppSessionTest, ACommandFileThatCannotBeReadIsReported) {
   EXPECT_FALSE(session.RunFile(std::string(GLMIX_TEST_DATA_DIR) + "/app"));
   ASSERT_EQ(session.GetDocument().fRoot.fvItems.size(), 2u);
   EXPECT_EQ(session.ExitStatus(), 1);
+}
+
+TEST_F(AppSessionTest, AFixedFactorOfTooManyLevelsIsRefusedWithItsSize) {
+  // f has a level for each of 3005 records: with the intercept 3006 fixed
+  // parameters, past the 3000 the fit takes, and
+  // 8 (40 * 3006^2 + 3 * 3005 * 3006) = 3,108,324,240 bytes.
+  const std::string csv = fOptions.fOutputDir + "-levels.csv";
+  {
+    std::ofstream out(csv);
+    out << "y,f\n";
+    for (int r = 0; r < 3005; ++r) out << 0.1 * (r % 7) << ',' << r << '\n';
+  }
+  Run("LOAD '" + csv + "'.\nGLMIXFIT y BY f\n  /FIXED f.");
+  std::filesystem::remove(csv);
+  const std::vector<std::string> messages = Messages(1);
+  const std::string expected =
+      "ERROR The fixed effect f has 3005 parameters, and the fixed effects 3006 together; the fit would hold "
+      "matrices over every pair of them, some 3108 MB. The limit is 3000 fixed parameters. No model is fitted.";
+  EXPECT_NE(std::find(messages.begin(), messages.end(), expected), messages.end()) << ::testing::PrintToString(messages);
 }

@@ -19,6 +19,7 @@
 #include <xercesc/util/XMLException.hpp>
 
 #include "host/documents/SDOMXMLIterator.h"
+#include "host/documents/SDOMXMLPathFilter.h"
 
 namespace {
 
@@ -47,6 +48,20 @@ std::u16string FromUTF8(const std::string& text) {
     return std::u16string(wide.str(), wide.length());
   } catch (...) {
     return std::u16string();
+  }
+}
+
+// The steps of a path of child names separated by "/"; none when a step is
+// empty or not valid UTF-8.
+std::vector<std::u16string> PathSteps(const std::string& path) {
+  std::vector<std::u16string> steps;
+  std::size_t start = 0;
+  while (true) {
+    const std::size_t slash = path.find('/', start);
+    steps.push_back(FromUTF8(path.substr(start, slash == std::string::npos ? std::string::npos : slash - start)));
+    if (steps.back().empty()) return {};
+    if (slash == std::string::npos) return steps;
+    start = slash + 1;
   }
 }
 
@@ -162,11 +177,20 @@ void SDOMXMLWrapper::InitializePlatform() {
   std::call_once(once, [] { xc::XMLPlatformUtils::Initialize(); });
 }
 
-bool SDOMXMLWrapper::LoadFromString(const std::string& text) {
+bool SDOMXMLWrapper::LoadFromString(const std::string& text) { return LoadFromString(text, {}); }
+
+bool SDOMXMLWrapper::LoadFromString(const std::string& text, const std::vector<std::string>& paths) {
   InitializePlatform();
   fpImpl->Clear();
 
-  xc::XercesDOMParser parser;
+  // A path that cannot name an element holds nothing along it (an empty
+  // step names no element).
+  std::vector<std::vector<std::u16string>> held;
+  for (const std::string& path : paths) {
+    held.push_back(PathSteps(path));
+    if (held.back().empty()) held.back().emplace_back();
+  }
+  SDOMXMLPathFilter parser(held);
   parser.setValidationScheme(xc::XercesDOMParser::Val_Never);
   parser.setDoNamespaces(true);
   parser.setDoSchema(false);
@@ -236,17 +260,8 @@ bool SDOMXMLWrapper::GetFirstElement(const std::string& path, SDOMXMLWrapper** e
   *element = nullptr;
   if (fpImpl->fpElement == nullptr || path.empty()) return false;
 
-  std::vector<std::u16string> steps;
-  std::size_t start = 0;
-  while (true) {
-    std::size_t slash = path.find('/', start);
-    std::string step = path.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
-    if (step.empty()) return false;
-    steps.push_back(FromUTF8(step));
-    if (steps.back().empty()) return false;
-    if (slash == std::string::npos) break;
-    start = slash + 1;
-  }
+  const std::vector<std::u16string> steps = PathSteps(path);
+  if (steps.empty()) return false;
 
   xc::DOMElement* found = nullptr;
   FindAlongPath(fpImpl->fpElement, steps, 0, &found);

@@ -35,6 +35,12 @@ class SDOMXMLWrapper {
   // read; GetLastError, GetErrorLine and GetErrorColumn then tell why. No
   // DTD or external entity is loaded.
   bool LoadFromString(const std::string& text);
+  // The same, holding below the root only the elements along the paths of
+  // child names separated by "/" (each path's last element with all it
+  // contains); the rest of the document is still read and must be well
+  // formed. A reader of a few elements of a large document neither builds
+  // nor holds the others.
+  bool LoadFromString(const std::string& text, const std::vector<std::string>& paths);
   bool LoadFromFile(const std::string& path);
 
   // True when the wrapper stands for an element.

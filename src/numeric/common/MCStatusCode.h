@@ -48,7 +48,8 @@ enum MCStatusCode : long {
   MC_PL_NOT_CONVERGED = 330004,           // the pseudo-likelihood iterations stopped at their limit
   MC_TARGET_OUT_OF_SUPPORT = 330005,      // datum 0: target variable, datum 1: records outside the support
   MC_ZERO_COUNT_SUBJECTS = 330006,        // datum 0: random block (from 1), datum 1: subjects whose counts are all 0
-  MC_RANDOM_EFFECTS_TOO_LARGE = 330007    // datum 1: millions of multiplications an evaluation of the largest group needs
+  MC_RANDOM_EFFECTS_TOO_LARGE = 330007,   // datum 1: millions of multiplications an evaluation of the largest group needs
+  MC_FIXED_EFFECTS_TOO_LARGE = 330008     // data: model effect, its parameters, all fixed parameters, megabytes needed
 };
 
 }  // namespace MCCommon_850

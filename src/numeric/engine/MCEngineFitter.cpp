@@ -124,6 +124,11 @@ long MCEngineFitter::GetCovarianceProducts() const {
   return hyp ? hyp->GetCovarianceProducts() : 0;
 }
 
+double MCEngineFitter::GetDerivativeWork() const {
+  const MCEngineHypothesis* hyp = fpOrdinal ? fpOrdinal->GetHypothesis() : fpImpl->GetHypothesis();
+  return hyp ? hyp->GetDerivativeWork() : 0.0;
+}
+
 bool MCEngineFitter::EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
                                 std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const {
   return fpImpl->EvaluateAt(theta, minus2LogLik, gradient, observedHessian, expectedHessian);

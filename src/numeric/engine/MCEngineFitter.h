@@ -48,6 +48,10 @@ class MCEngineFitter {
   // How many times the tests after the fit formed their products with the
   // estimates' covariance (a work count for the tests; 0 before a fit).
   long GetCovarianceProducts() const;
+  // Multiplications the fixed estimates' df and the tests spent on the
+  // derivatives of the estimates' covariance since the fit (a work count; 0
+  // before a fit).
+  double GetDerivativeWork() const;
   // Whether l beta is estimable (l lies in the row space of the design).
   bool IsEstimable(const std::vector<double>& l) const;
 

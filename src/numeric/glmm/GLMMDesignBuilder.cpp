@@ -209,6 +209,18 @@ int GLMMDesignBuilder::PresentCells(const MCModelEffect& effect, const MCRegrPar
   return column;
 }
 
+MCStatus GLMMDesignBuilder::TooManyFixedParameters(int effect, int effectParameters, int parameters,
+                                                   int records) const {
+  const double p = parameters;
+  const double bytes = 8.0 * (kPairMatrices * p * p + 3.0 * records * p);
+  MCStatus refused(MCCommon_850::MC_FIXED_EFFECTS_TOO_LARGE, MCCommon_850::STATUS_ERROR);
+  refused.SetDiscreteDatum(0, effect);
+  refused.SetDiscreteDatum(1, effectParameters);
+  refused.SetDiscreteDatum(2, parameters);
+  refused.SetDiscreteDatum(3, std::lround(bytes / 1e6));
+  return refused;
+}
+
 MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   const GLMMSettings& s = *fpSettings;
   fvRecords.clear();
@@ -328,6 +340,7 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
   }
   std::vector<int> termFirst(termCol.size(), 0);
   const std::vector<MCModelEffect>& effects = s.GetModelEffects();
+  int largestEffect = -1, largestColumns = 0;
   for (int e = 0; e < static_cast<int>(effects.size()); ++e) {
     const MCModelEffect& effect = effects[U(e)];
     if (effect.IsIntercept()) continue;
@@ -346,7 +359,12 @@ MCStatus GLMMDesignBuilder::Build(MCCommon_850::RecordIterator* pRecords) {
     termVal.push_back(std::move(vals));
     termFirst.push_back(P);
     P += nc;
+    if (nc > largestColumns) {
+      largestEffect = e;
+      largestColumns = nc;
+    }
   }
+  if (P > kMaxFixedParameters) return TooManyFixedParameters(largestEffect, largestColumns, P, n);
   std::vector<double> X(U(n) * U(P), 0.0);
   for (std::size_t t = 0; t < termCol.size(); ++t) {
     for (int r = 0; r < n; ++r) {

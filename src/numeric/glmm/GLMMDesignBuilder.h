@@ -68,6 +68,17 @@ class GLMMDesignBuilder {
   // has a column for each, empty cells included, which the tables list as
   // redundant; a larger one has columns only for the cells the data hold.
   static constexpr double kMaxListedCells = 4096.0;
+  // The most fixed parameters (columns of the design) a model may have: the
+  // fit holds some 40 matrices over every pair of them, and its tests and
+  // the covariance of the estimates cost their cube, so 3000 take minutes
+  // and some 3 GB, and 10,000 would take hours and some 32 GB.
+  static constexpr int kMaxFixedParameters = 3000;
+  static constexpr double kPairMatrices = 40.0;
+  // The refusal of a design past kMaxFixedParameters, before it is formed:
+  // the effect of the most parameters, their count, all fixed parameters
+  // and the megabytes the fit would hold (the matrices over their pairs and
+  // three copies of the records' rows).
+  MCCommon_850::MCStatus TooManyFixedParameters(int effect, int effectParameters, int parameters, int records) const;
   // Columns of one effect: a record has at most one non-zero among them, at
   // column cols[r] (-1 for none) with value vals[r]. Their parameters are
   // appended to params. Returns the number of columns.

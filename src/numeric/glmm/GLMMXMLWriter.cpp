@@ -1,8 +1,7 @@
 #include "numeric/glmm/GLMMXMLWriter.h"
 
+#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <ostream>
 
 #include "numeric/common/MCMV.h"
@@ -110,12 +109,17 @@ void GLMMXMLWriter::Finish() {
 std::string GLMMXMLWriter::NumberText(double value) {
   if (MCCommon_850::MCMV::IsMissing(value) || !std::isfinite(value)) return std::string();
   if (value == 0.0) return "0";
+  // printf's %.*g, without its locale and format parsing: a model file
+  // writes a cell for every pair of fixed parameters.
   char buffer[40];
+  char* end = buffer;
   for (int precision = 15; precision <= 17; ++precision) {
-    std::snprintf(buffer, sizeof buffer, "%.*g", precision, value);
-    if (std::strtod(buffer, nullptr) == value) break;
+    end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, precision).ptr;
+    double back = 0.0;
+    std::from_chars(buffer, end, back);
+    if (back == value) break;
   }
-  return buffer;
+  return std::string(buffer, end);
 }
 
 std::string GLMMXMLWriter::Escape(const std::string& text, bool attribute) {

@@ -106,7 +106,13 @@ MCStatus MCPMMLParser::ParseToDOM(std::istream& is) {
   fbParsed = false;
   const std::string text((std::istreambuf_iterator<char>(is)), std::istreambuf_iterator<char>());
   std::unique_ptr<SDOMXMLWrapper> document(new SDOMXMLWrapper);
-  if (!document->LoadFromString(text) || document->GetName() != "PMML") return Failed();
+  // Only the dictionary and the mining schema are read: the matrices of the
+  // model (the covariance of the fixed estimates has a cell for every pair
+  // of columns) are not held.
+  if (!document->LoadFromString(text, {"DataDictionary", "GeneralRegressionModel/MiningSchema"}) ||
+      document->GetName() != "PMML") {
+    return Failed();
+  }
   SDOMXMLWrapper* dictionary = nullptr;
   if (!document->GetFirstElement("DataDictionary", &dictionary)) return Failed();
   fpDocument = std::move(document);

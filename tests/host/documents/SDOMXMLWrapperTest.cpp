@@ -80,6 +80,49 @@ TEST(SDOMXMLWrapper, ReportsMalformedDocumentsWithLineAndColumn) {
   EXPECT_FALSE(doc.LoadFromString("<a>\xff\xfe</a>"));
 }
 
+TEST(SDOMXMLWrapper, LoadingAlongPathsHoldsOnlyTheirElements) {
+  SDOMXMLWrapper doc;
+  ASSERT_TRUE(doc.LoadFromString(kDocument, {"Model/Data"})) << doc.GetLastError();
+  EXPECT_EQ(doc.GetName(), "Root");
+  SDOMXMLWrapper* element = nullptr;
+  // Off the path: not held, empty elements among them.
+  EXPECT_FALSE(doc.GetFirstElement("Settings", &element));
+  EXPECT_FALSE(doc.GetFirstElement("Model/Summary", &element));
+  // Along it: the path's last elements with all they hold, empty ones
+  // included, and the attributes and text of each.
+  SDOMXMLIterator* data = nullptr;
+  SDOMXMLWrapper* model = nullptr;
+  ASSERT_TRUE(doc.GetFirstElement("Model", &model));
+  ASSERT_TRUE(model->GetElementIterator("Data", &data));
+  EXPECT_EQ(Names(data, "description"), (std::vector<std::string>{"first", "second"}));
+  ASSERT_TRUE(doc.GetFirstElement("Model/Data/Array", &element));
+  EXPECT_EQ(element->GetText(), "1 2.5 __MISSING__");
+  ASSERT_TRUE(doc.GetFirstElement("Model/Data/Leaf", &element));
+  std::string text;
+  EXPECT_TRUE(element->GetAttribute("text", text));
+  EXPECT_EQ(text, "x");
+
+  // Two paths, one of them an empty element.
+  ASSERT_TRUE(doc.LoadFromString(kDocument, {"Settings/Other", "Model/Summary"})) << doc.GetLastError();
+  EXPECT_TRUE(doc.GetFirstElement("Settings/Other", &element));
+  EXPECT_FALSE(doc.GetFirstElement("Settings/Parameter", &element));
+  EXPECT_TRUE(doc.GetFirstElement("Model/Summary", &element));
+  EXPECT_FALSE(doc.GetFirstElement("Model/Data", &element));
+
+  // A path that names nothing holds the root alone; one that cannot name an
+  // element too.
+  ASSERT_TRUE(doc.LoadFromString(kDocument, {"Nothing"}));
+  EXPECT_FALSE(doc.GetFirstElement("Settings", &element));
+  ASSERT_TRUE(doc.LoadFromString(kDocument, {"Model//Data"}));
+  EXPECT_FALSE(doc.GetFirstElement("Model", &element));
+
+  // What is not held is still read: a document broken there fails, at its
+  // place.
+  EXPECT_FALSE(doc.LoadFromString("<a>\n  <b><c></b>\n  <d/>\n</a>", {"d"}));
+  EXPECT_EQ(doc.GetErrorLine(), 2);
+  EXPECT_FALSE(doc.IsLoaded());
+}
+
 TEST(SDOMXMLWrapper, AFailedLoadLeavesNothingBehindAndAGoodOneClearsTheError) {
   SDOMXMLWrapper doc;
   ASSERT_TRUE(doc.LoadFromString("<a><b/></a>"));

@@ -349,3 +349,40 @@ TEST(GLMMDesignBuilder, ATermOfMoreCellsThanListedHasColumnsForTheCellsTheDataHo
   EXPECT_EQ(scoring.GetBetaParameters()[11].GetCategories(), params[11].GetCategories());
   EXPECT_EQ(X(scoring.GetInput(), 0, column), 1.0);
 }
+
+TEST(GLMMDesignBuilder, MoreFixedParametersThanTheLimitAreRefusedBeforeTheDesign) {
+  // y 0, a factor f 1 of `levels` levels, a covariate x 2; the model x and
+  // f without an intercept: levels + 1 columns.
+  auto build = [](int levels, MCCommon_850::MCStatus& status) {
+    GLMMSettings settings;
+    settings.SetSingleDependent(0);
+    settings.AddFactor(1, levels);
+    settings.AddCovariate(2);
+    static const std::vector<int> vars = {1, 2};
+    MCModelEffect x, f;
+    x.Setup(0, 1, &vars);
+    x.AddCovariate(2);
+    f.Setup(1, 0, &vars);
+    f.AddNewFactor(1, false);
+    settings.AddModelEffect(x);
+    settings.AddModelEffect(f);
+    const MCVarList list = GLMMTestRows::VarList({"y", "f", "x"}, {0, levels, 0});
+    std::vector<std::vector<double>> records;
+    for (int r = 0; r < 10; ++r) records.push_back({0.5 * r, static_cast<double>((97 * r) % levels), 0.1 * r});
+    RowsIterator rows(records);
+    GLMMDesignBuilder builder(settings, list);
+    status = builder.Build(&rows);
+    return builder.GetInput().GetNColumns();
+  };
+  MCCommon_850::MCStatus status;
+  EXPECT_EQ(build(2999, status), 3000);
+  EXPECT_TRUE(status.IsOK());
+  EXPECT_EQ(build(3001, status), 0);
+  ASSERT_TRUE(status.IsError());
+  EXPECT_EQ(status.GetErrorCode(), MCCommon_850::MC_FIXED_EFFECTS_TOO_LARGE);
+  EXPECT_EQ(status.GetDiscreteDatum(0), 1);     // the factor, the model's second effect
+  EXPECT_EQ(status.GetDiscreteDatum(1), 3001);  // its parameters
+  EXPECT_EQ(status.GetDiscreteDatum(2), 3002);  // with x
+  // 8 (40 * 3002^2 + 3 * 10 * 3002) = 2,884,561,760 bytes.
+  EXPECT_EQ(status.GetDiscreteDatum(3), 2885);
+}

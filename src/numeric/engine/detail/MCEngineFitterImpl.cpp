@@ -450,16 +450,9 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
     beta[fData.fvKept[U(i)]] = ev.fBeta[i];
     for (int j = 0; j < p; ++j) C(fData.fvKept[U(i)], fData.fvKept[U(j)]) = ev.fC(i, j);
   }
-  std::vector<Eigen::MatrixXd> dC;
+  std::vector<MCEngineMostlyZero> A;
   if (haveAsy) {
-    for (int k : freeSet) {
-      const Eigen::MatrixXd d = ev.fC * ev.fvA[U(k)] * ev.fC;
-      Eigen::MatrixXd full = Eigen::MatrixXd::Zero(P, P);
-      for (int i = 0; i < p; ++i) {
-        for (int j = 0; j < p; ++j) full(fData.fvKept[U(i)], fData.fvKept[U(j)]) = d(i, j);
-      }
-      dC.push_back(std::move(full));
-    }
+    for (int k : freeSet) A.emplace_back(ev.fvA[U(k)], fData.fvKept, P);
   }
   fResult.SetModelCovBeta(ToRowMajor(C));
   double nGroups = 0.0;
@@ -485,7 +478,7 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   } else if (fResult.IsCovBetaRobust()) {
     fixedDF = nGroups - 1.0;
   }
-  SetFixedStatistics(beta, C, dC, haveAsy ? asy : Eigen::MatrixXd(), fixedDF);
+  SetFixedStatistics(beta, C, std::move(A), haveAsy ? asy : Eigen::MatrixXd(), fixedDF);
   SetInformationCriteria(input, m2ll, nf);
   SetTests(input);
   Unscale();
@@ -550,7 +543,7 @@ void MCEngineFitterImpl::SetCovParamStatistics(const Eigen::VectorXd& theta, con
 }
 
 void MCEngineFitterImpl::SetFixedStatistics(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
-                                            const std::vector<Eigen::MatrixXd>& dC, const Eigen::MatrixXd& asy,
+                                            std::vector<MCEngineMostlyZero> A, const Eigen::MatrixXd& asy,
                                             double fixedDF) {
   const int P = fData.fNColumns;
   const double alpha = 1.0 - fSettings.GetConfidenceLevel() / 100.0;
@@ -560,7 +553,7 @@ void MCEngineFitterImpl::SetFixedStatistics(const Eigen::VectorXd& beta, const E
     for (int j = 0; j < P; ++j) xtx(i, j) = fData.fvXtX[U(i) * U(P) + U(j)];
   }
   fpHypothesis = std::make_unique<MCEngineHypothesis>(xtx, fData.fvAliased);
-  fpHypothesis->SetEstimates(beta, C, dC, asy);
+  fpHypothesis->SetEstimates(beta, C, std::move(A), asy);
   fpHypothesis->SetFixedDF(fixedDF);
 
   std::vector<MCEngineBetaStat> betas(U(P));

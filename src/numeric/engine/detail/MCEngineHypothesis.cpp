@@ -102,7 +102,12 @@ MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::ve
       for (int j = 0; j < r; ++j) G2(kept[U(i)], kept[U(j)]) = inv(i, j);
     }
   }
-  fH = G2 * xtx;
+  // The cross-products of a factor's columns are mostly zero.
+  fH = MCEngineMostlyZero(xtx).LeftProduct(G2);
+  // The estimability checks hold l - l H to 1e-4 of l's size, which entries
+  // of H at the rounding of its largest do not move: without them H is
+  // mostly zero when the columns are a factor's.
+  fHermiteProducts = MCEngineMostlyZero(fH, fH.size() > 0 ? kNegligible * fH.cwiseAbs().maxCoeff() : 0.0);
   // Forward Doolittle with the same pivots.
   Eigen::MatrixXd A = xtx;
   fDoolittle = Eigen::MatrixXd::Zero(P, P);
@@ -123,15 +128,17 @@ MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::ve
 }
 
 void MCEngineHypothesis::SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
-                                      const std::vector<Eigen::MatrixXd>& dC, const Eigen::MatrixXd& asyCov) {
+                                      std::vector<MCEngineMostlyZero> A, const Eigen::MatrixXd& asyCov) {
   fBeta = beta;
   fC = C;
-  fvDC = dC;
+  fvA = std::move(A);
+  fColumnForms.resize(0, 0);
+  fDerivativeWork = 0.0;
   fAsyCov = asyCov;
 }
 
 bool MCEngineHypothesis::IsEstimable(const Eigen::RowVectorXd& l) const {
-  return IsEstimableGiven(l, l - l * fH);
+  return IsEstimableGiven(l, l - fHermiteProducts.LeftProduct(l));
 }
 
 bool MCEngineHypothesis::IsEstimableGiven(const Eigen::RowVectorXd& l, const Eigen::RowVectorXd& lessProjection) {
@@ -227,11 +234,17 @@ Eigen::MatrixXd MCEngineHypothesis::TypeIII(const std::vector<MCEngineTerm>& ter
 
 double MCEngineHypothesis::DFOfColumn(int j, double variance) const {
   if (!MCEngineMissing::Is(fFixedDF)) return fFixedDF;
-  const int nf = static_cast<int>(fvDC.size());
+  const int nf = static_cast<int>(fvA.size());
   if (fAsyCov.rows() != nf || nf == 0 || !(variance > 0.0)) return MCEngineMissing::Value();
-  Eigen::VectorXd g(nf);
-  for (int k = 0; k < nf; ++k) g[k] = fvDC[U(k)](j, j);
-  return SatterthwaiteFromGradient(g, variance);
+  if (fColumnForms.cols() != nf) {
+    // C is symmetric: its rows are its columns.
+    fColumnForms.resize(fC.rows(), nf);
+    for (int k = 0; k < nf; ++k) {
+      fColumnForms.col(k) = fvA[U(k)].RowForms(fC);
+      fDerivativeWork += static_cast<double>(fC.rows()) * fvA[U(k)].GetRowWork();
+    }
+  }
+  return SatterthwaiteFromGradient(fColumnForms.row(j).transpose(), variance);
 }
 
 double MCEngineHypothesis::SatterthwaiteFromGradient(const Eigen::VectorXd& g, double variance) const {
@@ -240,13 +253,16 @@ double MCEngineHypothesis::SatterthwaiteFromGradient(const Eigen::VectorXd& g, d
   return 2.0 * variance * variance / denom;
 }
 
-std::vector<double> MCEngineHypothesis::DFs(const Eigen::MatrixXd& rows, const Eigen::VectorXd& variances) const {
-  const int n = static_cast<int>(rows.rows());
-  const int nf = static_cast<int>(fvDC.size());
+std::vector<double> MCEngineHypothesis::DFs(const Eigen::MatrixXd& rowsTimesC, const Eigen::VectorXd& variances) const {
+  const int n = static_cast<int>(rowsTimesC.rows());
+  const int nf = static_cast<int>(fvA.size());
   if (!MCEngineMissing::Is(fFixedDF)) return std::vector<double>(U(n), fFixedDF);
   if (fAsyCov.rows() != nf || nf == 0) return std::vector<double>(U(n), MCEngineMissing::Value());
   Eigen::MatrixXd g(n, nf);
-  for (int k = 0; k < nf; ++k) g.col(k) = (rows * fvDC[U(k)]).cwiseProduct(rows).rowwise().sum();
+  for (int k = 0; k < nf; ++k) {
+    g.col(k) = fvA[U(k)].RowForms(rowsTimesC);
+    fDerivativeWork += n * fvA[U(k)].GetRowWork();
+  }
   std::vector<double> out(U(n));
   for (int i = 0; i < n; ++i) {
     out[U(i)] = variances[i] > 0.0 ? SatterthwaiteFromGradient(g.row(i).transpose(), variances[i]) : MCEngineMissing::Value();
@@ -267,9 +283,10 @@ std::vector<MCEngineTest> MCEngineHypothesis::TestRows(const Eigen::MatrixXd& L,
   }
   if (n == 0 || fC.rows() != L.cols() || k.size() != L.rows()) return tests;
   ++fCovarianceProducts;
-  const Eigen::MatrixXd lessProjection = L - L * fH;
-  const Eigen::VectorXd variances = (L * fC).cwiseProduct(L).rowwise().sum();
-  const std::vector<double> nus = DFs(L, variances);
+  const Eigen::MatrixXd lessProjection = L - fHermiteProducts.LeftProduct(L);
+  const Eigen::MatrixXd LC = MCEngineMostlyZero(L).RightProduct(fC);
+  const Eigen::VectorXd variances = LC.cwiseProduct(L).rowwise().sum();
+  const std::vector<double> nus = DFs(LC, variances);
   for (int i = 0; i < n; ++i) {
     MCEngineTest& test = tests[U(i)];
     const double var = variances[i];
@@ -300,12 +317,15 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
   }
   test.SetL(rows);
   if (L.rows() == 0 || fC.rows() != L.cols() || k.size() != L.rows()) return test;
-  const Eigen::MatrixXd lessProjection = L - L * fH;
+  const Eigen::MatrixXd lessProjection = L - fHermiteProducts.LeftProduct(L);
   for (int i = 0; i < L.rows(); ++i) {
     if (!IsEstimableGiven(L.row(i), lessProjection.row(i))) return test;
   }
   ++fCovarianceProducts;
-  const Eigen::MatrixXd LCL = L * fC * L.transpose();
+  // A factor's rows hold a few entries each.
+  const MCEngineMostlyZero held(L);
+  const Eigen::MatrixXd LC = held.RightProduct(fC);
+  const Eigen::MatrixXd LCL = held.RightProduct(LC.transpose());
   Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(LCL);
   const Eigen::VectorXd ev = es.eigenvalues();
   const double maxEv = ev.maxCoeff();
@@ -326,7 +346,7 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
     directions.row(i) = es.eigenvectors().col(use[U(i)]).transpose();
     variances[i] = ev[use[U(i)]];
   }
-  const std::vector<double> nus = DFs(directions * L, variances);
+  const std::vector<double> nus = DFs(directions * LC, variances);
   for (int i = 0; i < q; ++i) {
     const double d = variances[i];
     const double est = directions.row(i).dot(Lb);

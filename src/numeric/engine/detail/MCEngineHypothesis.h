@@ -6,22 +6,27 @@
 #include "numeric/engine/MCEngineMissing.h"
 #include "numeric/engine/MCEngineTerm.h"
 #include "numeric/engine/MCEngineTest.h"
+#include "numeric/engine/detail/MCEngineMostlyZero.h"
 
 namespace MCEngine_850 {
 
 // Hypothesis matrices over the overparameterized columns and their tests.
 // The estimable functions come from X'X (Hermite form of its g2-inverse); the
 // tests use the estimates' covariance C, and Satterthwaite's approximation
-// uses the derivatives of C in the free covariance parameters together with
-// their asymptotic covariance.
+// uses the derivatives of C in the free covariance parameters,
+// dC_k = C A_k C with A_k = X'V^-1 V_k V^-1 X, together with their asymptotic
+// covariance. The A_k are held rather than the dC_k: l dC_k l' is
+// (l C) A_k (l C)', so a test's rows take one product with C, which they
+// need for l C l' anyway, and then products with the A_k, which for a fixed
+// factor of many levels are mostly zero where every dC_k is dense.
 class MCEngineHypothesis {
  public:
   MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::vector<bool>& aliased);
 
-  // The estimates, their covariance, dC/dtheta_k for the free covariance
-  // parameters and the parameters' asymptotic covariance (empty when it could
-  // not be computed), all over the P columns.
-  void SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, const std::vector<Eigen::MatrixXd>& dC,
+  // The estimates, their covariance, A_k for the free covariance parameters
+  // (dC/dtheta_k = C A_k C) and the parameters' asymptotic covariance (empty
+  // when it could not be computed), all over the P columns.
+  void SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, std::vector<MCEngineMostlyZero> A,
                     const Eigen::MatrixXd& asyCov);
   // One denominator degrees of freedom for every test instead of
   // Satterthwaite's; missing (the default) restores Satterthwaite's.
@@ -53,29 +58,43 @@ class MCEngineHypothesis {
   // number of rows each time: tests of many single rows taken together count
   // once.
   long GetCovarianceProducts() const { return fCovarianceProducts; }
+  // Multiplications spent on the derivatives of C since the estimates were
+  // set: the fixed estimates' df and the tests' (a work count; each row
+  // costs the nonzero entries of every A_k).
+  double GetDerivativeWork() const { return fDerivativeWork; }
   // The degrees of freedom of fixed estimate j: the fixed ones when set, else
   // Satterthwaite's (missing when not available).
   double DFOfColumn(int j, double variance) const;
 
  private:
-  // DF of each row of `rows` at its variance, from one product per
-  // covariance parameter over all rows.
-  std::vector<double> DFs(const Eigen::MatrixXd& rows, const Eigen::VectorXd& variances) const;
+  // DF of each row l of a hypothesis at its variance, given the rows l C:
+  // one product per covariance parameter over all rows.
+  std::vector<double> DFs(const Eigen::MatrixXd& rowsTimesC, const Eigen::VectorXd& variances) const;
   // Satterthwaite's df from g_k = l dC_k l'.
   double SatterthwaiteFromGradient(const Eigen::VectorXd& g, double variance) const;
   // Estimable when l less its projection l H is zero to 1e-4 of l's size.
   static bool IsEstimableGiven(const Eigen::RowVectorXd& l, const Eigen::RowVectorXd& lessProjection);
 
+  // Entries of H within this share of its largest are rounding.
+  static constexpr double kNegligible = 1e-12;
+
   Eigen::MatrixXd fXtX;
   std::vector<bool> fvAliased;
   Eigen::MatrixXd fH;
+  // H again, for the products of the estimability checks: mostly zero when
+  // the columns are a factor's.
+  MCEngineMostlyZero fHermiteProducts;
   Eigen::MatrixXd fDoolittle;
   Eigen::VectorXd fBeta;
   Eigen::MatrixXd fC;
-  std::vector<Eigen::MatrixXd> fvDC;
+  std::vector<MCEngineMostlyZero> fvA;
+  // c_j A_k c_j' for each column j of C (rows) and parameter k (columns).
+  // Formed at the first df asked of a column.
+  mutable Eigen::MatrixXd fColumnForms;
   Eigen::MatrixXd fAsyCov;
   double fFixedDF = MCEngineMissing::Value();
   mutable long fCovarianceProducts = 0;
+  mutable double fDerivativeWork = 0.0;
 };
 
 }  // namespace MCEngine_850
