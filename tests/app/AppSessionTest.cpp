@@ -19,6 +19,7 @@
 #include "host/output/BpError.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
+#include "run/MixDriver.h"
 
 using namespace apptest;
 
@@ -355,6 +356,7 @@ TEST_F(AppSessionTest, AFixedFactorOfTooManyLevelsIsRefusedWithItsSize) {
     out << "y,f\n";
     for (int r = 0; r < 3005; ++r) out << 0.1 * (r % 7) << ',' << r << '\n';
   }
+  AppProcedureHook::Set(MixDriver);
   Run("LOAD '" + csv + "'.\nGLMIXFIT y BY f\n  /FIXED f.");
   std::filesystem::remove(csv);
   const std::vector<std::string> messages = Messages(1);

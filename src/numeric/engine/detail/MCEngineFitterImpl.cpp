@@ -450,9 +450,21 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
     beta[fData.fvKept[U(i)]] = ev.fBeta[i];
     for (int j = 0; j < p; ++j) C(fData.fvKept[U(i)], fData.fvKept[U(j)]) = ev.fC(i, j);
   }
+  // Over many columns the tests take dC_k = C A_k C from the A_k; over few,
+  // each dC_k is formed.
   std::vector<MCEngineMostlyZero> A;
-  if (haveAsy) {
-    for (int k : freeSet) A.emplace_back(ev.fvA[U(k)], fData.fvKept, P);
+  std::vector<Eigen::MatrixXd> dC;
+  for (int k : haveAsy ? freeSet : std::vector<int>()) {
+    if (MCEngineMostlyZero::PaysOver(P)) {
+      A.emplace_back(ev.fvA[U(k)], fData.fvKept, P);
+      continue;
+    }
+    const Eigen::MatrixXd d = ev.fC * ev.fvA[U(k)] * ev.fC;
+    Eigen::MatrixXd full = Eigen::MatrixXd::Zero(P, P);
+    for (int i = 0; i < p; ++i) {
+      for (int j = 0; j < p; ++j) full(fData.fvKept[U(i)], fData.fvKept[U(j)]) = d(i, j);
+    }
+    dC.push_back(std::move(full));
   }
   fResult.SetModelCovBeta(ToRowMajor(C));
   double nGroups = 0.0;
@@ -478,7 +490,7 @@ void MCEngineFitterImpl::Statistics(const MCEngineInput& input, const Eigen::Vec
   } else if (fResult.IsCovBetaRobust()) {
     fixedDF = nGroups - 1.0;
   }
-  SetFixedStatistics(beta, C, std::move(A), haveAsy ? asy : Eigen::MatrixXd(), fixedDF);
+  SetFixedStatistics(beta, C, std::move(dC), std::move(A), haveAsy ? asy : Eigen::MatrixXd(), fixedDF);
   SetInformationCriteria(input, m2ll, nf);
   SetTests(input);
   Unscale();
@@ -543,8 +555,8 @@ void MCEngineFitterImpl::SetCovParamStatistics(const Eigen::VectorXd& theta, con
 }
 
 void MCEngineFitterImpl::SetFixedStatistics(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
-                                            std::vector<MCEngineMostlyZero> A, const Eigen::MatrixXd& asy,
-                                            double fixedDF) {
+                                            std::vector<Eigen::MatrixXd> dC, std::vector<MCEngineMostlyZero> A,
+                                            const Eigen::MatrixXd& asy, double fixedDF) {
   const int P = fData.fNColumns;
   const double alpha = 1.0 - fSettings.GetConfidenceLevel() / 100.0;
   fResult.SetFixedDF(fixedDF);
@@ -553,7 +565,7 @@ void MCEngineFitterImpl::SetFixedStatistics(const Eigen::VectorXd& beta, const E
     for (int j = 0; j < P; ++j) xtx(i, j) = fData.fvXtX[U(i) * U(P) + U(j)];
   }
   fpHypothesis = std::make_unique<MCEngineHypothesis>(xtx, fData.fvAliased);
-  fpHypothesis->SetEstimates(beta, C, std::move(A), asy);
+  fpHypothesis->SetEstimates(beta, C, std::move(dC), std::move(A), asy);
   fpHypothesis->SetFixedDF(fixedDF);
 
   std::vector<MCEngineBetaStat> betas(U(P));
@@ -650,7 +662,7 @@ void MCEngineFitterImpl::ReplaceEstimates(const MCEngineInput& input, const Eige
   const bool robust = robustC.size() > 0 && robustC.rows() == C.rows() && robustC.cols() == C.cols();
   fResult.SetCovBetaRobust(robust);
   fResult.SetModelCovBeta(ToRowMajor(scaledC));
-  SetFixedStatistics(beta / fData.fYScale, robust ? Eigen::MatrixXd(robustC / c2) : scaledC, {}, Eigen::MatrixXd(),
+  SetFixedStatistics(beta / fData.fYScale, robust ? Eigen::MatrixXd(robustC / c2) : scaledC, {}, {}, Eigen::MatrixXd(),
                      fData.fTotalWeight - fData.fRank);
   fResult.SetMinus2LogLik(m2ll);
   SetInformationCriteria(input, m2ll, static_cast<int>(freeSet.size()) + nOther);

@@ -92,10 +92,10 @@ class MCEngineFitterImpl {
   void SetCovParamStatistics(const Eigen::VectorXd& theta, const std::vector<bool>& onBound,
                              const std::vector<int>& freeSet, const Eigen::MatrixXd& asy);
   // The hypothesis object and the fixed estimates' rows over all columns;
-  // A (the A_k of dC_k = C A_k C) and asy feed Satterthwaite's df and may be
-  // empty when fixedDF is set.
-  void SetFixedStatistics(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, std::vector<MCEngineMostlyZero> A,
-                          const Eigen::MatrixXd& asy, double fixedDF);
+  // the dC_k or the A_k of dC_k = C A_k C, and asy, feed Satterthwaite's df
+  // and may be empty when fixedDF is set.
+  void SetFixedStatistics(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, std::vector<Eigen::MatrixXd> dC,
+                          std::vector<MCEngineMostlyZero> A, const Eigen::MatrixXd& asy, double fixedDF);
   void SetInformationCriteria(const MCEngineInput& input, double m2ll, int nf);
   void SetTests(const MCEngineInput& input);
   // The empirical covariance of the fixed estimates over the kept columns,

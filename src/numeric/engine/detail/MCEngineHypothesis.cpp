@@ -103,7 +103,7 @@ MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::ve
     }
   }
   // The cross-products of a factor's columns are mostly zero.
-  fH = MCEngineMostlyZero(xtx).LeftProduct(G2);
+  fH = MCEngineMostlyZero::PaysOver(P) ? MCEngineMostlyZero(xtx).LeftProduct(G2) : Eigen::MatrixXd(G2 * xtx);
   // The estimability checks hold l - l H to 1e-4 of l's size, which entries
   // of H at the rounding of its largest do not move: without them H is
   // mostly zero when the columns are a factor's.
@@ -128,9 +128,11 @@ MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::ve
 }
 
 void MCEngineHypothesis::SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
-                                      std::vector<MCEngineMostlyZero> A, const Eigen::MatrixXd& asyCov) {
+                                      std::vector<Eigen::MatrixXd> dC, std::vector<MCEngineMostlyZero> A,
+                                      const Eigen::MatrixXd& asyCov) {
   fBeta = beta;
   fC = C;
+  fvDC = std::move(dC);
   fvA = std::move(A);
   fColumnForms.resize(0, 0);
   fDerivativeWork = 0.0;
@@ -234,8 +236,13 @@ Eigen::MatrixXd MCEngineHypothesis::TypeIII(const std::vector<MCEngineTerm>& ter
 
 double MCEngineHypothesis::DFOfColumn(int j, double variance) const {
   if (!MCEngineMissing::Is(fFixedDF)) return fFixedDF;
-  const int nf = static_cast<int>(fvA.size());
+  const int nf = static_cast<int>(fvDC.size() + fvA.size());
   if (fAsyCov.rows() != nf || nf == 0 || !(variance > 0.0)) return MCEngineMissing::Value();
+  if (!fvDC.empty()) {
+    Eigen::VectorXd g(nf);
+    for (int k = 0; k < nf; ++k) g[k] = fvDC[U(k)](j, j);
+    return SatterthwaiteFromGradient(g, variance);
+  }
   if (fColumnForms.cols() != nf) {
     // C is symmetric: its rows are its columns.
     fColumnForms.resize(fC.rows(), nf);
@@ -253,13 +260,19 @@ double MCEngineHypothesis::SatterthwaiteFromGradient(const Eigen::VectorXd& g, d
   return 2.0 * variance * variance / denom;
 }
 
-std::vector<double> MCEngineHypothesis::DFs(const Eigen::MatrixXd& rowsTimesC, const Eigen::VectorXd& variances) const {
-  const int n = static_cast<int>(rowsTimesC.rows());
-  const int nf = static_cast<int>(fvA.size());
+std::vector<double> MCEngineHypothesis::DFs(const Eigen::MatrixXd& rows, const Eigen::MatrixXd& rowsTimesC,
+                                            const Eigen::VectorXd& variances) const {
+  const int n = static_cast<int>(fvDC.empty() ? rowsTimesC.rows() : rows.rows());
+  const int nf = static_cast<int>(fvDC.size() + fvA.size());
   if (!MCEngineMissing::Is(fFixedDF)) return std::vector<double>(U(n), fFixedDF);
   if (fAsyCov.rows() != nf || nf == 0) return std::vector<double>(U(n), MCEngineMissing::Value());
   Eigen::MatrixXd g(n, nf);
   for (int k = 0; k < nf; ++k) {
+    if (!fvDC.empty()) {
+      g.col(k) = (rows * fvDC[U(k)]).cwiseProduct(rows).rowwise().sum();
+      fDerivativeWork += static_cast<double>(n) * static_cast<double>(fvDC[U(k)].size());
+      continue;
+    }
     g.col(k) = fvA[U(k)].RowForms(rowsTimesC);
     fDerivativeWork += n * fvA[U(k)].GetRowWork();
   }
@@ -284,9 +297,10 @@ std::vector<MCEngineTest> MCEngineHypothesis::TestRows(const Eigen::MatrixXd& L,
   if (n == 0 || fC.rows() != L.cols() || k.size() != L.rows()) return tests;
   ++fCovarianceProducts;
   const Eigen::MatrixXd lessProjection = L - fHermiteProducts.LeftProduct(L);
-  const Eigen::MatrixXd LC = MCEngineMostlyZero(L).RightProduct(fC);
+  const Eigen::MatrixXd LC =
+      MCEngineMostlyZero::PaysOver(L.cols()) ? MCEngineMostlyZero(L).RightProduct(fC) : Eigen::MatrixXd(L * fC);
   const Eigen::VectorXd variances = LC.cwiseProduct(L).rowwise().sum();
-  const std::vector<double> nus = DFs(LC, variances);
+  const std::vector<double> nus = DFs(L, LC, variances);
   for (int i = 0; i < n; ++i) {
     MCEngineTest& test = tests[U(i)];
     const double var = variances[i];
@@ -323,9 +337,10 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
   }
   ++fCovarianceProducts;
   // A factor's rows hold a few entries each.
-  const MCEngineMostlyZero held(L);
-  const Eigen::MatrixXd LC = held.RightProduct(fC);
-  const Eigen::MatrixXd LCL = held.RightProduct(LC.transpose());
+  const bool byEntries = MCEngineMostlyZero::PaysOver(L.cols());
+  const MCEngineMostlyZero held = byEntries ? MCEngineMostlyZero(L) : MCEngineMostlyZero();
+  const Eigen::MatrixXd LC = byEntries ? held.RightProduct(fC) : Eigen::MatrixXd(L * fC);
+  const Eigen::MatrixXd LCL = byEntries ? held.RightProduct(LC.transpose()) : Eigen::MatrixXd(LC * L.transpose());
   Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(LCL);
   const Eigen::VectorXd ev = es.eigenvalues();
   const double maxEv = ev.maxCoeff();
@@ -346,7 +361,10 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
     directions.row(i) = es.eigenvectors().col(use[U(i)]).transpose();
     variances[i] = ev[use[U(i)]];
   }
-  const std::vector<double> nus = DFs(directions * LC, variances);
+  // Over few columns the dC_k are formed and the directions' rows taken
+  // with each; over many, the rows times C with the A_k.
+  const std::vector<double> nus = fvDC.empty() ? DFs(Eigen::MatrixXd(), directions * LC, variances)
+                                               : DFs(directions * L, Eigen::MatrixXd(), variances);
   for (int i = 0; i < q; ++i) {
     const double d = variances[i];
     const double est = directions.row(i).dot(Lb);

@@ -23,11 +23,12 @@ class MCEngineHypothesis {
  public:
   MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::vector<bool>& aliased);
 
-  // The estimates, their covariance, A_k for the free covariance parameters
-  // (dC/dtheta_k = C A_k C) and the parameters' asymptotic covariance (empty
-  // when it could not be computed), all over the P columns.
-  void SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, std::vector<MCEngineMostlyZero> A,
-                    const Eigen::MatrixXd& asyCov);
+  // The estimates, their covariance, for the free covariance parameters
+  // either dC/dtheta_k or the A_k of dC/dtheta_k = C A_k C (the other empty),
+  // and the parameters' asymptotic covariance (empty when it could not be
+  // computed), all over the P columns.
+  void SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C, std::vector<Eigen::MatrixXd> dC,
+                    std::vector<MCEngineMostlyZero> A, const Eigen::MatrixXd& asyCov);
   // One denominator degrees of freedom for every test instead of
   // Satterthwaite's; missing (the default) restores Satterthwaite's.
   void SetFixedDF(double df) { fFixedDF = df; }
@@ -67,9 +68,12 @@ class MCEngineHypothesis {
   double DFOfColumn(int j, double variance) const;
 
  private:
-  // DF of each row l of a hypothesis at its variance, given the rows l C:
-  // one product per covariance parameter over all rows.
-  std::vector<double> DFs(const Eigen::MatrixXd& rowsTimesC, const Eigen::VectorXd& variances) const;
+  // DF of each row l of a hypothesis at its variance, from the rows l with
+  // the dC_k, or from the rows l C with the A_k (the one the estimates hold;
+  // the other may be empty): one product per covariance parameter over all
+  // rows.
+  std::vector<double> DFs(const Eigen::MatrixXd& rows, const Eigen::MatrixXd& rowsTimesC,
+                          const Eigen::VectorXd& variances) const;
   // Satterthwaite's df from g_k = l dC_k l'.
   double SatterthwaiteFromGradient(const Eigen::VectorXd& g, double variance) const;
   // Estimable when l less its projection l H is zero to 1e-4 of l's size.
@@ -87,6 +91,7 @@ class MCEngineHypothesis {
   Eigen::MatrixXd fDoolittle;
   Eigen::VectorXd fBeta;
   Eigen::MatrixXd fC;
+  std::vector<Eigen::MatrixXd> fvDC;
   std::vector<MCEngineMostlyZero> fvA;
   // c_j A_k c_j' for each column j of C (rows) and parameter k (columns).
   // Formed at the first df asked of a column.

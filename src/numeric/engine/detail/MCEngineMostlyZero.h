@@ -14,6 +14,11 @@ namespace MCEngine_850 {
 // hypothesis rows hold a few entries each.
 class MCEngineMostlyZero {
  public:
+  // Whether products over this many columns are worth taking through their
+  // entries: over fewer, dense products cost little, and keeping them keeps
+  // the rounding of small models' results as it was.
+  static bool PaysOver(Eigen::Index columns) { return columns > kManyColumns; }
+
   MCEngineMostlyZero() = default;
   // The matrix `a`, its entries of at most `negligible` in size taken as
   // zero.
@@ -39,6 +44,7 @@ class MCEngineMostlyZero {
   // Held densely from this share of nonzero entries on: past it a sparse
   // product is no faster than a dense one.
   static constexpr double kSparseShare = 0.25;
+  static constexpr Eigen::Index kManyColumns = 200;
 
   // Holds the entries of `a` of more than `negligible` in size, at rows
   // rowAt(i) and columns colAt(j) of a rows x cols matrix.

@@ -363,7 +363,7 @@ void MCEngineOrdinal::FillResult(const Eigen::VectorXd& natural, bool converged)
   fResult.SetCovBeta(rowMajor);
   fResult.SetModelCovBeta(rowMajor);
   fpHypothesis = std::make_unique<MCEngineHypothesis>(CrossProducts(), fvAliased);
-  fpHypothesis->SetEstimates(betaP, covP, {}, Eigen::MatrixXd());
+  fpHypothesis->SetEstimates(betaP, covP, {}, {}, Eigen::MatrixXd());
   fpHypothesis->SetFixedDF(df);
   FillLatentHypothesis(natural, cov, llt.info() == Eigen::Success, df);
   FillTests();
@@ -407,7 +407,7 @@ void MCEngineOrdinal::FillLatentHypothesis(const Eigen::VectorXd& natural, const
   const Eigen::VectorXd beta = J * natural;
   const Eigen::MatrixXd covP = covOK ? Eigen::MatrixXd(J * cov * J.transpose()) : Eigen::MatrixXd::Zero(P, P);
   fpLatentHypothesis = std::make_unique<MCEngineHypothesis>(CrossProducts(), fvAliased);
-  fpLatentHypothesis->SetEstimates(beta, covP, {}, Eigen::MatrixXd());
+  fpLatentHypothesis->SetEstimates(beta, covP, {}, {}, Eigen::MatrixXd());
   fpLatentHypothesis->SetFixedDF(df);
 }
 

@@ -547,7 +547,10 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     }
     // The value alone needs no inverse, which costs the cube of the fixed
     // columns.
-    if (derivs) out.fC = InverseOfFactored(lx.matrixLLT());
+    if (derivs) {
+      out.fC = MCEngineMostlyZero::PaysOver(p) ? InverseOfFactored(lx.matrixLLT())
+                                               : Eigen::MatrixXd(lx.solve(Eigen::MatrixXd::Identity(p, p)));
+    }
     out.fBeta = lx.solve(Mbar.col(p).head(p));
   }
   out.fRVR = Mbar(p, p) - (p > 0 ? Mbar.col(p).head(p).dot(out.fBeta) : 0.0);
@@ -569,7 +572,8 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     out.fvA[U(k)] = Abar[U(k)].topLeftCorner(p, p);
     // A factor of many levels leaves A_k mostly zero (levels that share no
     // group), and C A_k then costs p times its nonzero entries, not p^3.
-    CA[U(k)] = MCEngineMostlyZero(out.fvA[U(k)]).LeftProduct(C);
+    CA[U(k)] = MCEngineMostlyZero::PaysOver(p) ? MCEngineMostlyZero(out.fvA[U(k)]).LeftProduct(C)
+                                               : Eigen::MatrixXd(C * out.fvA[U(k)]);
     avec[U(k)] = Abar[U(k)].topRows(p) * bvec;
     out.fQuad[k] = bvec.dot(Abar[U(k)] * bvec);
     out.fTrace[k] = trW[k] - (reml ? CA[U(k)].trace() : 0.0);
