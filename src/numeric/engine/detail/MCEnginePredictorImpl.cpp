@@ -401,23 +401,27 @@ bool MCEnginePredictorImpl::RecordSpaceProducts(const MCEngineData& data, const 
   return true;
 }
 
+template <typename Visit>
+void MCEnginePredictorImpl::ForRandomEntries(const MCEngineData& data, const Group& group, int k, Visit visit) const {
+  if (group.fNColumns == 0) return;
+  for (int e = 0; e < static_cast<int>(data.fvBlocks.size()); ++e) {
+    const MCEngineBlockData& bd = data.fvBlocks[U(e)];
+    for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
+      if (bd.fvValues[U(j)] != 0.0) visit(LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]), bd.fvValues[U(j)]);
+    }
+  }
+}
+
 void MCEnginePredictorImpl::RecordDesign(const MCEngineData& data, const std::vector<int>& rows, const Group& group,
                                          Eigen::MatrixXd& Wm) const {
   const int p = data.fRank;
   const int q = group.fNColumns;
   const std::vector<int>& fixed = group.fvFixed;
   const int pg = static_cast<int>(fixed.size());
-  const int nb = static_cast<int>(data.fvBlocks.size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const int k = rows[i];
     const Eigen::Index r = static_cast<Eigen::Index>(i);
-    for (int e = 0; e < nb; ++e) {
-      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
-      for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
-        if (bd.fvValues[U(j)] == 0.0) continue;
-        Wm(r, LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)])) += bd.fvValues[U(j)];
-      }
-    }
+    ForRandomEntries(data, group, k, [&](int col, double v) { Wm(r, col) += v; });
     for (int j = 0; j < pg; ++j) Wm(r, q + j) = data.fvXr[U(k) * U(p) + U(fixed[U(j)])];
     Wm(r, q + pg) = data.fvY[U(k)];
   }
@@ -514,7 +518,6 @@ bool MCEnginePredictorImpl::DiagonalCrossProducts(const MCEngineData& data, cons
   const int q = group.fNColumns;
   const std::vector<int>& fixed = group.fvFixed;
   const int pg = static_cast<int>(fixed.size());
-  const int nb = static_cast<int>(data.fvBlocks.size());
   const int nf = static_cast<int>(fvFreeBlock.size());
   // A record's entries of W: where they go among the group's columns (a
   // column may come twice; the outer product adds both) and their values.
@@ -523,14 +526,10 @@ bool MCEnginePredictorImpl::DiagonalCrossProducts(const MCEngineData& data, cons
   for (int k = k0; k < k0 + m; ++k) {
     index.clear();
     value.clear();
-    for (int e = 0; e < nb && q > 0; ++e) {
-      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
-      for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
-        if (bd.fvValues[U(j)] == 0.0) continue;
-        index.push_back(LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]));
-        value.push_back(bd.fvValues[U(j)]);
-      }
-    }
+    ForRandomEntries(data, group, k, [&](int col, double v) {
+      index.push_back(col);
+      value.push_back(v);
+    });
     for (int j = 0; j < pg; ++j) {
       const double x = data.fvXr[U(k) * U(p) + U(fixed[U(j)])];
       if (x == 0.0) continue;
@@ -567,18 +566,9 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
   const int q = group.fNColumns;
   const std::vector<int>& groupFixed = group.fvFixed;
   const int pg = static_cast<int>(groupFixed.size());
-  const int nb = static_cast<int>(data.fvBlocks.size());
   const int mr = static_cast<int>(rows.size());
   index.clear();
-  for (int k : rows) {
-    for (int e = 0; e < nb && q > 0; ++e) {
-      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
-      for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
-        if (bd.fvValues[U(j)] == 0.0) continue;
-        index.push_back(LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]));
-      }
-    }
-  }
+  for (int k : rows) ForRandomEntries(data, group, k, [&](int col, double) { index.push_back(col); });
   std::sort(index.begin(), index.end());
   index.erase(std::unique(index.begin(), index.end()), index.end());
   const int nz = static_cast<int>(index.size());
@@ -600,15 +590,9 @@ void MCEnginePredictorImpl::ResidualBlockDesign(const MCEngineData& data, const 
   Wr = Eigen::MatrixXd::Zero(mr, nz + nx + 1);
   for (int i = 0; i < mr; ++i) {
     const int k = rows[U(i)];
-    for (int e = 0; e < nb && q > 0; ++e) {
-      const MCEngineBlockData& bd = data.fvBlocks[U(e)];
-      for (int j = bd.fvRowStart[U(k)]; j < bd.fvRowStart[U(k) + 1]; ++j) {
-        if (bd.fvValues[U(j)] == 0.0) continue;
-        const int col = LocalColumn(group, e, bd.fvSubject[U(k)], bd.fvColIndex[U(j)]);
-        const int at = static_cast<int>(std::lower_bound(index.begin(), index.begin() + nz, col) - index.begin());
-        Wr(i, at) += bd.fvValues[U(j)];
-      }
-    }
+    ForRandomEntries(data, group, k, [&](int col, double v) {
+      Wr(i, std::lower_bound(index.begin(), index.begin() + nz, col) - index.begin()) += v;
+    });
     for (int j = 0; j < nx; ++j) Wr(i, nz + j) = data.fvXr[U(k) * U(p) + U(groupFixed[U(fixed[U(j)])])];
     Wr(i, nz + nx) = data.fvY[U(k)];
   }

@@ -149,6 +149,10 @@ class MCEnginePredictorImpl {
   // ... or from V over the group's records.
   bool RecordSpaceProducts(const MCEngineData& data, const Eigen::MatrixXd& SR, int k0, int m, const Group& group,
                            Eigen::MatrixXd& N, std::vector<Eigen::MatrixXd>& T);
+  // visit(column in the group, value) for each random entry of record k
+  // that is not zero.
+  template <typename Visit>
+  void ForRandomEntries(const MCEngineData& data, const Group& group, int k, Visit visit) const;
   // The rows of W = [Z X y] of those records over all of the group's columns.
   void RecordDesign(const MCEngineData& data, const std::vector<int>& rows, const Group& group, Eigen::MatrixXd& Wm) const;
   // The group's column of a block's subject's column, or -1 when no record
