@@ -243,7 +243,8 @@ bool MCEngineSparseEvaluator::SolveEquations(Work& w, MCEngineEvaluation& out) {
   const std::vector<int>& colStart = fDesign.GetColStart();
   const std::vector<int>& rowIndex = fDesign.GetRowIndex();
   const std::vector<long>& source = fDesign.GetEntrySource();
-  std::vector<double> values(rowIndex.size());
+  std::vector<double>& values = w.fvM;
+  values.resize(rowIndex.size());
   for (int j = 0; j < fDesign.GetNColumns(); ++j) {
     for (int k = colStart[U(j)]; k < colStart[U(j) + 1]; ++k) {
       values[U(k)] = pairM[U(source[U(k)])] + (rowIndex[U(k)] == j ? 1.0 : 0.0);
@@ -486,6 +487,7 @@ bool MCEngineSparseEvaluator::PredictionPointAt(const Eigen::VectorXd& theta, Pr
   out.fvLambda = w.fvLambda;
   out.fvPairInverse.resize(fvPairInverse.size());
   for (std::size_t i = 0; i < fvPairInverse.size(); ++i) out.fvPairInverse[i] = fFactor.InverseAt(fvPairInverse[i]);
+  out.fvM = w.fvM;
   out.fY = w.fRZX;
   if (out.fY.cols() > 0) fFactor.SolveLt(out.fY.data(), static_cast<int>(out.fY.cols()));
   out.fC = w.fC;

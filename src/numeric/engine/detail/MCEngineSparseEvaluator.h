@@ -49,11 +49,14 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
 
   // What predictions from the fit need at theta: Lambda per block, M^-1 on
   // the pairs of neighbouring nodes (laid out as the pair values, from the
-  // selected inverse), Y = M^-1 Lambda'Z'R^-1 X, C = (X'V^-1 X)^-1, the
-  // fixed estimates and the spherical random effects v.
+  // selected inverse), M itself (laid out as the design's analysed pattern,
+  // for a prediction that joins nodes no record joins),
+  // Y = M^-1 Lambda'Z'R^-1 X, C = (X'V^-1 X)^-1, the fixed estimates and the
+  // spherical random effects v.
   struct PredictionPoint {
     std::vector<Eigen::MatrixXd> fvLambda;
     std::vector<double> fvPairInverse;
+    std::vector<double> fvM;
     Eigen::MatrixXd fY;
     Eigen::MatrixXd fC;
     Eigen::VectorXd fBeta;
@@ -89,6 +92,7 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
     MCEngineCrossProducts fQ;
     std::vector<MCEngineCrossProducts> fvB;  // per residual parameter
     Eigen::VectorXd fTraceR;                 // tr(R^-1 R_l)
+    std::vector<double> fvM;                 // M on the analysed pattern
     // The solved equations: L^-1 P Lambda'Z'R^-1 X, the Schur complement's
     // factor and inverse, the estimates and the spherical random effects v.
     Eigen::MatrixXd fRZX;

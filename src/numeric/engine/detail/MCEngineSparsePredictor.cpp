@@ -19,6 +19,7 @@ bool MCEngineSparsePredictor::Setup(MCEngineSparseEvaluator& evaluator, const MC
                                     const Eigen::VectorXd& theta, const std::vector<int>& free, bool derivatives,
                                     const Eigen::VectorXd* given, const MCCommon_850::MCQueryCancel* pCancel) {
   evaluator.SetCancel(pCancel);
+  fpFactor.reset();
   if (!evaluator.IsReady()) return false;
   fFactorFlops = evaluator.GetFactorFlops();
   if (!model.InBounds(theta) || !PointAt(evaluator, theta, fBase)) return false;
@@ -105,21 +106,45 @@ bool MCEngineSparsePredictor::PEVAt(const Point& point, const Eigen::VectorXd& x
                                     double& pev) const {
   const NodeVectors w = Spherical(point, z);
   double wMw = 0.0;
+  if (!OnPattern(point, w, wMw) && !ThroughFactor(point, w, wMw)) return false;
   Eigen::VectorXd k = x;
+  for (const auto& entry : w) {
+    k.noalias() -= point.fY.middleRows(fpDesign->GetNodeStart(entry.first), entry.second.size()).transpose() *
+                   entry.second;
+  }
+  pev = wMw + k.dot(point.fC * k);
+  if (pev < kNegligiblePEV) pev = 0.0;
+  return true;
+}
+
+bool MCEngineSparsePredictor::OnPattern(const Point& point, const NodeVectors& w, double& wMw) const {
+  wMw = 0.0;
   for (auto a = w.begin(); a != w.end(); ++a) {
-    const int qa = static_cast<int>(a->second.size());
-    k.noalias() -= point.fY.middleRows(fpDesign->GetNodeStart(a->first), qa).transpose() * a->second;
     for (auto b = w.begin(); b != std::next(a); ++b) {
       // The nodes come in ascending order: a is the later one.
       const MCEngineSparseDesign::Pair* pPair = fpDesign->FindPair(a->first, b->first);
       if (pPair == nullptr) return false;
-      const Eigen::Map<const Eigen::MatrixXd> block(&point.fvPairInverse[static_cast<std::size_t>(pPair->fOffset)], qa,
-                                                    b->second.size());
+      const Eigen::Map<const Eigen::MatrixXd> block(&point.fvPairInverse[static_cast<std::size_t>(pPair->fOffset)],
+                                                    a->second.size(), b->second.size());
       wMw += (a == b ? 1.0 : 2.0) * a->second.dot(block * b->second);
     }
   }
-  pev = wMw + k.dot(point.fC * k);
-  if (pev < kNegligiblePEV) pev = 0.0;
+  return true;
+}
+
+bool MCEngineSparsePredictor::ThroughFactor(const Point& point, const NodeVectors& w, double& wMw) const {
+  if (!fpFactor) {
+    fpFactor = std::make_unique<MCEngineSparseFactor>();
+    if (!fpFactor->Analyze(fpDesign->GetNColumns(), fpDesign->GetColStart(), fpDesign->GetRowIndex())) {
+      fpFactor.reset();
+      return false;
+    }
+  }
+  if (!fpFactor->Factorize(point.fvM)) return false;
+  Eigen::VectorXd s = Eigen::VectorXd::Zero(fpDesign->GetNColumns());
+  for (const auto& entry : w) s.segment(fpDesign->GetNodeStart(entry.first), entry.second.size()) = entry.second;
+  fpFactor->SolveL(s.data(), 1);
+  wMw = s.squaredNorm();
   return true;
 }
 

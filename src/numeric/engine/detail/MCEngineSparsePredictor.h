@@ -25,8 +25,10 @@ namespace MCEngine_850 {
 // C = (X'V^-1 X)^-1. The random columns of one record are neighbours in M,
 // so the entries of M^-1 such a prediction needs lie on the factor's
 // pattern and come from its selected inverse: nothing over all random
-// columns is formed densely. A prediction that joins columns no record joins
-// has no such entries; it gets its estimate and no standard error.
+// columns is formed densely. A prediction that joins nodes no record joins
+// needs entries off the pattern: w'M^-1 w = |L^-1 P w|^2 then comes from a
+// numeric factorisation of M at each point the set-up kept (M is kept on
+// its pattern for that), one per point and prediction.
 //
 // dPEV/dtheta_k would need entries of M^-1 off the pattern. The set-up
 // instead keeps, at theta +- h and theta +- h/2 for each free parameter,
@@ -86,10 +88,17 @@ class MCEngineSparsePredictor {
   // a part in the homogeneity (p_l theta_l not 0) is free, else -1.
   int HomogeneousScale(const MCEngineModel& model, const Eigen::VectorXd& theta, const std::vector<int>& free);
   NodeVectors Spherical(const Point& point, const Columns& z) const;
-  // The PEV at that point; false when z joins nodes that are not neighbours.
+  // The PEV at that point; false when M cannot be factored there.
   bool PEVAt(const Point& point, const Eigen::VectorXd& x, const Columns& z, double& pev) const;
+  // w'M^-1 w from the selected inverse; false when w joins nodes that are
+  // not neighbours.
+  bool OnPattern(const Point& point, const NodeVectors& w, double& wMw) const;
+  // w'M^-1 w from a factorisation of the point's M.
+  bool ThroughFactor(const Point& point, const NodeVectors& w, double& wMw) const;
 
   std::unique_ptr<MCEngineSparseDesign> fpDesign;
+  // Analysed at the first prediction off the pattern.
+  mutable std::unique_ptr<MCEngineSparseFactor> fpFactor;
   Point fBase;
   // Per free parameter, in the order of the gradient; the scale's entry
   // is left empty when it follows from the others.
