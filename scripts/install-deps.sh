@@ -11,6 +11,8 @@ packages=(
   libreadstat-dev libexpat1-dev
   # The sparse Cholesky factorisation of the mixed-model equations.
   libsuitesparse-dev
+  # The eigen-decompositions of many rows.
+  liblapack-dev
   # The browser check of the HTML report, and the font its charts are
   # measured for.
   chromium fonts-dejavu-core

@@ -14,6 +14,7 @@
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestDraws.h"
 #include "numeric/engine/MCEngineTestFixture.h"
+#include "numeric/engine/detail/MCEngineSymmetricEigen.h"
 
 using namespace MCEngine_850;
 
@@ -26,7 +27,8 @@ constexpr int kRecords = 3 * kLevels;
 // y = 10 + a_f + b_g + e over 3 records a level; record r at level
 // r mod levels and subject (7 r + r / levels) mod nSubjects, so that a subject
 // holds about 3 levels / nSubjects records, each at a level of its own.
-MCEngineInput ManyLevels(int levels, int nSubjects) {
+// Without the intercept the factor's columns are all the design.
+MCEngineInput ManyLevels(int levels, int nSubjects, bool intercept = true) {
   const int records = 3 * levels;
   MCEngineTestDraws draws(4242u);
   std::vector<double> a(static_cast<std::size_t>(levels)), b(static_cast<std::size_t>(nSubjects));
@@ -43,9 +45,19 @@ MCEngineInput ManyLevels(int levels, int nSubjects) {
   }
   MCEngineInput in;
   in.SetY(y);
-  in.SetX(levels + 1, X);
-  in.AddTerm(MCEngineTerm::Intercept(0));
-  in.AddTerm(MCEngineTerm(1, levels, {0}, {}));
+  if (intercept) {
+    in.SetX(levels + 1, X);
+    in.AddTerm(MCEngineTerm::Intercept(0));
+    in.AddTerm(MCEngineTerm(1, levels, {0}, {}));
+  } else {
+    std::vector<double> factorOnly;
+    for (int r = 0; r < records; ++r) {
+      const auto row = X.begin() + static_cast<std::ptrdiff_t>(r) * (levels + 1);
+      factorOnly.insert(factorOnly.end(), row + 1, row + levels + 1);
+    }
+    in.SetX(levels, factorOnly);
+    in.AddTerm(MCEngineTerm(0, levels, {0}, {}));
+  }
   MCEngineRandomBlock block;
   block.SetCovType(MCEngineCovType::VC);
   block.SetDenseColumns(1, std::vector<double>(y.size(), 1.0));
@@ -72,6 +84,42 @@ TEST(MCEngineFixedLevels, GroupProductsGrowWithTheLevelsAGroupHolds) {
   ASSERT_EQ(r.GetTypeITests().size(), 2u);
   EXPECT_DOUBLE_EQ(r.GetTypeIIITests()[1].GetNumDF(), kLevels - 1.0);
   EXPECT_NEAR(r.GetTypeIIITests()[1].GetF(), r.GetTypeITests()[1].GetF(), 1e-8 * r.GetTypeITests()[1].GetF());
+}
+
+TEST(MCEngineFixedLevels, TypeIAndTypeIIIOfTheOneFactorShareTheirDecomposition) {
+  // Without an intercept the Type I rows of the one factor (forward
+  // Doolittle on a diagonal X'X) and its Type III rows (the Hermite form)
+  // are both the identity: one eigen-decomposition of L C L' serves both.
+  const MCEngineInput in = ManyLevels(kLevels, kSubjects, false);
+  MCEngineFitter fitter;
+  const long before = MCEngineSymmetricEigen::GetDecompositions();
+  ASSERT_FALSE(fitter.Fit(in, MCEngineTestFixture::Tight(true)).IsError());
+  EXPECT_EQ(MCEngineSymmetricEigen::GetDecompositions() - before, 1);
+  const MCEngineResult& r = fitter.GetResult();
+  ASSERT_EQ(r.GetTypeITests().size(), 1u);
+  ASSERT_EQ(r.GetTypeIIITests().size(), 1u);
+  const MCEngineTest& typeI = r.GetTypeITests()[0];
+  const MCEngineTest& typeIII = r.GetTypeIIITests()[0];
+  ASSERT_TRUE(typeIII.IsValid());
+  EXPECT_DOUBLE_EQ(typeIII.GetNumDF(), kLevels);
+  EXPECT_EQ(typeI.GetF(), typeIII.GetF());
+  EXPECT_EQ(typeI.GetDenDF(), typeIII.GetDenDF());
+  // The shared result is the test taken apart: twice the identity's rows
+  // state the same hypothesis with the same F and df (both scale out), and
+  // are not the last test's rows, so they take a decomposition of their own.
+  std::vector<std::vector<double>> twice(kLevels, std::vector<double>(kLevels, 0.0));
+  for (int j = 0; j < kLevels; ++j) twice[static_cast<std::size_t>(j)][static_cast<std::size_t>(j)] = 2.0;
+  const MCEngineTest apart = fitter.TestContrast(twice, std::vector<double>(kLevels, 0.0));
+  EXPECT_EQ(MCEngineSymmetricEigen::GetDecompositions() - before, 2);
+  EXPECT_NEAR(apart.GetF(), typeIII.GetF(), 1e-10 * typeIII.GetF());
+  EXPECT_NEAR(apart.GetDenDF(), typeIII.GetDenDF(), 1e-8 * typeIII.GetDenDF());
+  // With the intercept the Type I rows are not the Type III rows (e_j less
+  // the later levels' weights against e_j - e_last): each test decomposes
+  // its own.
+  const long withIntercept = MCEngineSymmetricEigen::GetDecompositions();
+  MCEngineFitter second;
+  ASSERT_FALSE(second.Fit(ManyLevels(kLevels, kSubjects), MCEngineTestFixture::Tight(true)).IsError());
+  EXPECT_EQ(MCEngineSymmetricEigen::GetDecompositions() - withIntercept, 2);
 }
 
 TEST(MCEngineFixedLevels, MeansOfManyLevelsTakeTheirTestsTogether) {

@@ -1,5 +1,6 @@
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
 
+#include <Eigen/Core>
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -67,11 +68,15 @@ std::vector<bool> MCEngineDataBuilder::FindAliased(const std::vector<double>& xt
       continue;
     }
     if (pPoll != nullptr && pPoll->Step(static_cast<double>(P - k) * (P - k))) break;
-    // Sweep on pivot k; only the not yet visited part matters for later pivots.
+    // Sweep on pivot k; only the not yet visited part matters for later
+    // pivots. Each row's update is one vectorised pass (the same operations
+    // on each entry as element by element).
+    const auto rest = [&](int i) { return a.data() + U(i) * U(P) + U(k) + 1; };
+    const Eigen::Map<const Eigen::VectorXd> rowK(rest(k), P - k - 1);
     for (int i = k + 1; i < P; ++i) {
       const double f = at(i, k) / pivot;
       if (f == 0.0) continue;
-      for (int j = k + 1; j < P; ++j) at(i, j) -= f * at(k, j);
+      Eigen::Map<Eigen::VectorXd>(rest(i), P - k - 1) -= f * rowK;
     }
   }
   return aliased;

@@ -5,6 +5,8 @@
 
 #include "numeric/engine/MCEngineMissing.h"
 #include "numeric/engine/MCEngineProbability.h"
+#include "numeric/engine/detail/MCEngineSymmetricEigen.h"
+#include "numeric/engine/detail/MCEngineTriangular.h"
 
 namespace MCEngine_850 {
 
@@ -81,6 +83,22 @@ bool ProjectOutAtOnce(Eigen::MatrixXd& L, const std::vector<int>& zrows, const s
   return true;
 }
 
+// The inverse of X'X over the columns not aliased. Over many columns it
+// comes from the Cholesky factor's triangle in matrix products, a third of
+// the work of solving against the identity.
+Eigen::MatrixXd InverseOfKept(const Eigen::MatrixXd& sub) {
+  const int r = static_cast<int>(sub.rows());
+  if (MCEngineMostlyZero::PaysOver(r)) {
+    Eigen::LLT<Eigen::MatrixXd> llt(sub);
+    if (llt.info() == Eigen::Success) {
+      Eigen::MatrixXd x = llt.matrixL();
+      MCEngineTriangular::InvertFromFactor(x.data(), r, r);
+      return x;
+    }
+  }
+  return sub.ldlt().solve(Eigen::MatrixXd::Identity(r, r));
+}
+
 }  // namespace
 
 MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::vector<bool>& aliased)
@@ -97,7 +115,7 @@ MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::ve
   }
   Eigen::MatrixXd G2 = Eigen::MatrixXd::Zero(P, P);
   if (r > 0) {
-    const Eigen::MatrixXd inv = sub.ldlt().solve(Eigen::MatrixXd::Identity(r, r));
+    const Eigen::MatrixXd inv = InverseOfKept(sub);
     for (int i = 0; i < r; ++i) {
       for (int j = 0; j < r; ++j) G2(kept[U(i)], kept[U(j)]) = inv(i, j);
     }
@@ -136,7 +154,13 @@ void MCEngineHypothesis::SetEstimates(const Eigen::VectorXd& beta, const Eigen::
   fvA = std::move(A);
   fColumnForms.resize(0, 0);
   fDerivativeWork = 0.0;
+  ForgetLastTest();
   fAsyCov = asyCov;
+}
+
+void MCEngineHypothesis::ForgetLastTest() {
+  fLastL.resize(0, 0);
+  fLastK.resize(0);
 }
 
 bool MCEngineHypothesis::IsEstimable(const Eigen::RowVectorXd& l) const {
@@ -331,6 +355,31 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
   }
   test.SetL(rows);
   if (L.rows() == 0 || fC.rows() != L.cols() || k.size() != L.rows()) return test;
+  if (IsLastTest(L, k)) {
+    MCEngineTest same = fLastTest;
+    same.SetL(rows);
+    return same;
+  }
+  test = TestOfRows(L, k, test);
+  // Over few columns a test costs little, and taking each apart keeps small
+  // models' results to the last bit.
+  if (MCEngineMostlyZero::PaysOver(L.cols())) {
+    fLastL = L;
+    fLastK = k;
+    fLastTest = test;
+  }
+  return test;
+}
+
+bool MCEngineHypothesis::IsLastTest(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const {
+  if (fLastL.rows() != L.rows() || fLastL.cols() != L.cols() || fLastK != k) return false;
+  // Rows formed apart (a Doolittle row and a Hermite row) differ by their
+  // rounding.
+  const double largest = L.cwiseAbs().maxCoeff();
+  return (fLastL - L).cwiseAbs().maxCoeff() <= kSameRows * largest;
+}
+
+MCEngineTest MCEngineHypothesis::TestOfRows(const Eigen::MatrixXd& L, const Eigen::VectorXd& k, MCEngineTest test) const {
   const Eigen::MatrixXd lessProjection = L - fHermiteProducts.LeftProduct(L);
   for (int i = 0; i < L.rows(); ++i) {
     if (!IsEstimableGiven(L.row(i), lessProjection.row(i))) return test;
@@ -341,8 +390,9 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
   const MCEngineMostlyZero held = byEntries ? MCEngineMostlyZero(L) : MCEngineMostlyZero();
   const Eigen::MatrixXd LC = byEntries ? held.RightProduct(fC) : Eigen::MatrixXd(L * fC);
   const Eigen::MatrixXd LCL = byEntries ? held.RightProduct(LC.transpose()) : Eigen::MatrixXd(LC * L.transpose());
-  Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> es(LCL);
-  const Eigen::VectorXd ev = es.eigenvalues();
+  Eigen::VectorXd ev(LCL.rows());
+  Eigen::MatrixXd vectors(LCL.rows(), LCL.cols());
+  MCEngineSymmetricEigen::Decompose(LCL.data(), static_cast<int>(LCL.rows()), ev.data(), vectors.data());
   const double maxEv = ev.maxCoeff();
   if (!(maxEv > 0.0)) return test;
   std::vector<int> use;
@@ -358,7 +408,7 @@ MCEngineTest MCEngineHypothesis::Test(const Eigen::MatrixXd& L, const Eigen::Vec
   Eigen::MatrixXd directions(q, L.rows());
   Eigen::VectorXd variances(q);
   for (int i = 0; i < q; ++i) {
-    directions.row(i) = es.eigenvectors().col(use[U(i)]).transpose();
+    directions.row(i) = vectors.col(use[U(i)]).transpose();
     variances[i] = ev[use[U(i)]];
   }
   // Over few columns the dC_k are formed and the directions' rows taken

@@ -31,7 +31,10 @@ class MCEngineHypothesis {
                     std::vector<MCEngineMostlyZero> A, const Eigen::MatrixXd& asyCov);
   // One denominator degrees of freedom for every test instead of
   // Satterthwaite's; missing (the default) restores Satterthwaite's.
-  void SetFixedDF(double df) { fFixedDF = df; }
+  void SetFixedDF(double df) {
+    fFixedDF = df;
+    ForgetLastTest();
+  }
   double GetFixedDF() const { return fFixedDF; }
 
   const Eigen::MatrixXd& GetHermite() const { return fH; }
@@ -74,6 +77,12 @@ class MCEngineHypothesis {
   // rows.
   std::vector<double> DFs(const Eigen::MatrixXd& rows, const Eigen::MatrixXd& rowsTimesC,
                           const Eigen::VectorXd& variances) const;
+  // Whether L and k are the last test's, L to kSameRows of its largest
+  // entry.
+  bool IsLastTest(const Eigen::MatrixXd& L, const Eigen::VectorXd& k) const;
+  void ForgetLastTest();
+  // The F test of several rows L, all estimable, into `test`.
+  MCEngineTest TestOfRows(const Eigen::MatrixXd& L, const Eigen::VectorXd& k, MCEngineTest test) const;
   // Satterthwaite's df from g_k = l dC_k l'.
   double SatterthwaiteFromGradient(const Eigen::VectorXd& g, double variance) const;
   // Estimable when l less its projection l H is zero to 1e-4 of l's size.
@@ -81,6 +90,9 @@ class MCEngineHypothesis {
 
   // Entries of H within this share of its largest are rounding.
   static constexpr double kNegligible = 1e-12;
+  // Hypothesis rows this close (relative to their largest entry) are the
+  // same rows.
+  static constexpr double kSameRows = 1e-13;
 
   Eigen::MatrixXd fXtX;
   std::vector<bool> fvAliased;
@@ -99,6 +111,13 @@ class MCEngineHypothesis {
   Eigen::MatrixXd fAsyCov;
   double fFixedDF = MCEngineMissing::Value();
   mutable long fCovarianceProducts = 0;
+  // The last test of several rows, its L, k and result: a test of the same
+  // rows and values (the Type I and Type III tests of a model's one factor
+  // without an intercept) takes that test's result rather than decomposing
+  // L C L' again.
+  mutable Eigen::MatrixXd fLastL;
+  mutable Eigen::VectorXd fLastK;
+  mutable MCEngineTest fLastTest;
   mutable double fDerivativeWork = 0.0;
 };
 

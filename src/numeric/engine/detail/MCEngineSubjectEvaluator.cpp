@@ -36,17 +36,11 @@ void AddAt(Eigen::MatrixXd& big, const int* idx, double f, const Product& produc
   }
 }
 
-// (L L')^-1 from the lower triangle L of llt: L^-1, then the lower triangle
-// of L^-T L^-1, 2p^3/3 operations in matrix products where solving against
-// the identity takes 2p^3.
+// (L L')^-1 from the lower triangle L of llt.
 Eigen::MatrixXd InverseOfFactored(const Eigen::MatrixXd& llt) {
   const int n = static_cast<int>(llt.rows());
   Eigen::MatrixXd x = llt.triangularView<Eigen::Lower>();
-  MCEngineTriangular::InvertLower(x.data(), n, n);
-  MCEngineTriangular::LowerGram(x.data(), n, n);
-  for (int j = 1; j < n; ++j) {
-    for (int i = 0; i < j; ++i) x(i, j) = x(j, i);
-  }
+  MCEngineTriangular::InvertFromFactor(x.data(), n, n);
   return x;
 }
 

@@ -61,4 +61,13 @@ void MCEngineTriangular::LowerGram(double* x, int n, int ld) {
   LowerGramBlock(Strided(x, n, n, Eigen::OuterStride<>(ld)));
 }
 
+void MCEngineTriangular::InvertFromFactor(double* x, int n, int ld) {
+  InvertLower(x, n, ld);
+  LowerGram(x, n, ld);
+  Strided whole(x, n, n, Eigen::OuterStride<>(ld));
+  for (int j = 1; j < n; ++j) {
+    for (int i = 0; i < j; ++i) whole(i, j) = whole(j, i);
+  }
+}
+
 }  // namespace MCEngine_850
