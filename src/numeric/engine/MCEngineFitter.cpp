@@ -129,6 +129,8 @@ double MCEngineFitter::GetDerivativeWork() const {
   return hyp ? hyp->GetDerivativeWork() : 0.0;
 }
 
+double MCEngineFitter::GetRecordsPerEvaluation() const { return fpImpl->GetRecordsPerEvaluation(); }
+
 bool MCEngineFitter::EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
                                 std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const {
   return fpImpl->EvaluateAt(theta, minus2LogLik, gradient, observedHessian, expectedHessian);

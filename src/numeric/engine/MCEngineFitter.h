@@ -52,6 +52,9 @@ class MCEngineFitter {
   // derivatives of the estimates' covariance since the fit (a work count; 0
   // before a fit).
   double GetDerivativeWork() const;
+  // The records the last evaluation of the likelihood read, when the fit
+  // goes group by group (a work count; -1 otherwise).
+  double GetRecordsPerEvaluation() const;
   // Whether l beta is estimable (l lies in the row space of the design).
   bool IsEstimable(const std::vector<double>& l) const;
 

@@ -60,6 +60,12 @@ class MCEngineSettings {
 
   SolverPath GetSolverPath() const { return fSolverPath; }
   void SetSolverPath(SolverPath path) { fSolverPath = path; }
+  // Group by group under an identity residual, each group's cross products
+  // are formed once and every evaluation works from them; false keeps
+  // forming and factoring each group's covariance (which the tests compare
+  // with).
+  bool GetGroupCrossProducts() const { return fbGroupCrossProducts; }
+  void SetGroupCrossProducts(bool use) { fbGroupCrossProducts = use; }
 
   DFMethod GetDFMethod() const { return fDFMethod; }
   void SetDFMethod(DFMethod method) { fDFMethod = method; }
@@ -100,6 +106,7 @@ class MCEngineSettings {
   double fSingularTolerance = 1e-12;
   double fConfidenceLevel = 95.0;
   SolverPath fSolverPath = kAutomatic;
+  bool fbGroupCrossProducts = true;
   DFMethod fDFMethod = kSatterthwaite;
   bool fbRobustCovariance = false;
   MCEngineTarget fTarget;

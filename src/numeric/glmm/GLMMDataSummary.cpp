@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
-#include <tuple>
 #include <vector>
 
 #include "numeric/common/MCMV.h"
@@ -128,16 +128,29 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
   predictor.SetMaxGroupRecords(kMaxPredictedGroupRecords);
   predictor.SetResidualDF(true);
   const bool predict = predictor.Setup(fitter, input);
-  std::map<std::tuple<int, int, int>, double> effects;
+  // Each subject's predictions are asked for once. A subject's records
+  // mostly come together, so each block keeps its last subject's at hand
+  // and searches the others only when the subject changes.
+  const std::vector<MCEngine_850::MCEngineRandomBlock>& blocks = input.GetRandomBlocks();
+  std::map<std::pair<int, int>, std::vector<double>> effects;
+  std::vector<std::vector<double>*> last(blocks.size(), nullptr);
+  std::vector<int> lastSubject(blocks.size(), -1);
   const std::vector<double> zero(static_cast<std::size_t>(P), 0.0);
+  const double unknown = std::numeric_limits<double>::infinity();
   auto effect = [&](int b, int subject, int col) {
-    const auto key = std::make_tuple(b, subject, col);
-    auto it = effects.find(key);
-    if (it == effects.end()) {
-      const MCEngine_850::MCEngineRandomEntry entry(b, subject, col, 1.0);
-      it = effects.emplace(key, predictor.Predict(zero, {entry}).GetEstimate()).first;
+    const std::size_t B = static_cast<std::size_t>(b);
+    if (last[B] == nullptr || lastSubject[B] != subject) {
+      std::vector<double>& values = effects[std::make_pair(b, subject)];
+      if (values.empty()) values.assign(static_cast<std::size_t>(blocks[B].GetNColumns()), unknown);
+      last[B] = &values;
+      lastSubject[B] = subject;
     }
-    return it->second;
+    double& u = (*last[B])[static_cast<std::size_t>(col)];
+    if (u == unknown) {
+      const MCEngine_850::MCEngineRandomEntry entry(b, subject, col, 1.0);
+      u = predictor.Predict(zero, {entry}).GetEstimate();
+    }
+    return u;
   };
   const std::vector<MCEngine_850::MCEngineBetaStat>& beta = fitter.GetResult().GetBeta();
 
@@ -147,7 +160,7 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
   std::vector<double> observed, predicted, weights, targets;
   std::vector<std::vector<double>> repeated(repeatedVars.size());
   std::map<std::vector<double>, double> subjects;
-  std::vector<double> first, key(subjectVars.size());
+  std::vector<double> first, key(subjectVars.size()), lastKey;
   double firstCount = 0.0;
   int firstListed = 0;
   bool haveFirst = false;
@@ -167,7 +180,11 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
     const double w = input.GetFrequencyWeights().empty() ? 1.0 : input.GetFrequencyWeights()[R];
     const double recordCopies = copyGroups ? 1.0 : w;
     for (std::size_t i = 0; i < subjectVars.size(); ++i) key[i] = valueOf(record, subjectVars[i]);
-    subjects.try_emplace(key, copyGroups ? w : 1.0);
+    // A subject's records mostly come together: the search is for a new one.
+    if (!haveFirst || key != lastKey) {
+      subjects.try_emplace(key, copyGroups ? w : 1.0);
+      lastKey = key;
+    }
     if (!haveFirst) first = key;
     haveFirst = true;
     if (key == first) {
@@ -189,8 +206,8 @@ void GLMMDataSummary::Fill(const GLMMSettings& s, const MCXML_850::MCVarList& va
       const std::size_t J = static_cast<std::size_t>(j);
       p += input.GetX()[R * static_cast<std::size_t>(P) + J] * beta[J].GetEstimate();
     }
-    for (int b = 0; b < static_cast<int>(input.GetRandomBlocks().size()) && predictionsOK; ++b) {
-      const MCEngine_850::MCEngineRandomBlock& block = input.GetRandomBlocks()[static_cast<std::size_t>(b)];
+    for (int b = 0; b < static_cast<int>(blocks.size()) && predictionsOK; ++b) {
+      const MCEngine_850::MCEngineRandomBlock& block = blocks[static_cast<std::size_t>(b)];
       const int subject = block.GetSubjects().empty() ? 0 : block.GetSubjects()[R];
       for (int i = block.GetRowStart()[R]; i < block.GetRowStart()[R + 1]; ++i) {
         const double u = effect(b, subject, block.GetColIndex()[static_cast<std::size_t>(i)]);

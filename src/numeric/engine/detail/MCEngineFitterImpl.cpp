@@ -150,7 +150,7 @@ MCEngineStatus MCEngineFitterImpl::MakeEvaluator() {
       refused.SetCount(std::lround(work / 1e6));
       return refused;
     }
-    auto bySubject = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel);
+    auto bySubject = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel, fSettings.GetGroupCrossProducts());
     fResult.SetGroupProductEntries(bySubject->GetProductEntries());
     fpEvaluator = std::move(bySubject);
   }
@@ -253,6 +253,11 @@ MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngin
   MCEngineStatus final;
   if (!fResult.GetWarnings().empty()) final = fResult.GetWarnings().front();
   return Finish(final);
+}
+
+double MCEngineFitterImpl::GetRecordsPerEvaluation() const {
+  const auto* bySubject = dynamic_cast<const MCEngineSubjectEvaluator*>(fpEvaluator.get());
+  return bySubject != nullptr ? bySubject->GetRecordsVisited() : -1.0;
 }
 
 bool MCEngineFitterImpl::EvaluateAt(const std::vector<double>& theta, double& minus2LogLik,

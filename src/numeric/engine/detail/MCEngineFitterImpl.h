@@ -25,6 +25,7 @@ class MCEngineFitterImpl {
   // Ends without a fit: the result holds only the status.
   MCEngineStatus Refuse(const MCEngineStatus& status);
   const MCEngineHypothesis* GetHypothesis() const { return fpHypothesis.get(); }
+  double GetRecordsPerEvaluation() const;
   int GetNColumns() const { return fData.fNColumns; }
   const MCEngineData& GetData() const { return fData; }
   const MCEngineModel& GetModel() const { return fModel; }

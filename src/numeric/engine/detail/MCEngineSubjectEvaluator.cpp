@@ -5,6 +5,7 @@
 #include <map>
 
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
+#include "numeric/engine/detail/MCEngineGroupSums.h"
 #include "numeric/engine/detail/MCEngineMostlyZero.h"
 #include "numeric/engine/detail/MCEngineTriangular.h"
 
@@ -19,23 +20,6 @@ inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B)
   return A.cwiseProduct(B.transpose()).sum();
 }
 
-// big(idx[a], idx[b]) += f product(a, b): a group's product over its own
-// columns into the product over all columns. A group that reaches every
-// column adds in place, with no copy of the product.
-template <typename Product>
-void AddAt(Eigen::MatrixXd& big, const int* idx, double f, const Product& product) {
-  if (product.rows() == big.rows()) {
-    big.noalias() += f * product;
-    return;
-  }
-  const Eigen::MatrixXd small = product;
-  const Eigen::Index n = small.rows();
-  for (Eigen::Index b = 0; b < n; ++b) {
-    double* col = &big(0, idx[b]);
-    for (Eigen::Index a = 0; a < n; ++a) col[idx[a]] += f * small(a, b);
-  }
-}
-
 // (L L')^-1 from the lower triangle L of llt.
 Eigen::MatrixXd InverseOfFactored(const Eigen::MatrixXd& llt) {
   const int n = static_cast<int>(llt.rows());
@@ -44,17 +28,117 @@ Eigen::MatrixXd InverseOfFactored(const Eigen::MatrixXd& llt) {
   return x;
 }
 
-// The place of the pair k <= l in the upper triangle of K x K, row by row.
-inline std::size_t PairIndex(int k, int l, int K) {
-  return U(k) * U(K) - U(k) * (U(k) - 1) / 2 + U(l - k);
-}
-
 }  // namespace
 
-MCEngineSubjectEvaluator::MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model)
+MCEngineSubjectEvaluator::MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model,
+                                                   bool crossProducts)
     : fData(data), fModel(model), fCopies(data) {
   fbResidualDiagonal = MCEngineDataBuilder::IsDiagonalType(data.fResidualType);
   BuildGroups();
+  fbCrossProducts = crossProducts && fbResidualDiagonal && model.GetResidual().GetType() == MCEngineCovType::ID;
+  if (fbCrossProducts) ReduceGroups();
+}
+
+int MCEngineSubjectEvaluator::Layout(const Component& c, LowRank& lr) const {
+  const int nb = fModel.GetNBlocks();
+  lr.fvPos.assign(U(nb), 0);
+  lr.fvLen.assign(U(nb), 0);
+  lr.fvGroup0.assign(U(nb), 0);
+  // The groups come block after block, so a block's subjects are adjacent.
+  int Q = 0;
+  for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+    const RandomGroup& rg = fvGroups[U(g)];
+    if (lr.fvLen[U(rg.fBlock)] == 0) {
+      lr.fvPos[U(rg.fBlock)] = Q;
+      lr.fvGroup0[U(rg.fBlock)] = g;
+    }
+    lr.fvLen[U(rg.fBlock)] += rg.fNCols;
+    Q += rg.fNCols;
+  }
+  return Q;
+}
+
+// A group of many random columns and few records would hold more in its
+// cross products than its records' rows of [Z X y] do; it stays on the
+// general evaluation.
+void MCEngineSubjectEvaluator::ReduceGroups() {
+  Eigen::MatrixXd Xb, whitened;
+  LowRank lr;
+  for (Component& c : fvComponents) {
+    const int Q = Layout(c, lr);
+    const int C = c.fXCol1 - c.fXCol0;
+    if (Q + C + 1 > 2 * c.fM) continue;
+    whitened.setZero(std::max(c.fM, Q + C), Q + C);
+    int at = 0;
+    for (int g = c.fGroup0; g < c.fGroup1; ++g) {
+      const RandomGroup& rg = fvGroups[U(g)];
+      Eigen::Map<const Eigen::MatrixXd> Z(&fvZ[U(rg.fZOffset)], rg.fNRows, rg.fNCols);
+      const int* rows = &fvRows[U(rg.fRowOffset)];
+      for (int j = 0; j < rg.fNCols; ++j) {
+        for (int a = 0; a < rg.fNRows; ++a) whitened(rows[a], at + j) += Z(a, j);
+      }
+      at += rg.fNCols;
+    }
+    FillDesign(c, Xb);
+    whitened.block(0, Q, c.fM, C) = Xb;
+    double sumLogW = 0.0;
+    for (int i = 0; i < c.fM; ++i) {
+      const double w = fData.fvScaleWeight[U(c.fStart + i)];
+      whitened.row(i) *= std::sqrt(w);
+      sumLogW += std::log(w);
+    }
+    c.fCross = fCross.Reduce(whitened, Q, c.fM, sumLogW);
+    ++fNReduced;
+  }
+}
+
+bool MCEngineSubjectEvaluator::AddCrossProducts(const Component& c, double s, const std::vector<Eigen::MatrixXd>& G,
+                                                const std::vector<Eigen::MatrixXd>& dS,
+                                                const std::vector<std::pair<int, int>>& secondPairs,
+                                                const std::vector<Eigen::MatrixXd>& d2S, bool derivs,
+                                                MCEngineGroupSums& sums) {
+  const int nb = fModel.GetNBlocks();
+  const int Q = Layout(c, fLayout);
+  fGc.setZero(Q, Q);
+  for (int b = 0; b < nb; ++b) {
+    const int len = fLayout.fvLen[U(b)];
+    if (len == 0) continue;
+    BlockDerivative(c, b, G[U(b)], fLayout, fBlockG);
+    fGc.block(fLayout.fvPos[U(b)], fLayout.fvPos[U(b)], len, len) = fBlockG;
+  }
+  fvTerms.clear();
+  fvSeconds.clear();
+  if (derivs) {
+    const int K = fModel.GetNParams();
+    fvDk.resize(U(K));
+    for (int k = 0; k < K; ++k) {
+      const int b = fModel.GetBlockOf(k);
+      MCEngineGroupCrossProducts::Term t;
+      t.fParam = k;
+      if (b < 0) {
+        t.fD = dS[U(k)](0, 0);
+      } else {
+        if (fLayout.fvLen[U(b)] == 0) continue;
+        BlockDerivative(c, b, dS[U(k)], fLayout, fvDk[U(k)]);
+        t.fPos = fLayout.fvPos[U(b)];
+        t.fpD = &fvDk[U(k)];
+      }
+      fvTerms.push_back(t);
+    }
+    fvD2.resize(secondPairs.size());
+    for (std::size_t i = 0; i < secondPairs.size(); ++i) {
+      // An identity residual has no second derivatives.
+      const int b = fModel.GetBlockOf(secondPairs[i].first);
+      if (b < 0 || fLayout.fvLen[U(b)] == 0) continue;
+      BlockDerivative(c, b, d2S[i], fLayout, fvD2[i]);
+      MCEngineGroupCrossProducts::Second sec;
+      sec.fIndex = static_cast<int>(i);
+      sec.fPos = fLayout.fvPos[U(b)];
+      sec.fpD = &fvD2[i];
+      fvSeconds.push_back(sec);
+    }
+  }
+  return fCross.Accumulate(c.fCross, s, fGc, c.fWeight, &fvXCols[U(c.fXCol0)], derivs, fvTerms, fvSeconds, sums);
 }
 
 void MCEngineSubjectEvaluator::BuildGroups() {
@@ -198,21 +282,7 @@ void MCEngineSubjectEvaluator::AddResidual(const Component& c, const Eigen::Matr
 
 bool MCEngineSubjectEvaluator::FormLowRank(const Component& c, const Eigen::MatrixXd& W, const Eigen::MatrixXd& Xb,
                                            LowRank& lr) const {
-  const int nb = fModel.GetNBlocks();
-  lr.fvPos.assign(U(nb), 0);
-  lr.fvLen.assign(U(nb), 0);
-  lr.fvGroup0.assign(U(nb), 0);
-  // The groups come block after block, so a block's subjects are adjacent.
-  int Q = 0;
-  for (int g = c.fGroup0; g < c.fGroup1; ++g) {
-    const RandomGroup& rg = fvGroups[U(g)];
-    if (lr.fvLen[U(rg.fBlock)] == 0) {
-      lr.fvPos[U(rg.fBlock)] = Q;
-      lr.fvGroup0[U(rg.fBlock)] = g;
-    }
-    lr.fvLen[U(rg.fBlock)] += rg.fNCols;
-    Q += rg.fNCols;
-  }
+  const int Q = Layout(c, lr);
   const int m = c.fM;
   lr.fZW.setZero(m, Q);
   int at = 0;
@@ -261,12 +331,12 @@ void MCEngineSubjectEvaluator::AddRandomPair(int k, int l, const LowRank& lr, co
     // One column each (a one-column block's subject): all of it is scalars.
     const double mkl = lr.fM(pk, pl);
     trWW(k, l) += f * Dk[U(k)](0, 0) * Dk[U(l)](0, 0) * mkl * mkl;
-    AddAt(B, idx, f * mkl, Lk[U(k)].transpose() * Lk[U(l)]);
+    MCEngineGroupSums::AddAt(B, idx, f * mkl, Lk[U(k)].transpose() * Lk[U(l)]);
     return;
   }
   const auto Mkl = lr.fM.block(pk, pl, nk, nl);
   trWW(k, l) += f * (Dk[U(k)] * Mkl).cwiseProduct(Mkl * Dk[U(l)]).sum();
-  AddAt(B, idx, f, Lk[U(k)].transpose() * Mkl * Lk[U(l)]);
+  MCEngineGroupSums::AddAt(B, idx, f, Lk[U(k)].transpose() * Mkl * Lk[U(l)]);
 }
 
 void MCEngineSubjectEvaluator::BlockDerivative(const Component& c, int b, const Eigen::MatrixXd& dG,
@@ -363,22 +433,25 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   }
 
   const int q = p + 1;
-  Eigen::MatrixXd Mbar = Eigen::MatrixXd::Zero(q, q);
-  double logDetV = 0.0;
-  Eigen::VectorXd trW;
-  Eigen::MatrixXd trWW;
-  std::vector<Eigen::MatrixXd> Abar, Bbar, A2bar;
-  Eigen::VectorXd trW2;
+  MCEngineGroupSums sums;
+  sums.fMbar = Eigen::MatrixXd::Zero(q, q);
   if (derivs) {
-    trW = Eigen::VectorXd::Zero(K);
-    trWW = Eigen::MatrixXd::Zero(K, K);
-    Abar.assign(U(K), Eigen::MatrixXd::Zero(q, q));
+    sums.fTrW = Eigen::VectorXd::Zero(K);
+    sums.fTrWW = Eigen::MatrixXd::Zero(K, K);
+    sums.fvAbar.assign(U(K), Eigen::MatrixXd::Zero(q, q));
     // A pair's product is formed when a group holds both of its parameters;
     // pairs of blocks that share no group keep none.
-    Bbar.assign(U(K) * U(K + 1) / 2, Eigen::MatrixXd());
-    trW2 = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(secondPairs.size()));
-    A2bar.assign(secondPairs.size(), Eigen::MatrixXd::Zero(q, q));
+    sums.fvBbar.assign(U(K) * U(K + 1) / 2, Eigen::MatrixXd());
+    sums.fTrW2 = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(secondPairs.size()));
+    sums.fvA2bar.assign(secondPairs.size(), Eigen::MatrixXd::Zero(q, q));
   }
+  Eigen::MatrixXd& Mbar = sums.fMbar;
+  double& logDetV = sums.fLogDetV;
+  Eigen::VectorXd& trW = sums.fTrW;
+  Eigen::MatrixXd& trWW = sums.fTrWW;
+  std::vector<Eigen::MatrixXd>& Abar = sums.fvAbar;
+  Eigen::VectorXd& trW2 = sums.fTrW2;
+  std::vector<Eigen::MatrixXd>& A2bar = sums.fvA2bar;
 
   Eigen::MatrixXd V, Xb, W, WX, S;
   std::vector<Eigen::MatrixXd> Vk(U(K)), WVk(U(K)), Tk(U(K));
@@ -386,19 +459,24 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   // parameters: Vk ZW and ZW' Tk.
   std::vector<Eigen::MatrixXd> Dk(U(K)), Lk(U(K)), VkZW(U(K)), Pk(U(K));
   LowRank lr;
-  auto pairProduct = [&](int k, int l) -> Eigen::MatrixXd& {
-    Eigen::MatrixXd& B = Bbar[PairIndex(k, l, K)];
-    if (B.size() == 0) B.setZero(q, q);
-    return B;
-  };
+  auto pairProduct = [&](int k, int l) -> Eigen::MatrixXd& { return sums.PairProduct(k, l); };
   std::vector<int> relevant;
   std::vector<char> blockPresent(U(nb));
   Eigen::LLT<Eigen::MatrixXd> llt;
+  fRecordsVisited = 0.0;
+  // The residual is s W^-1 where the groups were reduced to their cross
+  // products (an identity residual structure).
+  const double s = fbCrossProducts ? SR(0, 0) : 0.0;
 
   for (const Component& c : fvComponents) {
     if (Cancelled()) return false;
     const int m = c.fM;
     const double f = c.fWeight;
+    if (c.fCross >= 0 && s > 0.0) {
+      if (!AddCrossProducts(c, s, G, dS, secondPairs, d2S, derivs, sums)) return false;
+      continue;
+    }
+    fRecordsVisited += m;
     FillDesign(c, Xb);
     const int* idx = &fvXCols[U(c.fXCol0)];
     V.setZero(m, m);
@@ -420,12 +498,12 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     logDetV += f * 2.0 * ld;
     if (!derivs) {
       S = llt.matrixL().solve(Xb);
-      AddAt(Mbar, idx, f, S.transpose() * S);
+      MCEngineGroupSums::AddAt(Mbar, idx, f, S.transpose() * S);
       continue;
     }
     W = llt.solve(Eigen::MatrixXd::Identity(m, m));
     WX.noalias() = W * Xb;
-    AddAt(Mbar, idx, f, Xb.transpose() * WX);
+    MCEngineGroupSums::AddAt(Mbar, idx, f, Xb.transpose() * WX);
 
     if (!FormLowRank(c, W, Xb, lr)) return false;
     relevant.clear();
@@ -439,7 +517,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
         Lk[U(k)].noalias() = Dk[U(k)] * Ub;
         const auto Mbb = lr.fM.block(lr.fvPos[U(b)], lr.fvPos[U(b)], lr.fvLen[U(b)], lr.fvLen[U(b)]);
         trW[k] += f * Dk[U(k)].cwiseProduct(Mbb).sum();
-        AddAt(Abar[U(k)], idx, f, Ub.transpose() * Lk[U(k)]);
+        MCEngineGroupSums::AddAt(Abar[U(k)], idx, f, Ub.transpose() * Lk[U(k)]);
         continue;
       }
       Vk[U(k)].setZero(m, m);
@@ -449,7 +527,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
       VkZW[U(k)].noalias() = Vk[U(k)] * lr.fZW;
       Pk[U(k)].noalias() = lr.fZW.transpose() * Tk[U(k)];
       trW[k] += f * WVk[U(k)].trace();
-      AddAt(Abar[U(k)], idx, f, WX.transpose() * Tk[U(k)]);
+      MCEngineGroupSums::AddAt(Abar[U(k)], idx, f, WX.transpose() * Tk[U(k)]);
     }
     for (std::size_t a = 0; a < relevant.size(); ++a) {
       if (Cancelled()) return false;
@@ -464,7 +542,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
           AddRandomPair(k, l, lr, Dk, Lk, f, idx, trWW, pairProduct(k, l));
         } else if (bk < 0 && bl < 0) {
           trWW(k, l) += f * TraceOfProduct(WVk[U(k)], WVk[U(l)]);
-          AddAt(pairProduct(k, l), idx, f, WTk.transpose() * Tk[U(l)]);
+          MCEngineGroupSums::AddAt(pairProduct(k, l), idx, f, WTk.transpose() * Tk[U(l)]);
         } else {
           // One residual parameter r and one random parameter s of block bs:
           // tr(W Vr W Z Ds Z') = sum(Ds .* (ZW' Vr ZW)) over the block's
@@ -477,9 +555,9 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
           trWW(k, l) += f * G.cwiseProduct(Dk[U(sp)]).sum();
           const auto Pr = Pk[U(r)].middleRows(pos, len);
           if (k == r) {
-            AddAt(pairProduct(k, l), idx, f, Pr.transpose() * Lk[U(sp)]);
+            MCEngineGroupSums::AddAt(pairProduct(k, l), idx, f, Pr.transpose() * Lk[U(sp)]);
           } else {
-            AddAt(pairProduct(k, l), idx, f, Lk[U(sp)].transpose() * Pr);
+            MCEngineGroupSums::AddAt(pairProduct(k, l), idx, f, Lk[U(sp)].transpose() * Pr);
           }
         }
       }
@@ -494,19 +572,19 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
         const auto Ub = lr.fU.middleRows(lr.fvPos[U(b)], lr.fvLen[U(b)]);
         const auto Mbb = lr.fM.block(lr.fvPos[U(b)], lr.fvPos[U(b)], lr.fvLen[U(b)], lr.fvLen[U(b)]);
         trW2[static_cast<Eigen::Index>(s)] += f * D2.cwiseProduct(Mbb).sum();
-        AddAt(A2bar[s], idx, f, Ub.transpose() * D2 * Ub);
+        MCEngineGroupSums::AddAt(A2bar[s], idx, f, Ub.transpose() * D2 * Ub);
         continue;
       }
       Eigen::MatrixXd Vkl = Eigen::MatrixXd::Zero(m, m);
       AddResidual(c, d2S[s], Vkl);
       trW2[static_cast<Eigen::Index>(s)] += f * TraceOfProduct(W, Vkl);
-      AddAt(A2bar[s], idx, f, WX.transpose() * Vkl * WX);
+      MCEngineGroupSums::AddAt(A2bar[s], idx, f, WX.transpose() * Vkl * WX);
     }
   }
 
   if (derivs) {
     fPairProducts = 0.0;
-    for (const Eigen::MatrixXd& B : Bbar) fPairProducts += B.size() > 0 ? 1.0 : 0.0;
+    for (const Eigen::MatrixXd& B : sums.fvBbar) fPairProducts += B.size() > 0 ? 1.0 : 0.0;
   }
 
   // Copies of weighted records.
@@ -577,7 +655,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   if (hessian) out.fHessObserved.resize(K, K);
   for (int k = 0; k < K; ++k) {
     for (int l = k; l < K; ++l) {
-      const Eigen::MatrixXd& B = Bbar[PairIndex(k, l, K)];
+      const Eigen::MatrixXd& B = sums.fvBbar[MCEngineGroupSums::PairIndex(k, l, K)];
       const bool held = B.size() > 0;
       double e = trWW(k, l);
       if (reml) {

@@ -4,6 +4,7 @@
 
 #include "numeric/engine/detail/MCEngineData.h"
 #include "numeric/engine/detail/MCEngineEvaluator.h"
+#include "numeric/engine/detail/MCEngineGroupCrossProducts.h"
 #include "numeric/engine/detail/MCEngineModel.h"
 #include "numeric/engine/detail/MCEngineRecordCopies.h"
 
@@ -12,15 +13,24 @@ namespace MCEngine_850 {
 // Evaluates the likelihood group by group: V is block diagonal over the
 // independent groups of records, and each group's V_i is factored on its own.
 // Sums over groups give the log determinant, X'V^-1 X and the trace terms of
-// the derivatives; no matrix larger than a group is formed.
+// the derivatives; no matrix larger than a group is formed. Under an
+// identity residual structure (the residual s W^-1, W the fixed weights)
+// groups are reduced to their cross products once and evaluated from them
+// (MCEngineGroupCrossProducts); crossProducts false keeps every group on
+// the general evaluation, which the tests compare with.
 class MCEngineSubjectEvaluator : public MCEngineEvaluator {
  public:
-  MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model);
+  MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model, bool crossProducts = true);
 
   bool Evaluate(const Eigen::VectorXd& theta, Level level, bool reml, MCEngineEvaluation& out) override;
 
   // Records times (fixed columns reached + 1)^2, summed over the groups.
   double GetProductEntries() const;
+  // The records the last evaluation read (a work count): those of the groups
+  // not reduced to their cross products, times 1.
+  double GetRecordsVisited() const { return fRecordsVisited; }
+  // The groups reduced to their cross products.
+  int GetReducedGroups() const { return fNReduced; }
   // The pairs of parameters whose products the last evaluation with
   // derivatives held: those some group holds both of.
   double GetPairProducts() const { return fPairProducts; }
@@ -55,6 +65,8 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
     // The fixed columns not zero on the group's records, then the response
     // as column rank (in fvXCols).
     int fXCol0 = 0, fXCol1 = 0;
+    // The group's number among the reduced ones, -1 when it is not.
+    int fCross = -1;
   };
 
   // A group's random effects as pieces of low rank: the random columns of
@@ -71,6 +83,17 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
   };
 
   void BuildGroups();
+  // The places of the blocks' columns in the group's Z into lr (not its
+  // products); returns the group's random columns.
+  int Layout(const Component& c, LowRank& lr) const;
+  // Reduces the groups whose cross products hold no more numbers than
+  // their records' rows of [Z X y] do.
+  void ReduceGroups();
+  // The reduced group's terms at the structures G and their derivatives,
+  // s the residual variance. False when V is not positive definite.
+  bool AddCrossProducts(const Component& c, double s, const std::vector<Eigen::MatrixXd>& G,
+                        const std::vector<Eigen::MatrixXd>& dS, const std::vector<std::pair<int, int>>& secondPairs,
+                        const std::vector<Eigen::MatrixXd>& d2S, bool derivs, MCEngineGroupSums& sums);
   // False when stopped.
   bool FormLowRank(const Component& c, const Eigen::MatrixXd& W, const Eigen::MatrixXd& Xb, LowRank& lr) const;
   // The products of random parameters k <= l over a group, with Dk and
@@ -103,6 +126,16 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
   std::vector<int> fvResRows;
   std::vector<int> fvXCols;
   double fPairProducts = 0.0;
+  double fRecordsVisited = 0.0;
+  bool fbCrossProducts = false;
+  int fNReduced = 0;
+  MCEngineGroupCrossProducts fCross;
+  // Buffers of the reduced groups' evaluation, reused from group to group.
+  LowRank fLayout;
+  Eigen::MatrixXd fGc, fBlockG;
+  std::vector<Eigen::MatrixXd> fvDk, fvD2;
+  std::vector<MCEngineGroupCrossProducts::Term> fvTerms;
+  std::vector<MCEngineGroupCrossProducts::Second> fvSeconds;
 };
 
 }  // namespace MCEngine_850
