@@ -35,8 +35,9 @@ namespace MCEngine_850 {
 // with zeros: padded rows would add nothing but log s and 1 / s terms, which
 // the formulas' m (the real records) leaves out. T is positive definite
 // exactly when V is, whether or not G or Z'W Z is singular. No step visits
-// the group's records, forms an m x m matrix or allocates once the buffers
-// have the group's sizes.
+// the group's records or forms an m x m matrix, and once the buffers have
+// the group's sizes none allocates (but the copy that places the products
+// of a group that reaches only some fixed columns among all of them).
 class MCEngineGroupCrossProducts {
  public:
   // A parameter of the group: a random one with its derivative D over the
