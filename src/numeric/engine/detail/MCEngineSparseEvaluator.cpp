@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "numeric/engine/detail/MCEngineDataBuilder.h"
+#include "numeric/engine/detail/MCEngineRecordFree.h"
 
 namespace MCEngine_850 {
 
@@ -20,6 +21,28 @@ inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B)
 }
 
 Eigen::Map<Eigen::MatrixXd> AsMatrix(Eigen::VectorXd& v) { return Eigen::Map<Eigen::MatrixXd>(v.data(), v.size(), 1); }
+
+void CountRecordPass() { MCEngineRecordFree::CountRecordPass(); }
+
+void Scale(const MCEngineCrossProducts& from, double c, MCEngineCrossProducts& to) {
+  to.fvZZ.resize(from.fvZZ.size());
+  for (std::size_t i = 0; i < from.fvZZ.size(); ++i) to.fvZZ[i] = c * from.fvZZ[i];
+  to.fZX = c * from.fZX;
+  to.fXX = c * from.fXX;
+  to.fZY = c * from.fZY;
+  to.fXY = c * from.fXY;
+  to.fYY = c * from.fYY;
+}
+
+// The common value of a matrix's diagonal, or NaN when it has none.
+double CommonDiagonal(const Eigen::MatrixXd& S) {
+  if (S.rows() == 0) return std::nan("");
+  const double v = S(0, 0);
+  for (Eigen::Index i = 1; i < S.rows(); ++i) {
+    if (S(i, i) != v) return std::nan("");
+  }
+  return v;
+}
 
 }  // namespace
 
@@ -49,10 +72,43 @@ MCEngineSparseEvaluator::MCEngineSparseEvaluator(const MCEngineData& data, const
     }
   }
   fvRecordWeight.resize(data.fNRecords);
+  bool singleRows = true;
   for (const MCEngineSparseDesign::Group& g : fDesign.GetGroups()) {
     for (int a = 0; a < g.fNRows; ++a) fvRecordWeight[fDesign.GetGroupRows()[U(g.fRow0 + a)]] = g.fWeight;
+    singleRows = singleRows && g.fNRows == 1;
   }
+  fbRecordFree = MCEngineRecordFree::IsAllowed() && singleRows && fbResidualDiagonal && fModel.GetResidual().GetNParams() == 1;
+  if (fbRecordFree) FormUnitProducts();
   fbReady = true;
+}
+
+void MCEngineSparseEvaluator::FormUnitProducts() {
+  const int p = fData.fRank;
+  const std::vector<MCEngineSparseDesign::Group>& groups = fDesign.GetGroups();
+  auto form = [&](const std::vector<double>& y) {
+    CountRecordPass();
+    fUnit.Reset(fDesign, p);
+    for (int g = 0; g < static_cast<int>(groups.size()); ++g) {
+      fUnit.AddRecord(fDesign, g, fData.fvScaleWeight[U(fDesign.GetGroupRows()[U(groups[U(g)].fRow0)])], y);
+    }
+  };
+  form(fData.fvY);
+  fShift = Eigen::VectorXd::Zero(p);
+  if (p > 0) {
+    const Eigen::LLT<Eigen::MatrixXd> llt(fUnit.fXX);
+    if (llt.info() == Eigen::Success) fShift = llt.solve(fUnit.fXY);
+    if (!fShift.allFinite()) fShift.setZero();
+    const Eigen::VectorXd fitted = DesignTimes(Eigen::VectorXd::Zero(fDesign.GetNColumns()), fShift);
+    std::vector<double> y(fData.fvY);
+    for (std::size_t r = 0; r < y.size(); ++r) y[r] -= fitted[static_cast<Eigen::Index>(r)];
+    form(y);
+  }
+  fSumCopies = 0.0;
+  fSumLogWeights = 0.0;
+  for (const MCEngineSparseDesign::Group& g : groups) {
+    fSumCopies += g.fWeight;
+    fSumLogWeights += g.fWeight * std::log(fData.fvScaleWeight[U(fDesign.GetGroupRows()[U(g.fRow0)])]);
+  }
 }
 
 bool MCEngineSparseEvaluator::Evaluate(const Eigen::VectorXd& theta, Level level, bool reml, MCEngineEvaluation& out) {
@@ -163,7 +219,34 @@ Eigen::Map<const Eigen::MatrixXd> MCEngineSparseEvaluator::Rinv(const Work& w, i
   return Eigen::Map<const Eigen::MatrixXd>(&w.fvRinv[U(fvRinvOffset[U(g)])], m, m);
 }
 
+bool MCEngineSparseEvaluator::ScaledResidual(Work& w) const {
+  const double s = CommonDiagonal(w.fSR);
+  if (!(s > 0.0) || !std::isfinite(s)) return false;
+  w.fScale = s;
+  Scale(fUnit, 1.0 / s, w.fQ);
+  w.fLogDetR = std::log(s) * fSumCopies - fSumLogWeights;
+  if (!fCopies.IsEmpty()) {
+    double add = 0.0;
+    if (!fCopies.LogDet(w.fSR, add)) return false;
+    w.fLogDetR += add;
+  }
+  if (w.fbDerivs) {
+    const double d = CommonDiagonal(w.fvdR[0]);
+    if (!std::isfinite(d)) return false;
+    w.fDs = d / s;
+    w.fvB.assign(1, MCEngineCrossProducts());
+    Scale(fUnit, w.fDs / s, w.fvB[0]);
+    w.fTraceR = Eigen::VectorXd::Constant(1, w.fDs * fSumCopies);
+    if (!fCopies.IsEmpty()) w.fTraceR[0] += fCopies.Trace(w.fSR, w.fvdR[0]);
+  }
+  w.fbRecordFree = true;
+  return std::isfinite(w.fLogDetR);
+}
+
 bool MCEngineSparseEvaluator::ResidualGroups(Work& w) const {
+  if (fbRecordFree && ScaledResidual(w)) return true;
+  CountRecordPass();
+  w.fbRecordFree = false;
   const std::vector<MCEngineSparseDesign::Group>& groups = fDesign.GetGroups();
   const int KR = fModel.GetResidual().GetNParams();
   const int p = fData.fRank;
@@ -279,25 +362,43 @@ bool MCEngineSparseEvaluator::SolveEquations(Work& w, MCEngineEvaluation& out) {
   }
   w.fV = rz - w.fRZX * w.fBeta;
   fFactor.SolveLt(w.fV.data(), 1);
+  w.fU = w.fV;
+  ApplyLambda(w, AsMatrix(w.fU), false);
+  out.fLogDetV = w.fLogDetR + logDetM;
+  out.fLogDetXVX = logDetS;
+  out.fBeta = Estimates(w);
+  out.fC = w.fC;
+  if (w.fbRecordFree) {
+    // y'R^-1 y less the squares of the half-solved right-hand side.
+    double rvr = w.fQ.fYY - rz.squaredNorm();
+    if (p > 0) rvr -= w.fS.matrixL().solve(w.fQ.fXY - w.fRZX.transpose() * rz).squaredNorm();
+    out.fRVR = rvr;
+    w.fERE = rvr - w.fV.squaredNorm();
+    return std::isfinite(out.fRVR) && std::isfinite(out.fLogDetV) && std::isfinite(out.fLogDetXVX);
+  }
   // The residuals and r'V^-1 r as the penalised sum of squares
   // e'R^-1 e + v'v, e = y - X beta - Z Lambda v, which keeps its digits
   // where y'R^-1 y would cancel them.
-  w.fU = w.fV;
-  ApplyLambda(w, AsMatrix(w.fU), false);
   const Eigen::VectorXd fitted = DesignTimes(w.fU, w.fBeta);
   Eigen::VectorXd e(fData.fNRecords);
   for (int r = 0; r < fData.fNRecords; ++r) e[r] = fData.fvY[U(r)] - fitted[r];
   w.fE = e;
   ResidualSolve(w, w.fE);
-  out.fLogDetV = w.fLogDetR + logDetM;
-  out.fLogDetXVX = logDetS;
-  out.fBeta = w.fBeta;
-  out.fC = w.fC;
   out.fRVR = WeightedDot(e, w.fE) + w.fV.squaredNorm();
   return std::isfinite(out.fRVR) && std::isfinite(out.fLogDetV) && std::isfinite(out.fLogDetXVX);
 }
 
+Eigen::VectorXd MCEngineSparseEvaluator::Estimates(const Work& w) const {
+  return w.fbRecordFree ? Eigen::VectorXd(w.fBeta + fShift) : w.fBeta;
+}
+
+Eigen::VectorXd MCEngineSparseEvaluator::RandomTimesPy(const Work& w) const {
+  // Z'R^-1 e with e = y - X beta - Z u.
+  return w.fQ.fZY - w.fQ.fZX * w.fBeta - PairTimes(w.fQ.fvZZ, w.fU);
+}
+
 double MCEngineSparseEvaluator::WeightedDot(const Eigen::VectorXd& a, const Eigen::VectorXd& b) const {
+  CountRecordPass();
   return a.cwiseProduct(fvRecordWeight).dot(b);
 }
 
@@ -310,8 +411,12 @@ MCEngineSparseEvaluator::Shared MCEngineSparseEvaluator::SharedPieces(const Work
   ApplyLambda(w, LY, false);
   sh.fHx = w.fQ.fZX - PairTimes(w.fQ.fvZZ, LY);
   // Z'P y with P y = R^-1 e.
-  Eigen::VectorXd sx;
-  DesignTransposeTimes(w.fE, sh.fs, sx);
+  if (w.fbRecordFree) {
+    sh.fs = RandomTimesPy(w);
+  } else {
+    Eigen::VectorXd sx;
+    DesignTransposeTimes(w.fE, sh.fs, sx);
+  }
   // Per block, sum over subjects of (Z'V^-1 Z)_ss = (Z'R^-1 Z Lambda M^-1)_ss Lambda^-1.
   sh.fvD = DiagonalOfInverseProduct(w);
   for (int b = 0; b < nb; ++b) {
@@ -366,6 +471,10 @@ void MCEngineSparseEvaluator::ResidualGradient(const Work& w, const Shared& sh, 
     }
     out.fTrace[ro + l] = trace;
     // y'P R_l P y with P y = R^-1 e.
+    if (w.fbRecordFree) {
+      out.fQuad[ro + l] = w.fDs * w.fERE;
+      continue;
+    }
     Rle = w.fE;
     ResidualTimes(w.fvdR[U(l)], Rle);
     out.fQuad[ro + l] = WeightedDot(w.fE, Rle);
@@ -374,6 +483,10 @@ void MCEngineSparseEvaluator::ResidualGradient(const Work& w, const Shared& sh, 
 
 void MCEngineSparseEvaluator::AverageInformation(const Eigen::VectorXd& theta, const Work& w, const Shared& sh,
                                                  MCEngineEvaluation& out) {
+  if (w.fbRecordFree) {
+    AverageInformationFromProducts(theta, w, sh, out);
+    return;
+  }
   const int K = fModel.GetNParams();
   const int ro = fModel.GetResidualOffset();
   // t_k = V_k P y, and the products t_k'P t_l over the records with their copies.
@@ -399,6 +512,51 @@ void MCEngineSparseEvaluator::AverageInformation(const Eigen::VectorXd& theta, c
   out.fHessExpected.resize(K, K);
   for (int k = 0; k < K; ++k) {
     for (int l = k; l < K; ++l) out.fHessExpected(k, l) = out.fHessExpected(l, k) = WeightedDot(t[U(k)], Pt[U(l)]);
+  }
+}
+
+void MCEngineSparseEvaluator::AverageInformationFromProducts(const Eigen::VectorXd& theta, const Work& w,
+                                                             const Shared& sh, MCEngineEvaluation& out) {
+  const int K = fModel.GetNParams();
+  const int ro = fModel.GetResidualOffset();
+  // Per parameter: Z'R^-1 t_k for a random one, c_k = [Lambda'Z'R^-1 t_k;
+  // X'R^-1 t_k] and its solve K^-1 c_k.
+  std::vector<Eigen::VectorXd> gz(U(ro)), zt(U(ro)), cz(U(K)), cx(U(K)), a(U(K)), b(U(K));
+  Eigen::MatrixXd Gk;
+  for (int k = 0; k < ro; ++k) {
+    const int blk = fModel.GetBlockOf(k);
+    fModel.GetBlock(blk).Derivative(fModel.Segment(theta, blk), fModel.GetLocalIndex(k), Gk);
+    gz[U(k)] = Eigen::VectorXd::Zero(fDesign.GetNColumns());
+    for (int n = 0; n < fDesign.GetNNodes(); ++n) {
+      if (fDesign.GetNodeBlock(n) != blk) continue;
+      const int at = fDesign.GetNodeStart(n), q = fDesign.GetNodeSize(n);
+      gz[U(k)].segment(at, q) = Gk * sh.fs.segment(at, q);
+    }
+    zt[U(k)] = PairTimes(w.fQ.fvZZ, gz[U(k)]);
+    cz[U(k)] = zt[U(k)];
+    cx[U(k)] = w.fQ.fZX.transpose() * gz[U(k)];
+  }
+  for (int k = ro; k < K; ++k) {
+    // t = (d / s) e: X'R^-1 e = X'R^-1 y - X'R^-1 X beta - X'R^-1 Z u.
+    cz[U(k)] = w.fDs * sh.fs;
+    cx[U(k)] = w.fDs * (w.fQ.fXY - w.fQ.fXX * w.fBeta - w.fQ.fZX.transpose() * w.fU);
+  }
+  for (int k = 0; k < K; ++k) {
+    ApplyLambda(w, AsMatrix(cz[U(k)]), true);
+    SolveFull(w, cz[U(k)], cx[U(k)], a[U(k)], b[U(k)]);
+  }
+  auto inner = [&](int k, int l) {
+    if (k < ro && l < ro) return gz[U(k)].dot(zt[U(l)]);
+    if (k < ro) return w.fDs * gz[U(k)].dot(sh.fs);
+    if (l < ro) return w.fDs * gz[U(l)].dot(sh.fs);
+    return w.fDs * w.fDs * w.fERE;
+  };
+  out.fHessExpected.resize(K, K);
+  for (int k = 0; k < K; ++k) {
+    for (int l = k; l < K; ++l) {
+      const double h = inner(k, l) - cz[U(k)].dot(a[U(l)]) - (cx[U(k)].size() > 0 ? cx[U(k)].dot(b[U(l)]) : 0.0);
+      out.fHessExpected(k, l) = out.fHessExpected(l, k) = h;
+    }
   }
 }
 
@@ -491,7 +649,7 @@ bool MCEngineSparseEvaluator::PredictionPointAt(const Eigen::VectorXd& theta, Pr
   out.fY = w.fRZX;
   if (out.fY.cols() > 0) fFactor.SolveLt(out.fY.data(), static_cast<int>(out.fY.cols()));
   out.fC = w.fC;
-  out.fBeta = w.fBeta;
+  out.fBeta = Estimates(w);
   out.fV = w.fV;
   return true;
 }
@@ -563,9 +721,11 @@ bool MCEngineSparseEvaluator::StartInformation(const Eigen::VectorXd& theta, Eig
   for (int k = 0; k < ro; ++k) {
     for (int l = 0; l < KR; ++l) info(ro + l, k) = info(k, ro + l);
   }
-  // The residual's parameters, group by group.
+  // The residual's parameters, group by group; one variance over the
+  // records adds (d / s)^2 for each.
   Eigen::MatrixXd Rk, Rl;
-  for (int g = 0; g < static_cast<int>(fDesign.GetGroups().size()); ++g) {
+  if (w.fbRecordFree) info(ro, ro) += w.fDs * w.fDs * fSumCopies;
+  for (int g = 0; !w.fbRecordFree && g < static_cast<int>(fDesign.GetGroups().size()); ++g) {
     const double f = fDesign.GetGroups()[U(g)].fWeight;
     const Eigen::MatrixXd Ri = Rinv(w, g);
     for (int k = 0; k < KR; ++k) {
@@ -669,6 +829,7 @@ std::vector<Eigen::MatrixXd> MCEngineSparseEvaluator::DiagonalOfInverseProduct(c
 }
 
 Eigen::VectorXd MCEngineSparseEvaluator::DesignTimes(const Eigen::VectorXd& u, const Eigen::VectorXd& b) const {
+  CountRecordPass();
   Eigen::VectorXd out = Eigen::VectorXd::Zero(fData.fNRecords);
   const bool fixed = b.size() > 0;
   for (const MCEngineSparseDesign::Group& g : fDesign.GetGroups()) {
@@ -690,6 +851,7 @@ Eigen::VectorXd MCEngineSparseEvaluator::DesignTimes(const Eigen::VectorXd& u, c
 
 void MCEngineSparseEvaluator::DesignTransposeTimes(const Eigen::VectorXd& t, Eigen::VectorXd& tz,
                                                    Eigen::VectorXd& tx) const {
+  CountRecordPass();
   tz = Eigen::VectorXd::Zero(fDesign.GetNColumns());
   tx = Eigen::VectorXd::Zero(fData.fRank);
   for (const MCEngineSparseDesign::Group& g : fDesign.GetGroups()) {
@@ -711,6 +873,7 @@ void MCEngineSparseEvaluator::DesignTransposeTimes(const Eigen::VectorXd& t, Eig
 }
 
 void MCEngineSparseEvaluator::ResidualSolve(const Work& w, Eigen::VectorXd& t) const {
+  CountRecordPass();
   const std::vector<MCEngineSparseDesign::Group>& groups = fDesign.GetGroups();
   Eigen::VectorXd tg;
   for (int g = 0; g < static_cast<int>(groups.size()); ++g) {
@@ -728,6 +891,7 @@ void MCEngineSparseEvaluator::ResidualSolve(const Work& w, Eigen::VectorXd& t) c
 }
 
 void MCEngineSparseEvaluator::ResidualTimes(const Eigen::MatrixXd& S, Eigen::VectorXd& t) const {
+  CountRecordPass();
   const std::vector<MCEngineSparseDesign::Group>& groups = fDesign.GetGroups();
   Eigen::VectorXd tg;
   Eigen::MatrixXd R;

@@ -78,12 +78,20 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   // at theta when the other is missing. False when both are.
   static bool DifferenceQuotient(const DifferenceSide& up, const DifferenceSide& down, const Eigen::VectorXd& here,
                                  double h, Eigen::VectorXd& out);
+  // True when the residual may be evaluated record-free (above). Its passes
+  // over the records are counted by MCEngineRecordFree.
+  bool IsRecordFree() const { return fbRecordFree; }
 
  private:
   // What one evaluation builds, step by step.
   struct Work {
     bool fbDerivs = false;
     bool fbReml = false;
+    // Evaluated from the cross products under W: s and d/s, and e'R^-1 e.
+    bool fbRecordFree = false;
+    double fScale = 0.0;
+    double fDs = 0.0;
+    double fERE = 0.0;
     std::vector<Eigen::MatrixXd> fvLambda, fvLambdaInv;
     Eigen::MatrixXd fSR;
     std::vector<Eigen::MatrixXd> fvdR;
@@ -124,6 +132,17 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   // R^-1 per group, log|R| and the cross products; false when an R is not
   // positive definite.
   bool ResidualGroups(Work& w) const;
+  // The same from the cross products under W when the residual is one
+  // variance at theta; false when it is not.
+  bool ScaledResidual(Work& w) const;
+  // The cross products under W of [Z X y - X b0], once.
+  void FormUnitProducts();
+  // Z'P y from the cross products.
+  Eigen::VectorXd RandomTimesPy(const Work& w) const;
+  // The fixed estimates, with b0 back where the record-free evaluation took it out.
+  Eigen::VectorXd Estimates(const Work& w) const;
+  void AverageInformationFromProducts(const Eigen::VectorXd& theta, const Work& w, const Shared& sh,
+                                      MCEngineEvaluation& out);
   // The rows' block of a matrix over positions, with the scale weights.
   void OverRows(int g, const Eigen::MatrixXd& S, Eigen::MatrixXd& out) const;
   Eigen::Map<const Eigen::MatrixXd> Rinv(const Work& w, int g) const;
@@ -172,6 +191,12 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   std::vector<long> fvRinvOffset;  // per group
   std::vector<long> fvPairInverse;  // per pair value, its place in the selected inverse
   Eigen::VectorXd fvRecordWeight;   // the copies of each record's group
+  // The record-free evaluation's products under W, b0, sum f and sum f log w.
+  bool fbRecordFree = false;
+  MCEngineCrossProducts fUnit;
+  Eigen::VectorXd fShift;
+  double fSumCopies = 0.0;
+  double fSumLogWeights = 0.0;
   // The last point solved, whose factor fFactor holds.
   Work fLast;
   Eigen::VectorXd fLastTheta;
