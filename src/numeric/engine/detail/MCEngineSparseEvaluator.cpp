@@ -22,8 +22,6 @@ inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B)
 
 Eigen::Map<Eigen::MatrixXd> AsMatrix(Eigen::VectorXd& v) { return Eigen::Map<Eigen::MatrixXd>(v.data(), v.size(), 1); }
 
-void CountRecordPass() { MCEngineRecordFree::CountRecordPass(); }
-
 void Scale(const MCEngineCrossProducts& from, double c, MCEngineCrossProducts& to) {
   to.fvZZ.resize(from.fvZZ.size());
   for (std::size_t i = 0; i < from.fvZZ.size(); ++i) to.fvZZ[i] = c * from.fvZZ[i];
@@ -77,7 +75,9 @@ MCEngineSparseEvaluator::MCEngineSparseEvaluator(const MCEngineData& data, const
     for (int a = 0; a < g.fNRows; ++a) fvRecordWeight[fDesign.GetGroupRows()[U(g.fRow0 + a)]] = g.fWeight;
     singleRows = singleRows && g.fNRows == 1;
   }
-  fbRecordFree = MCEngineRecordFree::IsAllowed() && singleRows && fbResidualDiagonal && fModel.GetResidual().GetNParams() == 1;
+  // One variance over single records: R^-1 is a fixed matrix times a number.
+  fbRecordFree = MCEngineRecordFree::IsAllowed() && singleRows && fbResidualDiagonal &&
+                 fModel.GetResidual().GetNParams() == 1;
   if (fbRecordFree) FormUnitProducts();
   fbReady = true;
 }
@@ -86,7 +86,7 @@ void MCEngineSparseEvaluator::FormUnitProducts() {
   const int p = fData.fRank;
   const std::vector<MCEngineSparseDesign::Group>& groups = fDesign.GetGroups();
   auto form = [&](const std::vector<double>& y) {
-    CountRecordPass();
+    MCEngineRecordFree::CountRecordPass();
     fUnit.Reset(fDesign, p);
     for (int g = 0; g < static_cast<int>(groups.size()); ++g) {
       fUnit.AddRecord(fDesign, g, fData.fvScaleWeight[U(fDesign.GetGroupRows()[U(groups[U(g)].fRow0)])], y);
@@ -222,7 +222,6 @@ Eigen::Map<const Eigen::MatrixXd> MCEngineSparseEvaluator::Rinv(const Work& w, i
 bool MCEngineSparseEvaluator::ScaledResidual(Work& w) const {
   const double s = CommonDiagonal(w.fSR);
   if (!(s > 0.0) || !std::isfinite(s)) return false;
-  w.fScale = s;
   Scale(fUnit, 1.0 / s, w.fQ);
   w.fLogDetR = std::log(s) * fSumCopies - fSumLogWeights;
   if (!fCopies.IsEmpty()) {
@@ -245,7 +244,7 @@ bool MCEngineSparseEvaluator::ScaledResidual(Work& w) const {
 
 bool MCEngineSparseEvaluator::ResidualGroups(Work& w) const {
   if (fbRecordFree && ScaledResidual(w)) return true;
-  CountRecordPass();
+  MCEngineRecordFree::CountRecordPass();
   w.fbRecordFree = false;
   const std::vector<MCEngineSparseDesign::Group>& groups = fDesign.GetGroups();
   const int KR = fModel.GetResidual().GetNParams();
@@ -398,7 +397,7 @@ Eigen::VectorXd MCEngineSparseEvaluator::RandomTimesPy(const Work& w) const {
 }
 
 double MCEngineSparseEvaluator::WeightedDot(const Eigen::VectorXd& a, const Eigen::VectorXd& b) const {
-  CountRecordPass();
+  MCEngineRecordFree::CountRecordPass();
   return a.cwiseProduct(fvRecordWeight).dot(b);
 }
 
@@ -829,7 +828,7 @@ std::vector<Eigen::MatrixXd> MCEngineSparseEvaluator::DiagonalOfInverseProduct(c
 }
 
 Eigen::VectorXd MCEngineSparseEvaluator::DesignTimes(const Eigen::VectorXd& u, const Eigen::VectorXd& b) const {
-  CountRecordPass();
+  MCEngineRecordFree::CountRecordPass();
   Eigen::VectorXd out = Eigen::VectorXd::Zero(fData.fNRecords);
   const bool fixed = b.size() > 0;
   for (const MCEngineSparseDesign::Group& g : fDesign.GetGroups()) {
@@ -851,7 +850,7 @@ Eigen::VectorXd MCEngineSparseEvaluator::DesignTimes(const Eigen::VectorXd& u, c
 
 void MCEngineSparseEvaluator::DesignTransposeTimes(const Eigen::VectorXd& t, Eigen::VectorXd& tz,
                                                    Eigen::VectorXd& tx) const {
-  CountRecordPass();
+  MCEngineRecordFree::CountRecordPass();
   tz = Eigen::VectorXd::Zero(fDesign.GetNColumns());
   tx = Eigen::VectorXd::Zero(fData.fRank);
   for (const MCEngineSparseDesign::Group& g : fDesign.GetGroups()) {
@@ -873,7 +872,7 @@ void MCEngineSparseEvaluator::DesignTransposeTimes(const Eigen::VectorXd& t, Eig
 }
 
 void MCEngineSparseEvaluator::ResidualSolve(const Work& w, Eigen::VectorXd& t) const {
-  CountRecordPass();
+  MCEngineRecordFree::CountRecordPass();
   const std::vector<MCEngineSparseDesign::Group>& groups = fDesign.GetGroups();
   Eigen::VectorXd tg;
   for (int g = 0; g < static_cast<int>(groups.size()); ++g) {
@@ -891,7 +890,7 @@ void MCEngineSparseEvaluator::ResidualSolve(const Work& w, Eigen::VectorXd& t) c
 }
 
 void MCEngineSparseEvaluator::ResidualTimes(const Eigen::MatrixXd& S, Eigen::VectorXd& t) const {
-  CountRecordPass();
+  MCEngineRecordFree::CountRecordPass();
   const std::vector<MCEngineSparseDesign::Group>& groups = fDesign.GetGroups();
   Eigen::VectorXd tg;
   Eigen::MatrixXd R;

@@ -78,18 +78,14 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   // at theta when the other is missing. False when both are.
   static bool DifferenceQuotient(const DifferenceSide& up, const DifferenceSide& down, const Eigen::VectorXd& here,
                                  double h, Eigen::VectorXd& out);
-  // True when the residual may be evaluated record-free (above). Its passes
-  // over the records are counted by MCEngineRecordFree.
-  bool IsRecordFree() const { return fbRecordFree; }
 
  private:
   // What one evaluation builds, step by step.
   struct Work {
     bool fbDerivs = false;
     bool fbReml = false;
-    // Evaluated from the cross products under W: s and d/s, and e'R^-1 e.
+    // Evaluated from the cross products under W: d/s, and e'R^-1 e.
     bool fbRecordFree = false;
-    double fScale = 0.0;
     double fDs = 0.0;
     double fERE = 0.0;
     std::vector<Eigen::MatrixXd> fvLambda, fvLambdaInv;
