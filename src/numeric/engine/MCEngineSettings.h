@@ -60,12 +60,13 @@ class MCEngineSettings {
 
   SolverPath GetSolverPath() const { return fSolverPath; }
   void SetSolverPath(SolverPath path) { fSolverPath = path; }
-  // Group by group under an identity residual, each group's cross products
-  // are formed once and every evaluation works from them; false keeps
-  // forming and factoring each group's covariance (which the tests compare
-  // with).
-  bool GetGroupCrossProducts() const { return fbGroupCrossProducts; }
-  void SetGroupCrossProducts(bool use) { fbGroupCrossProducts = use; }
+  // Under a residual of one variance, the records are reduced to their
+  // cross products once per fit (each group's, subject by subject; all of
+  // them, on the sparse equations) and every evaluation works from them;
+  // false keeps the evaluations that visit the records (which the tests
+  // compare with).
+  bool GetCrossProducts() const { return fbCrossProducts; }
+  void SetCrossProducts(bool use) { fbCrossProducts = use; }
 
   DFMethod GetDFMethod() const { return fDFMethod; }
   void SetDFMethod(DFMethod method) { fDFMethod = method; }
@@ -106,7 +107,7 @@ class MCEngineSettings {
   double fSingularTolerance = 1e-12;
   double fConfidenceLevel = 95.0;
   SolverPath fSolverPath = kAutomatic;
-  bool fbGroupCrossProducts = true;
+  bool fbCrossProducts = true;
   DFMethod fDFMethod = kSatterthwaite;
   bool fbRobustCovariance = false;
   MCEngineTarget fTarget;

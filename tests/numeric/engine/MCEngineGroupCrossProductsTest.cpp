@@ -24,7 +24,7 @@ constexpr double kTol = 1e-10;
 
 MCEngineSettings BySubject(bool reml, bool crossProducts) {
   MCEngineSettings s = MCEngineTestFixture::Tight(reml, MCEngineSettings::kBySubject);
-  s.SetGroupCrossProducts(crossProducts);
+  s.SetCrossProducts(crossProducts);
   return s;
 }
 

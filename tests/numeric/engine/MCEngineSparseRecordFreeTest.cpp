@@ -21,14 +21,11 @@ namespace {
 
 using MCEngineTestCrossed::Crossed;
 
-// Evaluators made in its lifetime take the general path.
-class GeneralPath {
- public:
-  GeneralPath() { MCEngineRecordFree::Allow(false); }
-  ~GeneralPath() { MCEngineRecordFree::Allow(true); }
-  GeneralPath(const GeneralPath&) = delete;
-  GeneralPath& operator=(const GeneralPath&) = delete;
-};
+// The same settings with the records visited in every evaluation.
+MCEngineSettings General(MCEngineSettings s) {
+  s.SetCrossProducts(false);
+  return s;
+}
 
 struct Evaluation {
   double fValue = 0.0;
@@ -55,10 +52,7 @@ void ExpectSameAsGeneral(const MCEngineInput& input, bool reml) {
   const MCEngineSettings s = MCEngineTestFixture::Tight(reml, MCEngineSettings::kSparseEquations);
   MCEngineFitter recordFree, general;
   ASSERT_FALSE(recordFree.Fit(input, s).IsError());
-  {
-    const GeneralPath path;
-    ASSERT_FALSE(general.Fit(input, s).IsError());
-  }
+  ASSERT_FALSE(general.Fit(input, General(s)).IsError());
   EXPECT_EQ(recordFree.GetResult().GetSolverPath(), MCEngineSettings::kSparseEquations);
   MCEngineTestCopies::ExpectSameFit(recordFree.GetResult(), general.GetResult(), 1e-8);
   std::vector<double> theta;
@@ -155,10 +149,7 @@ TEST(MCEngineSparseRecordFree, AnEvaluationVisitsNoRecord) {
   At(recordFree, theta);
   EXPECT_EQ(MCEngineRecordFree::GetRecordPasses() - before, 0);
 
-  {
-    const GeneralPath path;
-    ASSERT_FALSE(general.Fit(input, s).IsError());
-  }
+  ASSERT_FALSE(general.Fit(input, General(s)).IsError());
   before = MCEngineRecordFree::GetRecordPasses();
   At(general, theta);
   EXPECT_GT(MCEngineRecordFree::GetRecordPasses() - before, 9);

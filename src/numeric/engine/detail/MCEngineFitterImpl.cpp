@@ -131,7 +131,7 @@ MCEngineStatus MCEngineFitterImpl::MakeEvaluator() {
     if (chosen && !(4.0 * costLayout < GroupCost())) {
       path = MCEngineSettings::kBySubject;
     } else {
-      auto sparse = std::make_unique<MCEngineSparseEvaluator>(fData, fModel);
+      auto sparse = std::make_unique<MCEngineSparseEvaluator>(fData, fModel, fSettings.GetCrossProducts());
       const double costSparse = 3.0 * sparse->GetFactorFlops() + costLayout;
       if (!sparse->IsReady() && !chosen) return cannot;
       if (!sparse->IsReady() || (chosen && !(4.0 * costSparse < GroupCost()))) {
@@ -150,7 +150,7 @@ MCEngineStatus MCEngineFitterImpl::MakeEvaluator() {
       refused.SetCount(std::lround(work / 1e6));
       return refused;
     }
-    auto bySubject = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel, fSettings.GetGroupCrossProducts());
+    auto bySubject = std::make_unique<MCEngineSubjectEvaluator>(fData, fModel, fSettings.GetCrossProducts());
     fResult.SetGroupProductEntries(bySubject->GetProductEntries());
     fpEvaluator = std::move(bySubject);
   }

@@ -103,7 +103,8 @@ bool MCEnginePredictorImpl::Setup(const MCEngineFitterImpl& fitter, const MCEngi
     auto* pEvaluator = dynamic_cast<MCEngineSparseEvaluator*>(fitter.GetEvaluator());
     std::unique_ptr<MCEngineSparseEvaluator> pOwn;
     if (pEvaluator == nullptr) {
-      pOwn = std::make_unique<MCEngineSparseEvaluator>(data, fitter.GetModel());
+      const bool crossProducts = MCEngineSettings().GetCrossProducts();
+      pOwn = std::make_unique<MCEngineSparseEvaluator>(data, fitter.GetModel(), crossProducts);
       pEvaluator = pOwn.get();
     }
     if (!fSparse.Setup(*pEvaluator, fitter.GetModel(), fit.fTheta, fit.fvFree, derivatives, pGiven,

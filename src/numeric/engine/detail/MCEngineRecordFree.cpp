@@ -7,16 +7,11 @@ namespace MCEngine_850 {
 namespace {
 
 std::atomic<long> gRecordPasses{0};
-std::atomic<bool> gAllowed{true};
 
 }  // namespace
 
 long MCEngineRecordFree::GetRecordPasses() { return gRecordPasses.load(); }
 
 void MCEngineRecordFree::CountRecordPass() { gRecordPasses.fetch_add(1, std::memory_order_relaxed); }
-
-bool MCEngineRecordFree::IsAllowed() { return gAllowed.load(); }
-
-void MCEngineRecordFree::Allow(bool allow) { gAllowed.store(allow); }
 
 }  // namespace MCEngine_850

@@ -44,7 +44,8 @@ double CommonDiagonal(const Eigen::MatrixXd& S) {
 
 }  // namespace
 
-MCEngineSparseEvaluator::MCEngineSparseEvaluator(const MCEngineData& data, const MCEngineModel& model)
+MCEngineSparseEvaluator::MCEngineSparseEvaluator(const MCEngineData& data, const MCEngineModel& model,
+                                                 bool crossProducts)
     : fData(data),
       fModel(model),
       fCopies(data),
@@ -76,7 +77,7 @@ MCEngineSparseEvaluator::MCEngineSparseEvaluator(const MCEngineData& data, const
     singleRows = singleRows && g.fNRows == 1;
   }
   // One variance over single records: R^-1 is a fixed matrix times a number.
-  fbRecordFree = MCEngineRecordFree::IsAllowed() && singleRows && fbResidualDiagonal &&
+  fbRecordFree = crossProducts && singleRows && fbResidualDiagonal &&
                  fModel.GetResidual().GetNParams() == 1;
   if (fbRecordFree) FormUnitProducts();
   fbReady = true;

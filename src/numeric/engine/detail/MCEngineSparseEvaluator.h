@@ -34,9 +34,14 @@ namespace MCEngine_850 {
 // statistics need, is the difference quotient of the analytic gradient
 // (central, with Richardson's extrapolation). No matrix over all random
 // columns is ever formed densely.
+//
+// Under a residual of one variance over single records, crossProducts
+// reduces the records to their cross products once, and no evaluation then
+// visits them; false keeps the general evaluation, which visits them every
+// time (the tests compare the two).
 class MCEngineSparseEvaluator : public MCEngineEvaluator {
  public:
-  MCEngineSparseEvaluator(const MCEngineData& data, const MCEngineModel& model);
+  MCEngineSparseEvaluator(const MCEngineData& data, const MCEngineModel& model, bool crossProducts);
 
   // False when the sparse factorisation could not be set up.
   bool IsReady() const { return fbReady; }
