@@ -16,23 +16,26 @@ namespace {
 
 inline std::size_t U(long i) { return static_cast<std::size_t>(i); }
 
+// A rows x cols matrix on a buffer that only grows.
+Eigen::Map<Eigen::MatrixXd> Sized(std::vector<double>& buffer, long rows, long cols) {
+  if (buffer.size() < U(rows * cols)) buffer.resize(U(rows * cols));
+  return Eigen::Map<Eigen::MatrixXd>(buffer.data(), rows, cols);
+}
+
 // Values this close to the factored ones are the same matrix reached by
 // another rounding: a profiled fit asks for the same equations at a point
 // and at its rescaled copy, whose factors differ by rounding only.
 constexpr double kRounding = 1e-13;
 
-// The first position in the ascending [at, last) not below target.
-const int* GallopTo(const int* at, const int* last, int target) {
-  const int* from = at;
-  long step = 1;
-  while (from + step < last && from[step] < target) {
-    at = from + step;
-    step *= 2;
-  }
-  return std::lower_bound(at, from + step < last ? from + step + 1 : last, target);
-}
-
 }  // namespace
+
+// What the selected inverse's recursion works in: the buffers that only grow
+// are kept from one factor to the next, so that no evaluation allocates
+// them again.
+struct MCEngineSparseFactor::Scratch {
+  // Z(S, S), -Z(S, S) B, B'Z(S, J) and w, by supernode.
+  std::vector<double> fZss, fZsb, fBz, fW;
+};
 
 struct MCEngineSparseFactor::Library {
   cholmod_common fCommon;
@@ -56,7 +59,8 @@ struct MCEngineSparseFactor::Library {
   Library& operator=(const Library&) = delete;
 };
 
-MCEngineSparseFactor::MCEngineSparseFactor() : fpLib(std::make_unique<Library>()) {}
+MCEngineSparseFactor::MCEngineSparseFactor()
+    : fpLib(std::make_unique<Library>()), fpScratch(std::make_unique<Scratch>()) {}
 
 MCEngineSparseFactor::~MCEngineSparseFactor() = default;
 
@@ -67,6 +71,7 @@ bool MCEngineSparseFactor::Analyze(int n, const std::vector<int>& colStart, cons
   fN = 0;
   fbFactored = false;
   fbInverse = false;
+  fbRelative = false;
   if (n <= 0 || static_cast<int>(colStart.size()) != n + 1) return false;
   const std::size_t nnz = rowIndex.size();
   lib.fpA = cholmod_allocate_sparse(U(n), U(n), nnz, 1, 1, -1, CHOLMOD_REAL, &lib.fCommon);
@@ -84,6 +89,12 @@ bool MCEngineSparseFactor::Analyze(int n, const std::vector<int>& colStart, cons
   fvInvPerm.assign(U(n), 0);
   for (int k = 0; k < n; ++k) fvInvPerm[U(fvPerm[U(k)])] = k;
   ColumnLayout();
+  // The positions kept take at most half the factor's memory (ints against
+  // doubles); beyond that the gather finds them again each time.
+  const cholmod_factor& L = *lib.fpL;
+  fbRelative = fRelative.Build(static_cast<int>(L.nsuper), static_cast<const int*>(L.super),
+                               static_cast<const int*>(L.pi), static_cast<const int*>(L.px),
+                               static_cast<const int*>(L.s), static_cast<long>(L.xsize));
   return true;
 }
 
@@ -187,7 +198,7 @@ void MCEngineSparseFactor::SolveLt(double* b, int nrhs) const { SolveOp(kSolveLt
 
 bool MCEngineSparseFactor::SelectInverse() {
   if (fbInverse) return true;
-  if (!fbFactored) return false;
+  if (!fbFactored || !fbRelative) return false;
   // Supernode by supernode from the last: with J the supernode's columns, S
   // the rows below them, D = L(J, J) and B = L(S, J),
   //   Z(S, J) = -Z(S, S) B D^-1,   Z(J, J) = D^-T D^-1 - D^-T B'Z(S, J),
@@ -197,62 +208,48 @@ bool MCEngineSparseFactor::SelectInverse() {
   // would take three times the work.
   const cholmod_factor& L = *fpLib->fpL;
   const double* x = static_cast<const double*>(L.x);
-  const int* s = static_cast<const int*>(L.s);
   const int* super = static_cast<const int*>(L.super);
   const int* pi = static_cast<const int*>(L.pi);
   const int* px = static_cast<const int*>(L.px);
-  fvInverse.assign(L.xsize, 0.0);
-  std::vector<double> zss;
-  Eigen::MatrixXd zsj, dinv, w;
+  // Every entry the recursion or InverseAt reads is written before it is
+  // read: the strict upper triangles of the diagonal blocks stay unused.
+  fvInverse.resize(L.xsize);
+  Scratch& sc = *fpScratch;
   for (long k = static_cast<long>(L.nsuper) - 1; k >= 0; --k) {
     const int nj = super[k + 1] - super[k];
     const int nrow = pi[k + 1] - pi[k];
     const int ns = nrow - nj;
     const Eigen::Map<const Eigen::MatrixXd> block(x + px[k], nrow, nj);
-    const int* rows = s + pi[k] + nj;
-    if (!GatherInverse(rows, ns, zss)) return false;
-    dinv = block.topRows(nj);
-    MCEngineTriangular::InvertLower(dinv.data(), nj, nj);
-    // w = D^-T B'Z(S, J). The last supernode has no rows below its columns.
-    if (ns > 0) {
-      const Eigen::Map<const Eigen::MatrixXd> below(zss.data(), ns, ns);
-      zsj = -(below.selfadjointView<Eigen::Lower>() * block.bottomRows(ns));
-      zsj = zsj * dinv.triangularView<Eigen::Lower>();
-      const Eigen::MatrixXd bz = block.bottomRows(ns).transpose() * zsj;
-      w = dinv.triangularView<Eigen::Lower>().transpose() * bz;
-    } else {
-      zsj.resize(0, nj);
-      w.setZero(nj, nj);
-    }
-    MCEngineTriangular::LowerGram(dinv.data(), nj, nj);
     Eigen::Map<Eigen::MatrixXd> out(&fvInverse[U(px[k])], nrow, nj);
-    for (int c = 0; c < nj; ++c) {
-      for (int r = c; r < nj; ++r) out(r, c) = dinv(r, c) - 0.5 * (w(r, c) + w(c, r));
+    // D^-1, then D^-T D^-1, in the lower triangle of Z(J, J)'s place.
+    double* zjj = out.data();
+    out.topRows(nj).triangularView<Eigen::Lower>() = block.topRows(nj);
+    MCEngineTriangular::InvertLower(zjj, nj, nrow);
+    // The last supernode has no rows below its columns: Z(J, J) = D^-T D^-1.
+    if (ns > 0) {
+      const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> dinv(zjj, nj, nj, Eigen::OuterStride<>(nrow));
+      Eigen::Map<Eigen::MatrixXd> below = Sized(sc.fZss, ns, ns);
+      fRelative.Gather(static_cast<int>(k), fvInverse.data(), below.data());
+      Eigen::Map<Eigen::MatrixXd> zsb = Sized(sc.fZsb, ns, nj);
+      zsb.noalias() = -(below.selfadjointView<Eigen::Lower>() * block.bottomRows(ns));
+      out.bottomRows(ns).noalias() = zsb * dinv.triangularView<Eigen::Lower>();
+      // w = D^-T B'Z(S, J), with Z(S, J) in its place.
+      Eigen::Map<Eigen::MatrixXd> bz = Sized(sc.fBz, nj, nj);
+      bz.noalias() = block.bottomRows(ns).transpose() * out.bottomRows(ns);
+      Eigen::Map<Eigen::MatrixXd> w = Sized(sc.fW, nj, nj);
+      w.noalias() = dinv.triangularView<Eigen::Lower>().transpose() * bz;
+      MCEngineTriangular::LowerGram(zjj, nj, nrow);
+      for (int c = 0; c < nj; ++c) {
+        for (int r = c; r < nj; ++r) out(r, c) -= 0.5 * (w(r, c) + w(c, r));
+      }
+    } else {
+      MCEngineTriangular::LowerGram(zjj, nj, nrow);
     }
-    out.bottomRows(ns) = zsj;
   }
+  // Z(S, S) is the one large buffer: kept, it would sit beside the
+  // factorisation's own workspace and raise the fit's peak.
+  std::vector<double>().swap(sc.fZss);
   fbInverse = true;
-  return true;
-}
-
-bool MCEngineSparseFactor::GatherInverse(const int* rows, int ns, std::vector<double>& zss) const {
-  // Column rows[b]'s pattern holds every later row of S (the rows below a
-  // supernode lie on the pattern of each of them), and both lists ascend:
-  // a galloping search finds each in turn without reading the whole column.
-  const int* s = static_cast<const int*>(fpLib->fpL->s);
-  zss.resize(U(ns) * U(ns));
-  for (int b = 0; b < ns; ++b) {
-    const int col = rows[b];
-    const long vk = fvColValue[U(col)];
-    const int* first = s + fvColRow[U(col)];
-    const int* last = first + fvColCount[U(col)];
-    const int* at = first;
-    for (int t = b; t < ns; ++t) {
-      at = GallopTo(at, last, rows[t]);
-      if (at == last || *at != rows[t]) return false;
-      zss[U(b) * U(ns) + U(t)] = fvInverse[U(vk + (at - first))];
-    }
-  }
   return true;
 }
 

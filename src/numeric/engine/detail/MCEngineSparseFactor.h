@@ -3,6 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include "numeric/engine/detail/MCEngineRelativeIndex.h"
+
 namespace MCEngine_850 {
 
 // The Cholesky factor of a sparse symmetric positive definite matrix A whose
@@ -56,31 +58,31 @@ class MCEngineSparseFactor {
 
  private:
   struct Library;
+  struct Scratch;
   enum Op { kSolveA, kSolveL, kSolveLt };
   void SolveOp(Op op, double* b, int nrhs) const;
   // Column j (in factor order) of the supernodal layout: where its diagonal
   // lies in the values and its rows in the row list, and how many entries
   // it has from the diagonal down.
   void ColumnLayout();
-  // The lower triangle of Z(S, S) (column-major, ns x ns) from the selected
-  // inverse so far, for the rows S of a supernode; false when an entry is
-  // not on the pattern.
-  bool GatherInverse(const int* rows, int ns, std::vector<double>& zss) const;
   bool SameUpToRounding(const std::vector<double>& values) const;
 
   std::unique_ptr<Library> fpLib;
+  std::unique_ptr<Scratch> fpScratch;
   int fN = 0;
   double fFlops = 0.0;
   double fEntries = 0.0;
   long fFactorizations = 0;
   bool fbFactored = false;  // the factor is of the values in the library's A
   bool fbInverse = false;   // the selected inverse is the factor's
+  bool fbRelative = false;  // the rows below each supernode lie in their ancestors' lists
   std::vector<int> fvPerm;     // factor order -> A's order
   std::vector<int> fvInvPerm;  // A's order -> factor order
   std::vector<long> fvColValue;
   std::vector<long> fvColRow;
   std::vector<int> fvColCount;
   std::vector<double> fvInverse;  // laid out as the factor's values
+  MCEngineRelativeIndex fRelative;
 };
 
 }  // namespace MCEngine_850
