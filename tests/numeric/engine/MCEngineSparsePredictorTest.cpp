@@ -19,6 +19,7 @@
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestCrossed.h"
 #include "numeric/engine/MCEngineTestFixture.h"
+#include "numeric/engine/detail/MCEngineSparseFactor.h"
 
 using namespace MCEngine_850;
 using MCEngineTestCrossed::Crossed;
@@ -247,4 +248,37 @@ TEST(MCEngineSparsePredictor, CancelledSetUpFails) {
   EXPECT_FALSE(predictor.Setup(second, input));
   EXPECT_FALSE(predictor.IsReady());
   settings.SetCancel(nullptr);
+}
+
+TEST(MCEngineSparsePredictor, TheSetUpAtTheEstimatesTakesTheFitsLastFactor) {
+  // The fit ends with the observed Hessian at the estimates, whose
+  // difference quotients factor M elsewhere; what the predictions need at
+  // the estimates is kept from before them. A set-up after an evaluation
+  // elsewhere factors M again, and the two agree.
+  const MCEngineInput input = Crossed(240, 30, 12, 1.0, 7u);
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(input, SparseFit(true)).IsError());
+  MCEnginePredictor kept, solved;
+  kept.SetResidualDF(true);
+  solved.SetResidualDF(true);
+  long before = MCEngineSparseFactor::GetKernelCalls();
+  ASSERT_TRUE(kept.Setup(fitter, input));
+  const long keptCalls = MCEngineSparseFactor::GetKernelCalls() - before;
+
+  std::vector<double> theta;
+  for (const MCEngineCovParam& cp : fitter.GetResult().GetCovParams()) theta.push_back(1.3 * cp.GetEstimate());
+  double value = 0.0;
+  std::vector<double> grad, observed, average;
+  ASSERT_TRUE(fitter.EvaluateAt(theta, value, grad, observed, average));
+  before = MCEngineSparseFactor::GetKernelCalls();
+  ASSERT_TRUE(solved.Setup(fitter, input));
+  const long solvedCalls = MCEngineSparseFactor::GetKernelCalls() - before;
+  EXPECT_LT(2 * keptCalls, solvedCalls);
+
+  for (int r = 0; r < input.GetNRecords(); r += 7) {
+    const MCEnginePrediction a = kept.Predict(Row(input, r), RecordEntries(input, r));
+    const MCEnginePrediction b = solved.Predict(Row(input, r), RecordEntries(input, r));
+    EXPECT_NEAR(a.GetEstimate(), b.GetEstimate(), 1e-12 * std::max(1.0, std::fabs(b.GetEstimate())));
+    EXPECT_NEAR(a.GetStdError(), b.GetStdError(), 1e-12 * std::max(1.0, b.GetStdError()));
+  }
 }

@@ -14,6 +14,10 @@ namespace {
 // magnitude near 1, so this is far below anything a variance can mean).
 constexpr double kLift = 1e-60;
 
+// Parameters this close are the same point: the estimates come back to the
+// predictions rescaled and unscaled, a few units in the last place apart.
+constexpr double kThetaRounding = 1e-14;
+
 inline std::size_t U(long i) { return static_cast<std::size_t>(i); }
 
 inline double TraceOfProduct(const Eigen::MatrixXd& A, const Eigen::MatrixXd& B) {
@@ -140,6 +144,9 @@ bool MCEngineSparseEvaluator::Compute(const Eigen::VectorXd& theta, Level level,
   if (!out.fGrad.allFinite()) return false;
   if (information) AverageInformation(theta, w, sh, out);
   if (level < kHessian) return true;
+  // The statistics' Hessian is asked for at the estimates; the differences
+  // that follow replace the factor, and predictions there need it again.
+  KeepPredictionPoint(theta);
   RandomA(theta, sh, out);
   return ObservedHessian(theta, reml, out, out.fHessObserved);
 }
@@ -638,9 +645,24 @@ bool MCEngineSparseEvaluator::DifferenceQuotient(const DifferenceSide& up, const
 }
 
 bool MCEngineSparseEvaluator::PredictionPointAt(const Eigen::VectorXd& theta, PredictionPoint& out) {
+  if (fbKeptPoint && SameUpToRounding(theta, fKeptTheta)) {
+    out = fKeptPoint;
+    return true;
+  }
   MCEngineEvaluation ev;
   if (!fbReady || Cancelled() || !Solved(theta, fbHaveLast && fbLastReml, false, ev)) return false;
   if (!fFactor.SelectInverse()) return false;
+  FillPredictionPoint(out);
+  return true;
+}
+
+void MCEngineSparseEvaluator::KeepPredictionPoint(const Eigen::VectorXd& theta) {
+  FillPredictionPoint(fKeptPoint);
+  fKeptTheta = theta;
+  fbKeptPoint = true;
+}
+
+void MCEngineSparseEvaluator::FillPredictionPoint(PredictionPoint& out) const {
   const Work& w = fLast;
   out.fvLambda = w.fvLambda;
   out.fvPairInverse.resize(fvPairInverse.size());
@@ -651,6 +673,13 @@ bool MCEngineSparseEvaluator::PredictionPointAt(const Eigen::VectorXd& theta, Pr
   out.fC = w.fC;
   out.fBeta = Estimates(w);
   out.fV = w.fV;
+}
+
+bool MCEngineSparseEvaluator::SameUpToRounding(const Eigen::VectorXd& a, const Eigen::VectorXd& b) {
+  if (a.size() != b.size()) return false;
+  for (Eigen::Index k = 0; k < a.size(); ++k) {
+    if (!(std::fabs(a[k] - b[k]) <= kThetaRounding * std::fabs(b[k]))) return false;
+  }
   return true;
 }
 

@@ -67,6 +67,7 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
     Eigen::VectorXd fBeta;
     Eigen::VectorXd fV;
   };
+  // At the parameters of the last observed Hessian, the point kept then.
   bool PredictionPointAt(const Eigen::VectorXd& theta, PredictionPoint& out);
   const MCEngineSparseDesign& GetDesign() const { return fDesign; }
 
@@ -154,6 +155,10 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   void ResidualGradient(const Work& w, const Shared& sh, bool keepA, MCEngineEvaluation& out) const;
   void AverageInformation(const Eigen::VectorXd& theta, const Work& w, const Shared& sh, MCEngineEvaluation& out);
   void RandomA(const Eigen::VectorXd& theta, const Shared& sh, MCEngineEvaluation& out) const;
+  void KeepPredictionPoint(const Eigen::VectorXd& theta);
+  // From the last point solved and its selected inverse.
+  void FillPredictionPoint(PredictionPoint& out) const;
+  static bool SameUpToRounding(const Eigen::VectorXd& a, const Eigen::VectorXd& b);
   // The observed Hessian from differences of the gradient.
   bool ObservedHessian(const Eigen::VectorXd& theta, bool reml, const MCEngineEvaluation& here, Eigen::MatrixXd& H);
   // The profiled scale r's row and column of H from the other columns.
@@ -204,6 +209,10 @@ class MCEngineSparseEvaluator : public MCEngineEvaluator {
   bool fbLastReml = false;
   bool fbHaveLast = false;
   MCEngineEvaluation fLastValue;
+  // What predictions need at the last observed Hessian's parameters.
+  PredictionPoint fKeptPoint;
+  Eigen::VectorXd fKeptTheta;
+  bool fbKeptPoint = false;
 };
 
 }  // namespace MCEngine_850
