@@ -4,6 +4,7 @@
 #include "numeric/engine/detail/MCEngineTriangular.h"
 
 #include <cholmod.h>
+#include <omp.h>
 
 #include <Eigen/Dense>
 
@@ -26,6 +27,22 @@ Eigen::Map<Eigen::MatrixXd> Sized(std::vector<double>& buffer, long rows, long c
 // another rounding: a profiled fit asks for the same equations at a point
 // and at its rescaled copy, whose factors differ by rounding only.
 constexpr double kRounding = 1e-13;
+
+// The library's supernodal factorisation opens parallel regions of its own
+// thread count. On equations of a few thousand columns each region is too
+// short for its threads: their wake-ups and hand-offs cost more processor
+// time than they share, and on two cores the elapsed time too. For as long
+// as it lives, parallel regions opened on this thread run on it alone.
+class SerialRegions {
+ public:
+  SerialRegions() : fLevels(omp_get_max_active_levels()) { omp_set_max_active_levels(0); }
+  ~SerialRegions() { omp_set_max_active_levels(fLevels); }
+  SerialRegions(const SerialRegions&) = delete;
+  SerialRegions& operator=(const SerialRegions&) = delete;
+
+ private:
+  int fLevels;
+};
 
 }  // namespace
 
@@ -127,7 +144,10 @@ bool MCEngineSparseFactor::Factorize(const std::vector<double>& values) {
   fbInverse = false;
   std::copy(values.begin(), values.end(), static_cast<double*>(lib.fpA->x));
   ++fFactorizations;
-  if (!cholmod_factorize(lib.fpA, lib.fpL, &lib.fCommon)) return false;
+  {
+    const SerialRegions serial;
+    if (!cholmod_factorize(lib.fpA, lib.fpL, &lib.fCommon)) return false;
+  }
   if (lib.fCommon.status != CHOLMOD_OK || lib.fpL->minor < U(fN) || !lib.fpL->is_super) return false;
   const double* x = static_cast<const double*>(lib.fpL->x);
   for (int j = 0; j < fN; ++j) {
