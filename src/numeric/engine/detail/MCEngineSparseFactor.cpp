@@ -58,6 +58,11 @@ struct MCEngineSparseFactor::Library {
   cholmod_common fCommon;
   cholmod_sparse* fpA = nullptr;
   cholmod_factor* fpL = nullptr;
+  // A solve's result, the first half's of a two-step solve, and workspace.
+  cholmod_dense* fpX = nullptr;
+  cholmod_dense* fpHalf = nullptr;
+  cholmod_dense* fpY = nullptr;
+  cholmod_dense* fpE = nullptr;
 
   Library() {
     cholmod_start(&fCommon);
@@ -68,6 +73,9 @@ struct MCEngineSparseFactor::Library {
     fCommon.final_asis = 1;
   }
   ~Library() {
+    for (cholmod_dense** d : {&fpX, &fpHalf, &fpY, &fpE}) {
+      if (*d != nullptr) cholmod_free_dense(d, &fCommon);
+    }
     if (fpL != nullptr) cholmod_free_factor(&fpL, &fCommon);
     if (fpA != nullptr) cholmod_free_sparse(&fpA, &fCommon);
     cholmod_finish(&fCommon);
@@ -185,29 +193,29 @@ void MCEngineSparseFactor::SolveOp(Op op, double* b, int nrhs) const {
   B.z = nullptr;
   B.xtype = CHOLMOD_REAL;
   B.dtype = CHOLMOD_DOUBLE;
-  cholmod_dense* first = nullptr;
-  cholmod_dense* result = nullptr;
+  // The results and the library's workspace are kept from one solve to the
+  // next of the same shape.
+  auto step = [&lib](int sys, cholmod_dense* in, cholmod_dense** out) {
+    return cholmod_solve2(sys, lib.fpL, in, nullptr, out, nullptr, &lib.fpY, &lib.fpE, &lib.fCommon) != 0;
+  };
+  bool solved = false;
   switch (op) {
     case kSolveA:
-      result = cholmod_solve(CHOLMOD_A, lib.fpL, &B, &lib.fCommon);
+      solved = step(CHOLMOD_A, &B, &lib.fpX);
       break;
     case kSolveL:
-      first = cholmod_solve(CHOLMOD_P, lib.fpL, &B, &lib.fCommon);
-      if (first != nullptr) result = cholmod_solve(CHOLMOD_L, lib.fpL, first, &lib.fCommon);
+      solved = step(CHOLMOD_P, &B, &lib.fpHalf) && step(CHOLMOD_L, lib.fpHalf, &lib.fpX);
       break;
     case kSolveLt:
-      first = cholmod_solve(CHOLMOD_Lt, lib.fpL, &B, &lib.fCommon);
-      if (first != nullptr) result = cholmod_solve(CHOLMOD_Pt, lib.fpL, first, &lib.fCommon);
+      solved = step(CHOLMOD_Lt, &B, &lib.fpHalf) && step(CHOLMOD_Pt, lib.fpHalf, &lib.fpX);
       break;
   }
-  if (result != nullptr) {
-    const double* x = static_cast<const double*>(result->x);
+  if (solved) {
+    const double* x = static_cast<const double*>(lib.fpX->x);
     std::copy(x, x + static_cast<std::ptrdiff_t>(fN) * nrhs, b);
   } else {
     std::fill(b, b + static_cast<std::ptrdiff_t>(fN) * nrhs, std::nan(""));
   }
-  if (first != nullptr) cholmod_free_dense(&first, &lib.fCommon);
-  if (result != nullptr) cholmod_free_dense(&result, &lib.fCommon);
 }
 
 void MCEngineSparseFactor::Solve(double* b, int nrhs) const { SolveOp(kSolveA, b, nrhs); }
