@@ -5,7 +5,7 @@
 //   glmix_lmm_bench [--sizes 1000,10000,100000] [--dir DIR] [--data DIR]
 //                   [--no-simulated] [--no-real] [--min-seconds S]
 //                   [--crossed RECORDS:LEVELS,...] [--teaching] [--levels L,...]
-//                   [--write-only]
+//                   [--write-only] [--portable-kernels]
 //
 // The simulated data have 10 records per subject (x = 0..9) and a fixed
 // seed; each size is written as DIR/lmm_<subjects>.csv (columns subject, x,
@@ -30,7 +30,9 @@
 // departments (DIR/teaching.csv): the shape of a teaching evaluation.
 // --levels fits y ~ f + (1|g) with a fixed factor f of L levels on 100,000
 // records of 2,000 subjects g (DIR/levels_<L>.csv). --write-only writes
-// these simulated files without fitting them.
+// these simulated files without fitting them. --portable-kernels keeps the
+// dense products off the AVX2 kernel: the figures of the portable path, in
+// the same session.
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -53,6 +55,7 @@
 #include "bench_memory.h"
 #include "numeric/common/MCMV.h"
 #include "numeric/common/RecordIterator.h"
+#include "numeric/engine/detail/MCEngineGemm.h"
 #include "numeric/glmm/GLMMAlgorithm.h"
 #include "numeric/glmm/GLMMSettings.h"
 #include "numeric/xml/IMCVariable.h"
@@ -604,10 +607,12 @@ int main(int argc, char** argv) {
       simulated = false;
     } else if (arg == "--no-real") {
       real = false;
+    } else if (arg == "--portable-kernels") {
+      MCEngine_850::MCEngineGemm::SetPortable(true);
     } else {
       std::fprintf(stderr,
                    "usage: %s [--sizes 1000,10000,100000] [--dir DIR] [--data DIR] [--no-simulated] [--no-real] "
-                   "[--min-seconds S] [--crossed RECORDS:LEVELS,...] [--teaching] [--levels L,...] [--write-only]\n",
+                   "[--min-seconds S] [--crossed RECORDS:LEVELS,...] [--teaching] [--levels L,...] [--write-only] [--portable-kernels]\n",
                    argv[0]);
       return 2;
     }

@@ -5,6 +5,8 @@
 #include <random>
 #include <vector>
 
+#include "numeric/engine/detail/MCEngineGemm.h"
+
 extern "C" {
 void dgemm_(const char*, const char*, const int*, const int*, const int*, const double*, const double*, const int*,
             const double*, const int*, const double*, double*, const int*);
@@ -231,6 +233,123 @@ TEST(MCEngineBlasTest, PotrfFactorsEitherTriangleAndNamesTheFirstMinorNotPositiv
   int info = 0;
   dpotrf_("L", &n, B.v.data(), &B.ld, &info);
   EXPECT_EQ(info, 101);
+}
+
+// The blocked product where the processor has it (or the portable code
+// where it is forced), against products by definition.
+class MCEngineBlasPathTest : public ::testing::TestWithParam<bool> {
+ protected:
+  void SetUp() override { MCEngine_850::MCEngineGemm::SetPortable(GetParam()); }
+  void TearDown() override { MCEngine_850::MCEngineGemm::SetPortable(false); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Paths, MCEngineBlasPathTest, ::testing::Values(false, true),
+                         [](const ::testing::TestParamInfo<bool>& info) { return info.param ? "Portable" : "Blocked"; });
+
+// C = alpha op(A) op(B) + beta C by dgemm, checked element by element and
+// with C's padding untouched.
+void ExpectGemmByDefinition(int m, int n, int k, double alpha, double beta, std::mt19937& draw) {
+  for (const char* ta : {"N", "T"}) {
+    for (const char* tb : {"N", "T"}) {
+      const bool at = *ta != 'N', bt = *tb != 'N';
+      const Strided A(at ? k : m, at ? m : k, draw), B(bt ? n : k, bt ? k : n, draw);
+      Strided C(m, n, draw);
+      const Strided C0 = C;
+      dgemm_(ta, tb, &m, &n, &k, &alpha, A.v.data(), &A.ld, B.v.data(), &B.ld, &beta, C.v.data(), &C.ld);
+      for (int j = 0; j < n; ++j) {
+        for (int i = 0; i < m; ++i) {
+          double s = 0.0;
+          for (int l = 0; l < k; ++l) s += Op(A, at, i, l) * Op(B, bt, l, j);
+          ASSERT_NEAR(C(i, j), alpha * s + beta * C0(i, j), 1e-13 * (k + 1))
+              << ta << tb << " " << m << "x" << n << "x" << k << " at " << i << "," << j;
+        }
+        for (int pad = m; pad < C.ld; ++pad) ASSERT_EQ(C(pad, j), C0(pad, j));
+      }
+    }
+  }
+}
+
+// Sizes on either side of the register tile (8 by 6) and of the cache
+// blocks (96 rows, depth 256).
+TEST_P(MCEngineBlasPathTest, GemmAgreesWithTheDefinitionAcrossEveryBlockingEdge) {
+  std::mt19937 draw(23);
+  for (int s : {1, 5, 6, 7, 8, 9, 13, 95, 96, 97, 255, 256, 257}) {
+    ExpectGemmByDefinition(s, 37, 41, 0.7, -1.3, draw);
+    ExpectGemmByDefinition(45, s, 41, 0.7, -1.3, draw);
+    ExpectGemmByDefinition(29, 31, s, 0.7, -1.3, draw);
+  }
+  ExpectGemmByDefinition(300, 203, 517, 1.0, 1.0, draw);
+  for (double alpha : {0.0, 1.0, -1.0}) {
+    for (double beta : {0.0, 1.0, 2.5}) ExpectGemmByDefinition(70, 50, 60, alpha, beta, draw);
+  }
+}
+
+TEST_P(MCEngineBlasPathTest, SyrkByBlocksUpdatesOnlyItsTriangle) {
+  std::mt19937 draw(29);
+  for (int n : {95, 96, 97, 193, 301}) {
+    for (int k : {7, 64}) {
+      for (const char* uplo : {"L", "U"}) {
+        for (const char* trans : {"N", "T"}) {
+          const bool t = *trans == 'T', lower = *uplo == 'L';
+          const Strided A(t ? k : n, t ? n : k, draw);
+          Strided C(n, n, draw);
+          const Strided C0 = C;
+          const double alpha = -0.5, beta = 1.0;
+          dsyrk_(uplo, trans, &n, &k, &alpha, A.v.data(), &A.ld, &beta, C.v.data(), &C.ld);
+          for (int j = 0; j < n; ++j) {
+            for (int i = 0; i < C.ld; ++i) {
+              if (i >= n || (lower ? i < j : i > j)) {
+                ASSERT_EQ(C(i, j), C0(i, j));
+                continue;
+              }
+              double s = 0.0;
+              for (int l = 0; l < k; ++l) s += Op(A, t, i, l) * Op(A, t, j, l);
+              ASSERT_NEAR(C(i, j), alpha * s + beta * C0(i, j), 1e-13 * k) << uplo << trans << n << " " << k;
+            }
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST_P(MCEngineBlasPathTest, PotrfBySplitsFactorsAndNamesTheFirstMinorNotPositiveDefinite) {
+  std::mt19937 draw(31);
+  const int n = 403;
+  const Strided G(n, n, draw);
+  Strided A(n, n, draw);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      double s = i == j ? n : 0.0;
+      for (int l = 0; l < n; ++l) s += G(i, l) * G(j, l);
+      A(i, j) = s;
+    }
+  }
+  Strided F = A;
+  int info = -1;
+  dpotrf_("L", &n, F.v.data(), &F.ld, &info);
+  ASSERT_EQ(info, 0);
+  for (int j = 0; j < n; ++j) {
+    for (int i = 0; i < F.ld; ++i) {
+      if (i < j || i >= n) {
+        ASSERT_EQ(F(i, j), A(i, j));
+        continue;
+      }
+      double s = 0.0;
+      for (int l = 0; l <= j; ++l) s += F(i, l) * F(j, l);
+      ASSERT_NEAR(s, A(i, j), 1e-11 * n);
+    }
+  }
+  // The leading minor of order 301, in the second half's second half, is
+  // the first not positive definite.
+  Strided B = A;
+  for (int j = 0; j < n; ++j) {
+    B(300, j) = B(299, j);
+    B(j, 300) = B(j, 299);
+  }
+  B(300, 300) = B(299, 299) - 1.0;
+  dpotrf_("L", &n, B.v.data(), &B.ld, &info);
+  EXPECT_EQ(info, 301);
 }
 
 }  // namespace

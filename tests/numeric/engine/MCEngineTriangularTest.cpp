@@ -4,8 +4,10 @@
 #include <cmath>
 #include <initializer_list>
 #include <random>
+#include <tuple>
 #include <vector>
 
+#include "numeric/engine/detail/MCEngineGemm.h"
 #include "numeric/engine/detail/MCEngineTriangular.h"
 
 namespace MCEngine_850 {
@@ -63,13 +65,22 @@ Triangle After(const Triangle& d, std::initializer_list<Kernel> kernels) {
   return x;
 }
 
-class MCEngineTriangularTest : public ::testing::TestWithParam<int> {};
+// An order, and whether the portable products are forced in place of the
+// blocked product.
+class MCEngineTriangularTest : public ::testing::TestWithParam<std::tuple<int, bool>> {
+ protected:
+  void SetUp() override { MCEngineGemm::SetPortable(std::get<1>(GetParam())); }
+  void TearDown() override { MCEngineGemm::SetPortable(false); }
+  static int Order() { return std::get<0>(GetParam()); }
+};
 
 // Orders below, at and above the size done directly, and odd splits.
-INSTANTIATE_TEST_SUITE_P(Orders, MCEngineTriangularTest, ::testing::Values(1, 2, 7, 48, 49, 97, 130, 301));
+INSTANTIATE_TEST_SUITE_P(Orders, MCEngineTriangularTest,
+                         ::testing::Combine(::testing::Values(1, 2, 7, 48, 49, 97, 130, 301),
+                                            ::testing::Bool()));
 
 TEST_P(MCEngineTriangularTest, InvertsTheLowerTriangle) {
-  const Triangle d(GetParam(), GetParam() + 3);
+  const Triangle d(Order(), Order() + 3);
   const Triangle x = After(d, {&MCEngineTriangular::InvertLower});
   EXPECT_LT(Worst(d.n, false,
                   [&](int i, int j) {
@@ -81,7 +92,7 @@ TEST_P(MCEngineTriangularTest, InvertsTheLowerTriangle) {
 }
 
 TEST_P(MCEngineTriangularTest, FormsTheGramMatrixOfTheTriangle) {
-  const Triangle d(GetParam(), GetParam() + 3);
+  const Triangle d(Order(), Order() + 3);
   const Triangle x = After(d, {&MCEngineTriangular::LowerGram});
   EXPECT_LT(Worst(d.n, true,
                   [&](int i, int j) {
@@ -95,7 +106,7 @@ TEST_P(MCEngineTriangularTest, FormsTheGramMatrixOfTheTriangle) {
 // Together they give (D D')^-1, which the selected inverse of a dense
 // supernode needs.
 TEST_P(MCEngineTriangularTest, InverseThenGramInvertsTheProduct) {
-  const Triangle d(GetParam(), GetParam());
+  const Triangle d(Order(), Order());
   const Triangle z = After(d, {&MCEngineTriangular::InvertLower, &MCEngineTriangular::LowerGram});
   auto symmetric = [&](int i, int j) { return i >= j ? z.get(i, j) : z.get(j, i); };
   EXPECT_LT(Worst(d.n, false,

@@ -1,5 +1,7 @@
 #include "numeric/engine/detail/MCEngineBlas.h"
 
+#include "numeric/engine/detail/MCEngineGemm.h"
+
 #include <Eigen/Dense>
 #include <atomic>
 #include <vector>
@@ -58,6 +60,73 @@ void TriangularSolveVector(bool transposed, const ConstMatrix& a, Eigen::Map<Eig
   }
 }
 
+// Columns of a triangle updated at once: the diagonal block of each stays
+// on the portable rank update, the rectangle beside it goes to the
+// blocked product.
+constexpr int kSyrkBlock = 96;
+
+// Factors of at most this order are left to the portable blocked
+// factorisation; larger ones split in halves whose trailing update is a
+// rank update through the blocked product.
+constexpr int kPotrfLeaf = 128;
+
+// The uplo triangle of C += alpha op(A) op(A)', op(A) n by k (A n by k, or
+// k by n when transposed), by column blocks: false where the blocked
+// product does not take the rectangles and the portable update runs.
+bool RankUpdateByBlocks(bool lower, bool t, int n, int k, double alpha, const double* a, int lda, double* c,
+                        int ldc) {
+  if (n <= kSyrkBlock || !MCEngineGemm::Takes(n - kSyrkBlock, kSyrkBlock, k)) return false;
+  // Row r of op(A), and the rows j0.. of op(A) as an operand.
+  const auto rows = [&](int r) { return t ? a + static_cast<long>(r) * lda : a + r; };
+  for (int j0 = 0; j0 < n; j0 += kSyrkBlock) {
+    const int nb = n - j0 < kSyrkBlock ? n - j0 : kSyrkBlock;
+    Matrix diagonal(c + static_cast<long>(j0) * ldc + j0, nb, nb, Eigen::OuterStride<>(ldc));
+    const ConstMatrix part(rows(j0), t ? k : nb, t ? nb : k, Eigen::OuterStride<>(lda));
+    if (lower && !t) diagonal.selfadjointView<Eigen::Lower>().rankUpdate(part, alpha);
+    if (lower && t) diagonal.selfadjointView<Eigen::Lower>().rankUpdate(part.transpose(), alpha);
+    if (!lower && !t) diagonal.selfadjointView<Eigen::Upper>().rankUpdate(part, alpha);
+    if (!lower && t) diagonal.selfadjointView<Eigen::Upper>().rankUpdate(part.transpose(), alpha);
+    // The rectangle below the diagonal block (lower) or above it (upper).
+    const int r0 = lower ? j0 + nb : 0;
+    const int nr = lower ? n - r0 : j0;
+    if (nr == 0) continue;
+    double* target = c + static_cast<long>(j0) * ldc + r0;
+    if (!MCEngineGemm::AddProduct(t, !t, nr, nb, k, alpha, rows(r0), lda, rows(j0), lda, target, ldc)) {
+      Matrix rectangle(target, nr, nb, Eigen::OuterStride<>(ldc));
+      const ConstMatrix left(rows(r0), t ? k : nr, t ? nr : k, Eigen::OuterStride<>(lda));
+      if (t) {
+        rectangle.noalias() += alpha * left.transpose() * part;
+      } else {
+        rectangle.noalias() += alpha * left * part.transpose();
+      }
+    }
+  }
+  return true;
+}
+
+// The lower Cholesky factor of A in place: the index of the first minor
+// not positive definite, or -1.
+Eigen::Index FactorLower(double* a, int n, int lda) {
+  if (n <= kPotrfLeaf || !MCEngineGemm::Takes(n / 2, n / 2, n / 2)) {
+    Matrix A(a, n, n, Eigen::OuterStride<>(lda));
+    return Eigen::internal::llt_inplace<double, Eigen::Lower>::blocked(A);
+  }
+  const int n1 = n / 2;
+  const int n2 = n - n1;
+  const Eigen::Index first = FactorLower(a, n1, lda);
+  if (first >= 0) return first;
+  // [L11 0; L21 L22] with L21 = A21 L11^-T and L22 L22' = A22 - L21 L21'.
+  const ConstMatrix l11(a, n1, n1, Eigen::OuterStride<>(lda));
+  Matrix l21(a + n1, n2, n1, Eigen::OuterStride<>(lda));
+  l11.triangularView<Eigen::Lower>().transpose().solveInPlace<Eigen::OnTheRight>(l21);
+  double* a22 = a + static_cast<long>(n1) * lda + n1;
+  if (!RankUpdateByBlocks(true, false, n2, n1, -1.0, a + n1, lda, a22, lda)) {
+    Matrix(a22, n2, n2, Eigen::OuterStride<>(lda)).selfadjointView<Eigen::Lower>().rankUpdate(l21, -1.0);
+  }
+  const Eigen::Index second = FactorLower(a22, n2, lda);
+  return second >= 0 ? second + n1 : -1;
+}
+
 }  // namespace
 
 long MCEngineBlas::GetCalls() { return gCalls.load(std::memory_order_relaxed); }
@@ -66,6 +135,9 @@ long MCEngineBlas::GetCalls() { return gCalls.load(std::memory_order_relaxed); }
 
 using MCEngine_850::ConstMatrix;
 using MCEngine_850::Count;
+using MCEngine_850::FactorLower;
+using MCEngine_850::MCEngineGemm;
+using MCEngine_850::RankUpdateByBlocks;
 using MCEngine_850::Is;
 using MCEngine_850::Matrix;
 using MCEngine_850::RowMatrix;
@@ -88,6 +160,7 @@ void dgemm_(const char* transa, const char* transb, const int* m, const int* n, 
   if (*alpha == 0.0 || *k <= 0) return;
   const bool ta = !Is(transa, 'N');
   const bool tb = !Is(transb, 'N');
+  if (MCEngineGemm::AddProduct(ta, tb, *m, *n, *k, *alpha, a, *lda, b, *ldb, c, *ldc)) return;
   const ConstMatrix A(a, ta ? *k : *m, ta ? *m : *k, Eigen::OuterStride<>(*lda));
   const ConstMatrix B(b, tb ? *n : *k, tb ? *k : *n, Eigen::OuterStride<>(*ldb));
   if (!ta && !tb) C.noalias() += *alpha * A * B;
@@ -117,6 +190,7 @@ void dsyrk_(const char* uplo, const char* trans, const int* n, const int* k, con
   }
   if (*alpha == 0.0 || *k <= 0) return;
   const bool t = !Is(trans, 'N');
+  if (RankUpdateByBlocks(lower, t, *n, *k, *alpha, a, *lda, c, *ldc)) return;
   const ConstMatrix A(a, t ? *k : *n, t ? *n : *k, Eigen::OuterStride<>(*lda));
   if (lower && !t) C.selfadjointView<Eigen::Lower>().rankUpdate(A, *alpha);
   if (lower && t) C.selfadjointView<Eigen::Lower>().rankUpdate(A.transpose(), *alpha);
@@ -211,8 +285,7 @@ void dpotrf_(const char* uplo, const int* n, double* a, const int* lda, int* inf
   if (*n <= 0) return;
   Eigen::Index failed = -1;
   if (Is(uplo, 'L')) {
-    Matrix A(a, *n, *n, Eigen::OuterStride<>(*lda));
-    failed = Eigen::internal::llt_inplace<double, Eigen::Lower>::blocked(A);
+    failed = FactorLower(a, *n, *lda);
   } else {
     // The upper triangle of a column-major matrix is the lower one of its
     // row-major reading, and A is symmetric.

@@ -2,6 +2,13 @@
 
 #include <Eigen/Dense>
 
+#include "numeric/engine/detail/MCEngineGemm.h"
+
+// The rank update of the program's own dense kernels, which splits a large
+// triangle into blocks for the blocked product.
+extern "C" void dsyrk_(const char* uplo, const char* trans, const int* n, const int* k, const double* alpha,
+                       const double* a, const int* lda, const double* beta, double* c, const int* ldc);
+
 namespace MCEngine_850 {
 
 namespace {
@@ -11,6 +18,35 @@ using Strided = Eigen::Map<Eigen::MatrixXd, 0, Eigen::OuterStride<>>;
 
 // Blocks up to this order are done directly.
 constexpr Eigen::Index kLeaf = 48;
+
+// The lower triangle of a block as a square with zeros above: a triangular
+// factor then goes through the blocked product, which does twice the
+// operations of a triangular product but on registers four doubles wide
+// with fused multiply-adds, and comes out ahead.
+Eigen::MatrixXd Square(const Block& lower) { return lower.triangularView<Eigen::Lower>(); }
+
+// out = alpha op(L) R, L lower triangular and R general, by the blocked
+// product on L's square where it takes the product, by the triangular
+// product elsewhere.
+void MultiplyByLower(double alpha, const Block& lower, bool transposed, const Eigen::Ref<const Eigen::MatrixXd>& right,
+                     Eigen::Ref<Eigen::MatrixXd, 0, Eigen::OuterStride<>> out) {
+  const int m = static_cast<int>(out.rows());
+  const int n = static_cast<int>(out.cols());
+  const int k = static_cast<int>(right.rows());
+  if (MCEngineGemm::Takes(m, n, k)) {
+    const Eigen::MatrixXd square = Square(lower);
+    out.setZero();
+    MCEngineGemm::AddProduct(transposed, false, m, n, k, alpha, square.data(), k, right.data(),
+                             static_cast<int>(right.outerStride()), out.data(), static_cast<int>(out.outerStride()));
+    return;
+  }
+  if (transposed) {
+    out.noalias() = lower.triangularView<Eigen::Lower>().transpose() * right;
+  } else {
+    out.noalias() = lower.triangularView<Eigen::Lower>() * right;
+  }
+  if (alpha != 1.0) out *= alpha;
+}
 
 void InvertLowerBlock(Block x) {
   const Eigen::Index n = x.rows();
@@ -25,8 +61,10 @@ void InvertLowerBlock(Block x) {
   InvertLowerBlock(x.topLeftCorner(n1, n1));
   InvertLowerBlock(x.bottomRightCorner(n2, n2));
   // [A 0; B C]^-1 has -C^-1 B A^-1 below the diagonal blocks.
-  const Eigen::MatrixXd right = x.bottomLeftCorner(n2, n1) * x.topLeftCorner(n1, n1).triangularView<Eigen::Lower>();
-  x.bottomLeftCorner(n2, n1).noalias() = -(x.bottomRightCorner(n2, n2).triangularView<Eigen::Lower>() * right);
+  // B A^-1 is (A^-T B')'.
+  Eigen::MatrixXd right(n1, n2);
+  MultiplyByLower(1.0, x.topLeftCorner(n1, n1), true, x.bottomLeftCorner(n2, n1).transpose(), right);
+  MultiplyByLower(-1.0, x.bottomRightCorner(n2, n2), false, right.transpose(), x.bottomLeftCorner(n2, n1));
 }
 
 void LowerGramBlock(Block x) {
@@ -45,8 +83,13 @@ void LowerGramBlock(Block x) {
   // [A 0; B C]'[A 0; B C] = [A'A + B'B, B'C; C'B, C'C]: B is read before
   // C'B takes its place, and C before C'C takes its.
   LowerGramBlock(a);
-  a.selfadjointView<Eigen::Lower>().rankUpdate(b.transpose());
-  const Eigen::MatrixXd below = c.triangularView<Eigen::Lower>().transpose() * b;
+  const int order = static_cast<int>(n1);
+  const int depth = static_cast<int>(n2);
+  const int ld = static_cast<int>(x.outerStride());
+  const double one = 1.0;
+  dsyrk_("L", "T", &order, &depth, &one, b.data(), &ld, &one, a.data(), &ld);
+  Eigen::MatrixXd below(n2, n1);
+  MultiplyByLower(1.0, c, true, b, below);
   b = below;
   LowerGramBlock(c);
 }
