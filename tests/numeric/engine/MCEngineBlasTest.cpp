@@ -79,32 +79,6 @@ TEST(MCEngineBlasTest, ABetaOfZeroIgnoresWhatTheResultHeld) {
   }
 }
 
-TEST(MCEngineBlasTest, SyrkUpdatesOnlyItsTriangle) {
-  std::mt19937 draw(11);
-  const int n = 33, k = 19;
-  for (const char* uplo : {"L", "U"}) {
-    for (const char* trans : {"N", "T"}) {
-      const bool t = *trans == 'T', lower = *uplo == 'L';
-      const Strided A(t ? k : n, t ? n : k, draw);
-      Strided C(n, n, draw);
-      const Strided C0 = C;
-      const double alpha = -1.0, beta = 0.5;
-      dsyrk_(uplo, trans, &n, &k, &alpha, A.v.data(), &A.ld, &beta, C.v.data(), &C.ld);
-      for (int i = 0; i < n; ++i) {
-        for (int j = 0; j < n; ++j) {
-          if (lower ? i < j : i > j) {
-            ASSERT_EQ(C(i, j), C0(i, j));
-            continue;
-          }
-          double s = 0.0;
-          for (int l = 0; l < k; ++l) s += Op(A, t, i, l) * Op(A, t, j, l);
-          EXPECT_NEAR(C(i, j), alpha * s + beta * C0(i, j), 1e-13) << uplo << trans;
-        }
-      }
-    }
-  }
-}
-
 // A well-conditioned triangle: a strong diagonal.
 Strided Triangle(int n, std::mt19937& draw) {
   Strided A(n, n, draw);
@@ -195,9 +169,9 @@ TEST(MCEngineBlasTest, GemvAndTrsvFollowTheirIncrements) {
   }
 }
 
-TEST(MCEngineBlasTest, PotrfFactorsEitherTriangleAndNamesTheFirstMinorNotPositiveDefinite) {
-  std::mt19937 draw(19);
-  const int n = 150;  // beyond one block of the blocked factorisation
+// G G' + n I for a random G: symmetric positive definite, both triangles
+// filled.
+Strided PositiveDefinite(int n, std::mt19937& draw) {
   const Strided G(n, n, draw);
   Strided A(n, n, draw);
   for (int i = 0; i < n; ++i) {
@@ -207,6 +181,27 @@ TEST(MCEngineBlasTest, PotrfFactorsEitherTriangleAndNamesTheFirstMinorNotPositiv
       A(i, j) = s;
     }
   }
+  return A;
+}
+
+// A with row and column order-1 repeating the one before, the diagonal one
+// less: the leading minor of that order is the first not positive definite
+// (its last pivot is -1).
+Strided FirstFailingMinor(const Strided& A, int order) {
+  Strided B = A;
+  const int r = order - 1;
+  for (int j = 0; j < A.cols; ++j) {
+    B(r, j) = B(r - 1, j);
+    B(j, r) = B(j, r - 1);
+  }
+  B(r, r) = B(r - 1, r - 1) - 1.0;
+  return B;
+}
+
+TEST(MCEngineBlasTest, PotrfFactorsEitherTriangleAndNamesTheFirstMinorNotPositiveDefinite) {
+  std::mt19937 draw(19);
+  const int n = 150;  // beyond one block of the blocked factorisation
+  const Strided A = PositiveDefinite(n, draw);
   for (const char* uplo : {"L", "U"}) {
     const bool lower = *uplo == 'L';
     Strided F = A;
@@ -222,14 +217,7 @@ TEST(MCEngineBlasTest, PotrfFactorsEitherTriangleAndNamesTheFirstMinorNotPositiv
       }
     }
   }
-  // Row 100 repeats row 99 with a diagonal one less: the leading minor of
-  // order 101 is the first not positive definite (its last pivot is -1).
-  Strided B = A;
-  for (int j = 0; j < n; ++j) {
-    B(100, j) = B(99, j);
-    B(j, 100) = B(j, 99);
-  }
-  B(100, 100) = B(99, 99) - 1.0;
+  Strided B = FirstFailingMinor(A, 101);
   int info = 0;
   dpotrf_("L", &n, B.v.data(), &B.ld, &info);
   EXPECT_EQ(info, 101);
@@ -284,17 +272,17 @@ TEST_P(MCEngineBlasPathTest, GemmAgreesWithTheDefinitionAcrossEveryBlockingEdge)
   }
 }
 
-TEST_P(MCEngineBlasPathTest, SyrkByBlocksUpdatesOnlyItsTriangle) {
+TEST_P(MCEngineBlasPathTest, SyrkUpdatesOnlyItsTriangleWholeOrByBlocks) {
   std::mt19937 draw(29);
-  for (int n : {95, 96, 97, 193, 301}) {
-    for (int k : {7, 64}) {
+  for (int n : {33, 95, 96, 97, 193, 301}) {
+    for (int k : {7, 19, 64}) {
       for (const char* uplo : {"L", "U"}) {
         for (const char* trans : {"N", "T"}) {
           const bool t = *trans == 'T', lower = *uplo == 'L';
           const Strided A(t ? k : n, t ? n : k, draw);
           Strided C(n, n, draw);
           const Strided C0 = C;
-          const double alpha = -0.5, beta = 1.0;
+          const double alpha = -0.5, beta = n == 33 ? 0.5 : 1.0;
           dsyrk_(uplo, trans, &n, &k, &alpha, A.v.data(), &A.ld, &beta, C.v.data(), &C.ld);
           for (int j = 0; j < n; ++j) {
             for (int i = 0; i < C.ld; ++i) {
@@ -316,15 +304,7 @@ TEST_P(MCEngineBlasPathTest, SyrkByBlocksUpdatesOnlyItsTriangle) {
 TEST_P(MCEngineBlasPathTest, PotrfBySplitsFactorsAndNamesTheFirstMinorNotPositiveDefinite) {
   std::mt19937 draw(31);
   const int n = 403;
-  const Strided G(n, n, draw);
-  Strided A(n, n, draw);
-  for (int i = 0; i < n; ++i) {
-    for (int j = 0; j < n; ++j) {
-      double s = i == j ? n : 0.0;
-      for (int l = 0; l < n; ++l) s += G(i, l) * G(j, l);
-      A(i, j) = s;
-    }
-  }
+  const Strided A = PositiveDefinite(n, draw);
   Strided F = A;
   int info = -1;
   dpotrf_("L", &n, F.v.data(), &F.ld, &info);
@@ -342,12 +322,7 @@ TEST_P(MCEngineBlasPathTest, PotrfBySplitsFactorsAndNamesTheFirstMinorNotPositiv
   }
   // The leading minor of order 301, in the second half's second half, is
   // the first not positive definite.
-  Strided B = A;
-  for (int j = 0; j < n; ++j) {
-    B(300, j) = B(299, j);
-    B(j, 300) = B(j, 299);
-  }
-  B(300, 300) = B(299, 299) - 1.0;
+  Strided B = FirstFailingMinor(A, 301);
   dpotrf_("L", &n, B.v.data(), &B.ld, &info);
   EXPECT_EQ(info, 301);
 }
