@@ -15,6 +15,7 @@
 #include "numeric/engine/MCEngineTestCopies.h"
 #include "numeric/engine/MCEngineTestCrossed.h"
 #include "numeric/engine/MCEngineTestFixture.h"
+#include "numeric/engine/detail/MCEngineGemm.h"
 
 using namespace MCEngine_850;
 
@@ -122,4 +123,18 @@ TEST(MCEngineSparseCrossed, ObservedHessianDifferencesAllButTheScale) {
   double hmax = 0.0;
   for (double h : Hd) hmax = std::max(hmax, std::fabs(h));
   for (std::size_t i = 0; i < Hd.size(); ++i) EXPECT_NEAR(Hs[i], Hd[i], 1e-8 * hmax) << "entry " << i;
+}
+
+// The dense kernels of the factorisation and the selected inverse on the
+// AVX2 product (where the processor has it) and on the portable code give
+// the same fit.
+TEST(MCEngineSparseCrossed, TheSameFitOnTheBlockedAndThePortableKernels) {
+  const MCEngineInput input = Crossed(3000, 300, 40, 1.0, 17u);
+  MCEngineFitter blocked, portable;
+  ASSERT_FALSE(blocked.Fit(input, MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations)).IsError());
+  MCEngineGemm::SetPortable(true);
+  const bool failed = portable.Fit(input, MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations)).IsError();
+  MCEngineGemm::SetPortable(false);
+  ASSERT_FALSE(failed);
+  MCEngineTestCopies::ExpectSameFit(blocked.GetResult(), portable.GetResult(), 1e-10);
 }
