@@ -328,3 +328,141 @@ TEST_P(MCEngineBlasPathTest, PotrfBySplitsFactorsAndNamesTheFirstMinorNotPositiv
 }
 
 }  // namespace
+
+extern "C" {
+void dsymv_(const char*, const int*, const double*, const double*, const int*, const double*, const int*,
+            const double*, double*, const int*);
+void dsyr2_(const char*, const int*, const double*, const double*, const int*, const double*, const int*, double*,
+            const int*);
+void dsyr2k_(const char*, const char*, const int*, const int*, const double*, const double*, const int*,
+             const double*, const int*, const double*, double*, const int*);
+void dtrmm_(const char*, const char*, const char*, const char*, const int*, const int*, const double*,
+            const double*, const int*, double*, const int*);
+}
+
+namespace {
+
+// The (i, j) cell of the symmetric matrix an uplo triangle of m stands for.
+double Symmetric(const Strided& m, bool lower, int i, int j) {
+  return (lower ? i >= j : i <= j) ? m(i, j) : m(j, i);
+}
+
+// The (i, j) cell of the triangular matrix m's uplo triangle stands for,
+// with ones on the diagonal when unit.
+double Triangular(const Strided& m, bool lower, bool unit, int i, int j) {
+  if (i == j) return unit ? 1.0 : m(i, i);
+  return (lower ? i > j : i < j) ? m(i, j) : 0.0;
+}
+
+// Whether (i, j) is outside the uplo triangle, where a symmetric update
+// must leave the matrix as it was.
+bool OutsideTriangle(bool lower, int i, int j) { return lower ? i < j : i > j; }
+
+TEST(MCEngineBlasTest, SymvEqualsTheProductOfTheSymmetricMatrixOfOneTriangle) {
+  std::mt19937 draw(23);
+  const int n = 43, incx = 2, incy = -3;
+  for (const char* uplo : {"L", "u"}) {
+    const bool lower = *uplo == 'L';
+    const Strided A(n, n, draw), X(n * incx, 1, draw);
+    Strided Y(n * -incy, 1, draw);
+    const Strided Y0 = Y;
+    const double alpha = -0.6, beta = 1.7;
+    dsymv_(uplo, &n, &alpha, A.v.data(), &A.ld, X.v.data(), &incx, &beta, Y.v.data(), &incy);
+    for (int i = 0; i < n; ++i) {
+      double s = 0.0;
+      for (int j = 0; j < n; ++j) s += Symmetric(A, lower, i, j) * X(j * incx, 0);
+      // A negative increment runs the vector from its far end.
+      const int yi = (n - 1 - i) * -incy;
+      EXPECT_NEAR(Y(yi, 0), alpha * s + beta * Y0(yi, 0), 1e-13) << uplo;
+    }
+    for (int i = 0; i < n * -incy; ++i) {
+      if (i % -incy != 0) {
+        ASSERT_EQ(Y(i, 0), Y0(i, 0));
+      }
+    }
+  }
+}
+
+TEST(MCEngineBlasTest, Syr2AddsBothOuterProductsToItsTriangleOnly) {
+  std::mt19937 draw(29);
+  const int n = 31, incx = 1, incy = 2;
+  for (const char* uplo : {"l", "U"}) {
+    const bool lower = *uplo == 'l';
+    const Strided X(n, 1, draw), Y(n * incy, 1, draw);
+    Strided A(n, n, draw);
+    const Strided A0 = A;
+    const double alpha = 0.45;
+    dsyr2_(uplo, &n, &alpha, X.v.data(), &incx, Y.v.data(), &incy, A.v.data(), &A.ld);
+    for (int i = 0; i < n; ++i) {
+      for (int j = 0; j < n; ++j) {
+        const double update = alpha * (X(i, 0) * Y(j * incy, 0) + Y(i * incy, 0) * X(j, 0));
+        if (OutsideTriangle(lower, i, j)) {
+          ASSERT_EQ(A(i, j), A0(i, j));
+        } else {
+          EXPECT_NEAR(A(i, j), A0(i, j) + update, 1e-14) << uplo;
+        }
+      }
+    }
+  }
+}
+
+TEST(MCEngineBlasTest, Syr2kAddsBothProductsToItsTriangleOnlyForEitherTransposition) {
+  std::mt19937 draw(31);
+  const int n = 67, k = 24;
+  for (const char* uplo : {"L", "U"}) {
+    for (const char* trans : {"N", "T"}) {
+      const bool lower = *uplo == 'L', t = *trans == 'T';
+      const Strided A(t ? k : n, t ? n : k, draw), B(t ? k : n, t ? n : k, draw);
+      Strided C(n, n, draw);
+      const Strided C0 = C;
+      const double alpha = 1.3, beta = -0.4;
+      dsyr2k_(uplo, trans, &n, &k, &alpha, A.v.data(), &A.ld, B.v.data(), &B.ld, &beta, C.v.data(), &C.ld);
+      for (int i = 0; i < n; ++i) {
+        for (int j = 0; j < n; ++j) {
+          if (OutsideTriangle(lower, i, j)) {
+            ASSERT_EQ(C(i, j), C0(i, j));
+            continue;
+          }
+          double s = 0.0;
+          for (int l = 0; l < k; ++l) s += Op(A, t, i, l) * Op(B, t, j, l) + Op(B, t, i, l) * Op(A, t, j, l);
+          EXPECT_NEAR(C(i, j), alpha * s + beta * C0(i, j), 1e-13) << uplo << trans;
+        }
+      }
+    }
+  }
+}
+
+TEST(MCEngineBlasTest, TrmmEqualsTheTriangularProductForEverySideTriangleTranspositionAndDiagonal) {
+  std::mt19937 draw(37);
+  const int m = 26, n = 19;
+  for (const char* side : {"L", "R"}) {
+    for (const char* uplo : {"L", "U"}) {
+      for (const char* transa : {"N", "T"}) {
+        for (const char* diag : {"N", "U"}) {
+          const bool left = *side == 'L', lower = *uplo == 'L', t = *transa == 'T', unit = *diag == 'U';
+          const int order = left ? m : n;
+          const Strided A(order, order, draw);
+          Strided B(m, n, draw);
+          const Strided B0 = B;
+          const double alpha = -1.1;
+          dtrmm_(side, uplo, transa, diag, &m, &n, &alpha, A.v.data(), &A.ld, B.v.data(), &B.ld);
+          auto opA = [&](int i, int j) { return t ? Triangular(A, lower, unit, j, i) : Triangular(A, lower, unit, i, j); };
+          for (int i = 0; i < m; ++i) {
+            for (int j = 0; j < n; ++j) {
+              double s = 0.0;
+              if (left) {
+                for (int l = 0; l < m; ++l) s += opA(i, l) * B0(l, j);
+              } else {
+                for (int l = 0; l < n; ++l) s += B0(i, l) * opA(l, j);
+              }
+              EXPECT_NEAR(B(i, j), alpha * s, 1e-13) << side << uplo << transa << diag;
+            }
+            for (int pad = m; pad < B.ld; ++pad) ASSERT_EQ(B(pad, 0), B0(pad, 0));
+          }
+        }
+      }
+    }
+  }
+}
+
+}  // namespace

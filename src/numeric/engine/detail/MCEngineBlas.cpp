@@ -296,3 +296,143 @@ void dpotrf_(const char* uplo, const int* n, double* a, const int* lda, int* inf
 }
 
 }  // extern "C"
+
+// The kernels the symmetric eigen-decomposition spends its time in: the
+// tridiagonal reduction (dsymv, dsyr2, dsyr2k) and the back-transformation
+// by blocked reflectors (dtrmm).
+namespace MCEngine_850 {
+namespace {
+
+template <int Mode>
+void ScaleTriangle(Matrix& c, double beta) {
+  if (beta == 0.0) {
+    c.triangularView<Mode>().setZero();
+  } else if (beta != 1.0) {
+    c.triangularView<Mode>() *= beta;
+  }
+}
+
+// The uplo triangle of C += alpha (P Q' + Q P').
+template <int Mode>
+void AddSymmetricProducts(Matrix& c, double alpha, const ConstMatrix& p, const ConstMatrix& q, bool transposed) {
+  if (transposed) {
+    c.triangularView<Mode>() += alpha * p.transpose() * q;
+    c.triangularView<Mode>() += alpha * q.transpose() * p;
+  } else {
+    c.triangularView<Mode>() += alpha * p * q.transpose();
+    c.triangularView<Mode>() += alpha * q * p.transpose();
+  }
+}
+
+template <int Mode>
+void TriangularMultiply(bool left, bool transposed, double alpha, const ConstMatrix& a, Matrix& b) {
+  const auto triangle = a.triangularView<Mode>();
+  Eigen::MatrixXd product;
+  if (left && !transposed) product = triangle * b;
+  if (left && transposed) product = triangle.transpose() * b;
+  if (!left && !transposed) product = b * triangle;
+  if (!left && transposed) product = b * triangle.transpose();
+  b = alpha * product;
+}
+
+template <int Mode>
+void TriangularMultiplyOfDiagonal(bool unit, bool left, bool transposed, double alpha, const ConstMatrix& a,
+                                  Matrix& b) {
+  // A zero alpha ignores what B held, NaN included.
+  if (alpha == 0.0) {
+    b.setZero();
+  } else if (unit) {
+    TriangularMultiply<Mode | Eigen::UnitDiag>(left, transposed, alpha, a, b);
+  } else {
+    TriangularMultiply<Mode>(left, transposed, alpha, a, b);
+  }
+}
+
+}  // namespace
+}  // namespace MCEngine_850
+
+extern "C" {
+
+// y = alpha A x + beta y, A symmetric n by n given by its uplo triangle.
+void dsymv_(const char* uplo, const int* n, const double* alpha, const double* a, const int* lda, const double* x,
+            const int* incx, const double* beta, double* y, const int* incy) {
+  Count();
+  if (*n <= 0) return;
+  Eigen::VectorXd product = Eigen::VectorXd::Zero(*n);
+  if (*alpha != 0.0) {
+    const ConstMatrix A(a, *n, *n, Eigen::OuterStride<>(*lda));
+    Strided xs(const_cast<double*>(x), *n, *incx);
+    if (Is(uplo, 'L')) {
+      product.noalias() = A.selfadjointView<Eigen::Lower>() * xs.Vector();
+    } else {
+      product.noalias() = A.selfadjointView<Eigen::Upper>() * xs.Vector();
+    }
+  }
+  // A beta of zero ignores what y held, NaN included.
+  Strided ys(y, *n, *incy);
+  if (*beta == 0.0) {
+    ys.Vector() = *alpha * product;
+  } else {
+    ys.Vector() = *alpha * product + *beta * ys.Vector();
+  }
+  ys.WriteBack();
+}
+
+// The uplo triangle of A += alpha (x y' + y x'), A n by n.
+void dsyr2_(const char* uplo, const int* n, const double* alpha, const double* x, const int* incx, const double* y,
+            const int* incy, double* a, const int* lda) {
+  Count();
+  if (*n <= 0 || *alpha == 0.0) return;
+  Strided xs(const_cast<double*>(x), *n, *incx);
+  Strided ys(const_cast<double*>(y), *n, *incy);
+  Matrix A(a, *n, *n, Eigen::OuterStride<>(*lda));
+  if (Is(uplo, 'L')) {
+    A.selfadjointView<Eigen::Lower>().rankUpdate(xs.Vector(), ys.Vector(), *alpha);
+  } else {
+    A.selfadjointView<Eigen::Upper>().rankUpdate(xs.Vector(), ys.Vector(), *alpha);
+  }
+}
+
+// The uplo triangle of C = alpha (A B' + B A') + beta C (trans N, A and B
+// n by k) or alpha (A'B + B'A) + beta C (A and B k by n).
+void dsyr2k_(const char* uplo, const char* trans, const int* n, const int* k, const double* alpha, const double* a,
+             const int* lda, const double* b, const int* ldb, const double* beta, double* c, const int* ldc) {
+  Count();
+  if (*n <= 0) return;
+  Matrix C(c, *n, *n, Eigen::OuterStride<>(*ldc));
+  const bool lower = Is(uplo, 'L');
+  if (lower) {
+    MCEngine_850::ScaleTriangle<Eigen::Lower>(C, *beta);
+  } else {
+    MCEngine_850::ScaleTriangle<Eigen::Upper>(C, *beta);
+  }
+  if (*alpha == 0.0 || *k <= 0) return;
+  const bool t = !Is(trans, 'N');
+  const ConstMatrix A(a, t ? *k : *n, t ? *n : *k, Eigen::OuterStride<>(*lda));
+  const ConstMatrix B(b, t ? *k : *n, t ? *n : *k, Eigen::OuterStride<>(*ldb));
+  if (lower) {
+    MCEngine_850::AddSymmetricProducts<Eigen::Lower>(C, *alpha, A, B, t);
+  } else {
+    MCEngine_850::AddSymmetricProducts<Eigen::Upper>(C, *alpha, A, B, t);
+  }
+}
+
+// B = alpha op(A) B (side L) or alpha B op(A) (side R), A triangular.
+void dtrmm_(const char* side, const char* uplo, const char* transa, const char* diag, const int* m, const int* n,
+            const double* alpha, const double* a, const int* lda, double* b, const int* ldb) {
+  Count();
+  if (*m <= 0 || *n <= 0) return;
+  const bool left = Is(side, 'L');
+  const int order = left ? *m : *n;
+  Matrix B(b, *m, *n, Eigen::OuterStride<>(*ldb));
+  const ConstMatrix A(a, order, order, Eigen::OuterStride<>(*lda));
+  const bool t = !Is(transa, 'N');
+  const bool unit = Is(diag, 'U');
+  if (Is(uplo, 'L')) {
+    MCEngine_850::TriangularMultiplyOfDiagonal<Eigen::Lower>(unit, left, t, *alpha, A, B);
+  } else {
+    MCEngine_850::TriangularMultiplyOfDiagonal<Eigen::Upper>(unit, left, t, *alpha, A, B);
+  }
+}
+
+}  // extern "C"
