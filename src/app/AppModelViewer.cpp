@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/MixExports.h"
@@ -64,7 +65,7 @@ std::vector<ModelDocuments> CollectModels() {
       if (pModelFile != nullptr) model.fPMML = pModelFile->fContent;
       model.fStatXML = CFStatXMLInfoBlock(file.fName, file.fContent);
       model.fvSplit = file.fvSplit;
-      models.push_back(model);
+      models.push_back(std::move(model));
       pModelFile = nullptr;
     }
   }
@@ -91,8 +92,11 @@ void RemoveIfEmpty(OmHeading& parent, const OmHeading* child) {
               items.end());
 }
 
+// The model's documents are handed over to the plug-in: a model file of a
+// fixed factor of many levels holds tens of megabytes of covariance cells,
+// which are not copied again.
 void ShowModel(BpProcedure& procedure, BpHeading& viewerHeading, ZORV_Dataset& data, CFMetaData& metaData,
-               const ModelDocuments& model) {
+               ModelDocuments model) {
   OmHeading* parent = viewerHeading.GetOmHeading();
   OmHeading* heading = model.fvSplit.empty() ? parent : SplitHeading(viewerHeading, model.fvSplit);
   if (heading == nullptr) return;
@@ -103,8 +107,11 @@ void ShowModel(BpProcedure& procedure, BpHeading& viewerHeading, ZORV_Dataset& d
     plugIn->SetProcedure(&viewer);
     plugIn->SetDataSource(&data);
     plugIn->SetMetaData(&metaData);
-    plugIn->ProcessOutputXML(std::vector<std::string>{model.fPMML}, std::vector<CFStatXMLInfoBlock>{model.fStatXML},
-                             std::string());
+    std::vector<std::string> modelFiles;
+    modelFiles.push_back(std::move(model.fPMML));
+    std::vector<CFStatXMLInfoBlock> statXML;
+    statXML.push_back(std::move(model.fStatXML));
+    plugIn->ProcessOutputXML(modelFiles, statXML, std::string());
     plugIn->ProcessOutputJSON();
   }
   if (heading != parent) RemoveIfEmpty(*parent, heading);
@@ -113,13 +120,13 @@ void ShowModel(BpProcedure& procedure, BpHeading& viewerHeading, ZORV_Dataset& d
 }  // namespace
 
 void AppModelViewer::Run(BpProcedure& procedure, ZORV_Dataset& data) {
-  const std::vector<ModelDocuments> models = CollectModels();
+  std::vector<ModelDocuments> models = CollectModels();
   if (models.empty()) return;
   CFMetaData metaData(data);
   display_result_model = display_output;
   {
     BpHeading viewerHeading = procedure.Heading(BpString("Model Viewer", true));
-    for (const ModelDocuments& model : models) ShowModel(procedure, viewerHeading, data, metaData, model);
+    for (ModelDocuments& model : models) ShowModel(procedure, viewerHeading, data, metaData, std::move(model));
     RemoveIfEmpty(*procedure.GetOmHeading(), viewerHeading.GetOmHeading());
   }
   display_result_model = false;
