@@ -127,6 +127,54 @@ Eigen::Index FactorLower(double* a, int n, int lda) {
   return second >= 0 ? second + n1 : -1;
 }
 
+// The kernels the symmetric eigen-decomposition spends its time in beside
+// the others: the tridiagonal reduction (dsymv, dsyr2, dsyr2k) and the
+// back-transformation by blocked reflectors (dtrmm).
+template <int Mode>
+void ScaleTriangle(Matrix& c, double beta) {
+  if (beta == 0.0) {
+    c.triangularView<Mode>().setZero();
+  } else if (beta != 1.0) {
+    c.triangularView<Mode>() *= beta;
+  }
+}
+
+// The uplo triangle of C += alpha (P Q' + Q P').
+template <int Mode>
+void AddSymmetricProducts(Matrix& c, double alpha, const ConstMatrix& p, const ConstMatrix& q, bool transposed) {
+  if (transposed) {
+    c.triangularView<Mode>() += alpha * p.transpose() * q;
+    c.triangularView<Mode>() += alpha * q.transpose() * p;
+  } else {
+    c.triangularView<Mode>() += alpha * p * q.transpose();
+    c.triangularView<Mode>() += alpha * q * p.transpose();
+  }
+}
+
+template <int Mode>
+void TriangularMultiply(bool left, bool transposed, double alpha, const ConstMatrix& a, Matrix& b) {
+  const auto triangle = a.triangularView<Mode>();
+  Eigen::MatrixXd product;
+  if (left && !transposed) product = triangle * b;
+  if (left && transposed) product = triangle.transpose() * b;
+  if (!left && !transposed) product = b * triangle;
+  if (!left && transposed) product = b * triangle.transpose();
+  b = alpha * product;
+}
+
+template <int Mode>
+void TriangularMultiplyOfDiagonal(bool unit, bool left, bool transposed, double alpha, const ConstMatrix& a,
+                                  Matrix& b) {
+  // A zero alpha ignores what B held, NaN included.
+  if (alpha == 0.0) {
+    b.setZero();
+  } else if (unit) {
+    TriangularMultiply<Mode | Eigen::UnitDiag>(left, transposed, alpha, a, b);
+  } else {
+    TriangularMultiply<Mode>(left, transposed, alpha, a, b);
+  }
+}
+
 }  // namespace
 
 long MCEngineBlas::GetCalls() { return gCalls.load(std::memory_order_relaxed); }
@@ -177,16 +225,10 @@ void dsyrk_(const char* uplo, const char* trans, const int* n, const int* k, con
   if (*n <= 0) return;
   Matrix C(c, *n, *n, Eigen::OuterStride<>(*ldc));
   const bool lower = Is(uplo, 'L');
-  if (*beta != 1.0) {
-    for (int j = 0; j < *n; ++j) {
-      const int i0 = lower ? j : 0;
-      const int len = lower ? *n - j : j + 1;
-      if (*beta == 0.0) {
-        C.col(j).segment(i0, len).setZero();
-      } else {
-        C.col(j).segment(i0, len) *= *beta;
-      }
-    }
+  if (lower) {
+    MCEngine_850::ScaleTriangle<Eigen::Lower>(C, *beta);
+  } else {
+    MCEngine_850::ScaleTriangle<Eigen::Upper>(C, *beta);
   }
   if (*alpha == 0.0 || *k <= 0) return;
   const bool t = !Is(trans, 'N');
@@ -295,63 +337,6 @@ void dpotrf_(const char* uplo, const int* n, double* a, const int* lda, int* inf
   if (failed >= 0) *info = static_cast<int>(failed) + 1;
 }
 
-}  // extern "C"
-
-// The kernels the symmetric eigen-decomposition spends its time in: the
-// tridiagonal reduction (dsymv, dsyr2, dsyr2k) and the back-transformation
-// by blocked reflectors (dtrmm).
-namespace MCEngine_850 {
-namespace {
-
-template <int Mode>
-void ScaleTriangle(Matrix& c, double beta) {
-  if (beta == 0.0) {
-    c.triangularView<Mode>().setZero();
-  } else if (beta != 1.0) {
-    c.triangularView<Mode>() *= beta;
-  }
-}
-
-// The uplo triangle of C += alpha (P Q' + Q P').
-template <int Mode>
-void AddSymmetricProducts(Matrix& c, double alpha, const ConstMatrix& p, const ConstMatrix& q, bool transposed) {
-  if (transposed) {
-    c.triangularView<Mode>() += alpha * p.transpose() * q;
-    c.triangularView<Mode>() += alpha * q.transpose() * p;
-  } else {
-    c.triangularView<Mode>() += alpha * p * q.transpose();
-    c.triangularView<Mode>() += alpha * q * p.transpose();
-  }
-}
-
-template <int Mode>
-void TriangularMultiply(bool left, bool transposed, double alpha, const ConstMatrix& a, Matrix& b) {
-  const auto triangle = a.triangularView<Mode>();
-  Eigen::MatrixXd product;
-  if (left && !transposed) product = triangle * b;
-  if (left && transposed) product = triangle.transpose() * b;
-  if (!left && !transposed) product = b * triangle;
-  if (!left && transposed) product = b * triangle.transpose();
-  b = alpha * product;
-}
-
-template <int Mode>
-void TriangularMultiplyOfDiagonal(bool unit, bool left, bool transposed, double alpha, const ConstMatrix& a,
-                                  Matrix& b) {
-  // A zero alpha ignores what B held, NaN included.
-  if (alpha == 0.0) {
-    b.setZero();
-  } else if (unit) {
-    TriangularMultiply<Mode | Eigen::UnitDiag>(left, transposed, alpha, a, b);
-  } else {
-    TriangularMultiply<Mode>(left, transposed, alpha, a, b);
-  }
-}
-
-}  // namespace
-}  // namespace MCEngine_850
-
-extern "C" {
 
 // y = alpha A x + beta y, A symmetric n by n given by its uplo triangle.
 void dsymv_(const char* uplo, const int* n, const double* alpha, const double* a, const int* lda, const double* x,
