@@ -140,6 +140,20 @@ void MCEngineSparseDesign::FindPairs() {
   }
 }
 
+std::vector<int> MCEngineSparseDesign::BlocksBySubjects() const {
+  const int blocks = static_cast<int>(fvBlockFirstNode.size());
+  std::vector<int> subjects(U(blocks), 0);
+  for (int block : fvNodeBlock) ++subjects[U(block)];
+  std::vector<int> order(U(blocks));
+  for (int b = 0; b < blocks; ++b) order[U(b)] = b;
+  std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return subjects[U(a)] > subjects[U(b)]; });
+  std::vector<int> rank(U(blocks), 0);
+  for (int r = 0; r < blocks; ++r) rank[U(order[U(r)])] = r;
+  std::vector<int> sets(U(fNColumns), 0);
+  for (int c = 0; c < fNColumns; ++c) sets[U(c)] = rank[U(GetNodeBlock(GetColumnNode(c)))];
+  return sets;
+}
+
 const MCEngineSparseDesign::Pair* MCEngineSparseDesign::FindPair(int a, int b) const {
   const long key = static_cast<long>(a) * GetNNodes() + b;
   const auto it = std::lower_bound(fvPairIndexKeys.begin(), fvPairIndexKeys.end(), key);

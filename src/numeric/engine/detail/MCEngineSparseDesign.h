@@ -61,6 +61,9 @@ class MCEngineSparseDesign {
   const std::vector<int>& GetColStart() const { return fvColStart; }
   const std::vector<int>& GetRowIndex() const { return fvRowIndex; }
   const std::vector<long>& GetEntrySource() const { return fvEntrySource; }
+  // For each column, the rank of its block among the blocks by their
+  // numbers of subjects, most first.
+  std::vector<int> BlocksBySubjects() const;
 
  private:
   void LayOutNodes(const MCEngineData& data);

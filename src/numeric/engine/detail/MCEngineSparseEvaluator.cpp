@@ -61,7 +61,7 @@ MCEngineSparseEvaluator::MCEngineSparseEvaluator(const MCEngineData& data, const
     offset += static_cast<long>(g.fNRows) * g.fNRows;
   }
   const int nz = fDesign.GetNColumns();
-  if (nz == 0 || !fFactor.Analyze(nz, fDesign.GetColStart(), fDesign.GetRowIndex())) return;
+  if (nz == 0 || !fFactor.Analyze(nz, fDesign.GetColStart(), fDesign.GetRowIndex(), fDesign.BlocksBySubjects())) return;
   fvPairInverse.assign(U(fDesign.GetNPairValues()), -1);
   for (const MCEngineSparseDesign::Pair& pr : fDesign.GetPairs()) {
     const int qa = fDesign.GetNodeSize(pr.fRow);

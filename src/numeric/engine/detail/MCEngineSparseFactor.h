@@ -22,8 +22,12 @@ class MCEngineSparseFactor {
 
   // The lower triangle of A's pattern by columns: the rows of column j are
   // rowIndex[colStart[j] .. colStart[j + 1]), ascending, each at least j.
-  // False when the library refuses the pattern.
-  bool Analyze(int n, const std::vector<int>& colStart, const std::vector<int>& rowIndex);
+  // False when the library refuses the pattern. Given column sets (set of
+  // each column, from 0), an ordering that eliminates the sets one after
+  // another is tried besides the unconstrained one, and the one under which
+  // a factorisation and its selected inverse cost less kept.
+  bool Analyze(int n, const std::vector<int>& colStart, const std::vector<int>& rowIndex,
+               const std::vector<int>& columnSets = {});
   int GetSize() const { return fN; }
   // The work of one numeric factorisation (floating-point operations) and
   // the entries of the factor, as the symbolic analysis counts them.

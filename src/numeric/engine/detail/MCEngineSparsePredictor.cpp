@@ -135,7 +135,8 @@ bool MCEngineSparsePredictor::OnPattern(const Point& point, const NodeVectors& w
 bool MCEngineSparsePredictor::ThroughFactor(const Point& point, const NodeVectors& w, double& wMw) const {
   if (!fpFactor) {
     fpFactor = std::make_unique<MCEngineSparseFactor>();
-    if (!fpFactor->Analyze(fpDesign->GetNColumns(), fpDesign->GetColStart(), fpDesign->GetRowIndex())) {
+    if (!fpFactor->Analyze(fpDesign->GetNColumns(), fpDesign->GetColStart(), fpDesign->GetRowIndex(),
+                            fpDesign->BlocksBySubjects())) {
       fpFactor.reset();
       return false;
     }
