@@ -234,4 +234,17 @@ TEST(MCEngineFixedLevels, GroupByGroupEqualsTheMixedModelEquations) {
   EXPECT_EQ(bySubject.GetResult().GetTypeIIITests().size(), 2u);
 }
 
+// Over more than 200 fixed columns the group-by-group path factors and
+// inverts X'V^-1 X by the blocked kernels and multiplies the derivative
+// products through their entries: still the fit of the equations.
+TEST(MCEngineFixedLevels, GroupByGroupOverManyColumnsEqualsTheMixedModelEquations) {
+  const MCEngineInput in = ManyLevels(250, 10);
+  MCEngineFitter bySubject, equations;
+  ASSERT_FALSE(bySubject.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
+  ASSERT_FALSE(equations.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kMixedModelEquations)).IsError());
+  EXPECT_EQ(bySubject.GetResult().GetSolverPath(), MCEngineSettings::kBySubject);
+  EXPECT_EQ(equations.GetResult().GetSolverPath(), MCEngineSettings::kMixedModelEquations);
+  MCEngineTestCopies::ExpectSameFit(bySubject.GetResult(), equations.GetResult(), 1e-8);
+}
+
 }  // namespace

@@ -123,5 +123,30 @@ TEST_P(MCEngineTriangularTest, InverseThenGramInvertsTheProduct) {
             1e-12);
 }
 
+TEST_P(MCEngineTriangularTest, FactorsTheGramMatrixBackIntoItsTriangle) {
+  const Triangle d(Order(), Order() + 3);
+  Triangle a = d;
+  for (int j = 0; j < d.n; ++j) {
+    for (int i = j; i < d.n; ++i) {
+      double sum = 0.0;
+      for (int k = 0; k <= j; ++k) sum += d.get(i, k) * d.get(j, k);
+      a.at(i, j) = sum;
+    }
+  }
+  ASSERT_TRUE(MCEngineTriangular::FactorLower(a.v.data(), a.n, a.ld));
+  ExpectMarkersKept(a);
+  EXPECT_LT(Worst(d.n, true, [&](int i, int j) { return a.get(i, j) - d.get(i, j); }), 1e-12);
+}
+
+TEST_P(MCEngineTriangularTest, AMatrixNotPositiveDefiniteHasNoFactor) {
+  Triangle a(Order(), Order());
+  // The Gram matrix of a triangle with a zero on its diagonal.
+  for (int j = 0; j < a.n; ++j) {
+    for (int i = j; i < a.n; ++i) a.at(i, j) = i == j ? 1.0 : 0.0;
+  }
+  a.at(a.n - 1, a.n - 1) = -1.0;
+  EXPECT_FALSE(MCEngineTriangular::FactorLower(a.v.data(), a.n, a.ld));
+}
+
 }  // namespace
 }  // namespace MCEngine_850

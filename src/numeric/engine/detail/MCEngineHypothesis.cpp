@@ -5,6 +5,7 @@
 
 #include "numeric/engine/MCEngineMissing.h"
 #include "numeric/engine/MCEngineProbability.h"
+#include "numeric/engine/detail/MCEngineProduct.h"
 #include "numeric/engine/detail/MCEngineSymmetricEigen.h"
 #include "numeric/engine/detail/MCEngineTriangular.h"
 
@@ -413,8 +414,11 @@ MCEngineTest MCEngineHypothesis::TestOfRows(const Eigen::MatrixXd& L, const Eige
   }
   // Over few columns the dC_k are formed and the directions' rows taken
   // with each; over many, the rows times C with the A_k.
-  const std::vector<double> nus = fvDC.empty() ? DFs(Eigen::MatrixXd(), directions * LC, variances)
-                                               : DFs(directions * L, Eigen::MatrixXd(), variances);
+  const auto times = [byEntries](const Eigen::MatrixXd& a, const Eigen::MatrixXd& b) {
+    return byEntries ? MCEngineProduct::Of(a, b) : Eigen::MatrixXd(a * b);
+  };
+  const std::vector<double> nus = fvDC.empty() ? DFs(Eigen::MatrixXd(), times(directions, LC), variances)
+                                               : DFs(times(directions, L), Eigen::MatrixXd(), variances);
   for (int i = 0; i < q; ++i) {
     const double d = variances[i];
     const double est = directions.row(i).dot(Lb);

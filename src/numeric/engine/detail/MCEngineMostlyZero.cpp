@@ -1,5 +1,7 @@
 #include "numeric/engine/detail/MCEngineMostlyZero.h"
 
+#include "numeric/engine/detail/MCEngineProduct.h"
+
 #include <cmath>
 
 namespace MCEngine_850 {
@@ -39,18 +41,33 @@ MCEngineMostlyZero::MCEngineMostlyZero(const Eigen::MatrixXd& a, const std::vect
   Hold(a, 0.0, n, n, [&place](Eigen::Index i) { return static_cast<Eigen::Index>(place[static_cast<std::size_t>(i)]); });
 }
 
+// Column by column of A: each of R's columns a held entry reaches is read
+// whole, where a product taken as (A'R')' walks R across its rows.
 Eigen::MatrixXd MCEngineMostlyZero::LeftProduct(const Eigen::MatrixXd& R) const {
-  if (fbSparse) return R * fSparse;
-  return R * fDense;
+  if (!fbSparse) return MCEngineProduct::Of(R, fDense);
+  Eigen::MatrixXd out = Eigen::MatrixXd::Zero(R.rows(), fCols);
+  for (Eigen::Index j = 0; j < fSparse.outerSize(); ++j) {
+    for (Eigen::SparseMatrix<double>::InnerIterator it(fSparse, j); it; ++it) {
+      out.col(j).noalias() += it.value() * R.col(it.row());
+    }
+  }
+  return out;
 }
 
 Eigen::MatrixXd MCEngineMostlyZero::RightProduct(const Eigen::MatrixXd& R) const {
   if (fbSparse) return fSparse * R;
-  return fDense * R;
+  return MCEngineProduct::Of(fDense, R);
 }
 
 Eigen::VectorXd MCEngineMostlyZero::RowForms(const Eigen::MatrixXd& R) const {
-  return LeftProduct(R).cwiseProduct(R).rowwise().sum();
+  if (!fbSparse) return LeftProduct(R).cwiseProduct(R).rowwise().sum();
+  Eigen::VectorXd out = Eigen::VectorXd::Zero(R.rows());
+  for (Eigen::Index j = 0; j < fSparse.outerSize(); ++j) {
+    for (Eigen::SparseMatrix<double>::InnerIterator it(fSparse, j); it; ++it) {
+      out.noalias() += it.value() * R.col(it.row()).cwiseProduct(R.col(j));
+    }
+  }
+  return out;
 }
 
 double MCEngineMostlyZero::GetRowWork() const {

@@ -28,6 +28,21 @@ Eigen::MatrixXd InverseOfFactored(const Eigen::MatrixXd& llt) {
   return x;
 }
 
+// The lower Cholesky factor of X'V^-1 X in the lower triangle of `lower`;
+// false where it is not positive definite. Over many fixed columns by the
+// program's blocked factorisation; over few by Eigen's, which keeps small
+// models' rounding as it was.
+bool FactorFixedPart(const Eigen::Ref<const Eigen::MatrixXd>& xvx, Eigen::MatrixXd& lower) {
+  const int p = static_cast<int>(xvx.rows());
+  if (MCEngineMostlyZero::PaysOver(p)) {
+    lower = xvx;
+    return MCEngineTriangular::FactorLower(lower.data(), p, p);
+  }
+  const Eigen::LLT<Eigen::MatrixXd> llt(xvx);
+  lower = llt.matrixLLT();
+  return llt.info() == Eigen::Success;
+}
+
 }  // namespace
 
 MCEngineSubjectEvaluator::MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model,
@@ -610,20 +625,28 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   out.fC = Eigen::MatrixXd::Zero(p, p);
   out.fLogDetXVX = 0.0;
   if (p > 0) {
-    Eigen::LLT<Eigen::MatrixXd> lx(Mbar.topLeftCorner(p, p));
-    if (lx.info() != Eigen::Success) return false;
+    Eigen::MatrixXd lx;
+    if (!FactorFixedPart(Mbar.topLeftCorner(p, p), lx)) return false;
     for (int i = 0; i < p; ++i) {
-      const double d = lx.matrixLLT()(i, i);
+      const double d = lx(i, i);
       if (!(d > 0.0)) return false;
       out.fLogDetXVX += 2.0 * std::log(d);
     }
+    const auto L = lx.triangularView<Eigen::Lower>();
     // The value alone needs no inverse, which costs the cube of the fixed
     // columns.
     if (derivs) {
-      out.fC = MCEngineMostlyZero::PaysOver(p) ? InverseOfFactored(lx.matrixLLT())
-                                               : Eigen::MatrixXd(lx.solve(Eigen::MatrixXd::Identity(p, p)));
+      if (MCEngineMostlyZero::PaysOver(p)) {
+        out.fC = InverseOfFactored(lx);
+      } else {
+        out.fC = Eigen::MatrixXd::Identity(p, p);
+        L.solveInPlace(out.fC);
+        L.adjoint().solveInPlace(out.fC);
+      }
     }
-    out.fBeta = lx.solve(Mbar.col(p).head(p));
+    out.fBeta = Mbar.col(p).head(p);
+    L.solveInPlace(out.fBeta);
+    L.adjoint().solveInPlace(out.fBeta);
   }
   out.fRVR = Mbar(p, p) - (p > 0 ? Mbar.col(p).head(p).dot(out.fBeta) : 0.0);
   if (!std::isfinite(out.fRVR) || !std::isfinite(logDetV)) return false;

@@ -8,6 +8,7 @@
 // triangle into blocks for the blocked product.
 extern "C" void dsyrk_(const char* uplo, const char* trans, const int* n, const int* k, const double* alpha,
                        const double* a, const int* lda, const double* beta, double* c, const int* ldc);
+extern "C" void dpotrf_(const char* uplo, const int* n, double* a, const int* lda, int* info);
 
 namespace MCEngine_850 {
 
@@ -102,6 +103,12 @@ void MCEngineTriangular::InvertLower(double* x, int n, int ld) {
 
 void MCEngineTriangular::LowerGram(double* x, int n, int ld) {
   LowerGramBlock(Strided(x, n, n, Eigen::OuterStride<>(ld)));
+}
+
+bool MCEngineTriangular::FactorLower(double* x, int n, int ld) {
+  int info = 0;
+  dpotrf_("L", &n, x, &ld, &info);
+  return info == 0;
 }
 
 void MCEngineTriangular::InvertFromFactor(double* x, int n, int ld) {

@@ -9,6 +9,10 @@ namespace MCEngine_850 {
 // products, where solving against the identity would take n^3.
 class MCEngineTriangular {
  public:
+  // X, symmetric in its lower triangle, becomes its lower Cholesky factor
+  // by the program's blocked factorisation. False, X then partly factored,
+  // where X is not positive definite.
+  static bool FactorLower(double* x, int n, int ld);
   // X becomes X^-1.
   static void InvertLower(double* x, int n, int ld);
   // X becomes the lower triangle of X'X.
