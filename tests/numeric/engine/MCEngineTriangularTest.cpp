@@ -148,5 +148,36 @@ TEST_P(MCEngineTriangularTest, AMatrixNotPositiveDefiniteHasNoFactor) {
   EXPECT_FALSE(MCEngineTriangular::FactorLower(a.v.data(), a.n, a.ld));
 }
 
+// B L^-T for a block of rows below the triangle, as a factor's panel.
+TEST_P(MCEngineTriangularTest, SolvesARowBlockAgainstTheTransposedTriangle) {
+  const Triangle l(Order(), Order() + 3);
+  const int m = 37;
+  const int ldb = m + 2;
+  std::mt19937 draw(11);
+  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  std::vector<double> b(static_cast<std::size_t>(ldb) * l.n, kAbove);
+  for (int c = 0; c < l.n; ++c) {
+    for (int r = 0; r < m; ++r) b[static_cast<std::size_t>(c) * ldb + r] = unit(draw);
+  }
+  std::vector<double> x = b;
+  MCEngineTriangular::TimesInverseTransposed(l.v.data(), l.n, l.ld, x.data(), m, ldb);
+  double worst = 0.0;
+  for (int c = 0; c < l.n; ++c) {
+    for (int r = 0; r < ldb; ++r) {
+      const std::size_t at = static_cast<std::size_t>(c) * ldb + r;
+      if (r >= m) {
+        ASSERT_EQ(x[at], kAbove) << r << "," << c;
+        continue;
+      }
+      // (X L')_rc = sum_k X_rk L_ck.
+      double sum = 0.0;
+      for (int k = 0; k <= c; ++k) sum += x[static_cast<std::size_t>(k) * ldb + r] * l.get(c, k);
+      worst = std::max(worst, std::fabs(sum - b[at]));
+    }
+  }
+  EXPECT_LT(worst, 1e-12);
+  ExpectMarkersKept(l);
+}
+
 }  // namespace
 }  // namespace MCEngine_850

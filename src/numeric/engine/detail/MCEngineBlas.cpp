@@ -1,6 +1,7 @@
 #include "numeric/engine/detail/MCEngineBlas.h"
 
 #include "numeric/engine/detail/MCEngineGemm.h"
+#include "numeric/engine/detail/MCEngineTriangular.h"
 
 #include <Eigen/Dense>
 #include <atomic>
@@ -116,11 +117,10 @@ Eigen::Index FactorLower(double* a, int n, int lda) {
   const Eigen::Index first = FactorLower(a, n1, lda);
   if (first >= 0) return first;
   // [L11 0; L21 L22] with L21 = A21 L11^-T and L22 L22' = A22 - L21 L21'.
-  const ConstMatrix l11(a, n1, n1, Eigen::OuterStride<>(lda));
-  Matrix l21(a + n1, n2, n1, Eigen::OuterStride<>(lda));
-  l11.triangularView<Eigen::Lower>().transpose().solveInPlace<Eigen::OnTheRight>(l21);
+  MCEngineTriangular::TimesInverseTransposed(a, n1, lda, a + n1, n2, lda);
   double* a22 = a + static_cast<long>(n1) * lda + n1;
   if (!RankUpdateByBlocks(true, false, n2, n1, -1.0, a + n1, lda, a22, lda)) {
+    const ConstMatrix l21(a + n1, n2, n1, Eigen::OuterStride<>(lda));
     Matrix(a22, n2, n2, Eigen::OuterStride<>(lda)).selfadjointView<Eigen::Lower>().rankUpdate(l21, -1.0);
   }
   const Eigen::Index second = FactorLower(a22, n2, lda);
@@ -256,6 +256,11 @@ void dtrsm_(const char* side, const char* uplo, const char* transa, const char* 
   const ConstMatrix A(a, order, order, Eigen::OuterStride<>(*lda));
   const bool t = !Is(transa, 'N');
   const bool unit = Is(diag, 'U');
+  // The form the supernodal factorisation asks for, L21 = A21 L11^-T.
+  if (!left && t && !unit && Is(uplo, 'L')) {
+    MCEngine_850::MCEngineTriangular::TimesInverseTransposed(a, order, *lda, b, *m, *ldb);
+    return;
+  }
   if (Is(uplo, 'L')) {
     if (unit) {
       MCEngine_850::TriangularSolve<Eigen::UnitLower>(left, t, A, B);

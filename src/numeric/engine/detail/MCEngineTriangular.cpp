@@ -97,6 +97,24 @@ void LowerGramBlock(Block x) {
 
 }  // namespace
 
+void MCEngineTriangular::TimesInverseTransposed(const double* l, int n, int ldl, double* b, int m, int ldb) {
+  if (n <= 0 || m <= 0) return;
+  const int n1 = n / 2;
+  const int n2 = n - n1;
+  if (n <= kLeaf || !MCEngineGemm::Takes(m, n2, n1)) {
+    const Eigen::Map<const Eigen::MatrixXd, 0, Eigen::OuterStride<>> L(l, n, n, Eigen::OuterStride<>(ldl));
+    Strided B(b, m, n, Eigen::OuterStride<>(ldb));
+    L.triangularView<Eigen::Lower>().transpose().solveInPlace<Eigen::OnTheRight>(B);
+    return;
+  }
+  // [X1 X2][L11' L21'; 0 L22'] = [B1 B2]: X1 = B1 L11^-T, then
+  // X2 = (B2 - X1 L21') L22^-T.
+  double* b2 = b + static_cast<long>(n1) * ldb;
+  TimesInverseTransposed(l, n1, ldl, b, m, ldb);
+  MCEngineGemm::AddProduct(false, true, m, n2, n1, -1.0, b, ldb, l + n1, ldl, b2, ldb);
+  TimesInverseTransposed(l + static_cast<long>(n1) * ldl + n1, n2, ldl, b2, m, ldb);
+}
+
 void MCEngineTriangular::InvertLower(double* x, int n, int ld) {
   InvertLowerBlock(Strided(x, n, n, Eigen::OuterStride<>(ld)));
 }

@@ -13,6 +13,10 @@ class MCEngineTriangular {
   // by the program's blocked factorisation. False, X then partly factored,
   // where X is not positive definite.
   static bool FactorLower(double* x, int n, int ld);
+  // B (m by n, leading dimension ldb) becomes B L^-T, L the lower triangle
+  // of order n held at l: the solve that gives a Cholesky factor's panel
+  // below its diagonal block, n^2 m operations, most in matrix products.
+  static void TimesInverseTransposed(const double* l, int n, int ldl, double* b, int m, int ldb);
   // X becomes X^-1.
   static void InvertLower(double* x, int n, int ld);
   // X becomes the lower triangle of X'X.
