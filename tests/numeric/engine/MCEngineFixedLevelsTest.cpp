@@ -86,6 +86,27 @@ TEST(MCEngineFixedLevels, GroupProductsGrowWithTheLevelsAGroupHolds) {
   EXPECT_NEAR(r.GetTypeIIITests()[1].GetF(), r.GetTypeITests()[1].GetF(), 1e-8 * r.GetTypeITests()[1].GetF());
 }
 
+// The Type I rows of a factor of many levels come from the Cholesky factor
+// of X'X rather than from elimination row by row: each is still the
+// forward Doolittle row of its column, 1 on its pivot and 0 left of it,
+// and its test the Type III test (same hypothesis, other rows).
+TEST(MCEngineFixedLevels, TypeIRowsOfManyLevelsAreDoolittleRows) {
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(ManyLevels(kLevels, kSubjects), MCEngineTestFixture::Tight(true)).IsError());
+  const MCEngineResult& r = fitter.GetResult();
+  ASSERT_EQ(r.GetTypeITests().size(), 2u);
+  const std::vector<std::vector<double>>& L = r.GetTypeITests()[1].GetL();
+  ASSERT_EQ(L.size(), static_cast<std::size_t>(kLevels - 1));
+  // The factor's columns 1..levels, the last aliased with the intercept.
+  for (std::size_t i = 0; i < L.size(); ++i) {
+    const std::size_t pivot = i + 1;
+    ASSERT_EQ(L[i].size(), static_cast<std::size_t>(kLevels + 1));
+    EXPECT_NEAR(L[i][pivot], 1.0, 1e-12) << i;
+    for (std::size_t j = 0; j < pivot; ++j) ASSERT_EQ(L[i][j], 0.0) << i << "," << j;
+  }
+  EXPECT_NEAR(r.GetTypeITests()[1].GetF(), r.GetTypeIIITests()[1].GetF(), 1e-8 * r.GetTypeIIITests()[1].GetF());
+}
+
 TEST(MCEngineFixedLevels, TypeIAndTypeIIIOfTheOneFactorShareTheirDecomposition) {
   // Without an intercept the Type I rows of the one factor (forward
   // Doolittle on a diagonal X'X) and its Type III rows (the Hermite form)

@@ -84,20 +84,50 @@ bool ProjectOutAtOnce(Eigen::MatrixXd& L, const std::vector<int>& zrows, const s
   return true;
 }
 
-// The inverse of X'X over the columns not aliased. Over many columns it
-// comes from the Cholesky factor's triangle in matrix products, a third of
-// the work of solving against the identity.
+// The inverse of X'X over the columns not aliased.
 Eigen::MatrixXd InverseOfKept(const Eigen::MatrixXd& sub) {
-  const int r = static_cast<int>(sub.rows());
-  if (MCEngineMostlyZero::PaysOver(r)) {
-    Eigen::LLT<Eigen::MatrixXd> llt(sub);
-    if (llt.info() == Eigen::Success) {
-      Eigen::MatrixXd x = llt.matrixL();
-      MCEngineTriangular::InvertFromFactor(x.data(), r, r);
-      return x;
-    }
+  return sub.ldlt().solve(Eigen::MatrixXd::Identity(sub.rows(), sub.rows()));
+}
+
+// Forward Doolittle on X'X with its kept columns as pivots: row k is row k
+// of X'X less its multiples of the rows pivoted before it, over its pivot.
+Eigen::MatrixXd ForwardDoolittle(const Eigen::MatrixXd& xtx, const std::vector<bool>& aliased) {
+  const Eigen::Index P = xtx.rows();
+  Eigen::MatrixXd A = xtx;
+  Eigen::MatrixXd doolittle = Eigen::MatrixXd::Zero(P, P);
+  for (Eigen::Index k = 0; k < P; ++k) {
+    if (aliased[static_cast<std::size_t>(k)]) continue;
+    const double pivot = A(k, k);
+    if (!(pivot > 0.0)) continue;
+    doolittle.row(k) = A.row(k) / pivot;
+    // The rows below less their multiple of row k, on the columns from k on
+    // (those left of k are not read again).
+    const Eigen::Index below = P - k - 1;
+    const Eigen::VectorXd factors = A.col(k).tail(below);
+    A.bottomRightCorner(below, P - k).noalias() -= factors * doolittle.row(k).tail(P - k);
   }
-  return sub.ldlt().solve(Eigen::MatrixXd::Identity(r, r));
+  return doolittle;
+}
+
+// Over many columns both come from the Cholesky factor L of X'X over the
+// kept columns K, in matrix products: the Doolittle row of the i-th kept
+// column is row i of L^-1 X'X(K, :) over L_ii, and the inverse is
+// L^-T L^-1, a third of the work of solving against the identity. False,
+// leaving both to the plain forms, where that factor does not exist.
+bool FromTheFactor(const Eigen::MatrixXd& xtx, const std::vector<int>& kept, const Eigen::MatrixXd& sub,
+                   Eigen::MatrixXd& inverse, Eigen::MatrixXd& doolittle) {
+  const Eigen::Index P = xtx.rows();
+  const int r = static_cast<int>(kept.size());
+  Eigen::MatrixXd lower = sub;
+  if (r == 0 || !MCEngineTriangular::FactorLower(lower.data(), r, r)) return false;
+  Eigen::MatrixXd rowsT(P, r);
+  for (int i = 0; i < r; ++i) rowsT.col(i) = xtx.col(kept[U(i)]);
+  MCEngineTriangular::TimesInverseTransposed(lower.data(), r, r, rowsT.data(), static_cast<int>(P), static_cast<int>(P));
+  doolittle = Eigen::MatrixXd::Zero(P, P);
+  for (int i = 0; i < r; ++i) doolittle.row(kept[U(i)]) = rowsT.col(i).transpose() / lower(i, i);
+  MCEngineTriangular::InvertFromFactor(lower.data(), r, r);
+  inverse = std::move(lower);
+  return true;
 }
 
 }  // namespace
@@ -114,12 +144,17 @@ MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::ve
   for (int i = 0; i < r; ++i) {
     for (int j = 0; j < r; ++j) sub(i, j) = xtx(kept[U(i)], kept[U(j)]);
   }
+  Eigen::MatrixXd inv;
+  if (!MCEngineMostlyZero::PaysOver(P) || !FromTheFactor(xtx, kept, sub, inv, fDoolittle)) {
+    if (r > 0) inv = InverseOfKept(sub);
+    fDoolittle = ForwardDoolittle(xtx, aliased);
+  }
+  for (int k = 0; k < P; ++k) {
+    for (int j = 0; j < k; ++j) fDoolittle(k, j) = 0.0;
+  }
   Eigen::MatrixXd G2 = Eigen::MatrixXd::Zero(P, P);
-  if (r > 0) {
-    const Eigen::MatrixXd inv = InverseOfKept(sub);
-    for (int i = 0; i < r; ++i) {
-      for (int j = 0; j < r; ++j) G2(kept[U(i)], kept[U(j)]) = inv(i, j);
-    }
+  for (int i = 0; i < r; ++i) {
+    for (int j = 0; j < r; ++j) G2(kept[U(i)], kept[U(j)]) = inv(i, j);
   }
   // The cross-products of a factor's columns are mostly zero.
   fH = MCEngineMostlyZero::PaysOver(P) ? MCEngineMostlyZero(xtx).LeftProduct(G2) : Eigen::MatrixXd(G2 * xtx);
@@ -127,23 +162,6 @@ MCEngineHypothesis::MCEngineHypothesis(const Eigen::MatrixXd& xtx, const std::ve
   // of H at the rounding of its largest do not move: without them H is
   // mostly zero when the columns are a factor's.
   fHermiteProducts = MCEngineMostlyZero(fH, fH.size() > 0 ? kNegligible * fH.cwiseAbs().maxCoeff() : 0.0);
-  // Forward Doolittle with the same pivots.
-  Eigen::MatrixXd A = xtx;
-  fDoolittle = Eigen::MatrixXd::Zero(P, P);
-  for (int k = 0; k < P; ++k) {
-    if (aliased[U(k)]) continue;
-    const double pivot = A(k, k);
-    if (!(pivot > 0.0)) continue;
-    fDoolittle.row(k) = A.row(k) / pivot;
-    // The rows below less their multiple of row k, on the columns from k on
-    // (those left of k are not read again).
-    const int below = P - k - 1;
-    const Eigen::VectorXd factors = A.col(k).tail(below);
-    A.bottomRightCorner(below, P - k).noalias() -= factors * fDoolittle.row(k).tail(P - k);
-  }
-  for (int k = 0; k < P; ++k) {
-    for (int j = 0; j < k; ++j) fDoolittle(k, j) = 0.0;
-  }
 }
 
 void MCEngineHypothesis::SetEstimates(const Eigen::VectorXd& beta, const Eigen::MatrixXd& C,
