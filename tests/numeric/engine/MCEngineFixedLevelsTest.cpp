@@ -257,14 +257,15 @@ TEST(MCEngineFixedLevels, GroupByGroupEqualsTheMixedModelEquations) {
 
 // Over more than 200 fixed columns the group-by-group path factors and
 // inverts X'V^-1 X by the blocked kernels and multiplies the derivative
-// products through their entries: still the fit of the equations.
-TEST(MCEngineFixedLevels, GroupByGroupOverManyColumnsEqualsTheMixedModelEquations) {
+// products through their entries: still the fit of the sparse mixed-model
+// equations, which take the fixed part as its own dense complement.
+TEST(MCEngineFixedLevels, GroupByGroupOverManyColumnsEqualsTheSparseEquations) {
   const MCEngineInput in = ManyLevels(250, 10);
   MCEngineFitter bySubject, equations;
   ASSERT_FALSE(bySubject.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
-  ASSERT_FALSE(equations.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kMixedModelEquations)).IsError());
+  ASSERT_FALSE(equations.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations)).IsError());
   EXPECT_EQ(bySubject.GetResult().GetSolverPath(), MCEngineSettings::kBySubject);
-  EXPECT_EQ(equations.GetResult().GetSolverPath(), MCEngineSettings::kMixedModelEquations);
+  EXPECT_EQ(equations.GetResult().GetSolverPath(), MCEngineSettings::kSparseEquations);
   MCEngineTestCopies::ExpectSameFit(bySubject.GetResult(), equations.GetResult(), 1e-8);
 }
 
