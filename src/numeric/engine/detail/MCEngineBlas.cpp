@@ -139,6 +139,18 @@ void ScaleTriangle(Matrix& c, double beta) {
   }
 }
 
+// Scales the uplo triangle of C by beta, the first step of a symmetric rank
+// update; true when that is the lower triangle.
+bool ScaleUploTriangle(const char* uplo, Matrix& c, double beta) {
+  const bool lower = Is(uplo, 'L');
+  if (lower) {
+    ScaleTriangle<Eigen::Lower>(c, beta);
+  } else {
+    ScaleTriangle<Eigen::Upper>(c, beta);
+  }
+  return lower;
+}
+
 // The uplo triangle of C += alpha (P Q' + Q P').
 template <int Mode>
 void AddSymmetricProducts(Matrix& c, double alpha, const ConstMatrix& p, const ConstMatrix& q, bool transposed) {
@@ -224,12 +236,7 @@ void dsyrk_(const char* uplo, const char* trans, const int* n, const int* k, con
   Count();
   if (*n <= 0) return;
   Matrix C(c, *n, *n, Eigen::OuterStride<>(*ldc));
-  const bool lower = Is(uplo, 'L');
-  if (lower) {
-    MCEngine_850::ScaleTriangle<Eigen::Lower>(C, *beta);
-  } else {
-    MCEngine_850::ScaleTriangle<Eigen::Upper>(C, *beta);
-  }
+  const bool lower = MCEngine_850::ScaleUploTriangle(uplo, C, *beta);
   if (*alpha == 0.0 || *k <= 0) return;
   const bool t = !Is(trans, 'N');
   if (RankUpdateByBlocks(lower, t, *n, *k, *alpha, a, *lda, c, *ldc)) return;
@@ -390,12 +397,7 @@ void dsyr2k_(const char* uplo, const char* trans, const int* n, const int* k, co
   Count();
   if (*n <= 0) return;
   Matrix C(c, *n, *n, Eigen::OuterStride<>(*ldc));
-  const bool lower = Is(uplo, 'L');
-  if (lower) {
-    MCEngine_850::ScaleTriangle<Eigen::Lower>(C, *beta);
-  } else {
-    MCEngine_850::ScaleTriangle<Eigen::Upper>(C, *beta);
-  }
+  const bool lower = MCEngine_850::ScaleUploTriangle(uplo, C, *beta);
   if (*alpha == 0.0 || *k <= 0) return;
   const bool t = !Is(trans, 'N');
   const ConstMatrix A(a, t ? *k : *n, t ? *n : *k, Eigen::OuterStride<>(*lda));
