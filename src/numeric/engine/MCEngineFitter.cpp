@@ -131,9 +131,12 @@ double MCEngineFitter::GetDerivativeWork() const {
 
 double MCEngineFitter::GetRecordsPerEvaluation() const { return fpImpl->GetRecordsPerEvaluation(); }
 
+int MCEngineFitter::GetStepsByFactors() const { return fpImpl->GetStepsByFactors(); }
+
 bool MCEngineFitter::EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
-                                std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const {
-  return fpImpl->EvaluateAt(theta, minus2LogLik, gradient, observedHessian, expectedHessian);
+                                std::vector<double>& observedHessian, std::vector<double>& expectedHessian,
+                                bool forSteps) const {
+  return fpImpl->EvaluateAt(theta, minus2LogLik, gradient, observedHessian, expectedHessian, forSteps);
 }
 
 bool MCEngineFitter::IsEstimable(const std::vector<double>& l) const {

@@ -55,6 +55,10 @@ class MCEngineFitter {
   // The records the last evaluation of the likelihood read, when the fit
   // goes group by group (a work count; -1 otherwise).
   double GetRecordsPerEvaluation() const;
+  // The evaluations for the optimiser's steps that kept the groups'
+  // products as low-rank factors, when the fit goes group by group (a work
+  // count; 0 otherwise).
+  int GetStepsByFactors() const;
   // Whether l beta is estimable (l lies in the row space of the design).
   bool IsEstimable(const std::vector<double>& l) const;
 
@@ -62,9 +66,11 @@ class MCEngineFitter {
   // the order of the result's covariance parameters): -2 log likelihood with
   // its constants, its analytic gradient, and the observed and expected
   // Hessians (row-major). False when V is not positive definite at theta or
-  // there is no fitted data.
+  // there is no fitted data. forSteps evaluates as the optimiser's steps do,
+  // which may take a cheaper way to the same numbers.
   bool EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
-                  std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;
+                  std::vector<double>& observedHessian, std::vector<double>& expectedHessian,
+                  bool forSteps = false) const;
 
  private:
   // An ordinal target's cumulative link model, fitted by its own likelihood.

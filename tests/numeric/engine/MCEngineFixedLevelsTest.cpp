@@ -270,3 +270,110 @@ TEST(MCEngineFixedLevels, GroupByGroupOverManyColumnsEqualsTheSparseEquations) {
 }
 
 }  // namespace
+
+namespace {
+
+// A factor of many levels beside a random intercept and slope (UN) and a
+// random AR(1) block over three periods within each subject, with scale
+// weights: the random columns of all subjects (5 a subject) are few beside
+// the fixed ones, so the optimiser's steps keep the groups' products as
+// factors; the AR(1) correlation brings second derivatives.
+MCEngineInput LevelsWithSlopes(int levels, int nSubjects) {
+  const int records = 3 * levels;
+  MCEngineTestDraws draws(977u);
+  std::vector<double> a(static_cast<std::size_t>(levels)), b(static_cast<std::size_t>(2 * nSubjects)),
+      c(static_cast<std::size_t>(3 * nSubjects));
+  for (double& v : a) v = draws.Normal();
+  for (double& v : b) v = 0.7 * draws.Normal();
+  // Each subject's three periods: AR(1) with correlation 0.5, variance 0.5.
+  for (std::size_t s = 0; s < static_cast<std::size_t>(nSubjects); ++s) {
+    c[3 * s] = std::sqrt(0.5) * draws.Normal();
+    for (std::size_t j = 1; j < 3; ++j) c[3 * s + j] = 0.5 * c[3 * s + j - 1] + std::sqrt(0.5 * 0.75) * draws.Normal();
+  }
+  std::vector<double> y, w, X(static_cast<std::size_t>(records) * (levels + 1), 0.0), Z1, Z2;
+  std::vector<int> subjects;
+  for (int r = 0; r < records; ++r) {
+    const int level = r % levels, subject = (7 * r + r / levels) % nSubjects, period = r % 3;
+    const double x = draws.Uniform(), weight = 0.5 + 1.5 * draws.Uniform();
+    const std::size_t si = static_cast<std::size_t>(subject);
+    y.push_back(10.0 + a[static_cast<std::size_t>(level)] + b[2 * si] + b[2 * si + 1] * x +
+                c[3 * si + static_cast<std::size_t>(period)] + draws.Normal() / std::sqrt(weight));
+    w.push_back(weight);
+    X[static_cast<std::size_t>(r) * (levels + 1)] = 1.0;
+    X[static_cast<std::size_t>(r) * (levels + 1) + 1 + static_cast<std::size_t>(level)] = 1.0;
+    Z1.insert(Z1.end(), {1.0, x});
+    for (int j = 0; j < 3; ++j) Z2.push_back(j == period ? 1.0 : 0.0);
+    subjects.push_back(subject);
+  }
+  MCEngineInput in;
+  in.SetY(y);
+  in.SetScaleWeights(w);
+  in.SetX(levels + 1, X);
+  in.AddTerm(MCEngineTerm::Intercept(0));
+  in.AddTerm(MCEngineTerm(1, levels, {0}, {}));
+  MCEngineRandomBlock slopes;
+  slopes.SetCovType(MCEngineCovType::UN);
+  slopes.SetDenseColumns(2, Z1);
+  slopes.SetSubjects(subjects);
+  in.AddRandomBlock(slopes);
+  MCEngineRandomBlock periods;
+  periods.SetCovType(MCEngineCovType::AR1);
+  periods.SetDenseColumns(3, Z2);
+  periods.SetSubjects(subjects);
+  in.AddRandomBlock(periods);
+  return in;
+}
+
+// Equal to 1e-9 of the largest entry, or of `scale` where that is larger
+// (a gradient at the estimates is rounding noise about zero).
+void ExpectSameNumbers(const std::vector<double>& byFactors, const std::vector<double>& full, const char* what,
+                       double scale = 0.0) {
+  ASSERT_EQ(byFactors.size(), full.size()) << what;
+  double largest = scale;
+  for (double v : full) largest = std::max(largest, std::fabs(v));
+  for (std::size_t i = 0; i < full.size(); ++i) EXPECT_NEAR(byFactors[i], full[i], 1e-9 * largest) << what << " " << i;
+}
+
+}  // namespace
+
+// The optimiser's steps take the derivatives from the groups' low-rank
+// factors and never form (X'V^-1 X)^-1: the gradient and both Hessians
+// are those of the evaluation that forms it, at the estimates and away
+// from them (where the gradient is far from zero).
+TEST(MCEngineFixedLevels, StepsFromTheGroupsFactorsEqualTheFullEvaluation) {
+  const MCEngineInput in = LevelsWithSlopes(240, 12);
+  for (const bool reml : {true, false}) {
+    MCEngineFitter fitter;
+    ASSERT_FALSE(fitter.Fit(in, MCEngineTestFixture::Tight(reml, MCEngineSettings::kBySubject)).IsError());
+    EXPECT_EQ(fitter.GetResult().GetSolverPath(), MCEngineSettings::kBySubject);
+    EXPECT_GT(fitter.GetStepsByFactors(), 0);
+    std::vector<double> theta;
+    for (const MCEngineCovParam& cp : fitter.GetResult().GetCovParams()) theta.push_back(cp.GetEstimate());
+    ASSERT_EQ(theta.size(), 6u) << reml;  // UN 3, AR(1) 2, residual 1
+    std::vector<double> away = theta;
+    for (double& v : away) v *= 0.7;
+    for (const std::vector<double>& at : {theta, away}) {
+      double f1 = 0.0, f2 = 0.0;
+      std::vector<double> g1, g2, h1, h2, e1, e2;
+      const int before = fitter.GetStepsByFactors();
+      ASSERT_TRUE(fitter.EvaluateAt(at, f1, g1, h1, e1, true));
+      EXPECT_EQ(fitter.GetStepsByFactors(), before + 1);
+      ASSERT_TRUE(fitter.EvaluateAt(at, f2, g2, h2, e2));
+      EXPECT_EQ(fitter.GetStepsByFactors(), before + 1);
+      EXPECT_EQ(f1, f2);
+      // Its terms, tr(P V_k) and y'P V_k P y, are of the order of the records.
+      ExpectSameNumbers(g1, g2, "gradient", static_cast<double>(in.GetY().size()));
+      ExpectSameNumbers(h1, h2, "observed Hessian");
+      ExpectSameNumbers(e1, e2, "expected Hessian");
+    }
+  }
+}
+
+// Random columns of all groups not few beside the fixed ones: the steps
+// keep the products over all fixed columns.
+TEST(MCEngineFixedLevels, ManyRandomColumnsKeepTheProductsOverTheFixedColumns) {
+  MCEngineFitter fitter;
+  ASSERT_FALSE(fitter.Fit(LevelsWithSlopes(240, 80), MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject))
+                   .IsError());
+  EXPECT_EQ(fitter.GetStepsByFactors(), 0);
+}

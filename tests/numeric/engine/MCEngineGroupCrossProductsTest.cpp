@@ -195,6 +195,11 @@ TEST(MCEngineGroupCrossProducts, PaddedGroupsSeveralBlocksAndSecondDerivatives) 
     halves.SetSubjects(subjects);
     input.SetRandomBlocks({sim.InterceptSlope(MCEngineCovType::UN), halves});
     ExpectSameEvaluations(input, {2.0, 0.3, 0.5, 0.7, 1.5});
+    // The non-linear block's second derivatives over some of the group's
+    // columns only.
+    SCOPED_TRACE("two blocks, the second autoregressive");
+    input.SetRandomBlocks({halves, sim.InterceptSlope(MCEngineCovType::AR1)});
+    ExpectSameEvaluations(input, {0.7, 0.4, 2.0, 1.5});
   }
 }
 

@@ -14,7 +14,9 @@ struct MCEngineEvaluation {
   double fLogDetXVX = 0.0;
   double fRVR = 0.0;  // r' V^-1 r at the GLS estimate
   Eigen::VectorXd fBeta;
-  Eigen::MatrixXd fC;  // (X'V^-1 X)^-1 over the kept columns, with the gradient
+  // (X'V^-1 X)^-1 over the kept columns, with the gradient (but for the
+  // optimiser's steps, which may leave it and fvA empty).
+  Eigen::MatrixXd fC;
 
   Eigen::VectorXd fGrad;
   Eigen::MatrixXd fHessExpected;

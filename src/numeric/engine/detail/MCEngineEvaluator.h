@@ -29,11 +29,23 @@ class MCEngineEvaluator {
   // returns false. Not owned; may be null.
   void SetCancel(const MCCommon_850::MCQueryCancel* pCancel) { fpCancel = pCancel; }
 
+  // An evaluation for the optimiser's steps, which read the derivatives and
+  // Hessians but not C or the A_k: an evaluator may reach them by a cheaper
+  // way and leave C and the A_k empty.
+  bool EvaluateForSteps(const Eigen::VectorXd& theta, Level level, bool reml, MCEngineEvaluation& out) {
+    fbForSteps = true;
+    const bool evaluated = Evaluate(theta, level, reml, out);
+    fbForSteps = false;
+    return evaluated;
+  }
+
  protected:
   bool Cancelled() const { return fpCancel != nullptr && fpCancel->IsCancelled(); }
+  bool ForSteps() const { return fbForSteps; }
 
  private:
   const MCCommon_850::MCQueryCancel* fpCancel = nullptr;
+  bool fbForSteps = false;
 };
 
 }  // namespace MCEngine_850

@@ -211,8 +211,9 @@ MCEngineStatus MCEngineFitterImpl::Fit(const MCEngineInput& input, const MCEngin
     fModel.GetResidual().NullParams(true, seg);
     thetaNull.segment(fModel.GetResidualOffset(), seg.size()) = seg;
   }
+  // The start reads the derivatives there, not C.
   MCEngineEvaluation nullEval;
-  if (!fpEvaluator->Evaluate(thetaNull, MCEngineEvaluator::kGradient, true, nullEval)) {
+  if (!fpEvaluator->EvaluateForSteps(thetaNull, MCEngineEvaluator::kGradient, true, nullEval)) {
     return Finish(MCEngineStatus(MCEngineStatus::kInitialValueFailed, MCEngineStatus::kError));
   }
   double yy = 0.0;
@@ -260,9 +261,14 @@ double MCEngineFitterImpl::GetRecordsPerEvaluation() const {
   return bySubject != nullptr ? bySubject->GetRecordsVisited() : -1.0;
 }
 
+int MCEngineFitterImpl::GetStepsByFactors() const {
+  const auto* bySubject = dynamic_cast<const MCEngineSubjectEvaluator*>(fpEvaluator.get());
+  return bySubject != nullptr ? bySubject->GetStepsByFactors() : 0;
+}
+
 bool MCEngineFitterImpl::EvaluateAt(const std::vector<double>& theta, double& minus2LogLik,
                                     std::vector<double>& gradient, std::vector<double>& observedHessian,
-                                    std::vector<double>& expectedHessian) const {
+                                    std::vector<double>& expectedHessian, bool forSteps) const {
   const int K = fModel.GetNParams();
   if (!fpEvaluator || static_cast<int>(theta.size()) != K) return false;
   // To the engine's scaled response and back.
@@ -272,7 +278,9 @@ bool MCEngineFitterImpl::EvaluateAt(const std::vector<double>& theta, double& mi
   const Eigen::VectorXd t = Eigen::Map<const Eigen::VectorXd>(theta.data(), K).cwiseQuotient(factor);
   if (!fModel.InBounds(t)) return false;
   MCEngineEvaluation ev;
-  if (!fpEvaluator->Evaluate(t, MCEngineEvaluator::kHessian, fSettings.GetREML(), ev)) return false;
+  const bool reached = forSteps ? fpEvaluator->EvaluateForSteps(t, MCEngineEvaluator::kHessian, fSettings.GetREML(), ev)
+                                : fpEvaluator->Evaluate(t, MCEngineEvaluator::kHessian, fSettings.GetREML(), ev);
+  if (!reached) return false;
   const bool reml = fSettings.GetREML();
   const double dof = reml ? fData.fTotalWeight - fData.fRank : fData.fTotalWeight;
   minus2LogLik = ev.fLogDetV + (reml ? ev.fLogDetXVX : 0.0) + ev.fRVR + dof * kLog2Pi + dof * std::log(c2);

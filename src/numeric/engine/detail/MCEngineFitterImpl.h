@@ -26,6 +26,7 @@ class MCEngineFitterImpl {
   MCEngineStatus Refuse(const MCEngineStatus& status);
   const MCEngineHypothesis* GetHypothesis() const { return fpHypothesis.get(); }
   double GetRecordsPerEvaluation() const;
+  int GetStepsByFactors() const;
   int GetNColumns() const { return fData.fNColumns; }
   const MCEngineData& GetData() const { return fData; }
   const MCEngineModel& GetModel() const { return fModel; }
@@ -35,7 +36,7 @@ class MCEngineFitterImpl {
   MCEngineEvaluator* GetEvaluator() const { return fpEvaluator.get(); }
   void UnscaleTest(MCEngineTest& test) const;
   bool EvaluateAt(const std::vector<double>& theta, double& minus2LogLik, std::vector<double>& gradient,
-                  std::vector<double>& observedHessian, std::vector<double>& expectedHessian) const;
+                  std::vector<double>& observedHessian, std::vector<double>& expectedHessian, bool forSteps) const;
   // After a fit, replaces its estimates by those of a model the fitted one
   // stands for (a generalized model fitted by its likelihood), all in the
   // response's units: covariance parameters theta with those on a bound

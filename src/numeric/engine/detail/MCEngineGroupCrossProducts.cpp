@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "numeric/engine/detail/MCEngineLowRankSums.h"
+
 namespace MCEngine_850 {
 
 namespace {
@@ -85,31 +87,85 @@ bool MCEngineGroupCrossProducts::Accumulate(int group, double s, const Eigen::Ma
     fvTD.resize(terms.size());
     fvDA.resize(terms.size());
   }
+  MCEngineLowRankSums* low = sums.fpLowRank;
+  if (low != nullptr) {
+    low->AddGroup(fA, idx, f);
+    // H = T - s I, for the residual's products in terms of X~'V^-1 X~.
+    fH = fT;
+    fH.diagonal().array() -= s;
+  }
   for (std::size_t a = 0; a < terms.size(); ++a) {
     const Term& t = terms[a];
     if (t.fpD != nullptr) {
       Transform(R11, t.fPos, *t.fpD, fvDt[a]);
       fvTD[a].noalias() = fTinv * fvDt[a];
-      fvDA[a].noalias() = fvDt[a] * fA;
       sums.fTrW[t.fParam] += f * fvTD[a].trace();
+      if (low != nullptr) {
+        low->AddMiddle(low->First(t.fParam), 1.0, fvDt[a]);
+        continue;
+      }
+      fvDA[a].noalias() = fvDt[a] * fA;
       MCEngineGroupSums::AddAt(sums.fvAbar[U(t.fParam)], idx, f, fA.transpose() * fvDA[a]);
     } else {
       sums.fTrW[t.fParam] += f * t.fD * (rest / s + fTinv.trace());
+      if (low != nullptr) {
+        // A'A + E / s^2 = (X~'V^-1 X~ - A'H A) / s over the group.
+        low->AddMiddle(low->First(t.fParam), -t.fD / s, fH);
+        low->SetWhole(low->First(t.fParam), t.fD / s);
+        continue;
+      }
       fXX.noalias() = fA.transpose() * fA;
       fXX += E / (s * s);
       MCEngineGroupSums::AddAt(sums.fvAbar[U(t.fParam)], idx, f * t.fD, fXX);
     }
   }
   for (std::size_t a = 0; a < terms.size(); ++a) {
-    for (std::size_t b = a; b < terms.size(); ++b) AddPair(terms[a], terms[b], a, b, r, E, s, f, idx, sums);
+    for (std::size_t b = a; b < terms.size(); ++b) {
+      if (low != nullptr) {
+        AddPairFactors(terms[a], terms[b], a, b, r, s, f, *low, sums);
+      } else {
+        AddPair(terms[a], terms[b], a, b, r, E, s, f, idx, sums);
+      }
+    }
   }
   for (const Second& sec : seconds) {
-    Transform(R11, sec.fPos, *sec.fpD, fWork);
-    sums.fTrW2[sec.fIndex] += f * SumOfProducts(fTinv, fWork);
-    fXX.noalias() = fWork * fA;
+    // Not into fWork, which the transform works in.
+    Transform(R11, sec.fPos, *sec.fpD, fSecond);
+    sums.fTrW2[sec.fIndex] += f * SumOfProducts(fTinv, fSecond);
+    if (low != nullptr) {
+      low->AddMiddle(low->Second(sec.fIndex), 1.0, fSecond);
+      continue;
+    }
+    fXX.noalias() = fSecond * fA;
     MCEngineGroupSums::AddAt(sums.fvA2bar[U(sec.fIndex)], idx, f, fA.transpose() * fXX);
   }
   return true;
+}
+
+void MCEngineGroupCrossProducts::AddPairFactors(const Term& a, const Term& b, std::size_t ia, std::size_t ib,
+                                                const Reduced& r, double s, double f, MCEngineLowRankSums& low,
+                                                MCEngineGroupSums& sums) {
+  const int product = low.Pair(a.fParam, b.fParam);
+  double& trace = sums.fTrWW(a.fParam, b.fParam);
+  const bool ra = a.fpD != nullptr, rb = b.fpD != nullptr;
+  if (ra && rb) {
+    trace += f * fvTD[ia].cwiseProduct(fvTD[ib].transpose()).sum();
+    fWork.noalias() = fvDt[ia] * fvTD[ib];
+    low.AddMiddle(product, 1.0, fWork);
+  } else if (ra) {
+    trace += f * b.fD * SumOfProducts(fvTD[ia], fTinv);
+    low.AddMiddle(product, b.fD, fvTD[ia].transpose());
+  } else if (rb) {
+    trace += f * a.fD * SumOfProducts(fvTD[ib], fTinv);
+    low.AddMiddle(product, a.fD, fvTD[ib]);
+  } else {
+    // A'T^-1 A + E / s^3 = A'(T^-1 - T / s^2) A + X~'V^-1 X~ / s^2.
+    const double d = a.fD * b.fD;
+    trace += f * d * ((r.fM - r.fQ) / (s * s) + SumOfProducts(fTinv, fTinv));
+    fWork = fTinv - fT / (s * s);
+    low.AddMiddle(product, d, fWork);
+    low.SetWhole(product, d / (s * s));
+  }
 }
 
 void MCEngineGroupCrossProducts::AddPair(const Term& a, const Term& b, std::size_t ia, std::size_t ib,

@@ -34,7 +34,10 @@ namespace MCEngine_850 {
 // With fewer records than columns the factorisation runs on rows padded
 // with zeros: padded rows would add nothing but log s and 1 / s terms, which
 // the formulas' m (the real records) leaves out. T is positive definite
-// exactly when V is, whether or not G or Z'W Z is singular. No step visits
+// exactly when V is, whether or not G or Z'W Z is singular. With the sums'
+// low-rank factors set, the products are kept there as A with the middles
+// D~_k, D~_k T^-1 D~_l and so on; the residual's E terms, which have no
+// such factor, go through X~'V^-1 X~ = A'T A + E / s. No step visits
 // the group's records or forms an m x m matrix, and once the buffers have
 // the group's sizes none allocates (but the copy that places the products
 // of a group that reaches only some fixed columns among all of them).
@@ -80,6 +83,9 @@ class MCEngineGroupCrossProducts {
   void AddPair(const Term& a, const Term& b, std::size_t ia, std::size_t ib, const Reduced& r,
                const Eigen::Map<const Eigen::MatrixXd>& E, double s, double f, const int* idx,
                MCEngineGroupSums& sums);
+  // The pair's trace into sums and its product as a factor's middle into low.
+  void AddPairFactors(const Term& a, const Term& b, std::size_t ia, std::size_t ib, const Reduced& r, double s,
+                      double f, MCEngineLowRankSums& low, MCEngineGroupSums& sums);
   // D~ = R11 D R11' for D over the columns pos.. into out.
   void Transform(const Eigen::Map<const Eigen::MatrixXd>& R11, int pos, const Eigen::MatrixXd& D,
                  Eigen::MatrixXd& out);
@@ -88,7 +94,7 @@ class MCEngineGroupCrossProducts {
   std::vector<double> fvValues;
 
   // Buffers reused from group to group.
-  Eigen::MatrixXd fT, fWork, fTinv, fRt, fA, fTA, fXX;
+  Eigen::MatrixXd fT, fH, fWork, fSecond, fTinv, fRt, fA, fTA, fXX;
   Eigen::LLT<Eigen::MatrixXd> fLlt;
   std::vector<Eigen::MatrixXd> fvDt, fvTD, fvDA;
 };

@@ -7,6 +7,8 @@
 
 namespace MCEngine_850 {
 
+class MCEngineLowRankSums;
+
 // What the evaluation by groups adds up over the independent groups, with
 // W = V^-1 and X~ = [X y] over all kept columns and the response: log|V|,
 // X~'W X~, tr(W V_k), X~'W V_k W X~, tr(W V_k W V_l), X~'W V_k W V_l W X~
@@ -22,6 +24,9 @@ struct MCEngineGroupSums {
   std::vector<Eigen::MatrixXd> fvBbar;
   Eigen::VectorXd fTrW2;
   std::vector<Eigen::MatrixXd> fvA2bar;
+  // When set, the groups reduced to their cross products keep their
+  // products there as factors, and fvAbar, fvBbar and fvA2bar stay empty.
+  MCEngineLowRankSums* fpLowRank = nullptr;
 
   // The place of the pair k <= l in the upper triangle of K x K, row by row.
   static std::size_t PairIndex(int k, int l, int K) {

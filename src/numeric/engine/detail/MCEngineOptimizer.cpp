@@ -63,8 +63,8 @@ bool MCEngineOptimizer::Derivatives(const Eigen::VectorXd& psi, double scale, bo
                                     Eigen::MatrixXd& H) {
   const Eigen::VectorXd theta = fModel.ToNatural(psi, scale);
   MCEngineEvaluation ev;
-  if (!fEvaluator.Evaluate(theta, observed ? MCEngineEvaluator::kHessian : MCEngineEvaluator::kGradient,
-                           fSettings.GetREML(), ev)) {
+  if (!fEvaluator.EvaluateForSteps(theta, observed ? MCEngineEvaluator::kHessian : MCEngineEvaluator::kGradient,
+                                   fSettings.GetREML(), ev)) {
     return false;
   }
   fModel.ToWorkingDerivatives(psi, scale, ev.fGrad, observed ? ev.fHessObserved : ev.fHessExpected, observed, g, H);

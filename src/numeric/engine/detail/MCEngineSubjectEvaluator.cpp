@@ -104,6 +104,7 @@ void MCEngineSubjectEvaluator::ReduceGroups() {
     }
     c.fCross = fCross.Reduce(whitened, Q, c.fM, sumLogW);
     ++fNReduced;
+    fReducedRandom += Q;
   }
 }
 
@@ -237,6 +238,64 @@ void MCEngineSubjectEvaluator::FindFixedColumns(Component& comp) {
   }
   fvXCols.push_back(p);
   comp.fXCol1 = static_cast<int>(fvXCols.size());
+}
+
+// The factors cost p^2 Q_total for the solve and Q_total^2 a parameter;
+// the dense products they replace cost p^3 and p times A_k's entries a
+// parameter, and p^2 a parameter in memory.
+bool MCEngineSubjectEvaluator::StepsByFactors() const {
+  const int p = fData.fRank;
+  return ForSteps() && fNReduced == static_cast<int>(fvComponents.size()) && fCopies.IsEmpty() &&
+         MCEngineMostlyZero::PaysOver(p) && 4 * fReducedRandom <= p;
+}
+
+void MCEngineSubjectEvaluator::DerivativesByFactors(const MCEngineGroupSums& sums, const Eigen::MatrixXd& lower,
+                                                    bool reml, bool hessian,
+                                                    const std::vector<std::pair<int, int>>& secondPairs,
+                                                    MCEngineEvaluation& out) {
+  const int K = fModel.GetNParams();
+  const int p = fData.fRank;
+  Eigen::VectorXd bvec(p + 1);
+  bvec.head(p) = -out.fBeta;
+  bvec[p] = 1.0;
+  fLowRank.Finish(lower, sums.fMbar, bvec);
+  out.fQuad.resize(K);
+  out.fTrace.resize(K);
+  out.fGrad.resize(K);
+  for (int k = 0; k < K; ++k) {
+    out.fQuad[k] = fLowRank.Quad(fLowRank.First(k));
+    out.fTrace[k] = sums.fTrW[k] - (reml ? fLowRank.Trace(fLowRank.First(k)) : 0.0);
+    out.fGrad[k] = out.fTrace[k] - out.fQuad[k];
+  }
+  out.fHessExpected.resize(K, K);
+  if (hessian) out.fHessObserved.resize(K, K);
+  for (int k = 0; k < K; ++k) {
+    for (int l = k; l < K; ++l) {
+      const int pair = fLowRank.Pair(k, l);
+      const bool held = fLowRank.Holds(pair);
+      double e = sums.fTrWW(k, l);
+      if (reml) {
+        if (held) e -= 2.0 * fLowRank.Trace(pair);
+        e += fLowRank.TraceOfPair(k, l);
+      }
+      out.fHessExpected(k, l) = out.fHessExpected(l, k) = e;
+      if (hessian) {
+        const double quad2 = (held ? fLowRank.Quad(pair) : 0.0) -
+                             fLowRank.HalfSolvedDirection(k).dot(fLowRank.HalfSolvedDirection(l));
+        out.fHessObserved(k, l) = out.fHessObserved(l, k) = -e + 2.0 * quad2;
+      }
+    }
+  }
+  if (!hessian) return;
+  for (std::size_t s = 0; s < secondPairs.size(); ++s) {
+    const int k = secondPairs[s].first, l = secondPairs[s].second;
+    const int second = fLowRank.Second(static_cast<int>(s));
+    double t2 = sums.fTrW2[static_cast<Eigen::Index>(s)];
+    if (reml) t2 -= fLowRank.Trace(second);
+    const double extra = t2 - fLowRank.Quad(second);
+    out.fHessObserved(k, l) += extra;
+    if (k != l) out.fHessObserved(l, k) += extra;
+  }
 }
 
 double MCEngineSubjectEvaluator::GetProductEntries() const {
@@ -450,14 +509,21 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   const int q = p + 1;
   MCEngineGroupSums sums;
   sums.fMbar = Eigen::MatrixXd::Zero(q, q);
+  const bool byFactors = derivs && StepsByFactors();
   if (derivs) {
     sums.fTrW = Eigen::VectorXd::Zero(K);
     sums.fTrWW = Eigen::MatrixXd::Zero(K, K);
+    sums.fTrW2 = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(secondPairs.size()));
+  }
+  if (byFactors) {
+    ++fStepsByFactors;
+    fLowRank.Start(K, static_cast<int>(secondPairs.size()));
+    sums.fpLowRank = &fLowRank;
+  } else if (derivs) {
     sums.fvAbar.assign(U(K), Eigen::MatrixXd::Zero(q, q));
     // A pair's product is formed when a group holds both of its parameters;
     // pairs of blocks that share no group keep none.
     sums.fvBbar.assign(U(K) * U(K + 1) / 2, Eigen::MatrixXd());
-    sums.fTrW2 = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(secondPairs.size()));
     sums.fvA2bar.assign(secondPairs.size(), Eigen::MatrixXd::Zero(q, q));
   }
   Eigen::MatrixXd& Mbar = sums.fMbar;
@@ -622,8 +688,9 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
   // Generalised least squares over the kept columns.
   out.fLogDetV = logDetV;
   out.fBeta = Eigen::VectorXd::Zero(p);
-  out.fC = Eigen::MatrixXd::Zero(p, p);
+  out.fC = byFactors ? Eigen::MatrixXd() : Eigen::MatrixXd::Zero(p, p);
   out.fLogDetXVX = 0.0;
+  Eigen::MatrixXd lower;
   if (p > 0) {
     Eigen::MatrixXd lx;
     if (!FactorFixedPart(Mbar.topLeftCorner(p, p), lx)) return false;
@@ -634,8 +701,8 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     }
     const auto L = lx.triangularView<Eigen::Lower>();
     // The value alone needs no inverse, which costs the cube of the fixed
-    // columns.
-    if (derivs) {
+    // columns; nor do the derivatives from the factors.
+    if (derivs && !byFactors) {
       if (MCEngineMostlyZero::PaysOver(p)) {
         out.fC = InverseOfFactored(lx);
       } else {
@@ -647,11 +714,16 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     out.fBeta = Mbar.col(p).head(p);
     L.solveInPlace(out.fBeta);
     L.adjoint().solveInPlace(out.fBeta);
+    if (byFactors) lower = std::move(lx);
   }
   out.fRVR = Mbar(p, p) - (p > 0 ? Mbar.col(p).head(p).dot(out.fBeta) : 0.0);
   if (!std::isfinite(out.fRVR) || !std::isfinite(logDetV)) return false;
   out.fbOK = true;
   if (!derivs) return true;
+  if (byFactors) {
+    DerivativesByFactors(sums, lower, reml, hessian, secondPairs, out);
+    return true;
+  }
 
   Eigen::VectorXd bvec(q);
   bvec.head(p) = -out.fBeta;

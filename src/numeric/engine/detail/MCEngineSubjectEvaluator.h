@@ -5,6 +5,7 @@
 #include "numeric/engine/detail/MCEngineData.h"
 #include "numeric/engine/detail/MCEngineEvaluator.h"
 #include "numeric/engine/detail/MCEngineGroupCrossProducts.h"
+#include "numeric/engine/detail/MCEngineLowRankSums.h"
 #include "numeric/engine/detail/MCEngineModel.h"
 #include "numeric/engine/detail/MCEngineRecordCopies.h"
 
@@ -31,6 +32,9 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
   double GetRecordsVisited() const { return fRecordsVisited; }
   // The groups reduced to their cross products.
   int GetReducedGroups() const { return fNReduced; }
+  // The evaluations with derivatives that kept the groups' products as
+  // factors.
+  int GetStepsByFactors() const { return fStepsByFactors; }
   // The pairs of parameters whose products the last evaluation with
   // derivatives held: those some group holds both of.
   double GetPairProducts() const { return fPairProducts; }
@@ -82,6 +86,13 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
     std::vector<int> fvPos, fvLen, fvGroup0;
   };
 
+  // Whether the steps' evaluations keep the groups' products as factors
+  // (MCEngineLowRankSums): every group reduced, no copies of weighted
+  // records, and the random columns of all groups few beside the fixed ones.
+  bool StepsByFactors() const;
+  // The likelihood's derivatives from the factors, after the groups.
+  void DerivativesByFactors(const MCEngineGroupSums& sums, const Eigen::MatrixXd& lower, bool reml, bool hessian,
+                            const std::vector<std::pair<int, int>>& secondPairs, MCEngineEvaluation& out);
   void BuildGroups();
   // The places of the blocks' columns in the group's Z into lr (not its
   // products); returns the group's random columns.
@@ -129,6 +140,9 @@ class MCEngineSubjectEvaluator : public MCEngineEvaluator {
   double fRecordsVisited = 0.0;
   bool fbCrossProducts = false;
   int fNReduced = 0;
+  int fReducedRandom = 0;
+  int fStepsByFactors = 0;  // the reduced groups' random columns, summed
+  MCEngineLowRankSums fLowRank;
   MCEngineGroupCrossProducts fCross;
   // Buffers of the reduced groups' evaluation, reused from group to group.
   LowRank fLayout;
