@@ -68,6 +68,12 @@ class MCEngineSettings {
   bool GetCrossProducts() const { return fbCrossProducts; }
   void SetCrossProducts(bool use) { fbCrossProducts = use; }
 
+  // Whether the fit tests the terms' Type I hypotheses as well as their
+  // Type III ones (true by default); without them the result's Type I
+  // tests are empty.
+  bool GetTypeITests() const { return fbTypeITests; }
+  void SetTypeITests(bool test) { fbTypeITests = test; }
+
   DFMethod GetDFMethod() const { return fDFMethod; }
   void SetDFMethod(DFMethod method) { fDFMethod = method; }
   // The covariance of the fixed estimates: model-based, or the empirical
@@ -108,6 +114,7 @@ class MCEngineSettings {
   double fConfidenceLevel = 95.0;
   SolverPath fSolverPath = kAutomatic;
   bool fbCrossProducts = true;
+  bool fbTypeITests = true;
   DFMethod fDFMethod = kSatterthwaite;
   bool fbRobustCovariance = false;
   MCEngineTarget fTarget;

@@ -120,6 +120,10 @@ MCEngine_850::MCEngineSettings EngineSettings(const GLMMSettings& s) {
   e.SetDFMethod(s.GetDegreesFreedomType() == GLMMConst_850::DF_RESIDUAL ? MCEngine_850::MCEngineSettings::kResidual
                                                                         : MCEngine_850::MCEngineSettings::kSatterthwaite);
   e.SetRobustCovariance(s.GetCovbType() == MCMath_850::MCConst::COVB_ROBUST);
+  // Type I tests where they are shown, or where their rows make the joint
+  // test of several effects; otherwise only the Type III tests are read (a
+  // factor of a thousand levels spares a test of 999 df).
+  e.SetTypeITests(s.GetEffectAnalysisType() == MCMath_850::MCConst::EFFECT_TYPE_I || s.GetModelEffects().size() > 1);
   e.SetTarget(EngineTarget(s));
   e.SetCancel(s.GetCancelPointer());
   // The stop query is the caller's one object in the settings; when it also
@@ -298,7 +302,7 @@ MCStatus GLMMAlgorithm::Execute(MCCommon_850::RecordIterator* pRecords, int) {
     }
     out.SetCovarianceMatrixBeta(matrix);
   }
-  out.SetTypeITestStats(ToTestStats(result.GetTypeITests()));
+  if (!result.GetTypeITests().empty()) out.SetTypeITestStats(ToTestStats(result.GetTypeITests()));
   out.SetTypeIIITestStats(ToTestStats(result.GetTypeIIITests()));
 
   std::vector<double> theta;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -182,6 +183,8 @@ void FitSleepstudy(const std::string& fixture, GLMMConst_850::ThetaEstType metho
   ASSERT_TRUE(records.Load(DataPath("sleepstudy.csv"), {"Reaction", "Days", "Subject"}, {"Subject"}));
   GLMMSettings settings;
   settings.SetSingleDependent(0);
+  // The reference holds Type I tests too: asked for, they come beside the Type III ones.
+  settings.SetEffectAnalysisType(MCMath_850::MCConst::EFFECT_TYPE_I);
   settings.SetThetaEstType(method);
   settings.AddCovariate(1);
   const std::vector<int> set = {1};
@@ -349,6 +352,8 @@ TEST(GLMMAlgorithmFit, PastesNestedRandomEffect) {
   ASSERT_TRUE(records.Load(DataPath("pastes.csv"), {"strength", "batch", "cask"}, {"batch", "cask"}));
   GLMMSettings settings;
   settings.SetSingleDependent(0);
+  // The reference holds Type I tests too: asked for, they come beside the Type III ones.
+  settings.SetEffectAnalysisType(MCMath_850::MCConst::EFFECT_TYPE_I);
   AddFactors(settings, records, {1, 2});
   const std::vector<int> set = {1, 2};
   settings.AddRandomSpec(Block({Effect(set, 2, {1}, {}, {1}), Effect(set, 2, {1, 2}, {}, {2, 1}, true)}, {},
@@ -369,6 +374,8 @@ TEST(GLMMAlgorithmFit, PenicillinCrossedRandomBlocks) {
   ASSERT_TRUE(records.Load(DataPath("penicillin.csv"), {"diameter", "plate", "sample"}, {"plate", "sample"}));
   GLMMSettings settings;
   settings.SetSingleDependent(0);
+  // The reference holds Type I tests too: asked for, they come beside the Type III ones.
+  settings.SetEffectAnalysisType(MCMath_850::MCConst::EFFECT_TYPE_I);
   AddFactors(settings, records, {1, 2});
   const std::vector<int> set = {1, 2};
   settings.AddRandomSpec(Block({Effect(set, 2, {1}, {}, {1})}, {}, GLMMConst_850::VC, 0));
@@ -459,6 +466,8 @@ TEST(GLMMAlgorithmFit, MachinesFixedFactorWithRandomInteraction) {
   ASSERT_TRUE(records.Load(DataPath("machines.csv"), {"score", "Worker", "Machine"}, {"Worker", "Machine"}));
   GLMMSettings settings;
   settings.SetSingleDependent(0);
+  // The reference holds Type I tests too: asked for, they come beside the Type III ones.
+  settings.SetEffectAnalysisType(MCMath_850::MCConst::EFFECT_TYPE_I);
   AddFactors(settings, records, {1, 2});
   const std::vector<int> set = {1, 2};
   settings.AddModelEffect(Effect(set, 2, {2}, {}, {2}));
@@ -523,4 +532,44 @@ TEST(GLMMAlgorithmFit, EveryRecordMissingMeansNoValidCases) {
   const MCCommon_850::MCStatus status = algorithm.Execute(&records, 0);
   EXPECT_TRUE(status.IsError());
   EXPECT_EQ(status.GetErrorCode(), 230024);
+}
+
+// Type I tests are formed where they are read: shown (Type I asked for), or
+// stacked into the joint test of a model of several effects. A model of one
+// effect shown by Type III spares them (a factor of a thousand levels spares
+// a test of 999 df).
+TEST(GLMMAlgorithmFit, TypeITestsOnlyWhereTheyAreRead) {
+  // Reaction 0, Days 1, Subject 2.
+  GLMMTestRecords records;
+  ASSERT_TRUE(records.Load(DataPath("sleepstudy.csv"), {"Reaction", "Days", "Subject"}, {"Subject"}));
+  const auto fit = [&](MCMath_850::MCConst::MCEffectAnalysisType type, bool twoEffects) {
+    GLMMSettings settings;
+    settings.SetSingleDependent(0);
+    settings.SetEffectAnalysisType(type);
+    settings.AddCovariate(1);
+    const std::vector<int> set = {1};
+    settings.AddModelEffect(Effect(set, 0, {}, {1}, {1}));
+    if (twoEffects) settings.AddModelEffect(Effect(set, 0, {}, {1, 1}, {1, 1}));
+    settings.AddRandomSpec(Block({MCModelEffect()}, {2}, GLMMConst_850::VC, 0));
+    auto algorithm = std::make_unique<GLMMAlgorithm>(settings, records.GetVarList());
+    EXPECT_FALSE(algorithm->Execute(&records, 0).IsError());
+    return algorithm;
+  };
+  const auto typeIII = fit(MCMath_850::MCConst::EFFECT_TYPE_III, false);
+  ASSERT_NE(typeIII->GetOutputStats(), nullptr);
+  EXPECT_EQ(typeIII->GetOutputStats()->GetTypeITestStats(), nullptr);
+  ASSERT_NE(typeIII->GetOutputStats()->GetTypeIIITestStats(), nullptr);
+  ASSERT_EQ(typeIII->GetOutputStats()->GetTypeIIITestStats()->GetNTests(), 2);
+
+  const auto typeI = fit(MCMath_850::MCConst::EFFECT_TYPE_I, false);
+  ASSERT_NE(typeI->GetOutputStats()->GetTypeITestStats(), nullptr);
+  ASSERT_EQ(typeI->GetOutputStats()->GetTypeITestStats()->GetNTests(), 2);
+  // Days after the intercept is the one hypothesis both types test.
+  const double f = typeIII->GetOutputStats()->GetTypeIIITestStats()->GetTestStats(1).GetWald();
+  EXPECT_NEAR(typeI->GetOutputStats()->GetTypeITestStats()->GetTestStats(1).GetWald(), f, 1e-10 * f);
+
+  const auto quadratic = fit(MCMath_850::MCConst::EFFECT_TYPE_III, true);
+  ASSERT_NE(quadratic->GetOutputStats()->GetTypeITestStats(), nullptr);
+  EXPECT_EQ(quadratic->GetOutputStats()->GetTypeITestStats()->GetNTests(), 3);
+  EXPECT_NE(quadratic->GetOutputStats()->GetCorrectedModelTest(), nullptr);
 }

@@ -639,9 +639,11 @@ void MCEngineFitterImpl::SetTests(const MCEngineInput& input) {
   const std::vector<MCEngineTerm>& terms = input.GetTerms();
   std::vector<MCEngineTest> typeI, typeIII;
   for (int t = 0; t < static_cast<int>(terms.size()); ++t) {
-    MCEngineTest t1 = fpHypothesis->Test(fpHypothesis->TypeI(terms[U(t)]));
-    t1.SetTerm(t);
-    typeI.push_back(t1);
+    if (fSettings.GetTypeITests()) {
+      MCEngineTest t1 = fpHypothesis->Test(fpHypothesis->TypeI(terms[U(t)]));
+      t1.SetTerm(t);
+      typeI.push_back(t1);
+    }
     MCEngineTest t3 = fpHypothesis->Test(fpHypothesis->TypeIII(terms, t));
     t3.SetTerm(t);
     typeIII.push_back(t3);
