@@ -66,6 +66,17 @@ MCEngineInput ManyLevels(int levels, int nSubjects, bool intercept = true) {
   return in;
 }
 
+// The fit group by group equals the fit on the other path to tol.
+void ExpectGroupByGroupFitsAs(const MCEngineInput& in, MCEngineSettings::SolverPath other, double tol) {
+  MCEngineFitter bySubject, equations;
+  ASSERT_FALSE(bySubject.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
+  ASSERT_FALSE(equations.Fit(in, MCEngineTestFixture::Tight(true, other)).IsError());
+  EXPECT_EQ(bySubject.GetResult().GetSolverPath(), MCEngineSettings::kBySubject);
+  EXPECT_EQ(equations.GetResult().GetSolverPath(), other);
+  MCEngineTestCopies::ExpectSameFit(bySubject.GetResult(), equations.GetResult(), tol);
+  EXPECT_EQ(bySubject.GetResult().GetTypeIIITests().size(), 2u);
+}
+
 TEST(MCEngineFixedLevels, GroupProductsGrowWithTheLevelsAGroupHolds) {
   const MCEngineInput in = ManyLevels(kLevels, kSubjects);
   MCEngineFitter fitter;
@@ -246,13 +257,7 @@ TEST(MCEngineFixedLevels, DegreesOfFreedomCostTheEntriesLevelsShare) {
 
 TEST(MCEngineFixedLevels, GroupByGroupEqualsTheMixedModelEquations) {
   // Small enough for the dense equations.
-  const MCEngineInput in = ManyLevels(60, 10);
-  MCEngineFitter bySubject, equations;
-  ASSERT_FALSE(bySubject.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
-  ASSERT_FALSE(equations.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kMixedModelEquations)).IsError());
-  EXPECT_EQ(equations.GetResult().GetSolverPath(), MCEngineSettings::kMixedModelEquations);
-  MCEngineTestCopies::ExpectSameFit(bySubject.GetResult(), equations.GetResult(), 1e-8);
-  EXPECT_EQ(bySubject.GetResult().GetTypeIIITests().size(), 2u);
+  ExpectGroupByGroupFitsAs(ManyLevels(60, 10), MCEngineSettings::kMixedModelEquations, 1e-8);
 }
 
 // Over more than 200 fixed columns the group-by-group path factors and
@@ -260,13 +265,7 @@ TEST(MCEngineFixedLevels, GroupByGroupEqualsTheMixedModelEquations) {
 // products through their entries: still the fit of the sparse mixed-model
 // equations, which take the fixed part as its own dense complement.
 TEST(MCEngineFixedLevels, GroupByGroupOverManyColumnsEqualsTheSparseEquations) {
-  const MCEngineInput in = ManyLevels(250, 10);
-  MCEngineFitter bySubject, equations;
-  ASSERT_FALSE(bySubject.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kBySubject)).IsError());
-  ASSERT_FALSE(equations.Fit(in, MCEngineTestFixture::Tight(true, MCEngineSettings::kSparseEquations)).IsError());
-  EXPECT_EQ(bySubject.GetResult().GetSolverPath(), MCEngineSettings::kBySubject);
-  EXPECT_EQ(equations.GetResult().GetSolverPath(), MCEngineSettings::kSparseEquations);
-  MCEngineTestCopies::ExpectSameFit(bySubject.GetResult(), equations.GetResult(), 1e-8);
+  ExpectGroupByGroupFitsAs(ManyLevels(250, 10), MCEngineSettings::kSparseEquations, 1e-8);
 }
 
 }  // namespace

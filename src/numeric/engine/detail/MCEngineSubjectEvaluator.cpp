@@ -43,6 +43,15 @@ bool FactorFixedPart(const Eigen::Ref<const Eigen::MatrixXd>& xvx, Eigen::Matrix
   return llt.info() == Eigen::Success;
 }
 
+// b = [-beta; 1], so that X~ b = y - X beta.
+Eigen::VectorXd ResidualCoefficients(const Eigen::VectorXd& beta) {
+  const Eigen::Index p = beta.size();
+  Eigen::VectorXd b(p + 1);
+  b.head(p) = -beta;
+  b[p] = 1.0;
+  return b;
+}
+
 }  // namespace
 
 MCEngineSubjectEvaluator::MCEngineSubjectEvaluator(const MCEngineData& data, const MCEngineModel& model,
@@ -254,11 +263,7 @@ void MCEngineSubjectEvaluator::DerivativesByFactors(const MCEngineGroupSums& sum
                                                     const std::vector<std::pair<int, int>>& secondPairs,
                                                     MCEngineEvaluation& out) {
   const int K = fModel.GetNParams();
-  const int p = fData.fRank;
-  Eigen::VectorXd bvec(p + 1);
-  bvec.head(p) = -out.fBeta;
-  bvec[p] = 1.0;
-  fLowRank.Finish(lower, sums.fMbar, bvec);
+  fLowRank.Finish(lower, sums.fMbar, ResidualCoefficients(out.fBeta));
   out.fQuad.resize(K);
   out.fTrace.resize(K);
   out.fGrad.resize(K);
@@ -725,9 +730,7 @@ bool MCEngineSubjectEvaluator::Evaluate(const Eigen::VectorXd& theta, Level leve
     return true;
   }
 
-  Eigen::VectorXd bvec(q);
-  bvec.head(p) = -out.fBeta;
-  bvec[p] = 1.0;
+  const Eigen::VectorXd bvec = ResidualCoefficients(out.fBeta);
   const Eigen::MatrixXd& C = out.fC;
   out.fvA.assign(U(K), Eigen::MatrixXd());
   std::vector<Eigen::MatrixXd> CA(U(K));
